@@ -1,0 +1,29 @@
+# What every target of the project is compiled and linked with: the include root, warnings,
+# sanitizers, clang-tidy.
+
+add_library(sonaprobe_options INTERFACE)
+target_include_directories(sonaprobe_options INTERFACE ${PROJECT_SOURCE_DIR}/src)
+target_compile_options(
+  sonaprobe_options
+  INTERFACE -Wall -Wextra -Wpedantic -Wshadow -Wconversion -Wsign-conversion -Wcast-qual
+            -Wformat=2 -Wundef -Wnon-virtual-dtor -Wold-style-cast -Wunused)
+if(SONAPROBE_WERROR)
+  target_compile_options(sonaprobe_options INTERFACE -Werror)
+endif()
+
+if(SONAPROBE_SANITIZE)
+  add_compile_options(-fsanitize=${SONAPROBE_SANITIZE} -fno-sanitize-recover=all
+                      -fno-omit-frame-pointer)
+  add_link_options(-fsanitize=${SONAPROBE_SANITIZE})
+endif()
+
+if(SONAPROBE_TIDY)
+  find_program(SONAPROBE_CLANG_TIDY NAMES clang-tidy-14 clang-tidy REQUIRED)
+  set(CMAKE_CXX_CLANG_TIDY ${SONAPROBE_CLANG_TIDY})
+endif()
+
+# A room of src/ (or a tool's folder) as a static library: sonaprobe_room(NAME sources...).
+function(sonaprobe_room name)
+  add_library(sonaprobe_${name} STATIC ${ARGN})
+  target_link_libraries(sonaprobe_${name} PUBLIC sonaprobe_options)
+endfunction()

@@ -1,0 +1,69 @@
+// The trace record of the kernel's facility, which is also the slot of a raw trace file, and the
+// two records that the facility's operations exchange.
+
+#pragma once
+
+#include <cstddef>
+#include <cstdint>
+
+namespace sonaprobe {
+
+// One trace point as the kernel hands it out: host byte order, no gaps.
+struct TraceRecord {
+    uint64_t timestamp;  // trace clock ticks
+    uint64_t arg1;       // audio events: address of the emitting object
+    uint64_t arg2;
+    uint64_t arg3;
+    uint64_t arg4;
+    uint64_t arg5;     // audio events: thread id
+    uint32_t debugid;  // event code; the function qualifier in bits 0-1
+    uint32_t cpuid;
+    uint64_t reserved;  // 0 in raw files
+};
+static_assert(sizeof(TraceRecord) == 64);
+static_assert(offsetof(TraceRecord, arg5) == 40);
+static_assert(offsetof(TraceRecord, debugid) == 48);
+static_assert(offsetof(TraceRecord, reserved) == 56);
+
+// Debug ids that mark a slot as something other than an event.
+constexpr uint32_t kDivisorMarker = 0xFEEDFACE;
+constexpr uint32_t kInvalidMarker = 0xDEADBEEF;
+
+// Bits 0-1 of a debug id.
+enum class Qualifier : uint32_t { none = 0, start = 1, end = 2, both = 3 };
+
+constexpr Qualifier qualifierOf(uint32_t debugid) { return static_cast<Qualifier>(debugid & 3); }
+constexpr uint32_t codeOf(uint32_t debugid) { return debugid & ~3U; }
+constexpr uint32_t classWordOf(uint32_t debugid) { return debugid >> 16; }
+constexpr uint32_t classIdOf(uint32_t debugid) { return (debugid >> 10) & 0x3F; }
+constexpr uint32_t eventNumberOf(uint32_t debugid) { return (debugid >> 2) & 0xFF; }
+
+constexpr uint32_t kAudioClassWord = 0x0524;
+
+// What KERN_KDGETBUF answers.
+struct KernelBufferInfo {
+    int32_t entries;  // records that the kernel buffer holds
+    int32_t nolog;    // 1 when the kernel is not logging
+    uint32_t flags;
+    int32_t threads;
+    int32_t bufid;
+};
+static_assert(sizeof(KernelBufferInfo) == 20);
+
+constexpr uint32_t kBufferWrapped = 0x8;  // in flags: wrapped since the last read
+
+// What KERN_KDSETREG takes. The meaning of the values depends on the type.
+struct TraceInterest {
+    uint32_t type;
+    uint32_t value1;
+    uint32_t value2;
+    uint32_t value3;
+    uint32_t value4;
+};
+static_assert(sizeof(TraceInterest) == 20);
+
+constexpr uint32_t kInterestSubclass = 0x20000;   // value1 class byte, value2 subclass byte
+constexpr uint32_t kInterestRange = 0x40000;      // debug ids from value1 to value2
+constexpr uint32_t kInterestValues = 0x200000;    // debug ids equal to one of four values
+
+}  // namespace sonaprobe
