@@ -32,22 +32,4 @@
 #pragma once
 
 #include "calls.h"
-
-// Words of the sysctl name and the kernel's operation codes, as its <sys/sysctl.h> and
-// <sys/kdebug.h> number them; spelled as enumerators, since the host may define them as macros.
-namespace sonaprobe::platform {
-
-constexpr int kCtlKern = 1;
-constexpr int kKernKdebug = 24;
-
-enum class Operation : int {
-    enable = 3,         // KERN_KDENABLE
-    setBuffer = 4,      // KERN_KDSETBUF
-    getBuffer = 5,      // KERN_KDGETBUF
-    setUp = 6,          // KERN_KDSETUP
-    remove = 7,         // KERN_KDREMOVE
-    setInterest = 8,    // KERN_KDSETREG
-    readTrace = 10,     // KERN_KDREADTR
-};
-
-}  // namespace sonaprobe::platform
+#include "platform/kernel_abi.h"

@@ -1,5 +1,4 @@
-// The trace record of the kernel's facility, which is also the slot of a raw trace file, and the
-// two records that the facility's operations exchange.
+// The trace record of the kernel's facility, which is also the slot of a raw trace file.
 
 #pragma once
 
@@ -39,31 +38,5 @@ constexpr uint32_t classIdOf(uint32_t debugid) { return (debugid >> 10) & 0x3F; 
 constexpr uint32_t eventNumberOf(uint32_t debugid) { return (debugid >> 2) & 0xFF; }
 
 constexpr uint32_t kAudioClassWord = 0x0524;
-
-// What KERN_KDGETBUF answers.
-struct KernelBufferInfo {
-    int32_t entries;  // records that the kernel buffer holds
-    int32_t nolog;    // 1 when the kernel is not logging
-    uint32_t flags;
-    int32_t threads;
-    int32_t bufid;
-};
-static_assert(sizeof(KernelBufferInfo) == 20);
-
-constexpr uint32_t kBufferWrapped = 0x8;  // in flags: wrapped since the last read
-
-// What KERN_KDSETREG takes. The meaning of the values depends on the type.
-struct TraceInterest {
-    uint32_t type;
-    uint32_t value1;
-    uint32_t value2;
-    uint32_t value3;
-    uint32_t value4;
-};
-static_assert(sizeof(TraceInterest) == 20);
-
-constexpr uint32_t kInterestSubclass = 0x20000;   // value1 class byte, value2 subclass byte
-constexpr uint32_t kInterestRange = 0x40000;      // debug ids from value1 to value2
-constexpr uint32_t kInterestValues = 0x200000;    // debug ids equal to one of four values
 
 }  // namespace sonaprobe
