@@ -1,0 +1,368 @@
+// The row vocabulary: how the decoder tables spell events, texts and arguments, and what the
+// compiler refuses of them. For src/format/decoders/ alone.
+//
+//   event(code, "method")                an event; the texts that follow are its texts
+//   start(...), end(...), other(...), any(...)
+//                                        a text on qualifier 1, on 2, on 0 and 3, on all four
+//   sel(n, ...)                          other, where the low byte of arg4 is n
+//   value(n, ...)                        other, where the whole of arg2 is n
+//   start(is(byte(0, a4), 2), ...), start(nonZero(a3), ...)
+//                                        a text with a condition on an argument
+//   verbose(...)                         a text that prints only under --verbose
+//   under("OtherMethod", ...)            a text with a method of its own
+//   ofGroup("OtherGroup", ...)           a text, or an event with all its texts, of another group
+//
+// A text is a printf format without line end and its arguments. An argument is a slice, a1 to a5,
+// lo(a3), hi(a3), byte(1, a4), as it is or in one of the readings
+//
+//   boolean, yesNo, either(x, "External", "Internal")    %s
+//   nanos                                                %d.%03d.%03d.%03d
+//   fourCC                                               %c%c%c%c
+//   ticks                                                %f
+//   character                                            %c
+//   seconds(earlier, later)                              %llu, %lld
+//
+// The texts of an event are asked from the first to the last; the first whose qualifier and
+// condition fit prints, and no other. An event without a fitting text is known, and silent.
+
+#pragma once
+
+#include <concepts>
+
+#include "format/row.h"
+
+namespace sonaprobe::rows {
+
+// Not constexpr, so that calling it while compiling is an error that shows the reason.
+void refuse(const char* reason);
+
+struct Argument {
+    Slice slice{1};
+    Reading reading = Reading::nothing;  // nothing: as the conversion says
+    Slice later{1};
+    WordPair words{};
+};
+
+constexpr Argument a1{{1}};
+constexpr Argument a2{{2}};
+constexpr Argument a3{{3}};
+constexpr Argument a4{{4}};
+constexpr Argument a5{{5}};
+
+consteval Argument cut(Argument whole, unsigned dropHigh, unsigned dropLow) {
+    if (whole.slice.dropLow != 0 || whole.reading != Reading::nothing) {
+        refuse("lo(), hi() and byte() take a whole argument word");
+    }
+    whole.slice.dropHigh = static_cast<uint8_t>(dropHigh);
+    whole.slice.dropLow = static_cast<uint8_t>(dropLow);
+    return whole;
+}
+
+consteval Argument lo(Argument whole) { return cut(whole, 32, 32); }
+consteval Argument hi(Argument whole) { return cut(whole, 0, 32); }
+
+// Byte n of a word, 0 the lowest, 7 the highest.
+consteval Argument byte(unsigned n, Argument whole) {
+    if (n > 7) refuse("a word has bytes 0 to 7");
+    return cut(whole, 56 - 8 * n, 56);
+}
+
+consteval Argument read(Argument argument, Reading reading) {
+    if (argument.reading != Reading::nothing) refuse("a reading of a reading");
+    argument.reading = reading;
+    return argument;
+}
+
+consteval Argument either(Argument argument, const char* notZero, const char* zero) {
+    argument = read(argument, Reading::words);
+    argument.words = {notZero, zero};
+    return argument;
+}
+
+consteval Argument boolean(Argument argument) { return either(argument, "true", "false"); }
+consteval Argument yesNo(Argument argument) { return either(argument, "yes", "no"); }
+consteval Argument nanos(Argument argument) { return read(argument, Reading::nanoseconds); }
+consteval Argument fourCC(Argument argument) { return read(argument, Reading::fourCharacters); }
+consteval Argument ticks(Argument argument) { return read(argument, Reading::ticks); }
+consteval Argument character(Argument argument) { return read(argument, Reading::character); }
+
+// Whole seconds from one trace clock stamp to another.
+consteval Argument seconds(Argument earlier, Argument later) {
+    if (later.reading != Reading::nothing) refuse("a reading of a reading");
+    earlier = read(earlier, Reading::seconds);
+    earlier.later = later.slice;
+    return earlier;
+}
+
+consteval Condition is(Argument argument, uint64_t value) {
+    if (argument.reading != Reading::nothing) refuse("a condition on a reading");
+    if (argument.slice.bits() < 64 && value >> argument.slice.bits() != 0) {
+        refuse("a value that its slice cannot hold");
+    }
+    return {Test::equals, argument.slice, value};
+}
+
+consteval Condition nonZero(Argument argument) {
+    if (argument.reading != Reading::nothing) refuse("a condition on a reading");
+    return {Test::notZero, argument.slice, 0};
+}
+
+// Whether `text` goes on with the conversions of `pattern`.
+consteval bool goesOnWith(std::string_view text, std::string_view pattern) {
+    return text.substr(0, pattern.size()) == pattern;
+}
+
+// The piece that prints `argument` through the conversion at the start of `text`, and how many
+// characters of the text that takes.
+struct Fitted {
+    Piece piece;
+    size_t length;
+};
+
+consteval Fitted fitArgument(std::string_view text, const Argument& argument) {
+    const Conversion conversion = readConversion(text);
+    if (conversion.kind == ConversionKind::unknown) refuse("an unknown conversion");
+
+    Fitted fitted;
+    Piece& piece = fitted.piece;
+    fitted.length = conversion.length;
+    piece.reading = argument.reading;
+    piece.slice = argument.slice;
+    piece.later = argument.later;
+    piece.zeroFill = conversion.zeroFill;
+    piece.alternate = conversion.alternate;
+    piece.width = conversion.width;
+
+    const unsigned bits = argument.slice.bits();
+    const auto expect = [&](ConversionKind kind, const char* reason) {
+        if (conversion.kind != kind) refuse(reason);
+    };
+    switch (argument.reading) {
+        case Reading::words:
+            expect(ConversionKind::string, "boolean(), yesNo() and either() fill %s");
+            return fitted;
+        case Reading::ticks:
+            expect(ConversionKind::real, "ticks() fills %f");
+            return fitted;
+        case Reading::character:
+            expect(ConversionKind::character, "character() fills %c");
+            return fitted;
+        case Reading::seconds:
+            if ((conversion.kind != ConversionKind::unsignedDecimal &&
+                 conversion.kind != ConversionKind::signedDecimal) ||
+                !conversion.wide || conversion.width != 0) {
+                refuse("seconds() fills %llu or %lld");
+            }
+            return fitted;
+        case Reading::nanoseconds: {
+            constexpr std::string_view kPattern = "%d.%03d.%03d.%03d";
+            if (!goesOnWith(text, kPattern)) refuse("nanos() fills %d.%03d.%03d.%03d");
+            fitted.length = kPattern.size();
+            piece.width = 0;
+            return fitted;
+        }
+        case Reading::fourCharacters: {
+            constexpr std::string_view kPattern = "%c%c%c%c";
+            if (!goesOnWith(text, kPattern)) refuse("fourCC() fills %c%c%c%c");
+            fitted.length = kPattern.size();
+            return fitted;
+        }
+        default: break;
+    }
+
+    switch (conversion.kind) {
+        case ConversionKind::signedDecimal: piece.reading = Reading::signedDecimal; break;
+        case ConversionKind::unsignedDecimal: piece.reading = Reading::unsignedDecimal; break;
+        case ConversionKind::hexadecimal: piece.reading = Reading::hexadecimal; break;
+        case ConversionKind::pointer: piece.reading = Reading::pointer; break;
+        case ConversionKind::string: refuse("%s takes boolean(), yesNo() or either()"); break;
+        case ConversionKind::real: refuse("%f takes ticks()"); break;
+        case ConversionKind::character: refuse("%c takes character(), %c%c%c%c fourCC()"); break;
+        case ConversionKind::unknown: break;
+    }
+    if (conversion.kind == ConversionKind::pointer) {
+        if (bits != 64) refuse("%p takes a whole argument word");
+    } else if (!conversion.wide && bits == 64) {
+        refuse("a 32-bit conversion takes lo(), hi() or byte()");
+    }
+    // A byte is a count or an index; a half may be a negative number.
+    piece.signExtend = piece.reading == Reading::signedDecimal && bits == 32;
+    return fitted;
+}
+
+// Splits a text into pieces, one argument after the other, and checks all that can be wrong.
+consteval Row textRow(uint8_t qualifiers, Condition condition, const char* format,
+                      std::span<const Argument> arguments) {
+    Row row;
+    row.qualifiers = qualifiers;
+    row.condition = condition;
+    row.text = format;
+    if (row.text.empty()) refuse("an empty text");
+
+    size_t literalBegin = 0;
+    size_t used = 0;
+    size_t pairs = 0;
+    const auto add = [&](Piece piece, size_t literalEnd) {
+        if (row.pieceCount == kMaxPieces) refuse("a text of too many pieces");
+        if (literalEnd - literalBegin > 255) refuse("a text with too long a stretch of words");
+        piece.literalBegin = static_cast<uint16_t>(literalBegin);
+        piece.literalLength = static_cast<uint8_t>(literalEnd - literalBegin);
+        row.pieces[row.pieceCount++] = piece;
+    };
+    for (size_t at = 0; at < row.text.size();) {
+        if (row.text[at] == '\n') refuse("a line end in a text");
+        if (row.text[at] != '%') {
+            ++at;
+            continue;
+        }
+        if (goesOnWith(row.text.substr(at), "%%")) {
+            add({}, at + 1);
+            at += 2;
+        } else {
+            if (used == arguments.size()) refuse("fewer arguments than conversions");
+            const Argument& argument = arguments[used++];
+            Fitted fitted = fitArgument(row.text.substr(at), argument);
+            if (argument.reading == Reading::words) {
+                if (pairs == kMaxWordPairs) refuse("a text with too many pairs of words");
+                size_t pair = 0;
+                while (pair < pairs && (row.wordPairs[pair].notZero != argument.words.notZero ||
+                                        row.wordPairs[pair].zero != argument.words.zero)) {
+                    ++pair;
+                }
+                row.wordPairs[pair] = argument.words;
+                if (pair == pairs) ++pairs;
+                fitted.piece.wordPair = static_cast<uint8_t>(pair);
+            }
+            add(fitted.piece, at);
+            at += fitted.length;
+        }
+        literalBegin = at;
+    }
+    if (used < arguments.size()) refuse("more arguments than conversions");
+    if (literalBegin < row.text.size()) add({}, row.text.size());
+    return row;
+}
+
+template <std::same_as<Argument>... Arguments>
+consteval Row text(uint8_t qualifiers, Condition condition, const char* format,
+                   Arguments... arguments) {
+    const std::array<Argument, sizeof...(arguments)> list{arguments...};
+    return textRow(qualifiers, condition, format, list);
+}
+
+consteval Row start(const char* format, std::same_as<Argument> auto... arguments) {
+    return text(kOnStart, {}, format, arguments...);
+}
+consteval Row start(Condition condition, const char* format,
+                    std::same_as<Argument> auto... arguments) {
+    return text(kOnStart, condition, format, arguments...);
+}
+
+consteval Row end(const char* format, std::same_as<Argument> auto... arguments) {
+    return text(kOnEnd, {}, format, arguments...);
+}
+consteval Row end(Condition condition, const char* format,
+                  std::same_as<Argument> auto... arguments) {
+    return text(kOnEnd, condition, format, arguments...);
+}
+
+consteval Row other(const char* format, std::same_as<Argument> auto... arguments) {
+    return text(kOnOther, {}, format, arguments...);
+}
+consteval Row other(Condition condition, const char* format,
+                    std::same_as<Argument> auto... arguments) {
+    return text(kOnOther, condition, format, arguments...);
+}
+
+consteval Row any(const char* format, std::same_as<Argument> auto... arguments) {
+    return text(kOnAny, {}, format, arguments...);
+}
+consteval Row any(Condition condition, const char* format,
+                  std::same_as<Argument> auto... arguments) {
+    return text(kOnAny, condition, format, arguments...);
+}
+
+consteval Row sel(uint64_t n, const char* format, std::same_as<Argument> auto... arguments) {
+    return text(kOnOther, is(byte(0, a4), n), format, arguments...);
+}
+
+consteval Row value(uint64_t n, const char* format, std::same_as<Argument> auto... arguments) {
+    return text(kOnOther, is(a2, n), format, arguments...);
+}
+
+consteval Row event(uint32_t code, const char* method) {
+    if ((code & 3) != 0) refuse("a code with qualifier bits");
+    Row row;
+    row.code = code;
+    row.method = method;
+    return row;
+}
+
+consteval Row verbose(Row row) {
+    if (row.isEvent()) refuse("verbose() wraps a text");
+    row.verbose = true;
+    return row;
+}
+
+consteval Row under(const char* method, Row row) {
+    if (row.isEvent()) refuse("under() wraps a text");
+    row.method = method;
+    return row;
+}
+
+consteval Row ofGroup(const char* group, Row row) {
+    row.group = group;
+    return row;
+}
+
+// The code base of an audio class: what its codes have above the event number.
+consteval uint32_t audioClass(uint32_t id) {
+    if (id > 63) refuse("an audio class id is 0 to 63");
+    return 0x05240000 | id << 10;
+}
+
+// Whether no record that `later` would answer gets past `earlier`.
+consteval bool hides(const Row& earlier, const Row& later) {
+    if ((later.qualifiers & ~earlier.qualifiers) != 0) return false;
+    const Condition& asked = earlier.condition;
+    const Condition& given = later.condition;
+    if (asked.test == Test::always || asked == given) return true;
+    return asked.test == Test::notZero && given.test == Test::equals && given.value != 0 &&
+           asked.slice == given.slice;
+}
+
+// A class's decoder: its code base, its group, how many events it knows, and its rows in ascending
+// order of their codes.
+template <size_t N>
+consteval Decoder decoder(uint32_t codeBase, const char* group, size_t events,
+                          const Row (&rows)[N]) {
+    Decoder result{.codeBase = codeBase, .group = group, .rows = rows};
+    size_t seen = 0;
+    uint32_t lastCode = 0;
+    size_t eventRow = N;
+    for (size_t i = 0; i < N; ++i) {
+        if (rows[i].isEvent()) {
+            if ((rows[i].code & ~0x3FFU) != codeBase) refuse("a code of another class");
+            if (seen > 0 && rows[i].code <= lastCode) refuse("codes out of order");
+            lastCode = rows[i].code;
+            eventRow = i;
+            ++seen;
+            result.rowAfterEvent[(rows[i].code >> 2) & 0xFF] = static_cast<uint16_t>(i + 1);
+            continue;
+        }
+        if (eventRow == N) refuse("a text before the first event");
+        for (size_t earlier = eventRow + 1; earlier < i; ++earlier) {
+            if (hides(rows[earlier], rows[i])) refuse("a text that an earlier one hides");
+        }
+    }
+    if (seen != events) refuse("a class with another number of events");
+    return result;
+}
+
+// A decoder whose arg1 is a value like the others, not an object pointer.
+consteval Decoder withoutObject(Decoder decoder) {
+    decoder.hasObject = false;
+    return decoder;
+}
+
+}  // namespace sonaprobe::rows
