@@ -141,9 +141,7 @@ consteval Fitted fitArgument(std::string_view text, const Argument& argument) {
         case Reading::words:
             expect(ConversionKind::string, "boolean(), yesNo() and either() fill %s");
             return fitted;
-        case Reading::ticks:
-            expect(ConversionKind::real, "ticks() fills %f");
-            return fitted;
+        case Reading::ticks: expect(ConversionKind::real, "ticks() fills %f"); return fitted;
         case Reading::character:
             expect(ConversionKind::character, "character() fills %c");
             return fitted;
