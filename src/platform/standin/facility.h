@@ -1,0 +1,66 @@
+// The operations of the trace facility. Each returns 0 or an errno, of these apart from those
+// named: EPERM (not root, or the files are not to be trusted: see lastRefusal), EBUSY (another
+// living process owns the facility; not from the first three), ENOMEM (no room for the state).
+//
+// One operation of all processes runs at a time, and is exact against producers. The first process
+// that changes the facility owns it until it removes it or ends.
+
+#pragma once
+
+#include <optional>
+#include <sys/types.h>
+
+#include "platform/standin/layout.h"
+
+namespace sonaprobe::standin {
+
+int getBufferInfo(platform::KernelBufferInfo& info);
+
+// The audio drivers' debug flags have no owner.
+int getAudioFlags(uint32_t& flags);
+int setAudioFlags(uint32_t flags);
+
+// The size in records that setUp() uses. EINVAL: 0.
+int setBufferSize(uint32_t records);
+
+// EINVAL: not one of the three types.
+int setInterest(const platform::TraceInterest& interest);
+
+// Reserves a ring, in place of one that is set up. EINVAL: no size was set. ENOMEM: see
+// createRing(); nothing is set up then.
+int setUp();
+
+// EINVAL: not set up.
+int enableTracing(bool on);
+
+// Hands out the oldest records, at most room of them, 64 bytes each, and takes them. Sets count.
+// EINVAL: not set up, or no room for one record.
+int readRecords(unsigned char* records, uint64_t room, uint64_t& count);
+
+// Frees the ring, forgets size and filter, and gives the facility up. The counts stay until the
+// next setUp().
+int removeBuffer();
+
+// Becomes the owner, as another tool would by its first operation, and changes nothing else.
+int holdFacility();
+
+// Back to the state after boot, armed failures, audio flags and counts included.
+int resetFacility();
+
+// Makes the next times calls of an operation fail, once after calls have passed. In place of what
+// was armed for it before; times 0 disarms. Whoever owns the facility.
+int armFailure(FailurePoint point, const ArmedFailure& failure);
+
+struct FacilityStatus {
+    platform::KernelBufferInfo info;
+    std::optional<pid_t> owner;  // 0: a process out of sight
+    // Of the last set-up, in records. Posted = seen by readers + lost + pending.
+    uint64_t posted;
+    uint64_t pending;
+    uint64_t lost;
+    platform::TraceInterest interest;
+    uint32_t audioFlags;
+};
+int getStatus(FacilityStatus& status);
+
+}  // namespace sonaprobe::standin
