@@ -1,0 +1,76 @@
+// Reads operands and number options.
+
+#include "sim/arguments.h"
+
+#include <algorithm>
+#include <charconv>
+#include <cinttypes>
+
+#include "sim/messages.h"
+
+namespace sonaprobe::sim {
+namespace {
+
+constexpr std::string_view kDashes = "--";
+
+int lengthOf(std::string_view text) { return static_cast<int>(text.size()); }
+
+bool readOption(const NumberOption& option, std::string_view text) {
+    uint64_t number = 0;
+    if (parseNumber(text, number) && option.least <= number && number <= option.most) {
+        *option.value = number;
+        return true;
+    }
+    complain("--%.*s takes a number from %" PRIu64 " to %" PRIu64 ", not '%.*s'",
+             lengthOf(option.name), option.name.data(), option.least, option.most, lengthOf(text),
+             text.data());
+    return false;
+}
+
+}  // namespace
+
+bool parseNumber(std::string_view text, uint64_t& value) {
+    const bool hexadecimal = text.starts_with("0x") || text.starts_with("0X");
+    if (hexadecimal) text.remove_prefix(2);
+    const char* end = text.data() + text.size();
+    const auto [stop, error] = std::from_chars(text.data(), end, value, hexadecimal ? 16 : 10);
+    return error == std::errc{} && stop == end;
+}
+
+bool readArguments(Arguments arguments, std::span<const Operand> operands,
+                   std::span<const NumberOption> options) {
+    size_t found = 0;
+    bool optionsOver = false;
+    for (size_t i = 0; i < arguments.size(); i++) {
+        const std::string_view argument = arguments[i];
+        if (!optionsOver && argument == kDashes) {
+            optionsOver = true;
+        } else if (!optionsOver && argument.starts_with('-') && argument != "-") {
+            const size_t equals = argument.find('=');
+            const std::string_view given = argument.substr(0, equals);
+            const auto option = std::ranges::find_if(options, [&](const NumberOption& known) {
+                return given.starts_with(kDashes) && given.substr(kDashes.size()) == known.name;
+            });
+            if (option == options.end()) {
+                complain("unknown option '%.*s'", lengthOf(given), given.data());
+                return false;
+            }
+            std::string_view text;
+            if (equals != std::string_view::npos) {
+                text = argument.substr(equals + 1);
+            } else if (i + 1 < arguments.size()) {
+                text = arguments[++i];
+            }
+            if (!readOption(*option, text)) return false;
+        } else if (found < operands.size()) {
+            *operands[found++].value = arguments[i];
+        } else {
+            complain("one argument too many: '%s'", arguments[i]);
+            return false;
+        }
+    }
+    if (found < operands.size()) complain("%s is missing", operands[found].name);
+    return found == operands.size();
+}
+
+}  // namespace sonaprobe::sim

@@ -1,0 +1,65 @@
+// sonaprobe-sim: plays the audio drivers, and other users, of the stand-in trace facility.
+
+#include <cstdio>
+#include <string_view>
+
+#include "sim/command.h"
+#include "sim/messages.h"
+
+namespace {
+
+using namespace sonaprobe::sim;
+
+constexpr Command kCommands[] = {
+    {"status", "", "print the state of the trace facility", runStatus},
+    {"reset", "", "back to the state after boot", runReset},
+    {"post", "FILE", "post the records of a raw file at once", runPost},
+    {"hold", "", "own the facility, as another tool would, until a signal", runHold},
+    {"fail", "OPERATION ERRNO [--times N] [--after N]",
+     "make an operation fail: N times (1), "
+     "after N calls (0)",
+     runFail},
+};
+
+void printHelp() {
+    std::puts("usage: sonaprobe-sim COMMAND [ARGUMENTS]\n\nCommands:");
+    for (const Command& command : kCommands) {
+        std::printf("  %s%s%s\n        %s\n", command.name, *command.operands != '\0' ? " " : "",
+                    command.operands, command.summary);
+    }
+    std::puts(
+        "  help\n        print this\n\n"
+        "OPERATION is KERN_KDENABLE, KERN_KDSETBUF, KERN_KDGETBUF, KERN_KDSETUP, KERN_KDREMOVE,\n"
+        "KERN_KDSETREG, KERN_KDREADTR, debug.Audio, debug.Audio.get or debug.Audio.set; ERRNO a\n"
+        "name such as EBUSY or a number. To be run as root. Exit status: 0, or 1 after a message.");
+}
+
+bool asksForHelp(std::string_view argument) {
+    return argument == "--help" || argument == "-h" || argument == "help";
+}
+
+int run(Arguments arguments) {
+    if (arguments.empty()) {
+        complain("a command is missing; see sonaprobe-sim --help");
+        return 1;
+    }
+    const std::string_view name = arguments[0];
+    if (asksForHelp(name) || (arguments.size() > 1 && arguments[1] == std::string_view("--help"))) {
+        printHelp();
+        return 0;
+    }
+    for (const Command& command : kCommands) {
+        if (command.name == name) return command.run(arguments.subspan(1));
+    }
+    complain("unknown command '%s'; see sonaprobe-sim --help", arguments[0]);
+    return 1;
+}
+
+}  // namespace
+
+int main(int argc, char** argv) {
+    const int status = run(Arguments(argv, static_cast<size_t>(argc)).subspan(argc > 0 ? 1 : 0));
+    if (std::fflush(stdout) == 0 && std::ferror(stdout) == 0) return status;
+    complain("cannot write to standard output");
+    return 1;
+}
