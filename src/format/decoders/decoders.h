@@ -6,6 +6,9 @@
 
 namespace sonaprobe::decoders {
 
+// empty.cpp
+extern const Decoder kEmpty;  // classes that are traced, known and never printed
+
 // driver_family.cpp
 extern const Decoder kPlexoControl;  // class 1
 extern const Decoder kPlexoDevice;   // class 3

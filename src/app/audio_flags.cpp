@@ -1,0 +1,52 @@
+// The audio drivers' debug flags, through the kernel's "debug.Audio".
+
+#include "app/audio_flags.h"
+
+#include <cstddef>
+#include <cstdio>
+
+#include "app/settings.h"
+#include "app/usage.h"
+#include "platform/platform.h"
+
+namespace sonaprobe {
+
+namespace {
+
+using platform::AudioDebugFlagsRequest;
+
+constexpr const char* kFlagsName = "debug.Audio";
+
+bool getFlags(AudioDebugFlagsRequest& reply) {
+    AudioDebugFlagsRequest request{platform::kAudioDebugMagic, platform::kAudioFlagsGet, 0};
+    size_t length = sizeof reply;
+    return sysctlbyname(kFlagsName, &reply, &length, &request, sizeof request) == 0;
+}
+
+void setFlags(uint32_t flags) {
+    AudioDebugFlagsRequest request{platform::kAudioDebugMagic, platform::kAudioFlagsSet, flags};
+    if (sysctlbyname(kFlagsName, nullptr, nullptr, &request, sizeof request) != 0) {
+        std::fputs("sysctlbyname failed to set new 'audio' debug flags\n", stderr);
+    }
+}
+
+}  // namespace
+
+void setAudioDebugFlags() {
+    if (!settings.enableAudioTracing) {
+        if (settings.verbose) std::fputs("Will not enable Audio tracing.\n", stdout);
+        return;
+    }
+    AudioDebugFlagsRequest reply{};
+    if (!getFlags(reply) && !getFlags(reply)) {
+        std::fputs("sysctlbyname failed to get old 'audio' debug flags second time\n", stderr);
+        reply.value = 0;
+    }
+    settings.savedAudioFlags = reply.value;
+    setFlags(settings.savedAudioFlags | platform::kAudioTracingOn);
+    printVersion();
+}
+
+void restoreAudioDebugFlags() { setFlags(settings.savedAudioFlags); }
+
+}  // namespace sonaprobe

@@ -1,0 +1,38 @@
+// The cleanup-and-exit path.
+
+#include "app/fatal_exit.h"
+
+#include <cstdio>
+#include <cstdlib>
+
+#include "app/audio_flags.h"
+#include "app/settings.h"
+#include "app/signals.h"
+#include "rawfile/raw_writer.h"
+#include "trace/trace_facility.h"
+
+namespace sonaprobe {
+
+void fatalExit(const char* message) {
+    static const char* newestMessage = nullptr;
+    static bool disableTried = false;
+    beginEnding();
+    if (message != nullptr) newestMessage = message;
+
+    if (settings.decodeFile != nullptr) {
+        std::fclose(settings.decodeFile);
+        settings.decodeFile = nullptr;
+    }
+    closeRawFile();
+    if (settings.traceEnabled && !disableTried) {
+        disableTried = true;
+        enableTracing(0);
+    }
+    if (settings.removeOnExit) removeTraceBuffer();
+    restoreAudioDebugFlags();
+    if (newestMessage == nullptr) std::exit(EXIT_SUCCESS);
+    std::fprintf(stderr, "%s: %s\n", settings.programName, newestMessage);
+    std::exit(EXIT_FAILURE);
+}
+
+}  // namespace sonaprobe

@@ -1,0 +1,129 @@
+// The main sequence: checks, options, then the first run mode that applies.
+
+#include <cerrno>
+#include <csignal>
+#include <cstdio>
+#include <cstdlib>
+#include <fcntl.h>
+#include <unistd.h>
+
+#include "app/audio_flags.h"
+#include "app/fatal_exit.h"
+#include "app/options.h"
+#include "app/settings.h"
+#include "app/signals.h"
+#include "platform/platform.h"
+#include "rawfile/raw_reader.h"
+#include "rawfile/raw_writer.h"
+#include "trace/collection.h"
+#include "trace/trace_facility.h"
+
+namespace sonaprobe {
+
+namespace {
+
+// Descriptors 0 to 2 are in use from the start, so that no data file becomes a standard stream.
+void fillStandardDescriptors() {
+    int file;
+    do {
+        file = open("/dev/null", O_RDWR);
+    } while (file >= 0 && file <= STDERR_FILENO);
+    if (file >= 0) close(file);
+}
+
+// Lines go out in large pieces where nobody watches them come. Not under --write, which never
+// flushes: there a larger buffer would keep a reader waiting.
+void sizeOutputBuffer() {
+    constexpr size_t kSize = 65536;
+    static char buffer[kSize];
+    if (!settings.writeRaw && isatty(STDOUT_FILENO) == 0) {
+        std::setvbuf(stdout, buffer, _IOFBF, sizeof buffer);
+    }
+}
+
+void readTimebase() {
+    mach_timebase_info_data_t timebase{};
+    mach_timebase_info(&timebase);
+    settings.tickDivisor =
+        static_cast<double>(timebase.denom) / static_cast<double>(timebase.numer) * 1000.0;
+}
+
+// Every step may end the program; a signal is taken between two of them.
+void setUpLiveTracing() {
+    setAudioDebugFlags();
+    takeSignal();
+    allocateCollectionBuffer();
+    takeSignal();
+    removeTraceBuffer();
+    takeSignal();
+    setTraceBufferSize(settings.bufferSize);
+    takeSignal();
+    setTraceInterest(settings.interestType);
+    takeSignal();
+    setupTraceBuffer();
+    takeSignal();
+    readTimebase();
+    if (settings.verbose) printBufferInfo();
+    takeSignal();
+    enableTracing(1);
+    takeSignal();
+}
+
+[[noreturn]] void printForEver() {
+    for (;;) {
+        collectAndPrint();
+        sleepBetweenPasses();
+    }
+}
+
+[[noreturn]] void writeForEver() {
+    std::signal(SIGXFSZ, SIG_IGN);  // a file that grows too large is a failed write like others
+    settings.rawFile = std::fopen(settings.rawPath, "wb+");
+    if (settings.rawFile == nullptr) fatalExit("Can't open file!\n");
+    writeDivisorRecord(settings.rawFile);
+    for (;;) {
+        writeRawRecords(settings.rawFile);
+        sleepBetweenPasses();
+    }
+}
+
+int run(int argc, char** argv) {
+    settings.programName = argv[0] != nullptr ? argv[0] : "sonaprobe";
+    if (geteuid() != 0) {
+        std::fprintf(stderr, "'%s' must be run as root.\n", settings.programName);
+        return EXIT_FAILURE;
+    }
+    if (reexec_to_match_kernel() != 0) {
+        std::fprintf(stderr, "Could not re-execute to match kernel architecture. (Error %d)\n",
+                     errno);
+        return EXIT_FAILURE;
+    }
+    fillStandardDescriptors();
+    parseOptions(argc, argv);
+    sizeOutputBuffer();
+
+    if (settings.dumpOnce) {
+        dumpOnceWithAlloc();
+        return EXIT_SUCCESS;
+    }
+    installSignalHandlers();
+    if (settings.readRaw) {
+        readRawFile(settings.rawPath);
+        beginEnding();
+        return EXIT_SUCCESS;
+    }
+    endOnBrokenPipe();
+    setUpLiveTracing();
+    if (settings.noLog) {
+        beginEnding();
+        return EXIT_SUCCESS;
+    }
+    if (settings.writeRaw) writeForEver();
+    printForEver();
+}
+
+}  // namespace
+
+}  // namespace sonaprobe
+
+int main(int argc, char** argv) { return sonaprobe::run(argc, argv); }

@@ -1,0 +1,55 @@
+// How the four signals and a broken pipe end the program: at once in a declared window, where the
+// program waits, everywhere else between two records or two set-up steps. So no code but the
+// windows needs to be safe against a signal.
+
+#pragma once
+
+#include <csignal>
+
+namespace sonaprobe {
+
+// SIGINT, SIGQUIT, SIGHUP and SIGTERM from now on end the program through fatalExit.
+void installSignalHandlers();
+
+// From now on a broken pipe on standard output ends the program as a signal does, silently.
+void endOnBrokenPipe();
+
+// No signal ends the program from now on, for it is ending; each only makes sure that no write
+// waits longer than 0.3 s.
+void beginEnding();
+
+// Whether an end is noted or under way.
+bool isEnding();
+
+// Ends the program if a signal was noted. For the places between two records or set-up steps.
+void takeSignal();
+
+// Notes that nobody reads standard output any more, if that ends the program.
+void noteBrokenPipe();
+
+namespace signals {
+
+extern volatile std::sig_atomic_t noted;  // number of the signal, SIGPIPE for a broken pipe, or 0
+extern volatile std::sig_atomic_t windowOpen;
+[[noreturn]] void end();
+
+}  // namespace signals
+
+inline void takeSignal() {
+    if (signals::noted != 0) signals::end();
+}
+
+// While one exists a signal ends the program at once: around system calls that may wait, and
+// nothing else, stdio and memory allocation least of all.
+class WaitingWindow {
+  public:
+    WaitingWindow() {
+        signals::windowOpen = 1;
+        takeSignal();
+    }
+    ~WaitingWindow() { signals::windowOpen = 0; }
+    WaitingWindow(const WaitingWindow&) = delete;
+    WaitingWindow& operator=(const WaitingWindow&) = delete;
+};
+
+}  // namespace sonaprobe

@@ -1,0 +1,140 @@
+// The one interpreter of decoder rows: selects the text, fills its pieces.
+
+#include "format/decode.h"
+
+#include <cstring>
+
+#include "app/settings.h"
+#include "format/digits.h"
+#include "format/event_time.h"
+#include "format/output_line.h"
+#include "format/prefix.h"
+#include "format/unclassified.h"
+
+namespace sonaprobe {
+
+namespace {
+
+// The tick of the device's trace clock, 24 MHz, whatever the machine's timebase.
+constexpr double kTicksPerMicrosecond = 24.0;
+
+uint64_t argumentOf(const TraceRecord& record, Slice slice, bool signExtend = false) {
+    static_assert(offsetof(TraceRecord, arg1) == 1 * sizeof(uint64_t));
+    static_assert(offsetof(TraceRecord, arg5) == 5 * sizeof(uint64_t));
+    uint64_t word;
+    std::memcpy(&word, reinterpret_cast<const char*>(&record) + slice.word * sizeof word,
+                sizeof word);
+    word <<= slice.dropHigh;
+    return signExtend ? static_cast<uint64_t>(static_cast<int64_t>(word) >> slice.dropLow)
+                      : word >> slice.dropLow;
+}
+
+bool holds(const Condition& condition, const TraceRecord& record) {
+    switch (condition.test) {
+        case Test::always: return true;
+        case Test::equals: return argumentOf(record, condition.slice) == condition.value;
+        case Test::notZero: return argumentOf(record, condition.slice) != 0;
+    }
+    return false;
+}
+
+// The first text behind `event` that answers the record, or null.
+const Row* selectText(const Row* event, const Row* end, const TraceRecord& record) {
+    const unsigned qualifier = 1U << (record.debugid & 3);
+    for (const Row* row = event + 1; row != end && !row->isEvent(); ++row) {
+        if ((row->qualifiers & qualifier) != 0 && holds(row->condition, record)) return row;
+    }
+    return nullptr;
+}
+
+// Seconds, then three digits each of milliseconds, microseconds and nanoseconds.
+char* putNanoseconds(char* at, uint64_t nanoseconds) {
+    const uint64_t seconds = nanoseconds / 1'000'000'000;
+    at = putSigned(at, static_cast<int32_t>(static_cast<uint32_t>(seconds)));
+    for (const uint64_t unit : {1'000'000U, 1'000U, 1U}) {
+        *at++ = '.';
+        at = putUnsignedZeroFilled(at, nanoseconds / unit % 1000, 3);
+    }
+    return at;
+}
+
+char* putFourCharacters(char* at, uint64_t code) {
+    for (const unsigned shift : {24U, 16U, 8U, 0U}) *at++ = static_cast<char>(code >> shift);
+    return at;
+}
+
+char* putHexadecimal(char* at, const Piece& piece, uint64_t value) {
+    if (!piece.alternate || value == 0) {  // zero has no "0x"
+        return piece.zeroFill ? putHexZeroFilled(at, value, piece.width)
+                              : putHex(at, value, piece.width);
+    }
+    const unsigned length = digits::countHex(value) + 2;
+    if (piece.zeroFill) {
+        return putHexZeroFilled(putText(at, "0x"), value, piece.width > 2 ? piece.width - 2U : 0U);
+    }
+    if (length < piece.width) at = putFill(at, ' ', piece.width - length);
+    return putHex(putText(at, "0x"), value);
+}
+
+char* putValue(char* at, const Row& row, const Piece& piece, const TraceRecord& record) {
+    const uint64_t value = argumentOf(record, piece.slice, piece.signExtend);
+    switch (piece.reading) {
+        case Reading::nothing: return at;
+        case Reading::signedDecimal: {
+            const auto number = static_cast<int64_t>(value);
+            return piece.zeroFill ? putSignedZeroFilled(at, number, piece.width)
+                                  : putSigned(at, number, piece.width);
+        }
+        case Reading::unsignedDecimal:
+            return piece.zeroFill ? putUnsignedZeroFilled(at, value, piece.width)
+                                  : putUnsigned(at, value, piece.width);
+        case Reading::hexadecimal: return putHexadecimal(at, piece, value);
+        case Reading::pointer: return putPointer(at, value);
+        case Reading::words: {
+            const WordPair& words = row.wordPairs[piece.wordPair];
+            return putText(at, value != 0 ? words.notZero : words.zero);
+        }
+        case Reading::nanoseconds: return putNanoseconds(at, value);
+        case Reading::fourCharacters: return putFourCharacters(at, value);
+        case Reading::ticks:
+            return putReal(at, static_cast<double>(value) / kTicksPerMicrosecond, 6);
+        case Reading::character: *at++ = static_cast<char>(value); return at;
+        case Reading::seconds:
+            return putUnsigned(at, elapsedSeconds(value, argumentOf(record, piece.later)));
+    }
+    return at;
+}
+
+char* putLogText(char* at, const Row& row, const TraceRecord& record) {
+    const char* const text = row.text.data();
+    for (const Piece& piece : std::span(row.pieces).first(row.pieceCount)) {
+        at = putText(at, {text + piece.literalBegin, piece.literalLength});
+        at = putValue(at, row, piece, record);
+    }
+    return at;
+}
+
+}  // namespace
+
+void decodeRecord(const Decoder& decoder, const TraceRecord& record) {
+    const size_t rowAfterEvent = decoder.rowAfterEvent[eventNumberOf(record.debugid)];
+    if (rowAfterEvent == 0) {
+        printUnclassifiedRecord(&record);
+        return;
+    }
+    const Row* const end = decoder.rows.data() + decoder.rows.size();
+    const Row& event = decoder.rows[rowAfterEvent - 1];
+    const Row* const text = selectText(&event, end, record);
+    if (text == nullptr || (text->verbose && !settings.verbose)) return;
+
+    const std::string_view group = !text->group.empty()   ? text->group
+                                   : !event.group.empty() ? event.group
+                                                          : decoder.group;
+    const std::string_view method = !text->method.empty() ? text->method : event.method;
+    const uint64_t object = decoder.hasObject ? record.arg1 : 0;
+    if (!printEventPrefix(headerOf(record), group, method, object)) return;
+    outputLine.moveTo(putLogText(outputLine.cursor(), *text, record));
+    outputLine.end();
+}
+
+}  // namespace sonaprobe

@@ -1,0 +1,18 @@
+// The decoder of the classes whose events are known and never printed (2, 5, 6, 8 to 11, 36, 39).
+
+#include "format/decoders/decoders.h"
+#include "format/rows.h"
+
+namespace sonaprobe::decoders {
+
+using namespace rows;
+
+namespace {
+
+constexpr Row kSilentRows[] = {event(0x05240800, "")};
+
+}  // namespace
+
+constexpr Decoder kEmpty = silentDecoder(kSilentRows);
+
+}  // namespace sonaprobe::decoders

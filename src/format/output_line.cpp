@@ -1,0 +1,31 @@
+// Handing lines over to standard output.
+
+#include "format/output_line.h"
+
+#include <algorithm>
+#include <cstdio>
+
+#include "app/output.h"
+
+namespace sonaprobe {
+
+constinit OutputLine outputLine;
+
+void OutputLine::handOver() {
+    const auto length = static_cast<size_t>(at_ - buffer_);
+    at_ = buffer_;
+    if (fwrite_unlocked(buffer_, 1, length, stdout) < length) outputFailed();
+}
+
+// Hands over what the line holds and all blanks but those that now fit; returns their count.
+uint64_t OutputLine::spill(uint64_t count) {
+    handOver();
+    std::memset(buffer_, ' ', kIndentRoom);
+    for (; count > kIndentRoom; count -= kIndentRoom) {
+        at_ = buffer_ + kIndentRoom;
+        handOver();
+    }
+    return count;
+}
+
+}  // namespace sonaprobe

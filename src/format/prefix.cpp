@@ -1,0 +1,92 @@
+// The columns before the LOG text.
+
+#include "format/prefix.h"
+
+#include <algorithm>
+
+#include "app/settings.h"
+#include "format/digits.h"
+#include "format/event_time.h"
+#include "format/indentation.h"
+#include "format/output_line.h"
+
+namespace sonaprobe {
+
+namespace {
+
+constexpr size_t kNameLength = 73;  // longer names are cut
+constexpr size_t kNameWidth = 30;
+constexpr size_t kNarrowNameWidth = 10;  // without method
+
+void printDirection(Qualifier qualifier) {
+    const char* const mark = qualifier == Qualifier::start ? "-> "
+                             : qualifier == Qualifier::end ? "<- "
+                                                           : "   ";
+    outputLine.moveTo(putText(outputLine.cursor(), {mark, 3}));
+    if (!settings.indent) return;
+    switch (qualifier) {
+        case Qualifier::start: indentIn(); break;
+        case Qualifier::end: indentOut(); break;
+        default: indentPad(); break;
+    }
+}
+
+// A piece of the name, cut where the name would grow too long.
+char* putNamePart(char* at, const char* nameBegin, std::string_view part) {
+    const auto used = static_cast<size_t>(at - nameBegin);
+    return putText(at, part.substr(0, kNameLength - used));
+}
+
+char* putName(char* at, std::string_view group, std::string_view method) {
+    const char* const begin = at;
+    if (settings.showGroup) {
+        at = putNamePart(at, begin, group);
+        at = putNamePart(at, begin, "::");
+    }
+    if (settings.showMethod) at = putNamePart(at, begin, method);
+    if (!settings.noSeparator) {
+        const size_t width = settings.showMethod ? kNameWidth : kNarrowNameWidth;
+        const auto length = static_cast<size_t>(at - begin);
+        if (length < width) at = putFill(at, ' ', width - length);
+    }
+    *at++ = ' ';
+    return at;
+}
+
+}  // namespace
+
+bool printEventPrefix(const EventHeader& header, std::string_view group, std::string_view method,
+                      uint64_t object) {
+    char* at = outputLine.cursor();
+    if (settings.timeMode != 0) {
+        at += formatEventTime(header.timestamp, at).size();
+        *at++ = ' ';
+    }
+    if (settings.showCpu) {
+        const char* const begin = at;
+        at = putUnsigned(at, header.cpuid);
+        if (at - begin < 2) *at++ = ' ';
+        *at++ = ' ';
+    }
+    if (settings.showThread) {
+        at = putHexZeroFilled(putText(at, "0x"), header.thread, 8);
+        *at++ = ' ';
+    }
+    if (settings.showCodes) {
+        at = putHexDigits(putText(at, "0x"), header.debugid, 8);
+        *at++ = ' ';
+    }
+    outputLine.moveTo(at);
+
+    printDirection(qualifierOf(header.debugid));
+
+    at = putName(outputLine.cursor(), group, method);
+    if (object != 0 && settings.showPointer) {
+        at = putHexDigits(putText(at, "(0x"), object, 16);
+        at = putText(at, ") ");
+    }
+    outputLine.moveTo(at);
+    return true;
+}
+
+}  // namespace sonaprobe

@@ -1,0 +1,30 @@
+// The columns before the LOG text: time, processor, thread, code, direction and indentation, name,
+// object.
+
+#pragma once
+
+#include <cstdint>
+#include <string_view>
+
+#include "trace/trace_record.h"
+
+namespace sonaprobe {
+
+// What the prefix needs of a record.
+struct EventHeader {
+    uint64_t timestamp;
+    uint64_t thread;
+    uint32_t debugid;
+    uint32_t cpuid;
+};
+
+constexpr EventHeader headerOf(const TraceRecord& record) {
+    return {record.timestamp, record.arg5, record.debugid, record.cpuid};
+}
+
+// Puts the prefix on the line being printed, each column ended by a blank, as the settings switch
+// them; an object of 0 has no column. The LOG text follows if the result is true, as it always is.
+bool printEventPrefix(const EventHeader& header, std::string_view group, std::string_view method,
+                      uint64_t object);
+
+}  // namespace sonaprobe

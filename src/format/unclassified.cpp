@@ -1,0 +1,136 @@
+// The layouts for records that no decoder prints.
+
+#include "format/unclassified.h"
+
+#include "app/settings.h"
+#include "format/code_names.h"
+#include "format/digits.h"
+#include "format/event_time.h"
+#include "format/output_line.h"
+#include "format/prefix.h"
+
+namespace sonaprobe {
+
+namespace {
+
+// The trace clock of the basic layout has 1000 ticks a microsecond, whatever the timebase.
+constexpr double kBasicTicksPerMicrosecond = 1000.0;
+
+enum class Thread { blankFilled, zeroFilled };
+
+// "%16lx  %16lx  %16lx  %16lx  0x%16lx  %2u": arg1 to arg4, the thread, the processor.
+char* putRawWords(char* at, const TraceRecord& record, Thread thread) {
+    for (const uint64_t word : {record.arg1, record.arg2, record.arg3, record.arg4}) {
+        at = putText(putHex(at, word, 16), "  ");
+    }
+    at = putText(at, "0x");
+    at = thread == Thread::zeroFilled ? putHexDigits(at, record.arg5, 16)
+                                      : putHex(at, record.arg5, 16);
+    return putUnsigned(putText(at, "  "), record.cpuid, 2);
+}
+
+// "0x%04x|%02u|%03u": class word, class id, event number.
+char* putSplitCode(char* at, uint32_t debugid) {
+    at = putHexDigits(putText(at, "0x"), classWordOf(debugid), 4);
+    *at++ = '|';
+    at = putUnsignedZeroFilled(at, classIdOf(debugid), 2);
+    *at++ = '|';
+    return putUnsignedZeroFilled(at, eventNumberOf(debugid), 3);
+}
+
+// Start and end point the other way round than in the event prefix.
+std::string_view reversedMark(Qualifier qualifier) {
+    switch (qualifier) {
+        case Qualifier::start: return "<-";
+        case Qualifier::end: return "->";
+        default: return "  ";
+    }
+}
+
+void printMarkedLine(const TraceRecord& record, std::string_view kind) {
+    char* at = outputLine.cursor();
+    at += formatEventTime(record.timestamp, at).size();
+    *at++ = ' ';
+    at = putText(at, reversedMark(qualifierOf(record.debugid)));
+    *at++ = ' ';
+    at = putText(at, kind);
+    at = putSplitCode(at, record.debugid);
+    at = putText(at, "  ");
+    outputLine.moveTo(putRawWords(at, record, Thread::blankFilled));
+    outputLine.end();
+}
+
+void printNamedLine(const TraceRecord& record) {
+    char fallback[16];
+    char name[kCodeNameRoom] = {};
+    const char* found = lookupCodeName(codeOf(record.debugid), name);
+    std::string_view method;
+    if (found != nullptr) {
+        method = found;
+    } else {
+        const char* const end = putSplitCode(putText(fallback, "U-"), record.debugid);
+        method = {fallback, static_cast<size_t>(end - fallback)};
+    }
+    if (!printEventPrefix(headerOf(record), "", method, 0)) return;
+    outputLine.moveTo(putRawWords(outputLine.cursor(), record, Thread::blankFilled));
+    outputLine.end();
+}
+
+// "%#010x": zero has no "0x".
+char* putAlternateCode(char* at, uint32_t code) {
+    return code == 0 ? putFill(at, '0', 10) : putHexDigits(putText(at, "0x"), code, 8);
+}
+
+char* putBasicName(char* at, uint32_t debugid) {
+    constexpr size_t kNameWidth = 30;
+    char name[kCodeNameRoom] = {};
+    const char* const begin = at;
+    if (const char* found = lookupCodeName(codeOf(debugid), name)) {
+        at = putText(at, found);
+    } else {
+        at = putAlternateCode(at, debugid);
+    }
+    const auto length = static_cast<size_t>(at - begin);
+    return length < kNameWidth ? putFill(at, ' ', kNameWidth - length) : at;
+}
+
+}  // namespace
+
+void printUnclassifiedRecord(const TraceRecord* record) {
+    if (classWordOf(record->debugid) == kAudioClassWord) {
+        printMarkedLine(*record, "F-");
+    } else if ((settings.printMask & kPrintAll) == 0) {
+        return;
+    } else if (settings.decodePath[0] != '\0') {
+        printNamedLine(*record);
+    } else {
+        printMarkedLine(*record, "U-");
+    }
+}
+
+void printBasicRecord(const TraceRecord* record) {
+    static uint64_t first = 0;  // 0 while none is held, so a first stamp of 0 is not held
+    static uint64_t previous = 0;
+    if (first == 0) first = previous = record->timestamp;
+    const auto microseconds = [](uint64_t ticks) {
+        return static_cast<double>(ticks) / kBasicTicksPerMicrosecond;
+    };
+
+    char* at = outputLine.cursor();
+    at = putReal(at, microseconds(record->timestamp - first), 1, 10);
+    *at++ = ' ';
+    at = putReal(at, microseconds(record->timestamp - previous), 1, 5);
+    previous = record->timestamp;
+    at = putText(at, "  ");
+    if (settings.decodePath[0] != '\0') {
+        at = putBasicName(at, record->debugid);
+        *at++ = ' ';
+    } else {
+        at = putHexDigits(putText(at, "0x"), record->debugid, 8);
+        at = putText(at, "  ");
+    }
+    outputLine.moveTo(putRawWords(at, *record, Thread::zeroFilled));
+    outputLine.end();
+}
+
+}  // namespace sonaprobe
