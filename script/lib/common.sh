@@ -1,0 +1,52 @@
+# What the scripts share: where the project is, installing what is missing, telling of progress.
+# To be sourced by a bash script of script/.
+
+set -euo pipefail
+cd "$(dirname "${BASH_SOURCE[0]}")/../.."
+
+BUILD_PACKAGES=(g++ cmake ninja-build)
+TEST_PACKAGES=(libgtest-dev libgmock-dev python3 python3-pytest util-linux)
+CHECK_PACKAGES=(clang-14 clang-tidy-14 clang-format-14 libclang-rt-14-dev)
+
+# Runs a command as root: as it is, or through sudo.
+as_root() {
+    if [ "$(id -u)" -eq 0 ]; then "$@"; else sudo "$@"; fi
+}
+
+# install_missing PACKAGE...: installs those Debian packages that are not there.
+install_missing() {
+    local missing=() package
+    for package in "$@"; do
+        dpkg-query -W -f '${Status}' "$package" 2>/dev/null | grep -q 'install ok installed' ||
+            missing+=("$package")
+    done
+    [ ${#missing[@]} -eq 0 ] && return
+    echo "installing: ${missing[*]}"
+    if ! command -v apt-get >/dev/null; then
+        echo "this is no Debian system: install these by hand: ${missing[*]}" >&2
+        exit 1
+    fi
+    local log
+    log=$(mktemp)
+    if ! { as_root apt-get update -q && as_root env DEBIAN_FRONTEND=noninteractive \
+        apt-get install -y -q --no-install-recommends "${missing[@]}"; } >"$log" 2>&1; then
+        tail -n 20 "$log" >&2
+        exit 1
+    fi
+    rm -f "$log"
+}
+
+# build PRESET [TARGET...]: configures with warnings as errors and builds; what it prints goes to
+# build/PRESET.log and is shown only if it fails.
+build() {
+    local preset=$1
+    shift
+    local log=build/$preset.log
+    mkdir -p build
+    if ! { cmake --preset "$preset" -DSONAPROBE_WERROR=ON && cmake --build --preset "$preset" \
+        ${1:+--target "$@"}; } >"$log" 2>&1; then
+        grep -E 'error|warning|FAILED|CMake Error' -A 5 "$log" | head -n 60 || tail -n 30 "$log"
+        echo "the whole output: $log"
+        return 1
+    fi
+}
