@@ -38,7 +38,9 @@ void setAudioDebugFlags() {
         return;
     }
     AudioDebugFlagsRequest reply{};
-    if (!getFlags(reply) && !getFlags(reply)) {
+    bool known = getFlags(reply);
+    if (!known) known = getFlags(reply);
+    if (!known) {
         std::fputs("sysctlbyname failed to get old 'audio' debug flags second time\n", stderr);
         reply.value = 0;
     }

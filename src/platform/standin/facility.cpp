@@ -63,12 +63,11 @@ void forgetCounts(State& state) {
     state.progress.publish({0, 0});
 }
 
+// Between beginChange() and endChange(), as the two before.
 void removeAll(State& state) {
-    beginChange(state);
     dropRing(state);
     state.requestedEntries.store(0);
     publishInterest(state, kEverything);
-    endChange(state);
 }
 
 // Whether the counts can be what an operation left behind.
@@ -229,7 +228,9 @@ int readRecords(unsigned char* records, uint64_t room, uint64_t& count) {
 
 int removeBuffer() {
     return asOwner(FailurePoint::remove, [](State& state) {
+        beginChange(state);
         removeAll(state);
+        endChange(state);
         giveUpOwnership();
         return 0;
     });
@@ -241,10 +242,12 @@ int holdFacility() {
 
 int resetFacility() {
     return asOwner([](State& state) {
+        beginChange(state);
         removeAll(state);
         forgetCounts(state);
         state.audioFlags.store(0);
         state.failures.fill({});
+        endChange(state);
         giveUpOwnership();
         return 0;
     });

@@ -1,0 +1,306 @@
+// Folders and files that are not the facility's own, files that vanish, and a /dev/shm without
+// room.
+
+#include <cerrno>
+#include <fcntl.h>
+#include <filesystem>
+#include <fstream>
+#include <string>
+#include <sys/mount.h>
+#include <sys/stat.h>
+#include <sys/statfs.h>
+#include <unistd.h>
+
+#include "facility_fixture.h"
+#include "platform/standin/attachment.h"
+
+namespace sonaprobe::standin {
+namespace {
+
+namespace fs = std::filesystem;
+using platform::kKernKdRemove;
+
+constexpr uid_t kStranger = 12345;
+constexpr const char* kElsewhere = "/dev/shm/elsewhere";
+
+void overwrite(const char* path, std::streamoff offset, uint64_t word) {
+    std::fstream file(path, std::ios::binary | std::ios::in | std::ios::out);
+    file.seekp(offset);
+    file.write(reinterpret_cast<const char*>(&word), sizeof word);
+    ASSERT_TRUE(file.flush());
+}
+
+struct Spoiling {
+    const char* name;
+    void (*spoil)();
+    const char* path;    // what the refusal names
+    const char* reason;  // and says of it
+};
+
+const Spoiling kSpoilings[] = {
+    {"folder of a stranger", [] { ASSERT_EQ(chown(kFolder, kStranger, 0), 0); }, kFolder,
+     "belongs to another user"},
+    {"folder open to others", [] { ASSERT_EQ(chmod(kFolder, 0755), 0); }, kFolder,
+     "is open to other users"},
+    {"another folder, of a stranger",
+     [] {
+         fs::rename(kFolder, kElsewhere);
+         fs::create_directory(kFolder);
+         ASSERT_EQ(chown(kFolder, kStranger, 0), 0);
+     },
+     kFolder, "belongs to another user"},
+    {"link to the folder",
+     [] {
+         fs::rename(kFolder, kElsewhere);
+         fs::create_symlink(kElsewhere, kFolder);
+     },
+     kFolder, "is a link"},
+    {"file for a folder",
+     [] {
+         fs::remove_all(kFolder);
+         std::ofstream{kFolder};
+     },
+     kFolder, "is not a folder"},
+    {"state of a stranger", [] { ASSERT_EQ(chown(kStatePath, kStranger, 0), 0); }, kStatePath,
+     "belongs to another user"},
+    {"state open to others", [] { ASSERT_EQ(chmod(kStatePath, 0640), 0); }, kStatePath,
+     "is open to other users"},
+    {"state with two names", [] { fs::create_hard_link(kStatePath, kElsewhere); }, kStatePath,
+     "has another name"},
+    {"link to the state",
+     [] {
+         fs::rename(kStatePath, kElsewhere);
+         fs::create_symlink(kElsewhere, kStatePath);
+     },
+     kStatePath, "is a link"},
+    {"folder for a state",
+     [] {
+         fs::remove(kStatePath);
+         fs::create_directory(kStatePath);
+     },
+     kStatePath, "is not a plain file"},
+    {"copy of the state with another magic",
+     [] {
+         fs::copy_file(kStatePath, kElsewhere);
+         overwrite(kElsewhere, 0, 1);
+         fs::rename(kElsewhere, kStatePath);
+     },
+     kStatePath, "has a wrong header"},
+    {"copy of the state with another size",
+     [] {
+         fs::copy_file(kStatePath, kElsewhere);
+         overwrite(kElsewhere, 8, 1);
+         fs::rename(kElsewhere, kStatePath);
+     },
+     kStatePath, "has a wrong header"},
+    {"state cut short",
+     [] {
+         fs::copy_file(kStatePath, kElsewhere);
+         fs::resize_file(kElsewhere, 100);
+         fs::rename(kElsewhere, kStatePath);
+     },
+     kStatePath, "has a wrong length"},
+    {"ring of a stranger", [] { ASSERT_EQ(chown(kRingPath, kStranger, 0), 0); }, kRingPath,
+     "belongs to another user"},
+    {"link to the ring",
+     [] {
+         fs::rename(kRingPath, kElsewhere);
+         fs::create_symlink(kElsewhere, kRingPath);
+     },
+     kRingPath, "is a link"},
+    {"copy of the ring with more slots",
+     [] {
+         fs::copy_file(kRingPath, kElsewhere);
+         overwrite(kElsewhere, 16, 1 << 20);
+         fs::rename(kElsewhere, kRingPath);
+     },
+     kRingPath, "has a wrong header"},
+    {"copy of the ring, cut short",
+     [] {
+         fs::copy_file(kRingPath, kElsewhere);
+         fs::resize_file(kElsewhere, 8192);
+         fs::rename(kElsewhere, kRingPath);
+     },
+     kRingPath, "has a wrong header"},
+    {"empty ring",
+     [] {
+         fs::remove(kRingPath);
+         ASSERT_EQ(close(open(kRingPath, O_CREAT | O_WRONLY, 0600)), 0);
+     },
+     kRingPath, "has a wrong header"},
+};
+
+class Trust : public PrivateFacilityTest, public testing::WithParamInterface<Spoiling> {};
+
+TEST_P(Trust, RefusesWhatIsNotTheFacilitysOwn) {
+    setUpWith(1024);
+    GetParam().spoil();
+    if (HasFatalFailure()) return;
+    platform::KernelBufferInfo info{};
+    FacilityStatus status{};
+    uint32_t flags = 0;
+    EXPECT_EQ(getBufferInfo(info), EPERM);
+    EXPECT_EQ(operate(kKernKdRemove), EPERM);
+    EXPECT_EQ(getStatus(status), EPERM);
+    EXPECT_EQ(getAudioFlags(flags), EPERM);
+    EXPECT_STREQ(lastRefusal().path, GetParam().path);
+    EXPECT_STREQ(lastRefusal().reason, GetParam().reason);
+    EXPECT_EQ(inChild([] { return operate(kKernKdRemove); }), EPERM);
+
+    fs::remove_all(kFolder);
+    fs::remove_all(kElsewhere);
+    EXPECT_EQ(operate(kKernKdRemove), 0) << "removing what was there is the way out";
+}
+
+INSTANTIATE_TEST_SUITE_P(Spoilt, Trust, testing::ValuesIn(kSpoilings), [](const auto& row) {
+    std::string name = row.param.name;
+    std::erase(name, ',');
+    std::replace(name.begin(), name.end(), ' ', '_');
+    return name;
+});
+
+class Folder : public PrivateFacilityTest {};
+
+TEST_F(Folder, IsClosedToOthers) {
+    setUpWith(1024);
+    struct stat found;
+    ASSERT_EQ(lstat(kFolder, &found), 0);
+    EXPECT_EQ(found.st_mode, static_cast<mode_t>(S_IFDIR | 0700));
+    for (const char* path : {kStatePath, kRingPath}) {
+        ASSERT_EQ(lstat(path, &found), 0);
+        EXPECT_EQ(found.st_mode, static_cast<mode_t>(S_IFREG | 0600));
+    }
+}
+
+TEST_F(Folder, IsRootsAlone) {
+    fs::remove_all(kFolder);
+    EXPECT_EQ(inChild([] { return setuid(kStranger) == 0 ? operate(kKernKdRemove) : 0; }), EPERM);
+    EXPECT_FALSE(fs::exists(kFolder));
+}
+
+TEST_F(Folder, MayBeRemovedUnderARun) {
+    setUpWith(1024);
+    Producer producer;
+    ASSERT_TRUE(attachProducer(producer));
+    EXPECT_EQ(postMany(producer, 0, 1), 1U);
+    fs::remove_all(kFolder);
+    EXPECT_EQ(statusNow().info.entries, 0);
+    EXPECT_FALSE(statusNow().owner);
+    setUpWith(2048);
+    ASSERT_TRUE(attachProducer(producer));
+    EXPECT_EQ(postMany(producer, 1, 2), 2U);
+    EXPECT_EQ(readAll(9).size(), 2U);
+    detachProducer(producer);
+}
+
+TEST_F(Folder, ARingThatVanishedIsTakenAsRemoved) {
+    setUpWith(1024);
+    fs::remove(kRingPath);
+    EXPECT_EQ(statusNow().info.entries, 0);
+    EXPECT_EQ(enableTracing(true), EINVAL);
+}
+
+TEST_F(Folder, ForgetsTheTracesOfACreatorThatWasKilled) {
+    fs::remove(kStatePath);
+    std::ofstream(std::string(kStatePath) + ".new") << "half";
+    std::ofstream{kRingPath};
+    setUpWith(1024);
+    EXPECT_EQ(statusNow().info.entries, 1024);
+    EXPECT_FALSE(fs::exists(std::string(kStatePath) + ".new"));
+}
+
+TEST_F(Folder, IsMadeOnceByManyAtATime) {
+    for (int round = 0; round < 20; round++) {
+        fs::remove_all(kFolder);
+        std::vector<pid_t> children;
+        for (int i = 0; i < 8; i++) {
+            children.push_back(startChild([] {
+                uint32_t flags = 0;
+                return setAudioFlags(7) != 0 || getAudioFlags(flags) != 0 || flags != 7 ? 1 : 0;
+            }));
+        }
+        for (const pid_t child : children) ASSERT_EQ(waitFor(child), 0);
+        ASSERT_EQ(statusNow().audioFlags, 7U) << "all of them meant the same state";
+    }
+}
+
+// A /dev/shm of some bytes on top of the test's own.
+class LittleRoom : public PrivateFacilityTest {
+  protected:
+    void TearDown() override {
+        if (mounted_) umount2("/dev/shm", MNT_DETACH);
+    }
+    void mountShm(const std::string& size) {
+        mounted_ = mount("none", "/dev/shm", "tmpfs", 0, ("size=" + size).c_str()) == 0;
+        ASSERT_TRUE(mounted_);
+        ASSERT_EQ(resetFacility(), 0);
+    }
+    static uint64_t freeBytes() {
+        struct statfs system;
+        EXPECT_EQ(statfs("/dev/shm", &system), 0);
+        return system.f_bavail * static_cast<uint64_t>(system.f_bsize);
+    }
+
+  private:
+    bool mounted_ = false;
+};
+
+TEST_F(LittleRoom, TakesHalfOfWhatIsFree) {
+    mountShm("2m");
+    const uint64_t room = freeBytes();
+    setUpWith(5'000'000);
+    const int32_t entries = statusNow().info.entries;
+    EXPECT_EQ(static_cast<uint64_t>(entries), (room / 2 - kRingHeaderBytes) / kSlotBytes);
+    // The ring is reserved: a file system filled up meanwhile does not hurt.
+    std::ofstream(kElsewhere) << std::string(freeBytes(), 'x') << std::flush;
+    Producer producer;
+    ASSERT_TRUE(attachProducer(producer));
+    EXPECT_EQ(postMany(producer, 0, 40'000), 40'000U);
+    EXPECT_EQ(readAll(40'000).size(), static_cast<size_t>(entries));
+    detachProducer(producer);
+}
+
+TEST_F(LittleRoom, TakesAllThatWasAskedForWhereItFits) {
+    mountShm("2m");
+    setUpWith(30'000);
+    EXPECT_EQ(statusNow().info.entries, 30'000);
+}
+
+TEST_F(LittleRoom, LeavesNothingBehindWhereTooFewFit) {
+    mountShm("128k");
+    const uint64_t room = freeBytes();
+    ASSERT_EQ(setBufferSize(5'000), 0);
+    EXPECT_EQ(setUp(), ENOMEM);
+    EXPECT_EQ(statusNow().info.entries, 0);
+    EXPECT_FALSE(fs::exists(kRingPath));
+    EXPECT_EQ(freeBytes(), room);
+    ASSERT_EQ(setBufferSize(1'000), 0);
+    EXPECT_EQ(setUp(), 0) << "few, but all that were asked for";
+}
+
+TEST_F(LittleRoom, HasNoneForTheState) {
+    mountShm("128k");
+    fs::remove_all(kFolder);
+    std::ofstream(kElsewhere) << std::string(freeBytes(), 'x') << std::flush;
+    FacilityStatus status{};
+    EXPECT_EQ(getStatus(status), ENOMEM);
+    fs::remove(kElsewhere);
+    EXPECT_EQ(getStatus(status), 0);
+}
+
+TEST_F(LittleRoom, ARemovedRingGivesItsRoomBack) {
+    mountShm("2m");
+    const uint64_t room = freeBytes();
+    setUpWith(10'000);
+    Producer producer;
+    ASSERT_TRUE(attachProducer(producer));
+    EXPECT_EQ(postMany(producer, 0, 1), 1U);
+    ASSERT_EQ(removeBuffer(), 0);
+    EXPECT_LT(freeBytes(), room) << "as long as a producer has it mapped";
+    EXPECT_EQ(postMany(producer, 1, 1), 0U);
+    EXPECT_EQ(freeBytes(), room);
+    detachProducer(producer);
+}
+
+}  // namespace
+}  // namespace sonaprobe::standin
