@@ -138,8 +138,6 @@ class Stress : public FacilityTest {
         EXPECT_GT(consumer.seen, 100'000U);
         lost = status.lost;
         wraps = consumer.wraps;
-        std::printf("posted %ju seen %ju lost %ju kills %ju wraps %ju\n", uintmax_t{status.posted},
-                    uintmax_t{consumer.seen}, uintmax_t{lost}, uintmax_t{kills}, uintmax_t{wraps});
         munmap(shared, sizeof(Counted));
     }
 

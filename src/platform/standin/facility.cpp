@@ -87,16 +87,16 @@ int recover(State& state) {
             return 0;
         }
         const uint16_t number = numberIn(state.control.load());
-        if (ring.entries != 0 && ring.number == number && stillInPlace(folderDescriptor(), ring)) {
-            return 0;
+        if (ring.number != number || !stillInPlace(folderDescriptor(), ring)) {
+            error = mapRing(folderDescriptor(), number, ring);
         }
-        error = mapRing(folderDescriptor(), number, ring);
         if (error == 0 && ring.entries == state.entries.load()) return 0;
     }
     if (error != 0 && error != ENOENT) return error;
     beginChange(state);
-    forgetCounts(state);
     removeAll(state);
+    forgetCounts(state);
+    endChange(state);
     return 0;
 }
 
