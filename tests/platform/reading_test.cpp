@@ -111,7 +111,6 @@ TEST_F(Reading, WaitsAHundredMillisecondsInAllForUnwrittenTickets) {
 }
 
 TEST_F(Reading, WaitsForARecordThatIsStillBeingWritten) {
-    Ring ring;
     postMany(producer, 0, 1);
     ASSERT_EQ(readAll(9).size(), 1U);
     const uint64_t drawn = producer.state->control.fetch_add(1);
