@@ -1,0 +1,151 @@
+// The reference of all events, docs/events.md: an introduction, an index, one table per class.
+
+#include "events/markdown.h"
+
+#include <algorithm>
+#include <cstdio>
+#include <string>
+
+#include "events/catalog.h"
+#include "events/spelling.h"
+
+namespace sonaprobe::events {
+
+namespace {
+
+constexpr const char* kIntroduction = R"(# Events
+
+Every event that sonaprobe decodes, and every text that it can print for it. This page is made from
+the tables in `src/format/decoders/` by `script/update-generated`; change the tables, not the page.
+
+## How to find an event
+
+Search this page for what a line shows: its name as printed (`OrvelHDAPath::enable`), some fixed
+words of its text (`going to D0`), or its code (`0x05245C0C`). What `-c` prints is the code with the
+qualifier in its two lowest bits: for `0x05245c0d` search for `0x05245C0C`, without regard to case.
+
+## How to read a table
+
+Each row is one text. The texts of an event are asked from the first to the last, and the first that
+answers is printed; a record that none answers prints nothing.
+
+| Column | Says |
+|---|---|
+| Code | the debug id without its qualifier |
+| On | the qualifier: **start** is 1, marked `->` in the line; **end** is 2, marked `<-`; **other** is 0 and 3; **any** is all four |
+| If | what an argument must be besides; *verbose*: printed only under `-v` |
+| Name | group and method, as the line shows them |
+| Text | the printf format of the LOG text |
+| Arguments | what fills its conversions, in order |
+
+`arg2` is a whole argument word of 64 bits, `hi(arg2)` and `lo(arg2)` are its halves, `byte(0, arg2)`
+is its lowest byte. `arg1` is the object of the line and `arg5` its thread, and few texts show them.
+
+| Argument | Prints |
+|---|---|
+| `boolean(x)` | `true`, or `false` for 0 |
+| `yesNo(x)` | `yes`, or `no` for 0 |
+| `either(x, "a", "b")` | `a`, or `b` for 0 |
+| `nanos(x)` | a time in nanoseconds as seconds.milliseconds.microseconds.nanoseconds |
+| `seconds(x, y)` | the whole seconds from trace clock stamp x to y |
+| `ticks(x)` | x / 24.0 |
+| `fourCC(x)` | four characters, the highest byte first |
+| `character(x)` | one character |
+
+## Classes
+
+"Code" is what `-F` and `-X` take besides the class number and the name. Events of the silent classes
+are known and never printed. An audio code that is not on this page is printed raw, marked `F-`.
+
+| Class | Code | Name | Events | Texts |
+|---|---|---|---|---|
+)";
+
+// In a table a vertical bar would end its cell, even within code.
+std::string inCode(std::string_view text) {
+    std::string result = "`";
+    for (const char c : text) {
+        if (c == '|') result += '\\';
+        result += c;
+    }
+    return result + '`';
+}
+
+std::string inCodeIfAny(std::string_view text) { return text.empty() ? "" : inCode(text); }
+
+std::string classCell(const TracedClass& traced) {
+    if (traced.isSilent()) return traced.id + " *silent*";
+    std::string anchor = traced.title();
+    std::ranges::transform(anchor, anchor.begin(), [](char c) {
+        if (c == ' ') return '-';
+        return c >= 'A' && c <= 'Z' ? static_cast<char>(c - 'A' + 'a') : c;
+    });
+    return '[' + traced.title() + "](#" + anchor + ')';
+}
+
+void printIndex(const std::vector<TracedClass>& classes) {
+    size_t allEvents = 0;
+    size_t allTexts = 0;
+    for (const TracedClass& traced : classes) {
+        const std::vector<Event> events = eventsOf(traced);
+        size_t texts = 0;
+        for (const Event& event : events) texts += event.texts.size();
+        std::printf("| %s | %s | %s | %zu | %zu |\n", classCell(traced).c_str(),
+                    inCodeIfAny(traced.code).c_str(), inCodeIfAny(traced.registryName).c_str(),
+                    events.size(), texts);
+        allEvents += events.size();
+        allTexts += texts;
+    }
+    std::printf("| all | | | %zu | %zu |\n", allEvents, allTexts);
+}
+
+std::string ifCell(const Row& text) {
+    std::string cell = inCodeIfAny(spellCondition(text.condition));
+    if (text.verbose) cell += cell.empty() ? "*verbose*" : ", *verbose*";
+    return cell;
+}
+
+std::string argumentsCell(const Row& text) {
+    std::string cell;
+    for (const Piece& piece : std::span(text.pieces).first(text.pieceCount)) {
+        if (piece.reading == Reading::nothing) continue;
+        if (!cell.empty()) cell += ", ";
+        cell += inCode(spellArgument(text, piece));
+    }
+    return cell;
+}
+
+void printRow(const Decoder& decoder, const Event& event, const Row& text) {
+    const std::string name =
+        std::string(groupOf(decoder, event, text)) + "::" + std::string(methodOf(event, text));
+    std::printf("| %s | %s | %s | %s | %s | %s |\n", inCode(spellCode(event.event->code)).c_str(),
+                spellQualifiers(text.qualifiers).c_str(), ifCell(text).c_str(),
+                inCode(name).c_str(), inCode(text.text).c_str(), argumentsCell(text).c_str());
+}
+
+void printClass(const TracedClass& traced) {
+    const std::vector<Event> events = eventsOf(traced);
+    if (events.empty()) return;
+    std::printf("\n## %s\n\n", traced.title().c_str());
+    if (traced.decoder->codeBase == 0x05240000) {
+        std::puts("Printed by none of the options; decoded all the same.\n");
+    }
+    if (!traced.decoder->hasObject) {
+        std::puts("Printed under `-A` only. These lines show no object: `arg1` is a value.\n");
+    }
+    std::puts("| Code | On | If | Name | Text | Arguments |\n|---|---|---|---|---|---|");
+    for (const Event& event : events) {
+        for (const Row& text : event.texts) printRow(*traced.decoder, event, text);
+    }
+}
+
+}  // namespace
+
+void printMarkdown() {
+    const std::vector<TracedClass> classes = tracedClasses();
+    std::fputs(kIntroduction, stdout);
+    printIndex(classes);
+    for (const TracedClass& traced : classes) printClass(traced);
+}
+
+}  // namespace sonaprobe::events

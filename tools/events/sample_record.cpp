@@ -1,0 +1,211 @@
+// Records that make each text print once.
+
+#include "events/sample_record.h"
+
+#include <algorithm>
+#include <array>
+#include <bit>
+#include <cstdio>
+#include <cstdlib>
+#include <map>
+#include <utility>
+
+#include "events/spelling.h"
+
+namespace sonaprobe::events {
+
+namespace {
+
+constexpr uint64_t kObject = 0xFEED000000000001;
+
+// The five argument words of a record in the making, with the bits that are settled.
+class Words {
+  public:
+    uint64_t get(Slice slice) const {
+        return words_[slice.word] << slice.dropHigh >> slice.dropLow;
+    }
+    void set(Slice slice, uint64_t value) {
+        const uint64_t mask = maskOf(slice);
+        words_[slice.word] = (words_[slice.word] & ~mask) | (shifted(slice, value) & mask);
+        settled_[slice.word] |= mask;
+    }
+    void setIfFree(Slice slice, uint64_t value) {
+        if ((settled_[slice.word] & maskOf(slice)) == 0) set(slice, value);
+    }
+    uint64_t word(unsigned n) const { return words_[n]; }
+
+  private:
+    static unsigned shiftOf(Slice slice) { return slice.dropLow - slice.dropHigh; }
+    static uint64_t maskOf(Slice slice) { return shifted(slice, ~uint64_t{0} >> slice.dropLow); }
+    static uint64_t shifted(Slice slice, uint64_t value) { return value << shiftOf(slice); }
+
+    std::array<uint64_t, 6> words_{};
+    std::array<uint64_t, 6> settled_{};
+};
+
+// The digit that a value is known by.
+uint64_t digitOf(Slice slice) {
+    switch (slice.bits()) {
+        case 64: return slice.word;
+        case 32: return slice.dropHigh == 0 ? slice.word : slice.word + 5U;
+        default: return (56U - slice.dropHigh) / 8 + 1;
+    }
+}
+
+uint64_t decimalFor(Slice slice) {
+    return slice.bits() == 64 ? digitOf(slice) * 111 : digitOf(slice);
+}
+
+uint64_t hexadecimalFor(Slice slice) {
+    switch (slice.bits()) {
+        case 64: return 0xCAFE000000000000 + digitOf(slice);
+        case 32: return 0xCAFE0000 + digitOf(slice);
+        default: return 0xC0 + digitOf(slice);
+    }
+}
+
+// A half holds no more than 4 s.
+uint64_t nanosecondsFor(Slice slice) {
+    return slice.bits() == 64 ? digitOf(slice) * 1'000'000'000 + 111'222'333
+                              : digitOf(slice) * 100'000'000 + 11'222'333;
+}
+
+uint64_t charactersFor(Slice slice) {
+    return uint64_t{'a'} << 24 | uint64_t{'r'} << 16 | uint64_t{'g'} << 8 |
+           (uint64_t{'0'} + digitOf(slice));
+}
+
+using PairOfWords = std::pair<std::string_view, std::string_view>;
+
+PairOfWords pairOf(const Row& text, const Piece& piece) {
+    const WordPair& words = text.wordPairs[piece.wordPair];
+    return {words.notZero, words.zero};
+}
+
+std::span<const Piece> piecesOf(const Row& text) {
+    return std::span(text.pieces).first(text.pieceCount);
+}
+
+class Sampler {
+  public:
+    explicit Sampler(const TracedClass& traced) {
+        const std::vector<Event> events = eventsOf(traced);
+        for (const Event& event : events) {
+            for (const Row& text : event.texts) countWords(text);
+        }
+        for (const Event& event : events) {
+            for (const Row& text : event.texts) {
+                add(event, text);
+                if (showsWordsAlone(text)) add(event, text);
+            }
+        }
+    }
+    std::vector<TraceRecord> records;
+
+  private:
+    void countWords(const Row& text) {
+        for (const Piece& piece : piecesOf(text)) {
+            if (piece.reading == Reading::words) ++uses_[pairOf(text, piece)];
+        }
+    }
+
+    bool showsWordsAlone(const Row& text) const {
+        return std::ranges::any_of(piecesOf(text), [&](const Piece& piece) {
+            return piece.reading == Reading::words && uses_.at(pairOf(text, piece)) == 1;
+        });
+    }
+
+    void add(const Event& event, const Row& text) {
+        Words words;
+        if (text.condition.test == Test::equals)
+            words.set(text.condition.slice, text.condition.value);
+        for (const Piece& piece : piecesOf(text)) fillSpecial(words, text, piece);
+        for (const Piece& piece : piecesOf(text)) fillNumber(words, piece);
+        if (text.condition.test == Test::notZero) words.setIfFree(text.condition.slice, 1);
+        words.setIfFree({1}, kObject);
+        passEarlierTexts(words, event, text);
+        const uint32_t qualifier = static_cast<uint32_t>(std::countr_zero(text.qualifiers));
+        TraceRecord& record = records.emplace_back();
+        record.debugid = event.event->code | qualifier;
+        record.arg1 = words.word(1);
+        record.arg2 = words.word(2);
+        record.arg3 = words.word(3);
+        record.arg4 = words.word(4);
+        record.arg5 = words.word(5);
+    }
+
+    // The readings that need a value of their own kind; the same slice may be a number as well.
+    void fillSpecial(Words& words, const Row& text, const Piece& piece) {
+        const Slice slice = piece.slice;
+        switch (piece.reading) {
+            case Reading::words: {
+                const bool notZero = !std::exchange(lastNotZero_[pairOf(text, piece)],
+                                                    !lastNotZero_[pairOf(text, piece)]);
+                // The highest bit alone: a word that is true all the same.
+                words.setIfFree(slice, notZero ? uint64_t{1} << (slice.bits() - 1) : 0);
+                break;
+            }
+            case Reading::nanoseconds: words.setIfFree(slice, nanosecondsFor(slice)); break;
+            case Reading::fourCharacters: words.setIfFree(slice, charactersFor(slice)); break;
+            case Reading::ticks: words.setIfFree(slice, digitOf(slice) * 24 + 12); break;
+            case Reading::character: words.setIfFree(slice, 'A' + slice.word); break;
+            case Reading::seconds:
+                words.setIfFree(slice, digitOf(slice) * 1'000'000'000);
+                words.setIfFree(piece.later, words.get(slice) + 7'000'000'000);
+                break;
+            default: break;
+        }
+    }
+
+    static void fillNumber(Words& words, const Piece& piece) {
+        switch (piece.reading) {
+            case Reading::signedDecimal:
+            case Reading::unsignedDecimal:
+                words.setIfFree(piece.slice, decimalFor(piece.slice));
+                break;
+            case Reading::hexadecimal:
+                words.setIfFree(piece.slice, hexadecimalFor(piece.slice));
+                break;
+            case Reading::pointer:
+                words.setIfFree(piece.slice, 0xFEED000000000000 + digitOf(piece.slice));
+                break;
+            default: break;
+        }
+    }
+
+    static bool holds(const Condition& condition, const Words& words) {
+        const uint64_t value = words.get(condition.slice);
+        return condition.test == Test::always ||
+               (condition.test == Test::equals ? value == condition.value : value != 0);
+    }
+
+    // Makes no earlier text of the event answer.
+    static void passEarlierTexts(Words& words, const Event& event, const Row& text) {
+        const uint8_t qualifier = static_cast<uint8_t>(1U << std::countr_zero(text.qualifiers));
+        for (const Row* earlier = event.texts.data(); earlier != &text; ++earlier) {
+            if ((earlier->qualifiers & qualifier) == 0) continue;
+            const Condition& condition = earlier->condition;
+            if (!holds(condition, words)) continue;
+            words.set(condition.slice, condition.test == Test::notZero ? 0 : condition.value + 1);
+        }
+        const auto* answering =
+            std::ranges::find_if(event.texts, [&](const Row& row) {
+                return (row.qualifiers & qualifier) != 0 && holds(row.condition, words);
+            }).base();
+        if (answering == &text) return;
+        std::fprintf(stderr, "no record was found for: %s %s\n",
+                     spellCode(event.event->code).c_str(), text.text.data());
+        std::exit(EXIT_FAILURE);
+    }
+
+    std::map<PairOfWords, unsigned> uses_;
+    std::map<PairOfWords, bool> lastNotZero_;
+};
+
+}  // namespace
+
+std::vector<TraceRecord> sampleRecords(const TracedClass& traced) {
+    return Sampler(traced).records;
+}
+
+}  // namespace sonaprobe::events
