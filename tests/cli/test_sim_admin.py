@@ -301,6 +301,12 @@ def test_output_that_cannot_be_written_is_an_error():
     assert done.stderr == "sonaprobe-sim: cannot write to standard output\n"
 
 
+def test_closed_streams_leave_the_state_alone():
+    command = f"'{BUILD}/sonaprobe-sim' status <&- >&- 2>&-"
+    assert subprocess.run(["sh", "-c", command], check=False).returncode == 1
+    assert sim("status") == AFTER_BOOT
+
+
 def test_a_folder_of_somebody_else_is_refused_with_the_reason(private_shm):
     if not private_shm:
         pytest.skip("no right to a /dev/shm of its own")

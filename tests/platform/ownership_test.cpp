@@ -1,6 +1,8 @@
 // One owner at a time, owners that die at any moment, and operations left half done.
 
 #include <cerrno>
+#include <cstddef>
+#include <random>
 #include <signal.h>
 #include <sys/wait.h>
 #include <unistd.h>
@@ -142,6 +144,33 @@ TEST_F(Ownership, CountsThatCannotBeAreTakenAsRemoved) {
     setUpWith(1024);
     producer.state->entries.store(1025);
     EXPECT_EQ(statusNow().info.entries, 0);
+    detachProducer(producer);
+}
+
+TEST_F(Ownership, AnyBytesInTheStateLeadBackToACleanStart) {
+    std::mt19937 random(3);
+    Producer producer;
+    ASSERT_TRUE(attachProducer(producer));
+    auto* bytes = reinterpret_cast<unsigned char*>(producer.state);
+    for (int round = 0; round < 2000; round++) {
+        setUpWith(1024);
+        ASSERT_EQ(postMany(producer, 0, 1), 1U);
+        // A few bytes, or all, behind the words that make the file the facility's own.
+        const size_t count = round % 2 == 0 ? 1 + random() % 8 : sizeof(State);
+        for (size_t i = 0; i < count; i++) {
+            const size_t place = offsetof(State, control) + random() % (sizeof(State) - 64);
+            bytes[place] = static_cast<unsigned char>(random());
+        }
+        postMany(producer, 1, 2);
+        KernelBufferInfo info{};
+        FacilityStatus status{};
+        getBufferInfo(info);
+        ASSERT_EQ(getStatus(status), 0);
+        ASSERT_GE(status.posted, status.lost + status.pending);
+        readOne();
+        operate(kKernKdEnable, 0);
+        ASSERT_EQ(resetFacility(), 0);
+    }
     detachProducer(producer);
 }
 

@@ -13,7 +13,7 @@ class Reading : public FacilityTest {
     void SetUp() override {
         FacilityTest::SetUp();
         if (IsSkipped()) return;
-        setUpWith(kEntries);
+        setUpWith(static_cast<uint32_t>(kEntries));
         ASSERT_TRUE(attachProducer(producer));
     }
     void TearDown() override { detachProducer(producer); }
@@ -29,7 +29,7 @@ class Reading : public FacilityTest {
     // Draws tickets as a producer does that is killed before it writes.
     void dieWithTickets(uint64_t count) { producer.state->control.fetch_add(count); }
 
-    static constexpr uint32_t kEntries = 1024;
+    static constexpr uint64_t kEntries = 1024;
     Producer producer;
 };
 
@@ -151,7 +151,7 @@ TEST_F(Reading, CountsOutliveRemoval) {
     ASSERT_EQ(removeBuffer(), 0);
     expectCounts(5, 0, 3);
     EXPECT_EQ(postMany(producer, 5, 1), 0U);
-    setUpWith(kEntries);
+    setUpWith(static_cast<uint32_t>(kEntries));
     expectCounts(0, 0, 0);
 }
 

@@ -23,6 +23,10 @@ using platform::kKernKdRemove;
 constexpr uid_t kStranger = 12345;
 constexpr const char* kElsewhere = "/dev/shm/elsewhere";
 
+void makeEmpty(const char* path) {
+    ASSERT_EQ(close(open(path, O_CREAT | O_EXCL | O_WRONLY | O_CLOEXEC, 0600)), 0);
+}
+
 void overwrite(const char* path, std::streamoff offset, uint64_t word) {
     std::fstream file(path, std::ios::binary | std::ios::in | std::ios::out);
     file.seekp(offset);
@@ -36,6 +40,8 @@ struct Spoiling {
     const char* path;    // what the refusal names
     const char* reason;  // and says of it
 };
+
+void PrintTo(const Spoiling& row, std::ostream* out) { *out << row.name; }
 
 const Spoiling kSpoilings[] = {
     {"folder of a stranger", [] { ASSERT_EQ(chown(kFolder, kStranger, 0), 0); }, kFolder,
@@ -58,7 +64,7 @@ const Spoiling kSpoilings[] = {
     {"file for a folder",
      [] {
          fs::remove_all(kFolder);
-         std::ofstream{kFolder};
+         makeEmpty(kFolder);
      },
      kFolder, "is not a folder"},
     {"state of a stranger", [] { ASSERT_EQ(chown(kStatePath, kStranger, 0), 0); }, kStatePath,
@@ -125,7 +131,7 @@ const Spoiling kSpoilings[] = {
     {"empty ring",
      [] {
          fs::remove(kRingPath);
-         ASSERT_EQ(close(open(kRingPath, O_CREAT | O_WRONLY, 0600)), 0);
+         makeEmpty(kRingPath);
      },
      kRingPath, "has a wrong header"},
 };
@@ -203,7 +209,7 @@ TEST_F(Folder, ARingThatVanishedIsTakenAsRemoved) {
 TEST_F(Folder, ForgetsTheTracesOfACreatorThatWasKilled) {
     fs::remove(kStatePath);
     std::ofstream(std::string(kStatePath) + ".new") << "half";
-    std::ofstream{kRingPath};
+    makeEmpty(kRingPath);
     setUpWith(1024);
     EXPECT_EQ(statusNow().info.entries, 1024);
     EXPECT_FALSE(fs::exists(std::string(kStatePath) + ".new"));
@@ -212,12 +218,12 @@ TEST_F(Folder, ForgetsTheTracesOfACreatorThatWasKilled) {
 TEST_F(Folder, IsMadeOnceByManyAtATime) {
     for (int round = 0; round < 20; round++) {
         fs::remove_all(kFolder);
-        std::vector<pid_t> children;
-        for (int i = 0; i < 8; i++) {
-            children.push_back(startChild([] {
+        std::array<pid_t, 8> children{};
+        for (pid_t& child : children) {
+            child = startChild([] {
                 uint32_t flags = 0;
                 return setAudioFlags(7) != 0 || getAudioFlags(flags) != 0 || flags != 7 ? 1 : 0;
-            }));
+            });
         }
         for (const pid_t child : children) ASSERT_EQ(waitFor(child), 0);
         ASSERT_EQ(statusNow().audioFlags, 7U) << "all of them meant the same state";

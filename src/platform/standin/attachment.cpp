@@ -44,10 +44,22 @@ struct flock lockOf(off_t byte, short type) {
     return lock;
 }
 
+// Moves a descriptor kept for long off the standard streams' numbers, which are free where the
+// program was started with them closed: what it prints would land in the file.
+int awayFromStreams(int descriptor) {
+    if (descriptor < 0 || descriptor > STDERR_FILENO) return descriptor;
+    const int moved = fcntl(descriptor, F_DUPFD_CLOEXEC, STDERR_FILENO + 1);
+    const int error = errno;
+    close(descriptor);
+    errno = error;
+    return moved;
+}
+
 // Makes the folder if there is none and opens it. The descriptor, or -1 with errno.
 int openFolder() {
     if (mkdir(kFolder, 0700) != 0 && errno != EEXIST) return -1;
-    const int folder = open(kFolder, O_RDONLY | O_DIRECTORY | O_NOFOLLOW | O_CLOEXEC);
+    const int folder =
+        awayFromStreams(open(kFolder, O_RDONLY | O_DIRECTORY | O_NOFOLLOW | O_CLOEXEC));
     if (folder < 0) {
         if (errno == ENOTDIR || errno == ELOOP) errno = refuse(kFolder, "is not a folder");
         return -1;
@@ -61,7 +73,8 @@ int openFolder() {
 }
 
 int openState(int folder) {
-    return openat(folder, kStateName, O_RDWR | O_NOFOLLOW | O_CLOEXEC | O_NONBLOCK);
+    return awayFromStreams(
+        openat(folder, kStateName, O_RDWR | O_NOFOLLOW | O_CLOEXEC | O_NONBLOCK));
 }
 
 // Writes a fresh state under another name and gives it its own when complete. Errno, or 0.

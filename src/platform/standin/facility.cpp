@@ -280,7 +280,6 @@ int armFailure(FailurePoint point, const ArmedFailure& failure) {
 
 int getStatus(FacilityStatus& status) {
     return alone([&](State& state) {
-        // Progress first: more tickets may be drawn meanwhile, never fewer.
         const auto [position, seen] = progressOf(state);
         const uint64_t posted = ticketsDrawn(state);
         const uint64_t pending = std::min<uint64_t>(posted - position, state.entries.load());
