@@ -16,9 +16,7 @@ constexpr Command kCommands[] = {
     {"post", "FILE", "post the records of a raw file at once", runPost},
     {"hold", "", "own the facility, as another tool would, until a signal", runHold},
     {"fail", "OPERATION ERRNO [--times N] [--after N]",
-     "make an operation fail: N times (1), "
-     "after N calls (0)",
-     runFail},
+     "make an operation fail: N times (1), after N calls (0)", runFail},
 };
 
 void printHelp() {

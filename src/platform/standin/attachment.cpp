@@ -65,7 +65,8 @@ int openFolder() {
         return -1;
     }
     struct stat found;
-    const char* flaw = fstat(folder, &found) == 0 ? flawOf(found, S_IFDIR) : nullptr;
+    const bool looked = fstat(folder, &found) == 0;
+    const char* flaw = looked ? flawOf(found, S_IFDIR) : "cannot be looked at";
     if (flaw == nullptr) return folder;
     close(folder);
     errno = refuse(kFolder, flaw);
@@ -86,8 +87,7 @@ int writeFreshState(int folder) {
     State fresh{};
     fresh.magic = kStateMagic;
     fresh.size = sizeof(State);
-    fresh.interest.publish({kEverything.type, kEverything.value1, kEverything.value2,
-                            kEverything.value3, kEverything.value4});
+    fresh.interest.publish(wordsOf(kEverything));
     int error = posix_fallocate(file, 0, sizeof(State));
     if (error == 0 && pwrite(file, &fresh, sizeof(State), 0) != ssize_t{sizeof(State)}) {
         error = EIO;

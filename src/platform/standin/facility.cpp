@@ -28,18 +28,8 @@ Progress progressOf(const State& state) {
     return {position, seen};
 }
 
-TraceInterest interestOf(const State& state) {
-    const auto words = state.interest.read();
-    const auto word = [&](size_t i) { return static_cast<uint32_t>(words[i]); };
-    return {word(0), word(1), word(2), word(3), word(4)};
-}
-
-void publishInterest(State& state, const TraceInterest& interest) {
-    state.interest.publish(
-        {interest.type, interest.value1, interest.value2, interest.value3, interest.value4});
-}
-
-// The mark by which the next operation finds that its predecessor was killed half-way.
+// The mark by which the next operation finds that its predecessor was killed half-way; what takes
+// several stores stands between the two.
 void beginChange(State& state) { state.changing.store(1); }
 void endChange(State& state) { state.changing.store(0); }
 
@@ -63,11 +53,10 @@ void forgetCounts(State& state) {
     state.progress.publish({0, 0});
 }
 
-// Between beginChange() and endChange(), as the two before.
 void removeAll(State& state) {
     dropRing(state);
     state.requestedEntries.store(0);
-    publishInterest(state, kEverything);
+    state.interest.publish(wordsOf(kEverything));
 }
 
 // Whether the counts can be what an operation left behind.
@@ -177,7 +166,7 @@ int setBufferSize(uint32_t records) {
 int setInterest(const TraceInterest& interest) {
     return asOwner(FailurePoint::setReg, [&](State& state) {
         if (!knownInterest(interest.type)) return EINVAL;
-        publishInterest(state, interest);
+        state.interest.publish(wordsOf(interest));
         return 0;
     });
 }
@@ -288,7 +277,7 @@ int getStatus(FacilityStatus& status) {
                   .posted = posted,
                   .pending = pending,
                   .lost = posted - seen - pending,
-                  .interest = interestOf(state),
+                  .interest = interestOf(state.interest.read()),
                   .audioFlags = state.audioFlags.load()};
         return 0;
     });

@@ -1,9 +1,9 @@
-// The operations of the trace facility. Each returns 0 or an errno, of these apart from those
-// named: EPERM (not root, or the files are not to be trusted: see lastRefusal), EBUSY (another
-// living process owns the facility; not from the first three), ENOMEM (no room for the state).
+// The operations of the trace facility. Each returns 0 or an errno: those named with it, an armed
+// one, EPERM (not root, or the files are not to be trusted: lastRefusal() tells) or ENOMEM (no room
+// for the state).
 //
 // One operation of all processes runs at a time, and is exact against producers. The first process
-// that changes the facility owns it until it removes it or ends.
+// that changes the facility owns it until it removes it or ends: EBUSY for any other.
 
 #pragma once
 
@@ -14,9 +14,10 @@
 
 namespace sonaprobe::standin {
 
+// Whoever owns the facility.
 int getBufferInfo(platform::KernelBufferInfo& info);
 
-// The audio drivers' debug flags have no owner.
+// The audio drivers' debug flags; whoever owns the facility.
 int getAudioFlags(uint32_t& flags);
 int setAudioFlags(uint32_t flags);
 
@@ -61,6 +62,7 @@ struct FacilityStatus {
     platform::TraceInterest interest;
     uint32_t audioFlags;
 };
+// Whoever owns the facility.
 int getStatus(FacilityStatus& status);
 
 }  // namespace sonaprobe::standin

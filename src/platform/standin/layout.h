@@ -85,6 +85,20 @@ struct Published {
     }
 };
 
+// The words of a TraceInterest, as State::interest holds them.
+using InterestWords = Published<5>::Value;
+
+constexpr InterestWords wordsOf(const platform::TraceInterest& interest) {
+    return {interest.type, interest.value1, interest.value2, interest.value3, interest.value4};
+}
+constexpr platform::TraceInterest interestOf(const InterestWords& words) {
+    const auto word = [&](size_t i) { return static_cast<uint32_t>(words[i]); };
+    return {word(0), word(1), word(2), word(3), word(4)};
+}
+
+// Passes every debug id, as after boot.
+constexpr platform::TraceInterest kEverything{platform::kInterestRange, 0, 0xFFFFFFFF, 0, 0};
+
 // The operations that can be made to fail. audio stands for both calls of "debug.Audio".
 enum class FailurePoint : uint32_t {
     enable,
@@ -122,7 +136,7 @@ struct State {
     alignas(64) std::atomic<uint64_t> control;
 
     // What producers look at for each record, on cache lines of their own.
-    alignas(64) Published<5> interest;  // the words of platform::TraceInterest
+    alignas(64) Published<5> interest;
     std::atomic<uint32_t> audioFlags;
 
     alignas(64) std::atomic<uint32_t> changing;  // 1 while an operation is half done
@@ -141,8 +155,5 @@ struct RingHeader {
     uint64_t entries;  // slots
 };
 constexpr size_t kRingHeaderBytes = 4096;
-
-// Passes every debug id, as after boot.
-constexpr platform::TraceInterest kEverything{platform::kInterestRange, 0, 0xFFFFFFFF, 0, 0};
 
 }  // namespace sonaprobe::standin

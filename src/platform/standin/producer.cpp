@@ -9,9 +9,7 @@ namespace sonaprobe::standin {
 namespace {
 
 void refreshInterest(Producer& producer) {
-    const auto words = producer.state->interest.read(producer.interestVersion);
-    const auto word = [&](size_t i) { return static_cast<uint32_t>(words[i]); };
-    producer.interest = {word(0), word(1), word(2), word(3), word(4)};
+    producer.interest = interestOf(producer.state->interest.read(producer.interestVersion));
 }
 
 // Has the ring of a set-up mapped, and no other.

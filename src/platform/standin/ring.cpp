@@ -49,10 +49,6 @@ int reserve(int file, uint64_t bytes) {
     return 0;
 }
 
-int openNewRing(int folder) {
-    return openat(folder, kRingName, O_RDWR | O_CREAT | O_EXCL | O_NOFOLLOW | O_CLOEXEC, 0600);
-}
-
 // Checks the header and length of an open ring file, and sets entries.
 int checkHeader(int file, const struct stat& found, uint16_t number, uint32_t& entries) {
     if (const char* flaw = flawOf(found, S_IFREG); flaw != nullptr) return refuse(kRingPath, flaw);
@@ -75,14 +71,14 @@ int createRing(int folder, uint16_t number, uint32_t wanted, uint32_t& entries) 
     const uint64_t fewest = std::min<uint64_t>(kFewestEntries, most);
     uint64_t size = most;
     for (;;) {
-        const int file = openNewRing(folder);
+        const int file =
+            openat(folder, kRingName, O_RDWR | O_CREAT | O_EXCL | O_NOFOLLOW | O_CLOEXEC, 0600);
         if (file < 0) return errno == ENOSPC ? ENOMEM : errno;
         size = affordable(file, size);
         int error = size < fewest ? ENOSPC : reserve(file, bytesOf(size));
         if (error == 0) {
             const RingHeader header{kRingMagic, number, size};
-            const ssize_t written = pwrite(file, &header, sizeof header, 0);
-            if (written != ssize_t{sizeof header}) error = EIO;
+            if (pwrite(file, &header, sizeof header, 0) != ssize_t{sizeof header}) error = EIO;
         }
         close(file);
         if (error == 0) {
