@@ -10,8 +10,8 @@ using namespace rows;
 
 namespace {
 
-// Gated is what every poll, command, response, tick and idle moment prints; what goes wrong, and what
-// decides whether the link keeps its clock, prints without being asked for.
+// Gated is what every poll, command, response, tick and idle moment prints; what goes wrong, and
+// what decides whether the link keeps its clock, prints without being asked for.
 constexpr Row kControllerRows[] = {
     event(0x05245028, "pollRegister"),
     verbose(start("Start - offset: 0x%x mask: 0x%08x wanted: 0x%08x timeout: %d.%03d.%03d.%03d", lo(a2), hi(a3), lo(a3), nanos(a4))),

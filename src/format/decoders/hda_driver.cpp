@@ -19,7 +19,7 @@ constexpr Row kDriverRows[] = {
     sel(2, "no path to pin nodeID: %lld defaultConfiguration: 0x%08x", a2, lo(a3)),
 
     event(0x05245414, "protectedRunPeriodicTasks"),
-    start("Start - currentPowerState: %lld running engines: %lld idle for: %d.%03d.%03d.%03d", a2, a3, nanos(a4)),
+    start("Start - currentPowerState: %lld numRunningAudioEngines: %lld idle for: %d.%03d.%03d.%03d", a2, a3, nanos(a4)),
     end("End - currentPowerState: %lld next run in: %d.%03d.%03d.%03d", a2, nanos(a3)),
     sel(0, "pin nodeID: %lld sense went from 0x%08x to 0x%08x without an interrupt", a2, hi(a3), lo(a3)),
     sel(1, "idle for %d.%03d.%03d.%03d - asking for powerState: %lld", nanos(a2), a3),
@@ -52,14 +52,14 @@ constexpr Row kDriverRows[] = {
     sel(0, "fExtOutputEngine: %p is running - stopping stream: %p first", a2, a3),
 
     event(0x052454AC, "performPowerStateChange"),
-    start("Start - oldPowerState: %lld newPowerState: %lld running engines: %lld", a2, a3, a4),
+    start("Start - oldPowerState: %lld newPowerState: %lld numRunningAudioEngines: %lld", a2, a3, a4),
     end("End - newPowerState: %lld microsecondsUntilComplete: %lld result: 0x%08x", a2, a3, lo(a4)),
 
     event(0x052454B0, "protectedPowerChangeAction"),
     start("Start - oldPowerState: %lld newPowerState: %lld asyncPowerStateChangeInProgress: %s", a2, a3, boolean(a4)),
     end("End - currentPowerState: %lld elapsed: %d.%03d.%03d.%03d result: 0x%08x", a2, nanos(a3), lo(a4)),
-    sel(0, "going to sleep/0 - running engines: %lld", a2),
-    sel(1, "going to idle/1 - running engines: %lld", a2),
+    sel(0, "going to sleep/0 - numRunningAudioEngines: %lld", a2),
+    sel(1, "going to idle/1 - numRunningAudioEngines: %lld", a2),
     sel(2, "going to active/2 - engines to resume: %lld", a2),
     sel(3, "currentPowerState is %lld already - telling nobody", a2),
 
@@ -70,7 +70,7 @@ constexpr Row kDriverRows[] = {
     sel(1, "functionGroup: %p lost its settings - restoring widgets: %lld", a2, a3),
 
     event(0x052454B8, "protectedPowerChange_idle"),
-    start("Start - oldPowerState: %lld running engines: %lld keepFunctionGroupOn: %s", a2, a3, boolean(a4)),
+    start("Start - oldPowerState: %lld numRunningAudioEngines: %lld keepFunctionGroupOn: %s", a2, a3, boolean(a4)),
     end("End - afgPowerState: %lld result: 0x%08x", a2, lo(a3)),
     sel(0, "engine: %p is running - functionGroup: %p stays ON", a2, a3),
     sel(1, "nothing is running - putting functionGroup: %p into afgPowerState: %lld", a2, a3),
@@ -176,8 +176,8 @@ constexpr Row kDriverRows[] = {
     sel(0, "engine: %p is running - terminating it in protectedOrvelHDAEngineStopped", a2),
 
     event(0x05245598, "protectedOrvelHDAEngineStopped"),
-    start("Start - engine: %p fEngineToTerminate: %p running engines: %lld", a2, a3, a4),
-    end("End - running engines: %lld currentPowerState: %lld", a2, a3),
+    start("Start - engine: %p fEngineToTerminate: %p numRunningAudioEngines: %lld", a2, a3, a4),
+    end("End - numRunningAudioEngines: %lld currentPowerState: %lld", a2, a3),
     sel(0, "engine: %p was only waiting for this - terminating it", a2),
     sel(1, "last engine stopped - idle in %d.%03d.%03d.%03d", nanos(a2)),
 };

@@ -70,7 +70,7 @@ constexpr Row kEngineOutputDPRows[] = {
     start("Start - stream: %p fIsRunning: %s fAudioOutputEnabled: %s", a2, boolean(a3), boolean(a4)),
     end("End - stream: %p fAudioOutputEnabled: %s result: 0x%08x", a2, boolean(a3), lo(a4)),
     sel(0, "silencing fCRTCIndex: %lld before stream: %p stops", a2, a3),
-    sel(1, "fCRTCIndex: %lld still sends audio packets after %lld ms, stopping anyway", a2, a3),
+    sel(1, "fCRTCIndex: %lld still sends audio packets after %d.%03d.%03d.%03d, stopping anyway", a2, nanos(a3)),
 
     event(0x0524700C, "handleEdidStateTransition_videoWillPowerOff"),
     start("Start - fCRTCIndex: %lld fEdidState: %lld fIsRunning: %s", a2, a3, boolean(a4)),
@@ -82,7 +82,7 @@ constexpr Row kEngineOutputDPRows[] = {
     start("Start - fCRTCIndex: %lld fEdidState: %lld fPausedForVideo: %s", a2, a3, boolean(a4)),
     end("End - fEdidState: %lld fIsRunning: %s result: 0x%08x", a2, boolean(a3), lo(a4)),
     sel(0, "same sink is back, resuming engine after a pause of %d.%03d.%03d.%03d", nanos(a2)),
-    sel(1, "another sink is there, EDID checksum: 0x%08x was: 0x%08x", hi(a2), lo(a2)),
+    sel(1, "another sink is there, EDID checksum: 0x%02x was: 0x%02x", hi(a2), lo(a2)),
     sel(2, "video is on without a valid EDID, engine stays paused, fCRTCIndex: %lld fEdidState: %lld", a2, a3),
 
     event(0x05247014, "setPowerStateToActive"),
@@ -158,6 +158,7 @@ constexpr Row kPathSetRows[] = {
 }  // namespace
 
 constexpr Decoder kHdaWidget = decoder(audioClass(27), "OrvelHDAWidget", 7, kWidgetRows);
+// All events of the class are the display-port engine's, though the class list calls it the output.
 constexpr Decoder kHdaEngineOutputDP = decoder(audioClass(28), "OrvelHDAEngineOutputDP", 12, kEngineOutputDPRows);
 constexpr Decoder kHdaPathSet = decoder(audioClass(29), "OrvelHDAPathSet", 5, kPathSetRows);
 

@@ -68,8 +68,8 @@ constexpr Row kTdmRows[] = {
     ofGroup("OrvelHDATDMBusManagerCS4208", sel(2, "other widgets hold bus: %lld at sampleRate: %lld", a2, a3)),
 
     ofGroup("OrvelHDATDMBusManager", event(0x05248028, "GetControlRegisterFromWidgetID")),
-    start("Start - widgetID: 0x%llx fBusCount: %lld", a2, a3),
-    end("End - widgetID: 0x%llx controlRegister: 0x%llx result: 0x%08x", a2, a3, lo(a4)),
+    start("Start - widgetID: %lld fBusCount: %lld", a2, a3),
+    end("End - widgetID: %lld controlRegister: 0x%llx result: 0x%08x", a2, a3, lo(a4)),
 
     ofGroup("OrvelHDATDMBusManager", event(0x0524802C, "enableMCLK")),
     start("Start - enable: %s mclkSource: %lld fMCLKEnableCount: %lld", boolean(a2), a3, a4),
@@ -79,7 +79,7 @@ constexpr Row kTdmRows[] = {
 
     ofGroup("OrvelHDATDMBusManager", event(0x05248030, "tdmInUse")),
     start("Start - fEnabledBuses: 0x%llx fMCLKEnableCount: %lld", a2, a3),
-    end("End - inUse: %s", boolean(a4)),
+    end("End - inUse: %s", boolean(a2)),
     sel(0, "in use through bus: %lld enabledWidgets: 0x%llx", a2, a3),
 
     ofGroup("OrvelHDATDMBusManager", event(0x05248034, "configureTDMUR")),
@@ -121,7 +121,7 @@ constexpr Row kTdmRows[] = {
     sel(0, "bus: %lld is not one of this device, fBusMask: 0x%llx", a2, a3),
     sel(1, "fBusController: %p has no clock on bus: %lld yet", a2, a3),
 
-    ofGroup("OrvelHDATDMDevice", event(0x05248058, "deviceChannelsEnabledOnBus")),  // asks for the device
+    ofGroup("OrvelHDATDMDevice", event(0x05248058, "deviceChannelsEnabledOnBus")),  // asks the device
     start("Start - bus: %lld fEnabledChannels: 0x%llx", a2, a3),
     end("End - bus: %lld channels enabled: %lld", a2, a3),
 
@@ -166,12 +166,12 @@ constexpr Row kTdmRows[] = {
     end("End - bus: %lld fCodecState: %lld result: 0x%08x", a2, a3, lo(a4)),
     ofGroup("OrvelHDATDMCodecZ58", sel(0, "bus: %lld starts playback, fEnabledChannels: 0x%llx", a2, a3)),
     ofGroup("OrvelHDATDMCodecZ58", sel(1, "bus: %lld starts recording, fEnabledChannels: 0x%llx", a2, a3)),
-    ofGroup("OrvelHDATDMCodecZ58", sel(2, "nothing enabled any more, fStandbyDelay: %lld ms", a2)),
+    ofGroup("OrvelHDATDMCodecZ58", sel(2, "nothing enabled any more, going to standby in %d.%03d.%03d.%03d", nanos(a2))),
 
     ofGroup("OrvelHDATDMCodec", event(0x05248080, "resetDevice")),
     start("Start - fCodecState: %lld fResetLine: %lld", a2, a3),
     end("End - fCodecState: %lld time to answer: %d.%03d.%03d.%03d result: 0x%08x", a2, nanos(a3), lo(a4)),
-    sel(0, "fResetLine: %lld held for %lld us", a2, a3),
+    sel(0, "fResetLine: %lld held for %d.%03d.%03d.%03d", a2, nanos(a3)),
     sel(1, "no answer after reset, attempt: %lld", a2),
 
     ofGroup("OrvelHDATDMCodec", event(0x05248084, "disambiguateURfromINT")),
@@ -191,7 +191,7 @@ constexpr Row kTdmRows[] = {
     ofGroup("OrvelHDATDMCodec", event(0x0524808C, "getHeadphonePinSense")),
     start("Start - fPlugStatus: 0x%llx fCodecState: %lld", a2, a3),
     end("End - headphones plugged: %s pinSense: 0x%08x result: 0x%08x", boolean(a2), lo(a3), lo(a4)),
-    sel(0, "plug is bouncing, fPlugStatus: 0x%llx settle time: %lld ms", a2, a3),
+    sel(0, "plug is bouncing, fPlugStatus: 0x%llx settle time: %d.%03d.%03d.%03d", a2, nanos(a3)),
 
     ofGroup("OrvelHDATDMCodec", event(0x05248090, "getExtMicPinSense")),
     start("Start - fHeadsetType: %lld fHSDetDone: %s", a2, boolean(a3)),
@@ -208,7 +208,7 @@ constexpr Row kTdmRows[] = {
     ofGroup("OrvelHDATDMCodec", event(0x05248098, "enableExtMicrophone")),
     start("Start - enable: %s fExtMicEnabled: %s fHeadsetType: %lld", boolean(a2), boolean(a3), a4),
     end("End - fExtMicEnabled: %s result: 0x%08x", boolean(a2), lo(a4)),
-    ofGroup("OrvelHDATDMCodecZ58", sel(0, "microphone bias on, waiting %lld ms for it to rise, biasControl: 0x%llx", a2, a3)),
+    ofGroup("OrvelHDATDMCodecZ58", sel(0, "microphone bias on, waiting %d.%03d.%03d.%03d for it to rise, biasControl: 0x%llx", nanos(a2), a3)),
     ofGroup("OrvelHDATDMCodecZ58", sel(1, "microphone bias stays on for the headset remote, biasControl: 0x%llx", a2)),
 
     ofGroup("OrvelHDATDMCodec", event(0x0524809C, "enterStandby")),
@@ -221,7 +221,7 @@ constexpr Row kTdmRows[] = {
     start("Start - fCodecState: %lld fMCLKSource: %lld", a2, a3),
     end("End - fCodecState: %lld power-on time: %d.%03d.%03d.%03d result: 0x%08x", a2, nanos(a3), lo(a4)),
     ofGroup("OrvelHDATDMCodecZ58", sel(0, "registers restored: %lld skipped: %lld", a2, a3)),
-    ofGroup("OrvelHDATDMCodecZ58", sel(1, "supply is not stable, powerStatus: 0x%llx waited: %lld ms", a2, a3)),
+    ofGroup("OrvelHDATDMCodecZ58", sel(1, "supply is not stable, powerStatus: 0x%llx waited: %d.%03d.%03d.%03d", a2, nanos(a3))),
 
     ofGroup("OrvelHDATDMCodec", event(0x052480A4, "readPimlet")),
     start("Start - pimletRegister: 0x%llx length: %lld", a2, a3),
@@ -254,7 +254,7 @@ constexpr Row kTdmRows[] = {
     ofGroup("OrvelHDATDMCodecZ58", event(0x052480B8, "configureIntMClk")),
     start("Start - bitClock: %lld Hz fIntMClk: %lld Hz usePLL: %s", a2, a3, boolean(a4)),
     end("End - fIntMClk: %lld Hz result: 0x%08x", a2, lo(a4)),
-    sel(0, "PLL locked after %lld us, pllStatus: 0x%llx", a2, a3),
+    sel(0, "PLL locked after %d.%03d.%03d.%03d, pllStatus: 0x%llx", nanos(a2), a3),
     sel(1, "PLL did not lock, staying on the internal oscillator, pllStatus: 0x%llx", a2),
 
     ofGroup("OrvelHDATDMCodecZ58", event(0x052480BC, "configureSerialPort")),
@@ -272,7 +272,7 @@ constexpr Row kTdmRows[] = {
     ofGroup("OrvelHDATDMCodecZ58", event(0x052480C4, "setupAudioInput")),
     start("Start - bus: %lld channelCount: %lld fExtMicEnabled: %s", a2, a3, boolean(a4)),
     end("End - bus: %lld inputControl: 0x%llx result: 0x%08x", a2, a3, lo(a4)),
-    sel(0, "ADC powered, waiting %lld ms for its filter to settle, bus: %lld", a2, a3),
+    sel(0, "ADC powered, waiting %d.%03d.%03d.%03d for its filter to settle, bus: %lld", nanos(a2), a3),
 
     ofGroup("OrvelHDATDMCodecZ58", event(0x052480C8, "setupAudioOutput")),
     start("Start - bus: %lld channelCount: %lld fHeadphonesEnabled: %s", a2, a3, boolean(a4)),
@@ -287,13 +287,13 @@ constexpr Row kTdmRows[] = {
     ofGroup("OrvelHDATDMAmp", event(0x052480D0, "enable")),
     start("Start - enable: %s fAmpEnabled: %s fAmpChannel: %lld", boolean(a2), boolean(a3), a4),
     end("End - fAmpEnabled: %s fFaultCount: %lld result: 0x%08x", boolean(a2), a3, lo(a4)),
-    sel(0, "waiting %lld ms for the supply before unmuting, fAmpChannel: %lld", a2, a3),
+    sel(0, "waiting %d.%03d.%03d.%03d for the supply before unmuting, fAmpChannel: %lld", nanos(a2), a3),
     sel(1, "held off by a fault, faultStatus: 0x%llx fFaultCount: %lld", a2, a3),
 
     ofGroup("OrvelHDATDMAmp", event(0x052480D4, "faultHandler")),
     start("Start - faultStatus: 0x%llx fFaultCount: %lld fAmpEnabled: %s", a2, a3, boolean(a4)),
     end("End - fault gone: %s fFaultCount: %lld result: 0x%08x", boolean(a2), a3, lo(a4)),
-    sel(0, "too hot, temperature: %lld muting fAmpChannel: %lld", a2, a3),
+    sel(0, "too hot, muting fAmpChannel: %lld temperature: %lld", a2, a3),
     sel(1, "too much current on fAmpChannel: %lld, peak: %lld mA", a2, a3),
     sel(2, "bit clock lost, lastBitClock: %lld Hz", a2),
     sel(3, "enabling amplifier again, fFaultCount: %lld", a2),

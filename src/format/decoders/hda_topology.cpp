@@ -64,7 +64,7 @@ constexpr Row kNodeRows[] = {
     event(0x0524643C, "powerState"),
     verbose(start("Start - powerStatePtr: %p fCurrentPowerState: %lld", a2, a3)),
     verbose(end("End - fCurrentPowerState: %lld result: 0x%08x", a2, lo(a4))),
-    verbose(sel(0, "updating fCurrentPowerState from %lld to %lld due to hardware state", a2, a4)),
+    verbose(sel(0, "updating fCurrentPowerState from %lld to %lld due to hardware state", a2, a4)),  // arg4, although its low byte selects
 
     event(0x05246440, "setPowerState"),
     verbose(start("Start - powerState: %lld fCurrentPowerState: %lld forcePowerState: %s", a2, a3, boolean(a4))),
