@@ -50,10 +50,11 @@ const Row* selectText(const Row* event, const Row* end, const TraceRecord& recor
 // Seconds, then three digits each of milliseconds, microseconds and nanoseconds.
 char* putNanoseconds(char* at, uint64_t nanoseconds) {
     const uint64_t seconds = nanoseconds / 1'000'000'000;
+    const auto below = static_cast<uint32_t>(nanoseconds % 1'000'000'000);
     at = putSigned(at, static_cast<int32_t>(static_cast<uint32_t>(seconds)));
-    for (const uint64_t unit : {1'000'000U, 1'000U, 1U}) {
-        *at++ = '.';
-        at = putUnsignedZeroFilled(at, nanoseconds / unit % 1000, 3);
+    for (const uint32_t part : {below / 1'000'000, below / 1000 % 1000, below % 1000}) {
+        *at = '.';
+        at = putThreeDigits(at + 1, part);
     }
     return at;
 }

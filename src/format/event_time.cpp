@@ -40,10 +40,11 @@ char* putLocalTime(char* at) {
 
 // Seconds within the minute, milliseconds and microseconds.
 char* putKernelTime(char* at, uint64_t microseconds) {
-    at = putUnsignedZeroFilled(at, microseconds / 1'000'000 % 60, 2);
-    at = putUnsignedZeroFilled(at, microseconds / 1000 % 1000, 3);
-    *at++ = '.';
-    return putUnsignedZeroFilled(at, microseconds % 1000, 3);
+    const auto withinMinute = static_cast<uint32_t>(microseconds % 60'000'000);
+    at = putUnsignedZeroFilled(at, withinMinute / 1'000'000, 2);
+    at = putThreeDigits(at, withinMinute / 1000 % 1000);
+    *at = '.';
+    return putThreeDigits(at + 1, withinMinute % 1000);
 }
 
 }  // namespace
