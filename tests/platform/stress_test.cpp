@@ -135,7 +135,7 @@ class Stress : public FacilityTest {
         EXPECT_GE(status.posted, counted.logged);
         EXPECT_LE(status.posted, counted.logged + kills);
         EXPECT_LE(status.posted, counted.tried);
-        EXPECT_GT(consumer.seen, 100'000U);
+        EXPECT_GT(consumer.seen, 10'000U);
         lost = status.lost;
         wraps = consumer.wraps;
         munmap(shared, sizeof(Counted));
