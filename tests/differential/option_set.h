@@ -1,0 +1,42 @@
+// A set of options, as the reference reads it and as the program's settings hold it.
+
+#pragma once
+
+#include <cstdint>
+#include <set>
+#include <string>
+
+#include "random.h"
+
+namespace sonaprobe::differential {
+
+struct OptionSet {
+    bool verbose = false;
+    bool kernelTime = false;
+    bool localTime = true;
+    bool thread = true;
+    bool group = true;
+    bool method = true;
+    bool pointer = true;
+    bool indent = true;
+    bool codes = false;
+    bool cpu = false;
+    bool basic = false;
+    bool separator = true;
+    bool hal = false;
+    bool historic = false;
+    bool all = false;
+    bool decode = false;
+    std::set<uint32_t> filterOut;
+    std::set<uint32_t> filterAllExcept;
+    double divisor = 1000.0;
+
+    std::string text() const;  // for messages
+};
+
+OptionSet randomOptions(Random& random);
+
+// Makes them the program's settings.
+void apply(const OptionSet& options);
+
+}  // namespace sonaprobe::differential
