@@ -3,8 +3,8 @@
 #include "app/audio_flags.h"
 
 #include <cstddef>
-#include <cstdio>
 
+#include "app/output.h"
 #include "app/settings.h"
 #include "app/usage.h"
 #include "platform/platform.h"
@@ -26,7 +26,7 @@ bool getFlags(AudioDebugFlagsRequest& reply) {
 void setFlags(uint32_t flags) {
     AudioDebugFlagsRequest request{platform::kAudioDebugMagic, platform::kAudioFlagsSet, flags};
     if (sysctlbyname(kFlagsName, nullptr, nullptr, &request, sizeof request) != 0) {
-        std::fputs("sysctlbyname failed to set new 'audio' debug flags\n", stderr);
+        printMessage(stderr, "sysctlbyname failed to set new 'audio' debug flags\n");
     }
 }
 
@@ -34,14 +34,14 @@ void setFlags(uint32_t flags) {
 
 void setAudioDebugFlags() {
     if (!settings.enableAudioTracing) {
-        if (settings.verbose) std::fputs("Will not enable Audio tracing.\n", stdout);
+        if (settings.verbose) printMessage(stdout, "Will not enable Audio tracing.\n");
         return;
     }
     AudioDebugFlagsRequest reply{};
     bool known = getFlags(reply);
     if (!known) known = getFlags(reply);
     if (!known) {
-        std::fputs("sysctlbyname failed to get old 'audio' debug flags second time\n", stderr);
+        printMessage(stderr, "sysctlbyname failed to get old 'audio' debug flags second time\n");
         reply.value = 0;
     }
     settings.savedAudioFlags = reply.value;

@@ -6,6 +6,7 @@
 #include <cstdlib>
 
 #include "app/audio_flags.h"
+#include "app/output.h"
 #include "app/settings.h"
 #include "app/signals.h"
 #include "rawfile/raw_writer.h"
@@ -31,7 +32,7 @@ void fatalExit(const char* message) {
     if (settings.removeOnExit) removeTraceBuffer();
     restoreAudioDebugFlags();
     if (newestMessage == nullptr) std::exit(EXIT_SUCCESS);
-    std::fprintf(stderr, "%s: %s\n", settings.programName, newestMessage);
+    printMessage(stderr, "%s: %s\n", settings.programName, newestMessage);
     std::exit(EXIT_FAILURE);
 }
 

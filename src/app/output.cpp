@@ -1,9 +1,9 @@
-// Standard output's failures.
+// Messages, and the failures of standard output and standard error.
 
 #include "app/output.h"
 
 #include <cerrno>
-#include <cstdio>
+#include <cstdarg>
 #include <fcntl.h>
 #include <unistd.h>
 
@@ -11,21 +11,28 @@
 
 namespace sonaprobe {
 
-void outputFailed() {
-    if (errno == EPIPE) noteBrokenPipe();
+void printMessage(std::FILE* stream, const char* format, ...) {
+    va_list values;
+    va_start(values, format);
+    if (std::vfprintf(stream, format, values) < 0) outputFailed(stream);
+    va_end(values);
+}
+
+void outputFailed(std::FILE* stream) {
+    if (stream == stdout && errno == EPIPE) noteBrokenPipe();
     const bool givenUp = isEnding() && (errno == EINTR || errno == EPIPE);
     if (givenUp) {
         const int nowhere = open("/dev/null", O_WRONLY | O_CLOEXEC);
         if (nowhere >= 0) {
-            dup2(nowhere, STDOUT_FILENO);
+            dup2(nowhere, fileno(stream));
             close(nowhere);
         }
     }
-    std::clearerr(stdout);
+    std::clearerr(stream);
 }
 
 void flushOutput() {
-    if (std::fflush(nullptr) != 0) outputFailed();
+    if (std::fflush(nullptr) != 0) outputFailed(stdout);
 }
 
 }  // namespace sonaprobe

@@ -3,7 +3,6 @@
 #include "app/signals.h"
 
 #include <cerrno>
-#include <cstdio>
 #include <sys/time.h>
 
 #include "app/fatal_exit.h"
@@ -50,7 +49,7 @@ void end() {
     ending = 1;
     windowOpen = 0;
     if (settings.verbose && noted != SIGPIPE) {
-        if (std::printf("Quiting on signal %d\n", static_cast<int>(noted)) < 0) outputFailed();
+        printMessage(stdout, "Quiting on signal %d\n", static_cast<int>(noted));
     }
     fatalExit(nullptr);
 }
@@ -80,7 +79,9 @@ void beginEnding() { signals::ending = 1; }
 bool isEnding() { return signals::ending != 0 || signals::noted != 0; }
 
 void noteBrokenPipe() {
-    if (signals::brokenPipeEnds && !isEnding()) signals::noted = SIGPIPE;
+    if (!signals::brokenPipeEnds || isEnding()) return;
+    signals::noted = SIGPIPE;
+    signals::startBreakOffTimer();
 }
 
 }  // namespace sonaprobe

@@ -14,7 +14,7 @@ constinit OutputLine outputLine;
 void OutputLine::handOver() {
     const auto length = static_cast<size_t>(at_ - buffer_);
     at_ = buffer_;
-    if (fwrite_unlocked(buffer_, 1, length, stdout) < length) outputFailed();
+    if (fwrite_unlocked(buffer_, 1, length, stdout) < length) outputFailed(stdout);
 }
 
 // Hands over what the line holds and all blanks but those that now fit; returns their count.

@@ -53,14 +53,14 @@ size_t readBytes(int file, std::span<std::byte> room) {
 void takeDivisor(uint64_t stored) {
     settings.tickDivisor = static_cast<double>(stored);
     if (settings.verbose) {
-        std::printf("Found divisor %f as 0x%" PRIx64 "\n", settings.tickDivisor, stored);
+        printMessage(stdout, "Found divisor %f as 0x%" PRIx64 "\n", settings.tickDivisor, stored);
     }
 }
 
 void takeSlot(const TraceRecord& slot) {
     switch (slot.debugid) {
         case kInvalidMarker:
-            if (settings.verbose) std::fputs("Found an invalid entry in raw file.\n", stdout);
+            if (settings.verbose) printMessage(stdout, "Found an invalid entry in raw file.\n");
             break;
         case kDivisorMarker: takeDivisor(slot.timestamp); break;
         default: dispatchRecord(&slot); break;

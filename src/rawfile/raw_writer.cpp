@@ -11,6 +11,7 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
+#include "app/output.h"
 #include "app/settings.h"
 #include "app/signals.h"
 #include "format/truncate.h"
@@ -23,6 +24,7 @@ constexpr size_t kBlockSlots = 1024;
 
 std::array<TraceRecord, kBlockSlots> block;
 size_t held = 0;
+bool givenUp = false;  // a write was broken off as the program ends: nobody takes the bytes
 
 bool isRegular(int file) {
     struct stat status {};
@@ -32,14 +34,17 @@ bool isRegular(int file) {
 // The bytes that reached the file; fewer than given only with errno set.
 size_t writeBytes(int file, std::span<const std::byte> bytes) {
     size_t written = 0;
-    while (written < bytes.size()) {
+    while (written < bytes.size() && !givenUp) {
         const ssize_t now = ::write(file, bytes.data() + written, bytes.size() - written);
         if (now >= 0) {
             written += static_cast<size_t>(now);
-        } else if (errno != EINTR || isEnding()) {
-            break;
+        } else if (errno != EINTR) {
+            return written;
+        } else {
+            givenUp = isEnding();
         }
     }
+    if (givenUp) errno = EINTR;
     return written;
 }
 
@@ -61,7 +66,7 @@ size_t writeSlots(std::FILE* rawFile, std::span<const TraceRecord> slots) {
 }
 
 void reportLost(const TraceRecord& slot) {
-    std::fprintf(stderr,
+    printMessage(stderr,
                  "Error %d occurred writing data with debugid 0x%x and timestamp 0x%" PRIx64 "\n",
                  errno, slot.debugid, slot.timestamp);
 }
@@ -73,11 +78,11 @@ void writeDivisorRecord(std::FILE* rawFile) {
     slot.timestamp = truncateToUnsigned(settings.tickDivisor);
     slot.debugid = kDivisorMarker;
     if (settings.verbose) {
-        std::printf("Inserting divisor %f as 0x%" PRIx64 "\n", settings.tickDivisor,
-                    slot.timestamp);
+        printMessage(stdout, "Inserting divisor %f as 0x%" PRIx64 "\n", settings.tickDivisor,
+                     slot.timestamp);
     }
     if (writeSlots(rawFile, {&slot, 1}) == 0) {
-        std::fprintf(stderr, "Error %d writing divisor data\n", errno);
+        printMessage(stderr, "Error %d writing divisor data\n", errno);
     }
 }
 

@@ -66,7 +66,7 @@ void dumpOnceWithAlloc() {
 
     const TraceRead read = readTrace(room);
     if (read.result < 0) {
-        if (settings.verbose) std::printf("CollectWithAlloc error %d\n", read.result);
+        if (settings.verbose) printMessage(stdout, "CollectWithAlloc error %d\n", read.result);
         fatalExit("trace facility failure, KERN_KDREADTR\n");
     }
     if (wasLogging) enableTracing(1);
@@ -80,14 +80,14 @@ void collectAndPrint() {
     const std::span<TraceRecord> room = roomFor(info.entries);
     const TraceRead read = readTrace(room);
     if (read.result < 0) {
-        if (settings.verbose) std::printf("CollectTrace error %d\n", read.result);
+        if (settings.verbose) printMessage(stdout, "CollectTrace error %d\n", read.result);
         fatalExit(
             "trace facility failure, KERN_KDREADTR\n"
             "Try using a larger buffer size with --bufsize.\n");
     }
     if (info.flags & platform::kBufferWrapped) {
         restartTracing();
-        if (settings.verbose) std::fputs("Buffer has wrapped.\n", stdout);
+        if (settings.verbose) printMessage(stdout, "Buffer has wrapped.\n");
         resetIndentation();
     }
     for (const TraceRecord& record : room.first(read.records)) print(record);
@@ -104,7 +104,7 @@ void writeRawRecords(std::FILE* rawFile) {
     int index = 0;
     for (const TraceRecord& record : room.first(read.records)) {
         if (record.debugid == kInvalidMarker) {
-            if (settings.verbose) std::printf("Tracepoint %d is invalid.\n", index);
+            if (settings.verbose) printMessage(stdout, "Tracepoint %d is invalid.\n", index);
         } else {
             storeRecord(rawFile, record);
             print(record);

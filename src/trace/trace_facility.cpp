@@ -4,10 +4,10 @@
 
 #include <algorithm>
 #include <cerrno>
-#include <cstdio>
 #include <cstdlib>
 
 #include "app/fatal_exit.h"
+#include "app/output.h"
 #include "app/settings.h"
 #include "platform/platform.h"
 
@@ -89,20 +89,22 @@ void getBufferInfo(KernelBufferInfo* info) {
 TraceRead readTrace(std::span<TraceRecord> room) {
     size_t length = room.size_bytes();
     const int result = control(platform::kKernKdReadTr, room.data(), &length);
-    return {result, result < 0 ? 0 : std::min(length, room.size())};
+    const auto count = static_cast<int32_t>(length);  // the kernel counts in 32 bits
+    if (result < 0 || count < 1) return {result, 0};
+    return {result, std::min(static_cast<size_t>(count), room.size())};
 }
 
 void printBufferInfo() {
     KernelBufferInfo info{};
     getBufferInfo(&info);
-    std::printf(
-        "The kernel buffer settings are:\n"
-        "\tentries:\t%d\n"
-        "\tflags:\t\t0x%x\n"
-        "\tnolog:\t\t%d\n"
-        "\tbufid:\t\t%d\n"
-        "\tthreads:\t%d\n",
-        info.entries, info.flags, info.nolog, info.bufid, info.threads);
+    printMessage(stdout,
+                 "The kernel buffer settings are:\n"
+                 "\tentries:\t%d\n"
+                 "\tflags:\t\t0x%x\n"
+                 "\tnolog:\t\t%d\n"
+                 "\tbufid:\t\t%d\n"
+                 "\tthreads:\t%d\n",
+                 info.entries, info.flags, info.nolog, info.bufid, info.threads);
 }
 
 }  // namespace sonaprobe
