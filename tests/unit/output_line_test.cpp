@@ -1,0 +1,61 @@
+// The output line: text and blanks come out as they went in, however many; lines leave whole.
+
+#include "format/output_line.h"
+
+#include <gtest/gtest.h>
+#include <random>
+#include <string>
+
+#include "captured_output.h"
+#include "format/digits.h"
+
+namespace sonaprobe {
+namespace {
+
+void put(OutputLine& line, std::string_view text) { line.moveTo(putText(line.cursor(), text)); }
+
+TEST(OutputLine, PrintsRandomTextsAndBlanksUnchanged) {
+    std::mt19937 random(1);
+    for (int round = 0; round < 200; ++round) {
+        std::string expected;
+        const std::string printed = capturedOutput([&] {
+            OutputLine line;
+            for (int lines = 0; lines < 5; ++lines) {
+                const std::string before(random() % 300, 'b');
+                const std::string after(random() % 3000, 'a');
+                const size_t blanks = random() % 2 != 0 ? random() % 30'000 : random() % 40;
+                put(line, before);
+                line.blanks(blanks);
+                put(line, after);
+                line.end();
+                expected.append(before).append(blanks, ' ').append(after) += '\n';
+            }
+        });
+        ASSERT_EQ(printed, expected);
+    }
+}
+
+TEST(OutputLine, HoldsEveryNumberOfBlanksAroundItsRoom) {
+    for (const uint64_t room : {4096U, 8192U, 12'288U}) {
+        for (uint64_t blanks = room - 16; blanks <= room + 16; ++blanks) {
+            const std::string printed = capturedOutput([&] {
+                OutputLine line;
+                put(line, "->");
+                line.blanks(blanks);
+                put(line, "text");
+                line.end();
+            });
+            ASSERT_EQ(printed, "->" + std::string(blanks, ' ') + "text\n");
+        }
+    }
+}
+
+TEST(OutputLine, PrintsNothingBeforeItsEnd) {
+    OutputLine line;
+    const std::string before = capturedOutput([&] { put(line, "text"); });
+    EXPECT_EQ(before, "");
+    EXPECT_EQ(capturedOutput([&] { line.end(); }), "text\n");
+}
+
+}  // namespace
+}  // namespace sonaprobe
