@@ -221,12 +221,12 @@ consteval Row textRow(uint8_t qualifiers, Condition condition, const char* forma
             const Argument& argument = arguments[used++];
             Fitted fitted = fitArgument(row.text.substr(at), argument);
             if (argument.reading == Reading::words) {
-                if (pairs == kMaxWordPairs) refuse("a text with too many pairs of words");
                 size_t pair = 0;
                 while (pair < pairs && (row.wordPairs[pair].notZero != argument.words.notZero ||
                                         row.wordPairs[pair].zero != argument.words.zero)) {
                     ++pair;
                 }
+                if (pair == kMaxWordPairs) refuse("a text with too many pairs of words");
                 row.wordPairs[pair] = argument.words;
                 if (pair == pairs) ++pairs;
                 fitted.piece.wordPair = static_cast<uint8_t>(pair);
