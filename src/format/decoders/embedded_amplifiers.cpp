@@ -161,7 +161,7 @@ constexpr Row kZ14Rows[] = {
 };
 
 // The amplifiers of this generation have a PLL, fed by the bit clock where MCLK is off. They share
-// the boost converter of one of them and are limited by their temperature and by a supply's droop.
+// the boost converter of one of them and are limited by their temperature and by a drooping supply.
 constexpr Row kZ26Rows[] = {
     event(0x0524C800, "EnableHWPreWarm"),
     start("Start - enable: %s _ampState: %lld transportRunning: %s", boolean(a2), a3, boolean(a4)),
@@ -282,7 +282,7 @@ constexpr Row kZ26Rows[] = {
 
     event(0x0524C850, "PreWarmToEnabled"),
     start("Start - warmMask: 0x%llx warmFor: %d.%03d.%03d.%03d sampleRate: %lld", a2, nanos(a3), a4),
-    end("End - _ampState: %lld playingMask: 0x%llx result: 0x%08x", a2, a3, lo(a4)),
+    end("End - _ampState: %lld unmutedAfter: %d.%03d.%03d.%03d result: 0x%08x", a2, nanos(a3), lo(a4)),
     sel(0, "amp: %lld lost PLL lock while warm, relocking, pllStatus: 0x%08x", a2, lo(a3)),
 
     event(0x0524C854, "PreWarmToDisabled"),
@@ -292,12 +292,12 @@ constexpr Row kZ26Rows[] = {
 
     event(0x0524C858, "EnabledToPreWarm"),
     start("Start - playingMask: 0x%llx playedFor: %d.%03d.%03d.%03d maxTemperature: %lld", a2, nanos(a3), a4),
-    end("End - _ampState: %lld warmMask: 0x%llx result: 0x%08x", a2, a3, lo(a4)),
+    end("End - _ampState: %lld lockedMask: 0x%llx result: 0x%08x", a2, a3, lo(a4)),
     sel(0, "boost off, PLL stays locked on ampMask: 0x%llx, staying warm for at most %d.%03d.%03d.%03d", a2, nanos(a3)),
 
     event(0x0524C85C, "EnabledToDisabled"),
     start("Start - playingMask: 0x%llx playedFor: %d.%03d.%03d.%03d faultMask: 0x%llx", a2, nanos(a3), a4),
-    end("End - _ampState: %lld hibernatingMask: 0x%llx result: 0x%08x", a2, a3, lo(a4)),
+    end("End - _ampState: %lld rampedDownMask: 0x%llx result: 0x%08x", a2, a3, lo(a4)),
     sel(0, "bit clock stopped before the mute ramp of amp: %lld ended, expect a pop", a2),
 
     event(0x0524C860, "AmpPowerDown"),

@@ -103,14 +103,14 @@ constexpr Row kEmbeddedAudioRows[] = {
     sel(0, "secondary: %p not finished, leaving its clocks to power state off - _secondaryFlags: 0x%llx", a2, a3),
 
     event(0x0524AC44, "SetPowerStageDesiredSlowOn"),
-    start("_powerStage: %lld notify->powerRef %llx ramping the bias up over %lld us", a2, a3, a4),
+    start("_powerStage: %lld notify->powerRef %llx ramping the bias up over %d.%03d.%03d.%03d", a2, a3, nanos(a4)),
     end("End - _powerStage: %lld stage On due in %d.%03d.%03d.%03d result: 0x%08x", a2, nanos(a3), lo(a4)),
     sel(0, "bias still at %lld mV of the last ramp down, going on from there", a2),
 
     event(0x0524AC48, "SetPowerStageDesiredFastOn"),
     start("_powerStage: %lld notify->powerRef %llx skipping the ramp, preWarmed: %s", a2, a3, boolean(a4)),
     end("End - _powerStage: %lld codec ready after %d.%03d.%03d.%03d result: 0x%08x", a2, nanos(a3), lo(a4)),
-    sel(0, "slow on of powerRef %llx in progress, cutting %lld us off its ramp", a2, a3),
+    sel(0, "slow on of powerRef %llx in progress, cutting %d.%03d.%03d.%03d off its ramp", a2, nanos(a3)),
 
     event(0x0524AC4C, "SetPowerStageOn"),
     start("_powerStage: %lld notify->powerRef %llx power is up, enabling hardware for _enabledFlags: 0x%llx", a2, a3, a4),
@@ -123,17 +123,17 @@ constexpr Row kEmbeddedAudioRows[] = {
     sel(0, "stream: %lld still has %lld frames to play - muting it", a2, a3),
 
     event(0x0524AC54, "SetPowerStageDesiredSlowOff"),
-    start("_powerStage: %lld notify->powerRef %llx nothing enabled, off after an idle time of %lld ms", a2, a3, a4),
+    start("_powerStage: %lld notify->powerRef %llx nothing enabled, off after an idle time of %d.%03d.%03d.%03d", a2, a3, nanos(a4)),
     end("End - _powerStage: %lld _slowOffTimer armed: %s result: 0x%08x", a2, boolean(a3), lo(a4)),
-    sel(0, "_slowOffTimer already runs, due in %lld ms", a2),
+    sel(0, "_slowOffTimer already runs, due in %d.%03d.%03d.%03d", nanos(a2)),
 
     event(0x0524AC58, "SetPowerStageStartedSlowOff"),
-    start("_powerStage: %lld notify->powerRef %llx idle time over, ramping the bias down over %lld us", a2, a3, a4),
+    start("_powerStage: %lld notify->powerRef %llx idle time over, ramping the bias down over %d.%03d.%03d.%03d", a2, a3, nanos(a4)),
     end("End - _powerStage: %lld ramp took %d.%03d.%03d.%03d result: 0x%08x", a2, nanos(a3), lo(a4)),
     sel(0, "client with flags: 0x%llx came back during the ramp, turning round at %lld mV", a2, a3),
 
     event(0x0524AC5C, "SetPowerDesiredShutdown"),
-    start("_powerStage: %lld notify->powerRef %llx system going down, acknowledge due in %lld us", a2, a3, a4),
+    start("_powerStage: %lld notify->powerRef %llx system going down, acknowledge due in %d.%03d.%03d.%03d", a2, a3, nanos(a4)),
     end("End - _powerStage: %lld closed to new clients: %s result: 0x%08x", a2, boolean(a3), lo(a4)),
     sel(0, "throwing away _pendingNotifications: %lld, the last with powerRef %llx", a2, a3),
 
@@ -144,7 +144,7 @@ constexpr Row kEmbeddedAudioRows[] = {
 
     event(0x0524AC64, "AcknowledgeSleepWakeNotfication"),  // sic
     start("_powerStage: %lld notify->powerRef %llx acknowledging %s", a2, a3, either(a4, "wake", "sleep")),
-    end("End - acknowledged %d.%03d.%03d.%03d after the notification, result: 0x%08x", nanos(a2), lo(a4)),
+    end("End - acknowledged %d.%03d.%03d.%03d after the notification, result: 0x%08x", nanos(a2), lo(a3)),
     sel(0, "powerRef %llx was acknowledged before, expecting powerRef %llx", a2, a3),
 
     event(0x0524AC68, "ChangePowerStage"),

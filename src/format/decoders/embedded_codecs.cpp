@@ -41,8 +41,8 @@ constexpr Row kZ47Rows[] = {
     sel(0, "ASP already enabled in this direction - enabledDirections:0x%llx channelOffset:%lld", a2, a3),
 
     event(0x0524B414, "ConfigureASPInputs2"),
-    start("Start - placing inputs on slots - channelCount:%lld bitDepth:%lld inputSlotMask:0x%llx", a2, a3, a4),
-    end("End - inputSlotMask:0x%llx returnCode:%lld", a2, a3),
+    start("Start - placing inputs on slots - channelCount:%lld bitDepth:%lld aspInputSlotMask:0x%llx", a2, a3, a4),
+    end("End - aspInputSlotMask:0x%llx returnCode:%lld", a2, a3),
     sel(0, "adc:%lld feeds ASP slot:%lld", a2, a3),
     sel(1, "ERROR: ASP slot:%lld already taken by adc:%lld", a2, a3),
 
@@ -74,12 +74,12 @@ constexpr Row kZ47Rows[] = {
 
     event(0x0524B42C, "ConfigureDisabledXSPInputs"),
     start("Start - disableDirection:%lld channelCount:%lld channelOffset:%lld", a2, a3, a4),
-    end("End - inputSlotMask:0x%llx returnCode:%lld", a2, a3),
+    end("End - xspInputSlotMask:0x%llx returnCode:%lld", a2, a3),
     sel(0, "adc:%lld gives up XSP slot:%lld", a2, a3),
 
     event(0x0524B430, "ConfigureDisableXSPInputs2"),  // the same change of name
-    start("Start - closing gaps - remainingInputs:%lld inputSlotMask:0x%llx", a2, a3),
-    end("End - movedInputs:%lld inputSlotMask:0x%llx returnCode:%lld", a2, a3, a4),
+    start("Start - closing gaps - remainingInputs:%lld xspInputSlotMask:0x%llx", a2, a3),
+    end("End - movedInputs:%lld xspInputSlotMask:0x%llx returnCode:%lld", a2, a3, a4),
     sel(0, "adc:%lld moves from XSP slot:%d to slot:%d", a2, hi(a3), lo(a3)),
 
     event(0x0524B434, "ConfigureDisableXSPInputs3"),
@@ -101,9 +101,9 @@ constexpr Row kZ47Rows[] = {
 
     event(0x0524B440, "ConfigureXSPInputs"),
     start("Start - xspEnabled:%lld enableDirection:%lld channelOffset:%lld", a2, a3, a4),
-    end("End - inputSlotMask:0x%llx returnCode:%lld", a2, a3),
+    end("End - xspInputSlotMask:0x%llx returnCode:%lld", a2, a3),
     sel(0, "adc:%lld feeds XSP slot:%lld", a2, a3),
-    sel(1, "ERROR: no XSP slot left for adc:%lld - inputSlotMask:0x%llx", a2, a3),
+    sel(1, "ERROR: no XSP slot left for adc:%lld - xspInputSlotMask:0x%llx", a2, a3),
 
     event(0x0524B444, "PrepareCodecForAudio"),
     start("Start - _codecPrepared:%s _powerStage:%lld _referenceCount:%lld", boolean(a2), a3, a4),
@@ -149,14 +149,14 @@ constexpr Row kZ47Rows[] = {
     sel(0, "jack detection needs the codec - leaving supplies on, wakeMask:0x%llx", a2),
 
     event(0x0524B464, "ReduceReferenceCount"),
-    start("Start - client:%lld _referenceCount:%lld", a2, a3),
-    end("End - _referenceCount:%lld returnCode:%lld", a2, a3),
+    start("Start - giving back client:%lld clientCount:%lld _referenceCount:%lld", a2, a3, a4),
+    end("End - _referenceCount:%lld powerDownPending:%s returnCode:%lld", a2, boolean(a3), a4),
     sel(0, "last reference gone - powering down in:%d.%03d.%03d.%03d", nanos(a2)),
     sel(1, "ERROR: client:%lld gives back more than it took, clientCount:%lld", a2, a3),
 
     event(0x0524B468, "IncreaseReferenceCount"),
-    start("Start - client:%lld _referenceCount:%lld", a2, a3),
-    end("End - _referenceCount:%lld returnCode:%lld", a2, a3),
+    start("Start - taking client:%lld _referenceCount:%lld powerDownPending:%s", a2, a3, boolean(a4)),
+    end("End - _referenceCount:%lld _powerStage:%lld returnCode:%lld", a2, a3, a4),
     sel(0, "first reference by client:%lld - powering up codec from _powerStage:%lld", a2, a3),
     sel(1, "pending power down cancelled by client:%lld with:%d.%03d.%03d.%03d to go", a2, nanos(a3)),
 
@@ -223,7 +223,7 @@ constexpr Row kZ47Rows[] = {
     sel(0, "discarding first samples for:%d.%03d.%03d.%03d while ADC filters settle", nanos(a2)),
 
     event(0x0524B49C, "EnableAudioOutput"),
-    start("Start - enable:%s dataSource:%c%c%c%c sampleRate:%lld", boolean(a2), fourCC(a3), a4),
+    start("Start - enable:%s dataSource:%c%c%c%c dacMask:0x%llx", boolean(a2), fourCC(a3), a4),
     end("End - dacMask:0x%llx enabledDirections:0x%llx returnCode:%lld", a2, a3, a4),
     sel(0, "waiting for headphone charge pump - pumpStatus:0x%02llx waited:%d.%03d.%03d.%03d", a2, nanos(a3)),
     sel(1, "headphone short - amplifier stays off, shortStatus:0x%02llx", a2),
@@ -311,7 +311,7 @@ constexpr Row kZ58Rows[] = {
     sel(1, "input muted for %d.%03d.%03d.%03d while the ADCs settle, adcMask: 0x%llx", nanos(a2), a3),
 
     event(0x0524BC28, "EnableAudioOutput"),
-    start("Start - enable: %s dataSource: %c%c%c%c sampleRate: %lld", boolean(a2), fourCC(a3), a4),
+    start("Start - enable: %s dataSource: %c%c%c%c transportRunning: %s", boolean(a2), fourCC(a3), boolean(a4)),
     end("End - outputEnabled: %s headphoneControl: 0x%02llx result: 0x%08x", boolean(a2), a3, lo(a4)),
     sel(0, "waiting for the transport before unmuting, streamID: %lld", a2),
     sel(1, "headphone amplifier not ready, pumpStatus: 0x%02llx waited: %d.%03d.%03d.%03d", a2, nanos(a3)),

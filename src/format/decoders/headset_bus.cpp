@@ -59,7 +59,7 @@ constexpr Row kPimletBusRows[] = {
 
     event(0x0524C024, "SetTrafficChannelFormat"),
     start("Start - channel: %d %s sampleRate: %d bitsPerSample: %d slots: 0x%llx", hi(a2), either(lo(a2), "uplink", "downlink"), hi(a3), lo(a3), a4),
-    end("End - channel: %d formatControl: 0x%08x result: 0x%08x", hi(a2), lo(a2), lo(a4)),
+    end("End - channel: %d formatControl: 0x%08x result: 0x%08x", hi(a2), lo(a2), lo(a3)),
     sel(0, "slots: 0x%llx belong to channel: %lld already", a2, a3),
     sel(1, "channel: %lld is running, new format from frame: %lld on", a2, a3),
 
@@ -106,7 +106,7 @@ constexpr Row kPimletBusRows[] = {
     start("Start - fEnableCount: %lld control: 0x%08x status: 0x%08x", a2, hi(a3), lo(a3)),
     end("End - fEnableCount: %lld status: 0x%08x result: 0x%08x", a2, lo(a3), lo(a4)),
     sel(0, "out of reset after %d.%03d.%03d.%03d, loading slot table of entries: %lld", nanos(a2), a3),
-    sel(1, "ERROR: status: 0x%llx never showed ready, waited %lld us", a2, a3),
+    sel(1, "ERROR: status: 0x%llx never showed ready, waited %d.%03d.%03d.%03d", a2, nanos(a3)),
 
     event(0x0524C04C, "V11DisableController"),
     start("Start - fEnableCount: %lld trafficChannels: 0x%llx downlink buffer level: %lld", a2, a3, a4),

@@ -16,7 +16,7 @@ constexpr Row kPimletRows[] = {
     end("End fHPDetectEnabled: %s result: 0x%08x", boolean(a2), lo(a3)),
 
     event(0x0524B004, "EnableHPDetect"),  // the register write of the same method
-    other("writing hpDetectControl: 0x%02x -> 0x%02x plugDebounce: %d ms unplugDebounce: %d ms", hi(a2), lo(a2), hi(a3), lo(a3)),
+    other("writing hpDetectControl: 0x%02x -> 0x%02x plugDebounce: %d.%03d.%03d.%03d unplugDebounce: %d.%03d.%03d.%03d", hi(a2), lo(a2), nanos(a3), nanos(a4)),
 
     event(0x0524B008, "Reset"),
     start("Start losing fHeadsetType: %d fPowerMode: %d fInterruptMask: 0x%04x", hi(a2), lo(a2), lo(a3)),
@@ -56,7 +56,7 @@ constexpr Row kPimletRows[] = {
     end("End fPowerMode: %d result: 0x%08x", lo(a2), lo(a3)),
 
     event(0x0524B030, "ConfigurePowerMode2"),
-    other("headset bias: %d mV -> %d mV settling for %d us", hi(a2), lo(a2), lo(a3)),
+    other("headset bias: %d mV -> %d mV settling for %d.%03d.%03d.%03d", hi(a2), lo(a2), nanos(a3)),
 
     event(0x0524B034, "ConfigurePowerMode3"),
     other("detectors: detectCtl1: 0x%02x -> 0x%02x detectCtl2: 0x%02x -> 0x%02x", hi(a2), lo(a2), hi(a3), lo(a3)),
@@ -91,7 +91,7 @@ constexpr Row kPimletRows[] = {
     other("detectCtl2: 0x%02x switchMode: %d comparator1Ref: %d comparator2Ref: %d", hi(a2), lo(a2), hi(a3), lo(a3)),
 
     event(0x0524B088, "DetectCtl3"),
-    other("detectCtl3: 0x%02x autoDetectTime: %d us buttonDebounce: %d us", lo(a2), hi(a3), lo(a3)),
+    other("detectCtl3: 0x%02x autoDetectTime: %d.%03d.%03d.%03d buttonDebounce: %d.%03d.%03d.%03d", lo(a2), nanos(a3), nanos(a4)),
 
     event(0x0524B08C, "CurrentSenseCtl"),
     other("currentSenseCtl: 0x%02x tripLevel: %d senseEnabled: %s autoClampEnabled: %s", hi(a2), lo(a2), boolean(a3), boolean(a4)),
@@ -128,15 +128,15 @@ constexpr Row kPimletRows[] = {
     other("wakeMask: 0x%02x -> 0x%02x headphones may wake: %s mic may wake: %s", hi(a2), lo(a2), boolean(a3), boolean(a4)),
 
     event(0x0524B0B8, "HPDetectControl"),
-    other("hpDetectControl: 0x%02x enabled: %s plugDebounce: %d ms unplugDebounce: %d ms", lo(a2), boolean(a3), hi(a4), lo(a4)),
+    other("hpDetectControl: 0x%02x enabled: %s plugDebounce: %d.%03d.%03d.%03d unplugDebounce: %d.%03d.%03d.%03d", hi(a2), boolean(lo(a2)), nanos(a3), nanos(a4)),
 
     event(0x0524B0BC, "StartMicDetectGated"),
     start("Start fHeadsetType: %d fMicDetectState: %d fReverseHeadset: %s", hi(a2), lo(a2), boolean(a3)),
-    end("End fMicDetectState: %d first check in %d ms, result: 0x%08x", hi(a2), lo(a2), lo(a3)),
+    end("End fMicDetectState: %d first check in %d.%03d.%03d.%03d result: 0x%08x", lo(a2), nanos(a3), lo(a4)),
 
     event(0x0524B0C0, "ContinueMicDetectGated"),
     start("Start fMicDetectState: %d micDetected: %s fMicDetectRetries: %d", lo(a2), boolean(a3), lo(a4)),
-    end("End fMicDetectState: %d next check in %d ms, result: 0x%08x", hi(a2), lo(a2), lo(a3)),
+    end("End fMicDetectState: %d next check in %d.%03d.%03d.%03d result: 0x%08x", lo(a2), nanos(a3), lo(a4)),
 
     event(0x0524B0C4, "DisableMicDetectGated"),
     start("Start fMicDetectState: %d check still scheduled: %s", lo(a2), boolean(a3)),
@@ -204,7 +204,7 @@ constexpr Row kPimletRows[] = {
     end("End publishedID:%llx result:0x%08x", a2, lo(a3)),
 
     event(0x0524B25C, "HDASetTimer"),
-    other("action:%llx timeoutMs:%lld replacing action:%llx", a2, a3, a4),
+    other("action:%llx timeout:%d.%03d.%03d.%03d replacing action:%llx", a2, nanos(a3), a4),
 
     event(0x0524B260, "HDAEnableDFET"),
     start("Start enable:%s type:%llx", boolean(a2), a3),
@@ -230,7 +230,7 @@ constexpr Row kPimletRows[] = {
     event(0x0524B274, "HDAHandleJackDetectUR"),
     start("Start response:%llx jackConnected:%s type:%llx", a2, boolean(a3), a4),
     end("End pending action:%llx result:0x%08x", a2, lo(a3)),
-    sel(1, "plugged, debouncing timeoutMs:%lld", a2),
+    sel(1, "plugged, debouncing for:%d.%03d.%03d.%03d", nanos(a2)),
     sel(2, "unplugged, was type:%llx ID:%llx", a2, a3),
     sel(3, "no change, pinSense:%llx", a2),
 
@@ -241,7 +241,7 @@ constexpr Row kPimletRows[] = {
 
     event(0x0524B27C, "HDAEnableHSDetection"),
     start("Start enable:%s retry:%lld powerState:%lld", boolean(a2), a3, a4),
-    end("End detection running:%s timeoutMs:%lld result:0x%08x", boolean(a2), a3, lo(a4)),
+    end("End detection running:%s timeout:%d.%03d.%03d.%03d result:0x%08x", boolean(a2), nanos(a3), lo(a4)),
 
     event(0x0524B280, "HDAHandleTypeDetectUR"),
     start("Start verb_response:%llx", a2),
@@ -255,7 +255,7 @@ constexpr Row kPimletRows[] = {
 
     event(0x0524B284, "HDAPowerHSBias"),
     start("Start vRefPercentOfVdd:%llx", a2),
-    end("End pinControl:%llx settleMs:%lld result:0x%08x", a2, a3, lo(a4)),
+    end("End pinControl:%llx settling for:%d.%03d.%03d.%03d result:0x%08x", a2, nanos(a3), lo(a4)),
 
     event(0x0524B288, "HDASetupButtonDetection"),
     start("Start type:%llx ID:%llx URTag:%llx", a2, a3, a4),
@@ -303,7 +303,7 @@ constexpr Row kPimletRows[] = {
     end("End switchControl:%llx mic on sleeve:%s result:0x%08x", a2, boolean(a3), lo(a4)),
 
     event(0x0524B2A8, "HDAGeneralTimerCallback"),
-    other("action:%llx timeoutMs:%lld late:%d.%03d.%03d.%03d", a2, a3, nanos(a4)),
+    other("action:%llx timeout:%d.%03d.%03d.%03d late:%d.%03d.%03d.%03d", a2, nanos(a3), nanos(a4)),
 
     event(0x0524B2AC, "HDASetPowerState"),
     start("Start powerState:%lld fPowerState:%lld type:%llx", a2, a3, a4),

@@ -20,13 +20,13 @@ constexpr Row kMicrophoneRows[] = {
 
     event(0x0524B808, "powerOnHardware"),
     start("Start - fPowerOnCount: %lld fCurrentPowerState: %lld", a2, a3),
-    end("End - fPowerOnCount: %lld result: 0x%08x", a2, lo(a4)),
+    end("End - fPowerOnCount: %lld result: 0x%08x", a2, lo(a3)),
     sel(0, "power domain up after %d.%03d.%03d.%03d, resetting decimators: %lld", nanos(a2), a3),
     sel(1, "ERROR: revision register reads 0x%llx, expected 0x%llx - is the block powered?", a2, a3),
 
     event(0x0524B80C, "PublishBelow"),
     start("Start - fDecimatorCount: %lld fMicCount: %lld", a2, a3),
-    end("End - nubs published: %d of %d result: 0x%08x", hi(a2), lo(a2), lo(a4)),
+    end("End - nubs published: %d of %d result: 0x%08x", hi(a2), lo(a2), lo(a3)),
     sel(0, "publishing nub: %p for decimator: %lld", a2, a3),
     sel(1, "decimator: %lld has no mic wired - not published", a2),
 
@@ -60,7 +60,7 @@ constexpr Row kMicrophoneRows[] = {
 
     event(0x0524B828, "setPowerStateGated"),
     start("Start - powerState: %lld fCurrentPowerState: %lld fRunningCount: %lld", a2, a3, a4),
-    end("End - fCurrentPowerState: %lld result: 0x%08x", a2, lo(a4)),
+    end("End - fCurrentPowerState: %lld result: 0x%08x", a2, lo(a3)),
     sel(0, "audio still running, stopping decimators: 0x%llx before power goes", a2),
     sel(1, "awake again, restoring registers: %lld decimators: 0x%llx", a2, a3),
 
@@ -72,31 +72,31 @@ constexpr Row kMicrophoneRows[] = {
 
     event(0x0524B830, "setFIFO"),
     start("Start - watermark: %d fFIFODepth: %d bytesPerFrame: %lld", hi(a2), lo(a2), a3),
-    end("End - fifoControl: 0x%08x watermark: %d result: 0x%08x", hi(a2), lo(a2), lo(a4)),
+    end("End - fifoControl: 0x%08x watermark: %d result: 0x%08x", hi(a2), lo(a2), lo(a3)),
     sel(0, "watermark: %lld leaves no room for DMA latency, using %lld", a2, a3),
 
     ofGroup("OrvelPDMOrvelPDMControllerAudio", event(0x0524B834, "StopAudio")),  // sic, the name doubled
     start("Start - fRunningCount: %lld fDMARunning: %s fMicEnableMask: 0x%llx", a2, boolean(a3), a4),
     end("End - fRunningCount: %lld frames captured: %lld result: 0x%08x", a2, a3, lo(a4)),
     sel(0, "last user, draining fifoLevel: %lld frames before the decimators stop", a2),
-    sel(1, "DMA did not come to rest in %lld us - aborting, dmaStatus: 0x%llx", a2, a3),
+    sel(1, "DMA did not come to rest in %d.%03d.%03d.%03d - aborting, dmaStatus: 0x%llx", nanos(a2), a3),
 
     event(0x0524B838, "Enable Clocks"),  // with a blank
     start("Start - enable: %s clockMask: 0x%llx fClockUseCount: %lld", boolean(a2), a3, a4),
     end("End - clocks running: 0x%llx fPDMClockRate: %lld result: 0x%08x", a2, a3, lo(a4)),
-    sel(0, "clock gate: %lld has not switched after %lld us", a2, a3),
+    sel(0, "clock gate: %lld has not switched after %d.%03d.%03d.%03d", a2, nanos(a3)),
     sel(1, "clocks shared with the voice trigger stay on - clockMask: 0x%llx", a2),
 
     event(0x0524B83C, "enableDecimators"),
     start("Start - enable: %s decimatorMask: 0x%llx running: 0x%llx", boolean(a2), a3, a4),
-    end("End - running: 0x%llx result: 0x%08x", a2, lo(a4)),
+    end("End - running: 0x%llx result: 0x%08x", a2, lo(a3)),
     sel(0, "decimator: %lld on, first %lld frames are settling", a2, a3),
     sel(1, "decimator: %lld still needed by micMask: 0x%llx - left on", a2, a3),
 
     event(0x0524B840, "setDeviceSampleRate"),
     start("Start - sampleRate: %lld fSampleRate: %lld fRunningCount: %lld", a2, a3, a4),
     end("End - fSampleRate: %lld decimationRatio: %lld result: 0x%08x", a2, a3, lo(a4)),
-    sel(0, "fPDMClockRate: %lld ---> %lld", a2, a3),
+    sel(0, "fPDMClockRate: %lld -> %lld", a2, a3),
     sel(1, "refused, audio is running at fSampleRate: %lld for users: %lld", a2, a3),
 
     event(0x0524B844, "getFIFODepth"),
@@ -117,7 +117,7 @@ constexpr Row kMicrophoneRows[] = {
     start("Start - command: %d parameter: 0x%08x iisPort: %p", hi(a2), lo(a2), a3),
     end("End - command: %lld portStatus: 0x%llx result: 0x%08x", a2, a3, lo(a4)),
     sel(0, "iisPort: %p busy with command: %lld", a2, a3),
-    sel(1, "no answer to command: %lld within %lld us", a2, a3),
+    sel(1, "no answer to command: %lld within %d.%03d.%03d.%03d", a2, nanos(a3)),
 
     ofGroup("OrvelPDMAudio", event(0x0524B854, "start")),
     start("Start - provider: %p fController: %p", a2, a3),
@@ -133,12 +133,12 @@ constexpr Row kMicrophoneRows[] = {
     ofGroup("OrvelPDMDecimator", event(0x0524B85C, "initWithRegistryEntry")),
     start("Start - entry: %p fController: %p", a2, a3),
     end("End - fIndex: %d fMicCount: %d fRegisterOffset: 0x%llx returning %s", hi(a2), lo(a2), a3, boolean(a4)),
-    sel(0, "entry: %p has no register offset - decimator: %lld is of no use", a2, a3),
+    sel(0, "entry: %p has no register offset - decimator: %lld left out", a2, a3),
     sel(1, "micIndex: %lld is sampled on the %s clock edge", a2, either(a3, "rising", "falling")),
 
     ofGroup("OrvelPDMDecimator", event(0x0524B860, "setMicEnabled")),
     start("Start - micIndex: %lld enable: %s fMicEnableMask: 0x%llx", a2, boolean(a3), a4),
-    end("End - fMicEnableMask: 0x%llx result: 0x%08x", a2, lo(a4)),
+    end("End - fMicEnableMask: 0x%llx result: 0x%08x", a2, lo(a3)),
     sel(0, "micIndex: %lld is not on this decimator, which has mics: 0x%llx", a2, a3),
 
     ofGroup("OrvelPDMDecimator", event(0x0524B864, "enabled")),
@@ -147,7 +147,7 @@ constexpr Row kMicrophoneRows[] = {
 
     ofGroup("OrvelPDMDecimator", event(0x0524B868, "configureFormat")),
     start("Start - sampleRate: %d bitsPerSample: %d channelCount: %d decimationRatio: %d", hi(a2), lo(a2), hi(a3), lo(a3)),
-    end("End - formatControl: 0x%08x filterDelay: %d result: 0x%08x", hi(a2), lo(a2), lo(a4)),
+    end("End - formatControl: 0x%08x filterDelay: %d result: 0x%08x", hi(a2), lo(a2), lo(a3)),
     sel(0, "filter stages: %lld total gain shift: %lld", a2, a3),
     sel(1, "decimationRatio: %lld outside %d to %d", a2, hi(a3), lo(a3)),
 
