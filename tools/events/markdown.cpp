@@ -61,12 +61,16 @@ are known and never printed. An audio code that is not on this page is printed r
 |---|---|---|---|---|
 )";
 
-// In a table a vertical bar would end its cell, even within code.
+// In a table a vertical bar would end its cell, even within code; a tab would not be seen.
 std::string inCode(std::string_view text) {
     std::string result = "`";
     for (const char c : text) {
         if (c == '|') result += '\\';
-        result += c;
+        if (c == '\t') {
+            result += "\\t";
+        } else {
+            result += c;
+        }
     }
     return result + '`';
 }
@@ -128,7 +132,7 @@ void printClass(const TracedClass& traced) {
     if (events.empty()) return;
     std::printf("\n## %s\n\n", traced.title().c_str());
     if (traced.decoder->codeBase == 0x05240000) {
-        std::puts("Printed by none of the options; decoded all the same.\n");
+        std::puts("No option of sonaprobe prints these.\n");
     }
     if (!traced.decoder->hasObject) {
         std::puts("Printed under `-A` only. These lines show no object: `arg1` is a value.\n");

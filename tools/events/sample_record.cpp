@@ -8,6 +8,8 @@
 #include <cstdio>
 #include <cstdlib>
 #include <map>
+#include <set>
+#include <string_view>
 #include <utility>
 
 #include "events/spelling.h"
@@ -24,17 +26,18 @@ class Words {
     uint64_t get(Slice slice) const {
         return words_[slice.word] << slice.dropHigh >> slice.dropLow;
     }
-    void set(Slice slice, uint64_t value) {
-        const uint64_t mask = maskOf(slice);
-        words_[slice.word] = (words_[slice.word] & ~mask) | (shifted(slice, value) & mask);
-        settled_[slice.word] |= mask;
-    }
-    void setIfFree(Slice slice, uint64_t value) {
-        if ((settled_[slice.word] & maskOf(slice)) == 0) set(slice, value);
+    void set(Slice slice, uint64_t value) { put(slice, value, maskOf(slice)); }
+    // Leaves alone what is settled.
+    void fill(Slice slice, uint64_t value) {
+        put(slice, value, maskOf(slice) & ~settled_[slice.word]);
     }
     uint64_t word(unsigned n) const { return words_[n]; }
 
   private:
+    void put(Slice slice, uint64_t value, uint64_t mask) {
+        words_[slice.word] = (words_[slice.word] & ~mask) | (shifted(slice, value) & mask);
+        settled_[slice.word] |= mask;
+    }
     static unsigned shiftOf(Slice slice) { return slice.dropLow - slice.dropHigh; }
     static uint64_t maskOf(Slice slice) { return shifted(slice, ~uint64_t{0} >> slice.dropLow); }
     static uint64_t shifted(Slice slice, uint64_t value) { return value << shiftOf(slice); }
@@ -86,47 +89,65 @@ std::span<const Piece> piecesOf(const Row& text) {
     return std::span(text.pieces).first(text.pieceCount);
 }
 
+// The first of the qualifiers that a text answers.
+uint32_t qualifierFor(const Row& text) {
+    return static_cast<uint32_t>(std::countr_zero(text.qualifiers));
+}
+
+// Whether the first sample of a text shows the word for any value but zero. Depends on nothing but
+// the text itself, so that a new text changes no other's sample.
+bool firstShowsNotZero(const Event& event, const Row& text, Slice slice) {
+    return (event.event->code / 4 + qualifierFor(text) + slice.word) % 2 != 0;
+}
+
 class Sampler {
   public:
     explicit Sampler(const TracedClass& traced) {
         const std::vector<Event> events = eventsOf(traced);
         for (const Event& event : events) {
-            for (const Row& text : event.texts) countWords(text);
+            for (const Row& text : event.texts) noteShownWords(event, text);
         }
         for (const Event& event : events) {
             for (const Row& text : event.texts) {
-                add(event, text);
-                if (showsWordsAlone(text)) add(event, text);
+                add(event, text, false);
+                if (hasUnshownWord(text)) add(event, text, true);
             }
         }
     }
     std::vector<TraceRecord> records;
 
   private:
-    void countWords(const Row& text) {
+    void noteShownWords(const Event& event, const Row& text) {
         for (const Piece& piece : piecesOf(text)) {
-            if (piece.reading == Reading::words) ++uses_[pairOf(text, piece)];
+            if (piece.reading != Reading::words) continue;
+            shown_[pairOf(text, piece)].insert(firstShowsNotZero(event, text, piece.slice));
         }
     }
 
-    bool showsWordsAlone(const Row& text) const {
-        return std::ranges::any_of(piecesOf(text), [&](const Piece& piece) {
-            return piece.reading == Reading::words && uses_.at(pairOf(text, piece)) == 1;
-        });
+    // A word that no first sample shows is shown by the second sample of the pair's first text.
+    bool hasUnshownWord(const Row& text) {
+        bool found = false;
+        for (const Piece& piece : piecesOf(text)) {
+            if (piece.reading != Reading::words) continue;
+            std::set<bool>& shown = shown_.at(pairOf(text, piece));
+            found |= shown.size() == 1;
+            shown = {false, true};
+        }
+        return found;
     }
 
-    void add(const Event& event, const Row& text) {
+    void add(const Event& event, const Row& text, bool otherWords) {
         Words words;
-        if (text.condition.test == Test::equals)
+        if (text.condition.test == Test::equals) {
             words.set(text.condition.slice, text.condition.value);
-        for (const Piece& piece : piecesOf(text)) fillSpecial(words, text, piece);
-        for (const Piece& piece : piecesOf(text)) fillNumber(words, piece);
-        if (text.condition.test == Test::notZero) words.setIfFree(text.condition.slice, 1);
-        words.setIfFree({1}, kObject);
+        }
+        for (const Piece& piece : piecesOf(text)) putSpecial(words, event, text, piece, otherWords);
+        for (const Piece& piece : piecesOf(text)) putNumber(words, piece);
+        if (text.condition.test == Test::notZero) words.fill(text.condition.slice, 1);
+        words.fill({1}, kObject);
         passEarlierTexts(words, event, text);
-        const uint32_t qualifier = static_cast<uint32_t>(std::countr_zero(text.qualifiers));
         TraceRecord& record = records.emplace_back();
-        record.debugid = event.event->code | qualifier;
+        record.debugid = event.event->code | qualifierFor(text);
         record.arg1 = words.word(1);
         record.arg2 = words.word(2);
         record.arg3 = words.word(3);
@@ -135,39 +156,35 @@ class Sampler {
     }
 
     // The readings that need a value of their own kind; the same slice may be a number as well.
-    void fillSpecial(Words& words, const Row& text, const Piece& piece) {
+    static void putSpecial(Words& words, const Event& event, const Row& text, const Piece& piece,
+                           bool otherWords) {
         const Slice slice = piece.slice;
         switch (piece.reading) {
             case Reading::words: {
-                const bool notZero = !std::exchange(lastNotZero_[pairOf(text, piece)],
-                                                    !lastNotZero_[pairOf(text, piece)]);
+                const bool notZero = firstShowsNotZero(event, text, slice) != otherWords;
                 // The highest bit alone: a word that is true all the same.
-                words.setIfFree(slice, notZero ? uint64_t{1} << (slice.bits() - 1) : 0);
+                words.fill(slice, notZero ? uint64_t{1} << (slice.bits() - 1) : 0);
                 break;
             }
-            case Reading::nanoseconds: words.setIfFree(slice, nanosecondsFor(slice)); break;
-            case Reading::fourCharacters: words.setIfFree(slice, charactersFor(slice)); break;
-            case Reading::ticks: words.setIfFree(slice, digitOf(slice) * 24 + 12); break;
-            case Reading::character: words.setIfFree(slice, 'A' + slice.word); break;
+            case Reading::nanoseconds: words.fill(slice, nanosecondsFor(slice)); break;
+            case Reading::fourCharacters: words.fill(slice, charactersFor(slice)); break;
+            case Reading::ticks: words.fill(slice, digitOf(slice) * 24 + 12); break;
+            case Reading::character: words.fill(slice, 'A' + slice.word); break;
             case Reading::seconds:
-                words.setIfFree(slice, digitOf(slice) * 1'000'000'000);
-                words.setIfFree(piece.later, words.get(slice) + 7'000'000'000);
+                words.fill(slice, digitOf(slice) * 1'000'000'000);
+                words.fill(piece.later, words.get(slice) + 7'000'000'000);
                 break;
             default: break;
         }
     }
 
-    static void fillNumber(Words& words, const Piece& piece) {
+    static void putNumber(Words& words, const Piece& piece) {
         switch (piece.reading) {
             case Reading::signedDecimal:
-            case Reading::unsignedDecimal:
-                words.setIfFree(piece.slice, decimalFor(piece.slice));
-                break;
-            case Reading::hexadecimal:
-                words.setIfFree(piece.slice, hexadecimalFor(piece.slice));
-                break;
+            case Reading::unsignedDecimal: words.fill(piece.slice, decimalFor(piece.slice)); break;
+            case Reading::hexadecimal: words.fill(piece.slice, hexadecimalFor(piece.slice)); break;
             case Reading::pointer:
-                words.setIfFree(piece.slice, 0xFEED000000000000 + digitOf(piece.slice));
+                words.fill(piece.slice, 0xFEED000000000000 + digitOf(piece.slice));
                 break;
             default: break;
         }
@@ -181,25 +198,23 @@ class Sampler {
 
     // Makes no earlier text of the event answer.
     static void passEarlierTexts(Words& words, const Event& event, const Row& text) {
-        const uint8_t qualifier = static_cast<uint8_t>(1U << std::countr_zero(text.qualifiers));
+        const auto qualifier = static_cast<uint8_t>(1U << qualifierFor(text));
         for (const Row* earlier = event.texts.data(); earlier != &text; ++earlier) {
             if ((earlier->qualifiers & qualifier) == 0) continue;
             const Condition& condition = earlier->condition;
             if (!holds(condition, words)) continue;
             words.set(condition.slice, condition.test == Test::notZero ? 0 : condition.value + 1);
         }
-        const auto* answering =
-            std::ranges::find_if(event.texts, [&](const Row& row) {
-                return (row.qualifiers & qualifier) != 0 && holds(row.condition, words);
-            }).base();
-        if (answering == &text) return;
+        const auto answering = std::ranges::find_if(event.texts, [&](const Row& row) {
+            return (row.qualifiers & qualifier) != 0 && holds(row.condition, words);
+        });
+        if (answering != event.texts.end() && &*answering == &text) return;
         std::fprintf(stderr, "no record was found for: %s %s\n",
                      spellCode(event.event->code).c_str(), text.text.data());
         std::exit(EXIT_FAILURE);
     }
 
-    std::map<PairOfWords, unsigned> uses_;
-    std::map<PairOfWords, bool> lastNotZero_;
+    std::map<PairOfWords, std::set<bool>> shown_;
 };
 
 }  // namespace
