@@ -1,0 +1,118 @@
+"""Standard output: the clock, deep lines, readers that leave, devices that are full, closed streams."""
+
+import datetime
+import itertools
+import os
+import pathlib
+import signal
+import subprocess
+import time
+
+import pytest
+
+from conftest import BUILD, PATIENCE, run_program
+from records import pack, pack_lines
+
+PROGRAM = BUILD / "sonaprobe"
+CLASS_LIST = (pathlib.Path(__file__).parent / "class_list.txt").read_text()
+RECORD = "0x05245C0E"
+LINE = "<- OrvelHDAPath::enable           End - stream: 0x0 channelID: 0 result: 0x00000000\n"
+
+
+@pytest.mark.parametrize("zone, hours", [("UTC", 0), ("JST-9", 9), ("PST8", -8)])
+def test_the_clock_shows_the_local_time_of_printing(zone, hours, raw):
+    def clock():
+        zone_of_hours = datetime.timezone(datetime.timedelta(hours=hours))
+        return datetime.datetime.now(zone_of_hours).strftime("%H:%M:%S")
+
+    trace = raw(f"{RECORD} t=86400000000000")  # a day after the clock of the trace began
+    before = clock()
+    shown = run_program("-r", trace, env=os.environ | {"TZ": zone}).stdout[:8]
+    assert shown in (before, clock())
+
+
+def test_the_clock_goes_on_between_lines():
+    with subprocess.Popen([PROGRAM, "-r", "/dev/stdin"], stdin=subprocess.PIPE,
+                          stdout=subprocess.PIPE) as process:
+        for pause in (1.1, 0):
+            before = time.strftime("%H:%M:%S")
+            process.stdin.write(pack_lines(RECORD))
+            process.stdin.flush()
+            shown = process.stdout.readline()[:8].decode()
+            assert shown in (before, time.strftime("%H:%M:%S"))
+            time.sleep(pause)
+        process.stdin.close()
+        assert process.wait(PATIENCE) == 0
+
+
+def test_a_line_keeps_its_indentation_however_deep(tmp_path):
+    depth = 9000  # more than twice what the line's buffer holds
+    trace = tmp_path / "trace.raw"
+    trace.write_bytes(pack(0x05241C19) * depth + pack(0x05241C1A) * depth)
+    lines = run_program("-s", "-H", "-S", "-r", trace).stdout.splitlines()
+    starts = [f"-> {'':{deep}}PlexoPort::Start Begin: provider 0x0" for deep in range(depth)]
+    ends = [f"<- {'':{deep}}PlexoPort::Start End: provider 0x0 returning false"
+            for deep in reversed(range(depth))]
+    assert lines == starts + ends
+
+
+@pytest.fixture
+def long_trace(tmp_path):
+    path = tmp_path / "long.raw"
+    path.write_bytes(pack_lines(RECORD) * 100_000)
+    return path
+
+
+def test_a_reader_that_leaves_ends_the_program_silently(long_trace):
+    with subprocess.Popen([PROGRAM, "-s", "-H", "-i", "-r", long_trace], stdout=subprocess.PIPE,
+                          stderr=subprocess.PIPE, text=True) as process:
+        assert process.stdout.readline() == LINE
+        process.stdout.close()
+        assert process.wait(PATIENCE) == -signal.SIGPIPE
+        assert process.stderr.read() == ""
+
+
+def test_where_broken_pipes_are_ignored_the_program_still_comes_to_its_end(long_trace):
+    with subprocess.Popen([PROGRAM, "-s", "-r", long_trace], stdout=subprocess.PIPE,
+                          stderr=subprocess.PIPE, restore_signals=False) as process:
+        process.stdout.readline()
+        process.stdout.close()
+        assert process.wait(PATIENCE) == 0
+        assert process.stderr.read() == b""
+
+
+def test_a_full_device_is_no_error(long_trace):
+    with open("/dev/full", "wb") as full:
+        result = run_program("-s", "-r", long_trace, capture_output=False, stdout=full,
+                             stderr=subprocess.PIPE)
+    assert (result.returncode, result.stderr) == (0, "")
+
+
+def run_with(redirections, *arguments):
+    """Runs the program with redirections as the shell spells them."""
+    return subprocess.run(["sh", "-c", f'exec "$@" {redirections}', "sh", PROGRAM, *arguments],
+                          capture_output=True, text=True, timeout=PATIENCE, check=False)
+
+
+CLOSED = [streams for count in range(4) for streams in itertools.combinations("012", count)]
+
+
+@pytest.mark.parametrize("closed", CLOSED, ids="".join)
+def test_standard_streams_may_be_closed_from_the_start(closed, tmp_path):
+    trace, codes = tmp_path / "trace.raw", tmp_path / "codes"
+    slots = pack_lines(f"{RECORD}\n0x01300005\n")
+    trace.write_bytes(slots)
+    codes.write_text("0x01300004 name\n")
+    result = run_with(" ".join(f"{stream}>&-" for stream in closed),
+                      "-s", "-H", "-i", "-l", f"-d{codes}", "-r", trace)
+    named = f"-> {'::name':30} " + f"{0:16x}  " * 4 + f"0x{0:16x}   0\n"
+    assert result.returncode == 0
+    assert result.stdout == ("" if "1" in closed else LINE + named)
+    assert result.stderr == ("" if "2" in closed else CLASS_LIST)
+    assert trace.read_bytes() == slots
+    assert codes.read_text() == "0x01300004 name\n"
+
+
+def test_a_closed_standard_input_reads_as_an_empty_file():
+    result = run_with("0<&-", "-r", "/dev/stdin")
+    assert (result.returncode, result.stdout, result.stderr) == (0, "", "")
