@@ -108,7 +108,7 @@ char* putValue(char* at, const Row& row, const Piece& piece, const TraceRecord& 
 
 char* putLogText(char* at, const Row& row, const TraceRecord& record) {
     const char* const text = row.text.data();
-    for (const Piece& piece : std::span(row.pieces).first(row.pieceCount)) {
+    for (const Piece& piece : row.pieces) {
         at = putText(at, {text + piece.literalBegin, piece.literalLength});
         at = putValue(at, row, piece, record);
     }

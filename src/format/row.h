@@ -4,7 +4,6 @@
 #pragma once
 
 #include <array>
-#include <cstddef>
 #include <cstdint>
 #include <span>
 #include <string_view>
@@ -55,6 +54,8 @@ struct Piece {
 struct WordPair {
     std::string_view notZero;
     std::string_view zero;
+
+    constexpr bool operator==(const WordPair&) const = default;
 };
 
 enum class Test : uint8_t { always, equals, notZero };
@@ -74,22 +75,18 @@ constexpr uint8_t kOnEnd = 1U << 2;
 constexpr uint8_t kOnOther = 1U << 0 | 1U << 3;
 constexpr uint8_t kOnAny = kOnStart | kOnEnd | kOnOther;
 
-constexpr size_t kMaxPieces = 12;
-constexpr size_t kMaxWordPairs = 2;
-
 // An event (qualifiers is 0: code, method and, if it is not the decoder's, group), or one of the
 // texts that follow their event, in the order in which they are asked.
 struct Row {
     uint32_t code = 0;
     uint8_t qualifiers = 0;
     bool verbose = false;  // selected as ever, printed only under --verbose
-    uint8_t pieceCount = 0;
     Condition condition;
     std::string_view group;   // empty: the event's, then the decoder's
     std::string_view method;  // of a text: empty for the event's
     std::string_view text;
-    std::array<Piece, kMaxPieces> pieces{};
-    std::array<WordPair, kMaxWordPairs> wordPairs{};
+    std::span<const Piece> pieces;
+    std::span<const WordPair> wordPairs;
 
     constexpr bool isEvent() const { return qualifiers == 0; }
 };

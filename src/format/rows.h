@@ -36,6 +36,19 @@ namespace sonaprobe::rows {
 // Not constexpr, so that calling it while compiling is an error that shows the reason.
 void refuse(const char* reason);
 
+constexpr size_t kMaxPieces = 12;
+constexpr size_t kMaxWordPairs = 2;
+
+// A row as the vocabulary spells it, with room for the longest text. The pieces of a whole table
+// are packed together when it becomes a decoder.
+struct Entry {
+    Row row;
+    uint8_t pieceCount = 0;
+    uint8_t wordPairCount = 0;
+    std::array<Piece, kMaxPieces> pieces{};
+    std::array<WordPair, kMaxWordPairs> wordPairs{};
+};
+
 struct Argument {
     Slice slice{1};
     Reading reading = Reading::nothing;  // nothing: as the conversion says
@@ -189,9 +202,10 @@ consteval Fitted fitArgument(std::string_view text, const Argument& argument) {
 }
 
 // Splits a text into pieces, one argument after the other, and checks all that can be wrong.
-consteval Row textRow(uint8_t qualifiers, Condition condition, const char* format,
-                      std::span<const Argument> arguments) {
-    Row row;
+consteval Entry textEntry(uint8_t qualifiers, Condition condition, const char* format,
+                          std::span<const Argument> arguments) {
+    Entry entry;
+    Row& row = entry.row;
     row.qualifiers = qualifiers;
     row.condition = condition;
     row.text = format;
@@ -199,13 +213,12 @@ consteval Row textRow(uint8_t qualifiers, Condition condition, const char* forma
 
     size_t literalBegin = 0;
     size_t used = 0;
-    size_t pairs = 0;
     const auto add = [&](Piece piece, size_t literalEnd) {
-        if (row.pieceCount == kMaxPieces) refuse("a text of too many pieces");
+        if (entry.pieceCount == kMaxPieces) refuse("a text of too many pieces");
         if (literalEnd - literalBegin > 255) refuse("a text with too long a stretch of words");
         piece.literalBegin = static_cast<uint16_t>(literalBegin);
         piece.literalLength = static_cast<uint8_t>(literalEnd - literalBegin);
-        row.pieces[row.pieceCount++] = piece;
+        entry.pieces[entry.pieceCount++] = piece;
     };
     for (size_t at = 0; at < row.text.size();) {
         if (row.text[at] == '\n') refuse("a line end in a text");
@@ -222,13 +235,12 @@ consteval Row textRow(uint8_t qualifiers, Condition condition, const char* forma
             Fitted fitted = fitArgument(row.text.substr(at), argument);
             if (argument.reading == Reading::words) {
                 size_t pair = 0;
-                while (pair < pairs && (row.wordPairs[pair].notZero != argument.words.notZero ||
-                                        row.wordPairs[pair].zero != argument.words.zero)) {
+                while (pair < entry.wordPairCount && entry.wordPairs[pair] != argument.words) {
                     ++pair;
                 }
                 if (pair == kMaxWordPairs) refuse("a text with too many pairs of words");
-                row.wordPairs[pair] = argument.words;
-                if (pair == pairs) ++pairs;
+                if (pair == entry.wordPairCount) ++entry.wordPairCount;
+                entry.wordPairs[pair] = argument.words;
                 fitted.piece.wordPair = static_cast<uint8_t>(pair);
             }
             add(fitted.piece, at);
@@ -238,79 +250,79 @@ consteval Row textRow(uint8_t qualifiers, Condition condition, const char* forma
     }
     if (used < arguments.size()) refuse("more arguments than conversions");
     if (literalBegin < row.text.size()) add({}, row.text.size());
-    return row;
+    return entry;
 }
 
 template <std::same_as<Argument>... Arguments>
-consteval Row text(uint8_t qualifiers, Condition condition, const char* format,
-                   Arguments... arguments) {
+consteval Entry text(uint8_t qualifiers, Condition condition, const char* format,
+                     Arguments... arguments) {
     const std::array<Argument, sizeof...(arguments)> list{arguments...};
-    return textRow(qualifiers, condition, format, list);
+    return textEntry(qualifiers, condition, format, list);
 }
 
-consteval Row start(const char* format, std::same_as<Argument> auto... arguments) {
+consteval Entry start(const char* format, std::same_as<Argument> auto... arguments) {
     return text(kOnStart, {}, format, arguments...);
 }
-consteval Row start(Condition condition, const char* format,
-                    std::same_as<Argument> auto... arguments) {
+consteval Entry start(Condition condition, const char* format,
+                      std::same_as<Argument> auto... arguments) {
     return text(kOnStart, condition, format, arguments...);
 }
 
-consteval Row end(const char* format, std::same_as<Argument> auto... arguments) {
+consteval Entry end(const char* format, std::same_as<Argument> auto... arguments) {
     return text(kOnEnd, {}, format, arguments...);
 }
-consteval Row end(Condition condition, const char* format,
-                  std::same_as<Argument> auto... arguments) {
+consteval Entry end(Condition condition, const char* format,
+                    std::same_as<Argument> auto... arguments) {
     return text(kOnEnd, condition, format, arguments...);
 }
 
-consteval Row other(const char* format, std::same_as<Argument> auto... arguments) {
+consteval Entry other(const char* format, std::same_as<Argument> auto... arguments) {
     return text(kOnOther, {}, format, arguments...);
 }
-consteval Row other(Condition condition, const char* format,
-                    std::same_as<Argument> auto... arguments) {
+consteval Entry other(Condition condition, const char* format,
+                      std::same_as<Argument> auto... arguments) {
     return text(kOnOther, condition, format, arguments...);
 }
 
-consteval Row any(const char* format, std::same_as<Argument> auto... arguments) {
+consteval Entry any(const char* format, std::same_as<Argument> auto... arguments) {
     return text(kOnAny, {}, format, arguments...);
 }
-consteval Row any(Condition condition, const char* format,
-                  std::same_as<Argument> auto... arguments) {
+consteval Entry any(Condition condition, const char* format,
+                    std::same_as<Argument> auto... arguments) {
     return text(kOnAny, condition, format, arguments...);
 }
 
-consteval Row sel(uint64_t n, const char* format, std::same_as<Argument> auto... arguments) {
+consteval Entry sel(uint64_t n, const char* format, std::same_as<Argument> auto... arguments) {
     return text(kOnOther, is(byte(0, a4), n), format, arguments...);
 }
 
-consteval Row value(uint64_t n, const char* format, std::same_as<Argument> auto... arguments) {
+consteval Entry value(uint64_t n, const char* format, std::same_as<Argument> auto... arguments) {
     return text(kOnOther, is(a2, n), format, arguments...);
 }
 
-consteval Row event(uint32_t code, const char* method) {
+consteval Entry event(uint32_t code, const char* method) {
     if ((code & 3) != 0) refuse("a code with qualifier bits");
-    Row row;
-    row.code = code;
-    row.method = method;
-    return row;
+    Entry entry;
+    entry.row.code = code;
+    entry.row.method = method;
+    return entry;
 }
 
-consteval Row verbose(Row row) {
-    if (row.isEvent()) refuse("verbose() wraps a text");
-    row.verbose = true;
-    return row;
+consteval Entry verbose(Entry entry) {
+    if (entry.row.isEvent()) refuse("verbose() wraps a text");
+    entry.row.verbose = true;
+    return entry;
 }
 
-consteval Row under(const char* method, Row row) {
-    if (row.isEvent()) refuse("under() wraps a text");
-    row.method = method;
-    return row;
+consteval Entry under(const char* method, Entry entry) {
+    if (entry.row.isEvent()) refuse("under() wraps a text");
+    entry.row.method = method;
+    return entry;
 }
 
-consteval Row ofGroup(const char* group, Row row) {
-    row.group = group;
-    return row;
+consteval Entry ofGroup(const char* group, Entry entry) {
+    entry.row.group = group;
+    return entry;
 }
 
 // The code base of an audio class: what its codes have above the event number.
@@ -329,16 +341,60 @@ consteval bool hides(const Row& earlier, const Row& later) {
            asked.slice == given.slice;
 }
 
-// A class's decoder: its code base, its group, how many events it knows, and its rows in ascending
-// order of their codes.
-template <size_t N>
-consteval Decoder decoder(uint32_t codeBase, const char* group, size_t events,
-                          const Row (&rows)[N]) {
+// How many pieces, or pairs of words, a table has in all.
+template <const auto& kEntries>
+consteval size_t countOf(uint8_t Entry::*count) {
+    size_t sum = 0;
+    for (const Entry& entry : kEntries) sum += entry.*count;
+    return sum;
+}
+
+template <const auto& kEntries>
+inline constexpr auto kPackedPieces = [] {
+    std::array<Piece, countOf<kEntries>(&Entry::pieceCount)> packed{};
+    size_t next = 0;
+    for (const Entry& entry : kEntries) {
+        for (size_t i = 0; i < entry.pieceCount; ++i) packed[next++] = entry.pieces[i];
+    }
+    return packed;
+}();
+
+template <const auto& kEntries>
+inline constexpr auto kPackedWordPairs = [] {
+    std::array<WordPair, countOf<kEntries>(&Entry::wordPairCount)> packed{};
+    size_t next = 0;
+    for (const Entry& entry : kEntries) {
+        for (size_t i = 0; i < entry.wordPairCount; ++i) packed[next++] = entry.wordPairs[i];
+    }
+    return packed;
+}();
+
+template <const auto& kEntries>
+inline constexpr auto kPackedRows = [] {
+    std::array<Row, std::size(kEntries)> packed{};
+    std::span<const Piece> pieces = kPackedPieces<kEntries>;
+    std::span<const WordPair> wordPairs = kPackedWordPairs<kEntries>;
+    for (size_t i = 0; i < packed.size(); ++i) {
+        const Entry& entry = kEntries[i];
+        packed[i] = entry.row;
+        packed[i].pieces = pieces.first(entry.pieceCount);
+        packed[i].wordPairs = wordPairs.first(entry.wordPairCount);
+        pieces = pieces.subspan(entry.pieceCount);
+        wordPairs = wordPairs.subspan(entry.wordPairCount);
+    }
+    return packed;
+}();
+
+// A class's decoder: its code base, its group, how many events it knows; of a table whose codes
+// ascend.
+template <const auto& kEntries>
+consteval Decoder decoder(uint32_t codeBase, const char* group, size_t events) {
+    constexpr std::span<const Row> rows = kPackedRows<kEntries>;
     Decoder result{.codeBase = codeBase, .group = group, .rows = rows};
     size_t seen = 0;
     uint32_t lastCode = 0;
-    size_t eventRow = N;
-    for (size_t i = 0; i < N; ++i) {
+    size_t eventRow = rows.size();
+    for (size_t i = 0; i < rows.size(); ++i) {
         if (rows[i].isEvent()) {
             if ((rows[i].code & ~0x3FFU) != codeBase) refuse("a code of another class");
             if (seen > 0 && rows[i].code <= lastCode) refuse("codes out of order");
@@ -348,7 +404,7 @@ consteval Decoder decoder(uint32_t codeBase, const char* group, size_t events,
             result.rowAfterEvent[(rows[i].code >> 2) & 0xFF] = static_cast<uint16_t>(i + 1);
             continue;
         }
-        if (eventRow == N) refuse("a text before the first event");
+        if (eventRow == rows.size()) refuse("a text before the first event");
         for (size_t earlier = eventRow + 1; earlier < i; ++earlier) {
             if (hides(rows[earlier], rows[i])) refuse("a text that an earlier one hides");
         }
@@ -358,8 +414,10 @@ consteval Decoder decoder(uint32_t codeBase, const char* group, size_t events,
 }
 
 // A decoder that knows every event of its class and prints none of them.
-consteval Decoder silentDecoder(const Row (&known)[1]) {
-    Decoder result{.codeBase = known[0].code & ~0x3FFU, .group = known[0].group, .rows = known};
+template <const auto& kEntries>
+consteval Decoder silentDecoder() {
+    constexpr std::span<const Row> rows = kPackedRows<kEntries>;
+    Decoder result{.codeBase = rows[0].code & ~0x3FFU, .group = rows[0].group, .rows = rows};
     result.rowAfterEvent.fill(1);
     return result;
 }

@@ -111,7 +111,7 @@ std::string ifCell(const Row& text) {
 
 std::string argumentsCell(const Row& text) {
     std::string cell;
-    for (const Piece& piece : std::span(text.pieces).first(text.pieceCount)) {
+    for (const Piece& piece : text.pieces) {
         if (piece.reading == Reading::nothing) continue;
         if (!cell.empty()) cell += ", ";
         cell += inCode(spellArgument(text, piece));

@@ -86,7 +86,7 @@ PairOfWords pairOf(const Row& text, const Piece& piece) {
 }
 
 std::span<const Piece> piecesOf(const Row& text) {
-    return std::span(text.pieces).first(text.pieceCount);
+    return text.pieces;
 }
 
 // The first of the qualifiers that a text answers.

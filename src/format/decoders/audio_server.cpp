@@ -11,7 +11,7 @@ namespace {
 
 constexpr uint32_t kServerCodeBase = 0x21040000;
 
-constexpr Row kServerRows[] = {
+constexpr Entry kServerRows[] = {
     event(0x21040000, "OVERLOAD"),
     start("inCurrentSampleTime: %llu inCurrentHostTime: %llu inTargetSampleTime: %llu inTargetHostTime: %llu", a1, a2, a3, a4),
 
@@ -33,6 +33,6 @@ constexpr Row kServerRows[] = {
 
 }  // namespace
 
-constexpr Decoder kAudioServer = withoutObject(decoder(kServerCodeBase, "QuorraHAL", 5, kServerRows));
+constexpr Decoder kAudioServer = withoutObject(decoder<kServerRows>(kServerCodeBase, "QuorraHAL", 5));
 
 }  // namespace sonaprobe::decoders

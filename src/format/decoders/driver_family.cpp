@@ -10,13 +10,13 @@ using namespace rows;
 
 namespace {
 
-constexpr Row kControlRows[] = {
+constexpr Entry kControlRows[] = {
     event(0x05240430, "Start"),
     start("Begin: provider %p", a2),
     end("End: provider %p returning %s", a2, boolean(a3)),
 };
 
-constexpr Row kDeviceRows[] = {
+constexpr Entry kDeviceRows[] = {
     event(0x05240C0C, "Start"),
     start("Begin: provider %p", a2),
     end("End: provider %p returning %s", a2, boolean(a3)),
@@ -52,7 +52,7 @@ constexpr Row kDeviceRows[] = {
     end("End: currentPowerState: %lld pendingPowerState: %lld result: 0x%llx", a2, a3, a4),
 };
 
-constexpr Row kEngineRows[] = {
+constexpr Entry kEngineRows[] = {
     event(0x05241048, "Start"),
     start("Begin: provider %p device %p", a2, a3),
     end("End: provider %p device %p returning %s", a2, a3, boolean(a4)),
@@ -85,7 +85,7 @@ constexpr Row kEngineRows[] = {
     sel(1, "commandSleep timed out, but state (%lld) is not paused!", a2),
 };
 
-constexpr Row kPortRows[] = {
+constexpr Entry kPortRows[] = {
     event(0x05241C18, "Start"),
     start("Begin: provider %p", a2),
     end("End: provider %p returning %s", a2, boolean(a3)),
@@ -93,9 +93,9 @@ constexpr Row kPortRows[] = {
 
 }  // namespace
 
-constexpr Decoder kPlexoControl = decoder(audioClass(1), "PlexoControl", 1, kControlRows);
-constexpr Decoder kPlexoDevice = decoder(audioClass(3), "PlexoDevice", 8, kDeviceRows);
-constexpr Decoder kPlexoEngine = decoder(audioClass(4), "PlexoEngine", 7, kEngineRows);
-constexpr Decoder kPlexoPort = decoder(audioClass(7), "PlexoPort", 1, kPortRows);
+constexpr Decoder kPlexoControl = decoder<kControlRows>(audioClass(1), "PlexoControl", 1);
+constexpr Decoder kPlexoDevice = decoder<kDeviceRows>(audioClass(3), "PlexoDevice", 8);
+constexpr Decoder kPlexoEngine = decoder<kEngineRows>(audioClass(4), "PlexoEngine", 7);
+constexpr Decoder kPlexoPort = decoder<kPortRows>(audioClass(7), "PlexoPort", 1);
 
 }  // namespace sonaprobe::decoders

@@ -12,7 +12,7 @@ namespace {
 
 // _ampState is disabled, pre-warmed (powered, but silent) or enabled. Each amplifier of this
 // generation has registers of its own, is clocked by MCLK and boosts its own supply.
-constexpr Row kZ14Rows[] = {
+constexpr Entry kZ14Rows[] = {
     event(0x0524C400, "EnableHWPreWarm"),
     start("Start - enable: %s _ampState: %lld _preWarmCount: %lld", boolean(a2), a3, a4),
     end("End - _ampState: %lld _preWarmCount: %lld result: 0x%08x", a2, a3, lo(a4)),
@@ -162,7 +162,7 @@ constexpr Row kZ14Rows[] = {
 
 // The amplifiers of this generation have a PLL, fed by the bit clock where MCLK is off. They share
 // the boost converter of one of them and are limited by their temperature and by a drooping supply.
-constexpr Row kZ26Rows[] = {
+constexpr Entry kZ26Rows[] = {
     event(0x0524C800, "EnableHWPreWarm"),
     start("Start - enable: %s _ampState: %lld transportRunning: %s", boolean(a2), a3, boolean(a4)),
     end("End - _ampState: %lld took: %d.%03d.%03d.%03d result: 0x%08x", a2, nanos(a3), lo(a4)),
@@ -321,7 +321,7 @@ constexpr Row kZ26Rows[] = {
 
 }  // namespace
 
-constexpr Decoder kEmbeddedAudioZ14 = decoder(audioClass(49), "OrvelEmbeddedAudioZ14", 26, kZ14Rows);
-constexpr Decoder kEmbeddedAudioZ26 = decoder(audioClass(50), "OrvelEmbeddedAudioZ26", 27, kZ26Rows);
+constexpr Decoder kEmbeddedAudioZ14 = decoder<kZ14Rows>(audioClass(49), "OrvelEmbeddedAudioZ14", 26);
+constexpr Decoder kEmbeddedAudioZ26 = decoder<kZ26Rows>(audioClass(50), "OrvelEmbeddedAudioZ26", 27);
 
 }  // namespace sonaprobe::decoders

@@ -13,7 +13,7 @@ namespace {
 // The character after a register's address is the low byte of arg3. A single register access is one
 // trace point, so its text answers every qualifier. The power texts begin with the stage that the
 // method finds and the notification that it acts for.
-constexpr Row kEmbeddedAudioRows[] = {
+constexpr Entry kEmbeddedAudioRows[] = {
     event(0x0524AC00, "SetAudioEnabled"),
     start("Start - enable: %s _enableCount: %lld _powerStage: %lld", boolean(a2), a3, a4),
     end("End - enable: %s _enableCount: %lld result: 0x%08x", boolean(a2), a3, lo(a4)),
@@ -170,6 +170,6 @@ constexpr Row kEmbeddedAudioRows[] = {
 
 }  // namespace
 
-constexpr Decoder kEmbeddedAudio = decoder(audioClass(43), "OrvelEmbeddedAudio", 29, kEmbeddedAudioRows);
+constexpr Decoder kEmbeddedAudio = decoder<kEmbeddedAudioRows>(audioClass(43), "OrvelEmbeddedAudio", 29);
 
 }  // namespace sonaprobe::decoders

@@ -12,7 +12,7 @@ namespace {
 
 // The texts of this driver have no blank after a field's colon. ASP is the codec's audio serial
 // port, XSP its auxiliary one; a method's second, third and fourth code are its further steps.
-constexpr Row kZ47Rows[] = {
+constexpr Entry kZ47Rows[] = {
     event(0x0524B400, "ConfigureXSPClocks"),
     start("Start - xspEnabled:%lld sampleRate:%lld bitDepth:%lld", a2, a3, a4),
     end("End - mclkRate:%lld sclkRate:%lld returnCode:%lld", a2, a3, a4),
@@ -253,7 +253,7 @@ constexpr Row kZ47Rows[] = {
 };
 
 // AOP is the always-on processor, which listens to the digital microphones while the codec is off.
-constexpr Row kZ58Rows[] = {
+constexpr Entry kZ58Rows[] = {
     event(0x0524BC00, "EnableAudioHW"),
     start("Start - _codecPowered: %s _enableCount: %lld flags: 0x%llx", boolean(a2), a3, a4),
     end("End - _codecPowered: %s _enableCount: %lld result: 0x%08x", boolean(a2), a3, lo(a4)),
@@ -421,7 +421,7 @@ constexpr Row kZ58Rows[] = {
 
 }  // namespace
 
-constexpr Decoder kEmbeddedAudioZ47 = decoder(audioClass(45), "OrvelEmbeddedAudioZ47", 44, kZ47Rows);
-constexpr Decoder kEmbeddedAudioZ58 = decoder(audioClass(47), "OrvelEmbeddedAudioZ58", 29, kZ58Rows);
+constexpr Decoder kEmbeddedAudioZ47 = decoder<kZ47Rows>(audioClass(45), "OrvelEmbeddedAudioZ47", 44);
+constexpr Decoder kEmbeddedAudioZ58 = decoder<kZ58Rows>(audioClass(47), "OrvelEmbeddedAudioZ58", 29);
 
 }  // namespace sonaprobe::decoders

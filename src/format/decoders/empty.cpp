@@ -9,10 +9,10 @@ using namespace rows;
 
 namespace {
 
-constexpr Row kSilentRows[] = {event(0x05240800, "")};
+constexpr Entry kSilentRows[] = {event(0x05240800, "")};
 
 }  // namespace
 
-constexpr Decoder kEmpty = silentDecoder(kSilentRows);
+constexpr Decoder kEmpty = silentDecoder<kSilentRows>();
 
 }  // namespace sonaprobe::decoders

@@ -12,7 +12,7 @@ namespace {
 
 // Gated is what every poll, command, response, tick and idle moment prints; what goes wrong, and
 // what decides whether the link keeps its clock, prints without being asked for.
-constexpr Row kControllerRows[] = {
+constexpr Entry kControllerRows[] = {
     event(0x05245028, "pollRegister"),
     verbose(start("Start - offset: 0x%x mask: 0x%08x wanted: 0x%08x timeout: %d.%03d.%03d.%03d", lo(a2), hi(a3), lo(a3), nanos(a4))),
     verbose(end("End - offset: 0x%x value: 0x%08x polls: %d result: 0x%08x", lo(a2), hi(a3), lo(a3), lo(a4))),
@@ -218,6 +218,6 @@ constexpr Row kControllerRows[] = {
 
 }  // namespace
 
-constexpr Decoder kHdaController = decoder(audioClass(20), "OrvelHDAController", 34, kControllerRows);
+constexpr Decoder kHdaController = decoder<kControllerRows>(audioClass(20), "OrvelHDAController", 34);
 
 }  // namespace sonaprobe::decoders

@@ -10,7 +10,7 @@ using namespace rows;
 
 namespace {
 
-constexpr Row kDriverRows[] = {
+constexpr Entry kDriverRows[] = {
     event(0x05245404, "initHardwareAction"),
     start("Start - provider: %p codec: %p fAudioFunctionGroup: %p", a2, a3, a4),
     end("End - output engines: %d input engines: %d result: 0x%08x", lo(a2), lo(a3), lo(a4)),
@@ -184,6 +184,6 @@ constexpr Row kDriverRows[] = {
 
 }  // namespace
 
-constexpr Decoder kHdaDriver = decoder(audioClass(21), "OrvelHDADriver", 30, kDriverRows);
+constexpr Decoder kHdaDriver = decoder<kDriverRows>(audioClass(21), "OrvelHDADriver", 30);
 
 }  // namespace sonaprobe::decoders

@@ -10,7 +10,7 @@ using namespace rows;
 
 namespace {
 
-constexpr Row kEngineRows[] = {
+constexpr Entry kEngineRows[] = {
     event(0x05245820, "stop"),
     start("Start - provider: %p state: %lld fIsRunning: %s", a2, a3, boolean(a4)),
     end("End - provider: %p userClients left: %lld", a2, a3),
@@ -110,6 +110,6 @@ constexpr Row kEngineRows[] = {
 
 }  // namespace
 
-constexpr Decoder kHdaEngine = decoder(audioClass(22), "OrvelHDAEngine", 18, kEngineRows);
+constexpr Decoder kHdaEngine = decoder<kEngineRows>(audioClass(22), "OrvelHDAEngine", 18);
 
 }  // namespace sonaprobe::decoders

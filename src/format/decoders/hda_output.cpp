@@ -12,7 +12,7 @@ namespace {
 
 // Wherever an end text has a result, it is in arg4.
 
-constexpr Row kWidgetRows[] = {
+constexpr Entry kWidgetRows[] = {
     event(0x05246C04, "initForNodeID"),
     verbose(start("Start - nodeID: %lld provider: %p codec: %p", a2, a3, a4)),
     verbose(end("End - fCurrentPowerState: %lld result: 0x%08x", a2, lo(a4))),
@@ -53,7 +53,7 @@ constexpr Row kWidgetRows[] = {
 // The codes go with a display through its states: asleep (00 to 08), video off (0C) and on again
 // (10), awake (14 to 1C), then a new format announced (20), made (24) and reported (28). This order
 // is what gives 0C, 10, 20 and 24 their methods.
-constexpr Row kEngineOutputDPRows[] = {
+constexpr Entry kEngineOutputDPRows[] = {
     event(0x05247000, "setPowerStateToSleep"),
     start("Start - fCurrentPowerState: %lld fEdidState: %lld fIsRunning: %s", a2, a3, boolean(a4)),
     end("End - fCurrentPowerState: %lld fIsRunning: %s result: 0x%08x", a2, boolean(a3), lo(a4)),
@@ -129,7 +129,7 @@ constexpr Row kEngineOutputDPRows[] = {
     sel(1, "fFrameBuffer: %p is busy, will try again, attempt: %lld", a2, a3),
 };
 
-constexpr Row kPathSetRows[] = {
+constexpr Entry kPathSetRows[] = {
     event(0x05247400, "setPowerState"),
     start("Start - fOrvelHDAPathArray: %p count: %lld", a2, a3),
     end("End - fOrvelHDAPathArray: %p count: %lld returning 0x%llx", a2, a3, a4),
@@ -157,9 +157,9 @@ constexpr Row kPathSetRows[] = {
 
 }  // namespace
 
-constexpr Decoder kHdaWidget = decoder(audioClass(27), "OrvelHDAWidget", 7, kWidgetRows);
+constexpr Decoder kHdaWidget = decoder<kWidgetRows>(audioClass(27), "OrvelHDAWidget", 7);
 // All events of the class are the display-port engine's, though the class list calls it the output.
-constexpr Decoder kHdaEngineOutputDP = decoder(audioClass(28), "OrvelHDAEngineOutputDP", 12, kEngineOutputDPRows);
-constexpr Decoder kHdaPathSet = decoder(audioClass(29), "OrvelHDAPathSet", 5, kPathSetRows);
+constexpr Decoder kHdaEngineOutputDP = decoder<kEngineOutputDPRows>(audioClass(28), "OrvelHDAEngineOutputDP", 12);
+constexpr Decoder kHdaPathSet = decoder<kPathSetRows>(audioClass(29), "OrvelHDAPathSet", 5);
 
 }  // namespace sonaprobe::decoders

@@ -12,7 +12,7 @@ namespace {
 
 // Where an event names two groups, its start and end are the common class's, what happens between
 // them is the chip's. Wherever an end text has a result, it is in arg4.
-constexpr Row kTdmRows[] = {
+constexpr Entry kTdmRows[] = {
     event(0x05248000, "CreateFromDictionary"),
     start("Start - dictionary: %p bus: %lld", a2, a3),
     end("End - config: %p fSlotCount: %d fBitsPerSlot: %d result: 0x%08x", a2, hi(a3), lo(a3), lo(a4)),
@@ -302,6 +302,6 @@ constexpr Row kTdmRows[] = {
 
 }  // namespace
 
-constexpr Decoder kHdaTdm = decoder(audioClass(32), "OrvelHDATDM", 54, kTdmRows);
+constexpr Decoder kHdaTdm = decoder<kTdmRows>(audioClass(32), "OrvelHDATDM", 54);
 
 }  // namespace sonaprobe::decoders

@@ -10,7 +10,7 @@ using namespace rows;
 
 namespace {
 
-constexpr Row kHistoricRows[] = {
+constexpr Entry kHistoricRows[] = {
     event(0x05240004, "interruptFilter"),
     start("insts: 0x%08llx", a2),
     end("insts: 0x%08llx loopcount: %llu", a2, a3),
@@ -29,7 +29,7 @@ constexpr Row kHistoricRows[] = {
     any("filtered timestamp: 0x%16llx mExpectedWrapInterval: 0x%16llx", a2, a3),
 };
 
-constexpr Row kPathRows[] = {
+constexpr Entry kPathRows[] = {
     event(0x05245C0C, "enable"),
     start("Start - stream: %p channelID: %d channelConfig: %d", a2, lo(a3), lo(a4)),
     end("End - stream: %p channelID: %d result: 0x%08x", a2, lo(a3), lo(a4)),
@@ -45,7 +45,7 @@ constexpr Row kPathRows[] = {
     sel(0, "index: %lld widget: %p", a2, a3),
 };
 
-constexpr Row kCodecGenericRows[] = {
+constexpr Entry kCodecGenericRows[] = {
     event(0x05246004, "start"),
     sel(0, "turning function group: %p ON (D0)", a2),  // selectors the other way round than below
     sel(1, "found functionGroup %p in state %lld - sending back", a2, a3),
@@ -60,7 +60,7 @@ constexpr Row kCodecGenericRows[] = {
     sel(2, "found functionGroup %p in state %lld - sending back", a2, a3),
 };
 
-constexpr Row kNodeRows[] = {
+constexpr Entry kNodeRows[] = {
     event(0x0524643C, "powerState"),
     verbose(start("Start - powerStatePtr: %p fCurrentPowerState: %lld", a2, a3)),
     verbose(end("End - fCurrentPowerState: %lld result: 0x%08x", a2, lo(a4))),
@@ -71,7 +71,7 @@ constexpr Row kNodeRows[] = {
     verbose(end("End - fCurrentPowerState: %lld result: 0x%08x", a2, lo(a4))),
 };
 
-constexpr Row kFunctionGroupRows[] = {
+constexpr Entry kFunctionGroupRows[] = {
     event(0x0524686C, "setPowerState"),
     verbose(start("Start - aPowerState: %lld forcePowerState: %s", a2, boolean(a3))),
     verbose(end("End - aPowerState: %lld forcePowerState: %s result: 0x%08x", a2, boolean(a3), lo(a4))),
@@ -80,7 +80,7 @@ constexpr Row kFunctionGroupRows[] = {
     verbose(sel(2, "calling registerAfgPowerStateWithController(%lld, %lld)", a2, a3)),
 };
 
-constexpr Row kEngineInputRows[] = {
+constexpr Entry kEngineInputRows[] = {
     event(0x05247800, "protectedChangePathSet"),
     sel(0, "putting pathSet: %p into power state: %lld", a2, a3),
 
@@ -93,7 +93,7 @@ constexpr Row kEngineInputRows[] = {
     sel(1, "putting functionGroup: %p into afgPowerState: %lld", a2, a3),
 };
 
-constexpr Row kFrameBufferRows[] = {
+constexpr Entry kFrameBufferRows[] = {
     event(0x05247C18, "DEBUG_PM"),
     start("Start: fCRTCIndex(%d) fCurrentPowerState (%d) newState (%d) BeefCheck: %x", lo(a2), hi(a3), lo(a3), hi(a4)),
     end("End: fCRTCIndex(%d) BeefCheck: %x", lo(a2), lo(a4)),  // the low half here, the high one at the start
@@ -108,12 +108,12 @@ constexpr Row kFrameBufferRows[] = {
 }  // namespace
 
 // Group of class 20 too: the historic class traced the same controller.
-constexpr Decoder kHdaHistoric = decoder(audioClass(0), "OrvelHDAController", 5, kHistoricRows);
-constexpr Decoder kHdaPath = decoder(audioClass(23), "OrvelHDAPath", 3, kPathRows);
-constexpr Decoder kHdaCodecGeneric = decoder(audioClass(24), "OrvelHDACodecGeneric", 3, kCodecGenericRows);
-constexpr Decoder kHdaNode = decoder(audioClass(25), "OrvelHDANode", 2, kNodeRows);
-constexpr Decoder kHdaFunctionGroup = decoder(audioClass(26), "OrvelHDAFunctionGroup", 1, kFunctionGroupRows);
-constexpr Decoder kHdaEngineInput = decoder(audioClass(30), "OrvelHDAEngineInput", 3, kEngineInputRows);
-constexpr Decoder kHdaFrameBuffer = decoder(audioClass(31), "FRAMEBUFFER", 1, kFrameBufferRows);
+constexpr Decoder kHdaHistoric = decoder<kHistoricRows>(audioClass(0), "OrvelHDAController", 5);
+constexpr Decoder kHdaPath = decoder<kPathRows>(audioClass(23), "OrvelHDAPath", 3);
+constexpr Decoder kHdaCodecGeneric = decoder<kCodecGenericRows>(audioClass(24), "OrvelHDACodecGeneric", 3);
+constexpr Decoder kHdaNode = decoder<kNodeRows>(audioClass(25), "OrvelHDANode", 2);
+constexpr Decoder kHdaFunctionGroup = decoder<kFunctionGroupRows>(audioClass(26), "OrvelHDAFunctionGroup", 1);
+constexpr Decoder kHdaEngineInput = decoder<kEngineInputRows>(audioClass(30), "OrvelHDAEngineInput", 3);
+constexpr Decoder kHdaFrameBuffer = decoder<kFrameBufferRows>(audioClass(31), "FRAMEBUFFER", 1);
 
 }  // namespace sonaprobe::decoders

@@ -10,7 +10,7 @@ using namespace rows;
 
 namespace {
 
-constexpr Row kPimletBusRows[] = {
+constexpr Entry kPimletBusRows[] = {
     event(0x0524C000, "EnableController"),
     start("Start - fEnableCount: %lld fBusClock: %lld fBusState: %lld", a2, a3, a4),
     end("End - fEnableCount: %lld headset synchronized: %s result: 0x%08x", a2, boolean(a3), lo(a4)),
@@ -173,6 +173,6 @@ constexpr Row kPimletBusRows[] = {
 
 }  // namespace
 
-constexpr Decoder kPimletBus = decoder(audioClass(48), "OrvelPimletBus", 31, kPimletBusRows);
+constexpr Decoder kPimletBus = decoder<kPimletBusRows>(audioClass(48), "OrvelPimletBus", 31);
 
 }  // namespace sonaprobe::decoders

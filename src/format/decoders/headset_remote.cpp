@@ -10,7 +10,7 @@ using namespace rows;
 
 namespace {
 
-constexpr Row kPimletRows[] = {
+constexpr Entry kPimletRows[] = {
     event(0x0524B000, "EnableHPDetect"),
     start("Start enable: %s fHPDetectEnabled: %s fHeadsetType: %d", boolean(a2), boolean(a3), lo(a4)),
     end("End fHPDetectEnabled: %s result: 0x%08x", boolean(a2), lo(a3)),
@@ -314,6 +314,6 @@ constexpr Row kPimletRows[] = {
 
 }  // namespace
 
-constexpr Decoder kPimlet = decoder(audioClass(44), "OrvelPimlet", 72, kPimletRows);
+constexpr Decoder kPimlet = decoder<kPimletRows>(audioClass(44), "OrvelPimlet", 72);
 
 }  // namespace sonaprobe::decoders

@@ -11,7 +11,7 @@ using namespace rows;
 namespace {
 
 // A register access is one trace point, so its text answers every qualifier. Event 0 is not used.
-constexpr Row kMicrophoneRows[] = {
+constexpr Entry kMicrophoneRows[] = {
     event(0x0524B804, "start"),
     start("Start - provider: %p fDecimatorCount: %lld", a2, a3),
     end("End - provider: %p returning %s", a2, boolean(a3)),
@@ -160,6 +160,6 @@ constexpr Row kMicrophoneRows[] = {
 
 }  // namespace
 
-constexpr Decoder kMicrophone = decoder(audioClass(46), "OrvelPDMController", 28, kMicrophoneRows);
+constexpr Decoder kMicrophone = decoder<kMicrophoneRows>(audioClass(46), "OrvelPDMController", 28);
 
 }  // namespace sonaprobe::decoders

@@ -10,7 +10,7 @@ using namespace rows;
 
 namespace {
 
-constexpr Row kUsbAudio2Rows[] = {
+constexpr Entry kUsbAudio2Rows[] = {
     event(0x0524A400, "stopAudioEngine"),
     start("Start - mIsRunning: %s mTimeStampSeed: %lld mSampleTime: %lld", boolean(a2), a3, a4),
     end("End - last mSampleTime: %lld mIsRunning: %s result: 0x%08x", a2, boolean(a3), lo(a4)),
@@ -97,6 +97,6 @@ constexpr Row kUsbAudio2Rows[] = {
 
 }  // namespace
 
-constexpr Decoder kUsbAudio2 = decoder(audioClass(41), "Audio2Engine", 17, kUsbAudio2Rows);
+constexpr Decoder kUsbAudio2 = decoder<kUsbAudio2Rows>(audioClass(41), "Audio2Engine", 17);
 
 }  // namespace sonaprobe::decoders

@@ -10,7 +10,7 @@ using namespace rows;
 
 namespace {
 
-constexpr Row kUsbControlRows[] = {
+constexpr Entry kUsbControlRows[] = {
     event(0x0524A044, "ReadForPipe"),
     verbose(start("Start - hostPipe: %p frameStart: %lld numFrames: %lld", a2, a3, a4)),
     verbose(end("End - hostPipe: %p result: 0x%08x", a2, lo(a3))),
@@ -39,6 +39,6 @@ constexpr Row kUsbControlRows[] = {
 
 }  // namespace
 
-constexpr Decoder kUsbControl = decoder(audioClass(40), "OrvelUSBAudioControlInterface", 5, kUsbControlRows);
+constexpr Decoder kUsbControl = decoder<kUsbControlRows>(audioClass(40), "OrvelUSBAudioControlInterface", 5);
 
 }  // namespace sonaprobe::decoders

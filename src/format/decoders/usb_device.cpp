@@ -10,7 +10,7 @@ using namespace rows;
 
 namespace {
 
-constexpr Row kUsbDeviceRows[] = {
+constexpr Entry kUsbDeviceRows[] = {
     event(0x05248C04, "free"),
     start("Start: mControlInterface: %p mAudioEngineArray: %p mTimeLock: %p", a2, a3, a4),
     end("End"),
@@ -114,6 +114,6 @@ constexpr Row kUsbDeviceRows[] = {
 
 }  // namespace
 
-constexpr Decoder kUsbDevice = decoder(audioClass(35), "OrvelUSBAudioDevice", 15, kUsbDeviceRows);
+constexpr Decoder kUsbDevice = decoder<kUsbDeviceRows>(audioClass(35), "OrvelUSBAudioDevice", 15);
 
 }  // namespace sonaprobe::decoders

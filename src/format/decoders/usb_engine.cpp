@@ -10,7 +10,7 @@ using namespace rows;
 
 namespace {
 
-constexpr Row kUsbEngineRows[] = {
+constexpr Entry kUsbEngineRows[] = {
     event(0x05249400, "free"),
     start("Start - mStreamArray: %p mPlugin: %p mClockSelectorArray: %p", a2, a3, a4),
     end("End"),
@@ -102,6 +102,6 @@ constexpr Row kUsbEngineRows[] = {
 
 }  // namespace
 
-constexpr Decoder kUsbEngine = decoder(audioClass(37), "OrvelUSBAudioEngine", 15, kUsbEngineRows);
+constexpr Decoder kUsbEngine = decoder<kUsbEngineRows>(audioClass(37), "OrvelUSBAudioEngine", 15);
 
 }  // namespace sonaprobe::decoders

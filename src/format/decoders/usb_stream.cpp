@@ -10,7 +10,7 @@ using namespace rows;
 
 namespace {
 
-constexpr Row kUsbStreamRows[] = {
+constexpr Entry kUsbStreamRows[] = {
     event(0x05249800, "free"),
     start("Start - mSampleBuffer: %p mFrameListArray: %p mStreamInterface: %p", a2, a3, a4),
     end("End"),
@@ -259,6 +259,6 @@ constexpr Row kUsbStreamRows[] = {
 
 }  // namespace
 
-constexpr Decoder kUsbStream = decoder(audioClass(38), "OrvelUSBAudioStream", 42, kUsbStreamRows);
+constexpr Decoder kUsbStream = decoder<kUsbStreamRows>(audioClass(38), "OrvelUSBAudioStream", 42);
 
 }  // namespace sonaprobe::decoders

@@ -10,7 +10,7 @@ using namespace rows;
 namespace {
 
 // One text on any qualifier. What the texts call (ns) is ticks / 24.0, whatever the timebase.
-constexpr Row kVoiceTriggerRows[] = {
+constexpr Entry kVoiceTriggerRows[] = {
     event(0x0524A800, "UpdateZeroTSWrap"),
     any("SampleTime: %lld HostTime(ticks): %lld HostTime(ns): %f (overshoot: %lld)", a2, a3, ticks(a3), a4),
 
@@ -29,6 +29,6 @@ constexpr Row kVoiceTriggerRows[] = {
 
 }  // namespace
 
-constexpr Decoder kVoiceTrigger = decoder(audioClass(42), "IONimbrelKiteControl", 5, kVoiceTriggerRows);
+constexpr Decoder kVoiceTrigger = decoder<kVoiceTriggerRows>(audioClass(42), "IONimbrelKiteControl", 5);
 
 }  // namespace sonaprobe::decoders
