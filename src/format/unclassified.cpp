@@ -61,7 +61,7 @@ void printMarkedLine(const TraceRecord& record, std::string_view kind) {
 }
 
 void printNamedLine(const TraceRecord& record) {
-    char fallback[16];
+    char fallback[16 + kDigitSlack];
     char name[kCodeNameRoom] = {};
     const char* found = lookupCodeName(codeOf(record.debugid), name);
     std::string_view method;
