@@ -19,8 +19,11 @@ struct Command {
 
 int runFail(Arguments arguments);
 int runHold(Arguments arguments);
+int runPlay(Arguments arguments);
 int runPost(Arguments arguments);
 int runReset(Arguments arguments);
+int runScenarios(Arguments arguments);
 int runStatus(Arguments arguments);
+int runWrite(Arguments arguments);
 
 }  // namespace sonaprobe::sim

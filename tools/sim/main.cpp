@@ -5,6 +5,7 @@
 
 #include "sim/command.h"
 #include "sim/messages.h"
+#include "sim/scenarios.h"
 
 namespace {
 
@@ -14,6 +15,13 @@ constexpr Command kCommands[] = {
     {"status", "", "print the state of the trace facility", runStatus},
     {"reset", "", "back to the state after boot", runReset},
     {"post", "FILE", "post the records of a raw file at once", runPost},
+    {"play", "SCENARIO [--rate N] [--seconds S] [--threads T] [--seed N]",
+     "let simulated drivers post in real time: N records a second (as the scenario goes),\n"
+     "        for S seconds (until a signal), from T producers (1)",
+     runPlay},
+    {"write", "SCENARIO FILE [--records N] [--seed N]",
+     "write a scenario into a raw file: N records (once through)", runWrite},
+    {"scenarios", "", "list the scenarios", runScenarios},
     {"hold", "", "own the facility, as another tool would, until a signal", runHold},
     {"fail", "OPERATION ERRNO [--times N] [--after N]",
      "make an operation fail: N times (1), after N calls (0)", runFail},
@@ -25,8 +33,14 @@ void printHelp() {
         std::printf("  %s%s%s\n        %s\n", command.name, *command.operands != '\0' ? " " : "",
                     command.operands, command.summary);
     }
+    std::puts("  help\n        print this\n\nScenarios:");
+    for (const Scenario& scenario : scenarios()) {
+        std::printf("  %-12s %s\n", scenario.name, scenario.summary);
+    }
     std::puts(
-        "  help\n        print this\n\n"
+        "\nThe drivers among the players post while bit 0 of the audio debug flags is set, the "
+        "audio\n"
+        "server always. The same seed (1) gives the same story.\n\n"
         "OPERATION is KERN_KDENABLE, KERN_KDSETBUF, KERN_KDGETBUF, KERN_KDSETUP, KERN_KDREMOVE,\n"
         "KERN_KDSETREG, KERN_KDREADTR, debug.Audio, debug.Audio.get or debug.Audio.set; ERRNO a\n"
         "name such as EBUSY or a number. To be run as root. Exit status: 0, or 1 after a message.");
