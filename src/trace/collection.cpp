@@ -62,7 +62,8 @@ void dumpOnceWithAlloc() {
                              ? nullptr
                              : std::malloc(std::max(bytes, sizeof(TraceRecord)));
     if (memory == nullptr) fatalExit("can't allocate memory for tracing info\n");
-    const std::span<TraceRecord> room{static_cast<TraceRecord*>(memory), entries};
+    static std::span<TraceRecord> room;  // kept to the end, as the collection buffer is
+    room = {static_cast<TraceRecord*>(memory), entries};
 
     const TraceRead read = readTrace(room);
     if (read.result < 0) {
