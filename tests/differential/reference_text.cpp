@@ -4,6 +4,7 @@
 #include "reference_text.h"
 
 #include <array>
+#include <bit>
 #include <cstdio>
 #include <cstdlib>
 #include <string_view>
@@ -44,7 +45,7 @@ std::string printNumber(const std::string& conversion, uint64_t value) {
         case 'c': return printOne(conversion, static_cast<int>(static_cast<signed char>(value)));
         case 'p':
             // The C library of some hosts has a word for zero.
-            return value == 0 ? "0x0" : printOne(conversion, reinterpret_cast<void*>(value));
+            return value == 0 ? "0x0" : printOne(conversion, std::bit_cast<void*>(value));
         default: std::abort();
     }
 }

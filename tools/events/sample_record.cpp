@@ -85,9 +85,7 @@ PairOfWords pairOf(const Row& text, const Piece& piece) {
     return {words.notZero, words.zero};
 }
 
-std::span<const Piece> piecesOf(const Row& text) {
-    return text.pieces;
-}
+std::span<const Piece> piecesOf(const Row& text) { return text.pieces; }
 
 // The first of the qualifiers that a text answers.
 uint32_t qualifierFor(const Row& text) {

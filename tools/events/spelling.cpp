@@ -38,7 +38,7 @@ std::string spellQualifiers(uint8_t qualifiers) {
 }
 
 std::string spellSlice(Slice slice) {
-    const std::string word = "arg" + std::to_string(slice.word);
+    std::string word = "arg" + std::to_string(slice.word);
     switch (slice.bits()) {
         case 64: return word;
         case 32: return call(slice.dropHigh == 0 ? "hi" : "lo", word);
@@ -57,7 +57,7 @@ std::string spellCondition(const Condition& condition) {
 }
 
 std::string spellArgument(const Row& text, const Piece& piece) {
-    const std::string slice = spellSlice(piece.slice);
+    std::string slice = spellSlice(piece.slice);
     switch (piece.reading) {
         case Reading::words: return spellWords(text.wordPairs[piece.wordPair], slice);
         case Reading::nanoseconds: return call("nanos", slice);
