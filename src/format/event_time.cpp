@@ -29,12 +29,17 @@ std::string_view wallClockText() {
     return {text, sizeof text - 1};
 }
 
+char* putInTen(char* at, int64_t value) {
+    return value >= 0 ? putUnsignedInTen(at, static_cast<uint64_t>(value))
+                      : putSigned(at, value, 10);
+}
+
 char* putLocalTime(char* at) {
     at = putText(at, wallClockText());
     at = putText(at, " [");
-    at = putSigned(at, lastMicroseconds, 10);
+    at = putInTen(at, lastMicroseconds);
     at = putText(at, "][");
-    at = putSigned(at, lastDelta, 10);
+    at = putInTen(at, lastDelta);
     return putText(at, " us]");
 }
 

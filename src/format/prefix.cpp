@@ -3,6 +3,7 @@
 #include "format/prefix.h"
 
 #include <algorithm>
+#include <cstring>
 
 #include "app/settings.h"
 #include "format/digits.h"
@@ -31,26 +32,21 @@ void printDirection(Qualifier qualifier) {
     }
 }
 
-// A piece of the name, cut where the name would grow too long.
-char* putNamePart(char* at, const char* nameBegin, std::string_view part) {
-    const auto used = static_cast<size_t>(at - nameBegin);
-    return putText(at, part.substr(0, kNameLength - used));
-}
-
 char* putName(char* at, std::string_view group, std::string_view method) {
-    const char* const begin = at;
+    constexpr std::string_view kSeparator = "::";
+    char* const begin = at;
+    std::memset(at, ' ', kNameWidth);
     if (settings.showGroup) {
-        at = putNamePart(at, begin, group);
-        at = putNamePart(at, begin, "::");
+        at = putText(at, group.substr(0, kNameLength));
+        at = putText(at, kSeparator);
     }
-    if (settings.showMethod) at = putNamePart(at, begin, method);
+    if (settings.showMethod) at = putText(at, method.substr(0, kNameLength));
+    if (at > begin + kNameLength) at = begin + kNameLength;
     if (!settings.noSeparator) {
-        const size_t width = settings.showMethod ? kNameWidth : kNarrowNameWidth;
-        const auto length = static_cast<size_t>(at - begin);
-        if (length < width) at = putFill(at, ' ', width - length);
+        at = std::max(at, begin + (settings.showMethod ? kNameWidth : kNarrowNameWidth));
     }
-    *at++ = ' ';
-    return at;
+    *at = ' ';
+    return at + 1;
 }
 
 }  // namespace
