@@ -7,6 +7,7 @@ import pytest
 
 from conftest import BUILD, PATIENCE, run_program
 from records import pack_lines
+from waiting import read_line
 
 CODES = "0x01300004 first\n"
 UNNAMED = "::U-0x0130|00|001"
@@ -87,7 +88,7 @@ def test_a_file_may_change_while_records_come(tmp_path):
         def name():
             process.stdin.write(pack_lines("0x01300004"))
             process.stdin.flush()
-            return process.stdout.readline().split()[0]
+            return read_line(process.stdout).split()[0]
 
         assert name() == b"::first"
         codes.write_text("0x01300004 another\n")

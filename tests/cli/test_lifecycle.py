@@ -6,12 +6,12 @@ import shutil
 import signal
 import subprocess
 import tempfile
-import time
 
 import pytest
 
 from conftest import BUILD, PATIENCE, needs_root, run_program
 from records import DIVISOR_MARKER, SLOT, pack_lines, unpack
+from waiting import ENDING_SIGNALS, read_line, wait_until, wait_until_waiting
 
 PROGRAM = BUILD / "sonaprobe"
 VERSION = "sonaprobe version:  100.45\n"
@@ -48,13 +48,6 @@ def assert_tracing():
 def assert_cleaned_up():
     state = status()
     assert (state["entries"], state["nolog"], state["audio-debug-flags"]) == ("0", "1", "0")
-
-
-def wait_until(condition):
-    limit = time.monotonic() + PATIENCE
-    while not condition():
-        assert time.monotonic() < limit
-        time.sleep(0.01)
 
 
 class TestRootCheck:
@@ -179,7 +172,7 @@ class TestFatalEnds:
 
     def test_a_facility_in_use_gives_the_newest_message(self):
         with subprocess.Popen([BUILD / "sonaprobe-sim", "hold"], stdout=subprocess.PIPE) as holder:
-            holder.stdout.readline()
+            read_line(holder.stdout)  # it owns the facility
             result = run_program("-b", "0")
             holder.terminate()
         message = "The trace facility is currently in use.\n"
@@ -189,14 +182,19 @@ class TestFatalEnds:
         assert result.returncode == 1
 
 
-@pytest.mark.parametrize("number", [signal.SIGINT, signal.SIGQUIT, signal.SIGHUP, signal.SIGTERM])
-def test_a_signal_ends_a_read_that_waits_for_its_pipe(number, tmp_path, tracing):
-    os.mkfifo(fifo := tmp_path / "fifo")
+@pytest.mark.parametrize("number", ENDING_SIGNALS)
+@pytest.mark.parametrize("opened", [False, True], ids=["to be opened", "to bring a record"])
+def test_a_signal_ends_a_read_that_waits_for_its_pipe(number, opened, tmp_path, tracing):
+    fifo = tmp_path / "fifo"
+    os.mkfifo(fifo)
+    writer = os.open(fifo, os.O_RDWR) if opened else None
     with subprocess.Popen([PROGRAM, "-v", "-r", fifo], stdout=subprocess.PIPE,
                           stderr=subprocess.PIPE, text=True) as process:
-        with open(fifo, "wb"):  # opens once the program does
-            process.send_signal(number)
-            output, errors = process.communicate(timeout=PATIENCE)
+        wait_until_waiting(process)
+        process.send_signal(number)
+        output, errors = process.communicate(timeout=PATIENCE)
+    if opened:
+        os.close(writer)
     assert output == f"{VERBOSE}Will read raw data from file {fifo}\nQuiting on signal {number}\n"
     assert (errors, process.returncode) == ("", 0)
     assert_cleaned_up()

@@ -177,7 +177,8 @@ def test_the_code_name_file_has_a_default(option):
 def test_a_missing_code_name_file_is_reported_and_leaves_the_mask_alone():
     result = run_program("-v", "-dno/such/file", "-k", "-h")
     assert result.stdout == VERBOSE + "Will display kernel time\n"
-    assert result.stderr.startswith("There was a problem opening the file at 'no/such/file'\n\nUsage")
+    complaint = "There was a problem opening the file at 'no/such/file'\n"
+    assert result.stderr.startswith(f"{complaint}\nUsage: ")
 
 
 def test_a_code_name_file_implies_all():

@@ -1,4 +1,4 @@
-"""Standard output: the clock, deep lines, readers that leave, devices that are full, closed streams."""
+"""Standard output: the clock, deep lines, readers that leave, full devices, closed streams."""
 
 import datetime
 import itertools
@@ -12,6 +12,7 @@ import pytest
 
 from conftest import BUILD, PATIENCE, run_program
 from records import pack, pack_lines
+from waiting import read_line
 
 PROGRAM = BUILD / "sonaprobe"
 CLASS_LIST = (pathlib.Path(__file__).parent / "class_list.txt").read_text()
@@ -38,7 +39,7 @@ def test_the_clock_goes_on_between_lines():
             before = time.strftime("%H:%M:%S")
             process.stdin.write(pack_lines(RECORD))
             process.stdin.flush()
-            shown = process.stdout.readline()[:8].decode()
+            shown = read_line(process.stdout)[:8].decode()
             assert shown in (before, time.strftime("%H:%M:%S"))
             time.sleep(pause)
         process.stdin.close()
@@ -66,7 +67,7 @@ def long_trace(tmp_path):
 def test_a_reader_that_leaves_ends_the_program_silently(long_trace):
     with subprocess.Popen([PROGRAM, "-s", "-H", "-i", "-r", long_trace], stdout=subprocess.PIPE,
                           stderr=subprocess.PIPE, text=True) as process:
-        assert process.stdout.readline() == LINE
+        assert read_line(process.stdout) == LINE
         process.stdout.close()
         assert process.wait(PATIENCE) == -signal.SIGPIPE
         assert process.stderr.read() == ""
@@ -75,7 +76,7 @@ def test_a_reader_that_leaves_ends_the_program_silently(long_trace):
 def test_where_broken_pipes_are_ignored_the_program_still_comes_to_its_end(long_trace):
     with subprocess.Popen([PROGRAM, "-s", "-r", long_trace], stdout=subprocess.PIPE,
                           stderr=subprocess.PIPE, restore_signals=False) as process:
-        process.stdout.readline()
+        read_line(process.stdout)
         process.stdout.close()
         assert process.wait(PATIENCE) == 0
         assert process.stderr.read() == b""

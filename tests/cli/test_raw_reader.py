@@ -9,6 +9,7 @@ import pytest
 
 from conftest import BUILD, PATIENCE, run_program
 from records import DIVISOR_MARKER, INVALID_MARKER, SLOT, pack
+from waiting import read_line
 
 OPTIONS = ("-s", "-H", "-i", "-S", "-u")
 PORT_STARTS = 0x05241C19
@@ -105,16 +106,14 @@ def test_a_pipe_may_bring_a_byte_at_a_time(tmp_path):
     feeder.join()
 
 
-def test_a_line_is_out_before_the_reader_waits_for_more(tmp_path):
+def test_a_line_is_out_before_the_reader_waits_for_more():
     slots, lines = records(3)
-    fifo = tmp_path / "fifo"
-    os.mkfifo(fifo)
-    with subprocess.Popen([BUILD / "sonaprobe", *OPTIONS, "-r", fifo], stdout=subprocess.PIPE,
-                          text=True) as process:
-        with open(fifo, "wb", buffering=0) as pipe:
-            for number, line in enumerate(lines.splitlines(keepends=True)):
-                pipe.write(slots[number * SLOT.size:(number + 1) * SLOT.size])
-                assert process.stdout.readline() == line
+    with subprocess.Popen([BUILD / "sonaprobe", *OPTIONS, "-r", "/dev/stdin"], bufsize=0,
+                          stdin=subprocess.PIPE, stdout=subprocess.PIPE) as process:
+        for number, line in enumerate(lines.splitlines(keepends=True)):
+            process.stdin.write(slots[number * SLOT.size:(number + 1) * SLOT.size])
+            assert read_line(process.stdout).decode() == line
+        process.stdin.close()
         assert process.wait(PATIENCE) == 0
 
 
