@@ -218,10 +218,13 @@ consteval bool isSound(Table table, size_t threads) {
     return depth == 0;
 }
 
+// Not constexpr, so that calling it while compiling is an error that shows the reason.
+void refuse(const char* reason);
+
 // A story whose tables are not sound does not compile.
 template <size_t kThreads>
 consteval Story story(const Thread (&threads)[kThreads], Table plot) {
-    if (!isSound(plot, kThreads)) throw "a start without its end, an unknown variable or thread";
+    if (!isSound(plot, kThreads)) refuse("a start without its end, an unknown variable or thread");
     return {threads, plot};
 }
 

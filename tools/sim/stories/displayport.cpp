@@ -323,7 +323,7 @@ constexpr Step kDisconnect[] = {
 };
 
 constexpr Step kPlot[] = {
-    wait(ms(1), ms(40)),
+    wait(ms(250), ms(400)),
     tell(kConnect),
     wait(ms(120), ms(200)),
     fork(client, kStartPlaying), join(client),

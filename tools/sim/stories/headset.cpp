@@ -250,7 +250,7 @@ constexpr Step kPullOut[] = {
 };
 
 constexpr Step kPlot[] = {
-    wait(ms(1), ms(40)),
+    wait(ms(250), ms(400)),
     tell(kInsert),
     wait(ms(200), ms(200)),
     fork(timer, kCompleteJack), join(timer),

@@ -214,7 +214,7 @@ constexpr Step kSlowPowerChange[] = {
 };
 
 constexpr Step kHoldGate[] = {
-    oneOf(kRegisterTimeout, kSlowPowerChange),
+    oneOf(kSlowPowerChange, kRegisterTimeout),
 };
 
 // The client needs the gate, and its samples come after the device has played what stood in their
@@ -254,7 +254,7 @@ constexpr Step kIo[] = {
     start(server::kIoThread, 412, kServerRate),
         tell(kServerAnchor),
         every(kCyclePeriod, between(190, 230), kServerCycle),
-        oneOf(kHeldUp, kHeldUp, kHeldUp, kWokenLate),
+        oneOf(kWokenLate, kHeldUp, kHeldUp, kHeldUp),
         every(kCyclePeriod, between(190, 230), kServerCycle),
     end(server::kIoThread),
 };
@@ -312,7 +312,7 @@ constexpr Step kPeriodicTimer[] = {
 };
 
 constexpr Step kPlot[] = {
-    wait(ms(1), ms(40)),
+    wait(ms(250), ms(400)),
     set(running, 1), set(generation, between(2000, 9000)),
     tell(kStartPlaying),
     fork(ioThread, kIo), fork(interrupt, kWraps), fork(periodic, kPeriodicTimer),

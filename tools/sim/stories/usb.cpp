@@ -55,6 +55,8 @@ constexpr uint64_t kLists = 128;
 constexpr uint64_t kListsInFlight = 4;
 constexpr uint64_t kBytesPerList = kFramesPerList * 48 * 4;
 constexpr uint64_t kListsPerBuffer = 12;
+constexpr Value kCurrentFrame = var(frame, kFramesPerList);
+constexpr Value kFrameToQueue = var(frame, kListsInFlight * kFramesPerList);
 constexpr uint64_t kBufferBytes = kListsPerBuffer * kBytesPerList;
 
 constexpr Step kSetUpControls[] = {
@@ -139,10 +141,10 @@ constexpr Step kStartStream[] = {
                 sel(0, usbStream::kQueueOutputFrames, kOutput, 1, 1 * kBytesPerList),
                 sel(0, usbStream::kQueueOutputFrames, kOutput, 2, 2 * kBytesPerList),
                 sel(0, usbStream::kQueueOutputFrames, kOutput, 3, 3 * kBytesPerList),
-            end(usbStream::kQueueOutputFrames, kOutput, var(frame, kListsInFlight * kFramesPerList), var(frame), kSuccess),
+            end(usbStream::kQueueOutputFrames, kOutput, kFrameToQueue, var(frame), kSuccess),
             other(usbStream::kCopyAnchor, kOutput, nowMilliseconds(), nowNanoseconds()),
             sel(0, usbStream::kDoStartUSBStream, kOutput, var(frame), nowNanoseconds()),
-        end(usbStream::kDoStartUSBStream, kOutput, var(frame, kListsInFlight * kFramesPerList), true, kSuccess),
+        end(usbStream::kDoStartUSBStream, kOutput, kFrameToQueue, true, kSuccess),
     end(usbStream::kStartUSBStream, kOutput, true, true, kSuccess),
 };
 
@@ -166,17 +168,19 @@ constexpr Step kList[] = {
     start(usbStream::kProcessWrite, kOutput, var(list), kSuccess, var(frame)),
         add(bytesSent, kBytesPerList), add(offset, kBytesPerList, kBufferBytes),
         sel(1, usbStream::kProcessWrite, kOutput, kFramesPerList, var(bytesSent)),
-        start(usbStream::kWriteFrameList, kOutput, var(list), var(frame, kListsInFlight * kFramesPerList), var(frame, kFramesPerList)),
+        start(usbStream::kWriteFrameList, kOutput, var(list), kFrameToQueue, kCurrentFrame),
             start(usbStream::kPrepareWriteFrameList, kOutput, var(list), var(offset), 0x300000),
                 wait(us(8), us(20)),
             end(usbStream::kPrepareWriteFrameList, kOutput, kBytesPerList, var(offset), kSuccess),
-            start(usbControl::kWriteForPipe, kHostPipe, kHostPipe, var(frame, kListsInFlight * kFramesPerList), pair(kFramesPerList, kBytesPerList)),
-                other(usbControl::kWriteForPipe, kHostPipe, var(frame, kListsInFlight * kFramesPerList), var(frame, kFramesPerList), (kListsInFlight - 1) * kFramesPerList),
+            start(usbControl::kWriteForPipe, kHostPipe, kHostPipe, kFrameToQueue,
+                  pair(kFramesPerList, kBytesPerList)),
+                other(usbControl::kWriteForPipe, kHostPipe, kFrameToQueue, kCurrentFrame,
+                      (kListsInFlight - 1) * kFramesPerList),
             end(usbControl::kWriteForPipe, kHostPipe, kHostPipe, kBytesPerList, kSuccess),
             add(frame, kFramesPerList), add(list, 1, kLists),
-        end(usbStream::kWriteFrameList, kOutput, var(frame, kListsInFlight * kFramesPerList), kBytesPerList, kSuccess),
+        end(usbStream::kWriteFrameList, kOutput, kFrameToQueue, kBytesPerList, kSuccess),
     end(usbStream::kProcessWrite, kOutput, var(bytesSent), var(list), kSuccess),
-    other(usbStream::kRearmWatchdog, kOutput, kWatchdog, nanoseconds(ms(64)), var(frame, kListsInFlight * kFramesPerList)),
+    other(usbStream::kRearmWatchdog, kOutput, kWatchdog, nanoseconds(ms(64)), kFrameToQueue),
 };
 
 // Times in nanoseconds: how far from the expected one, on the average, and how much they scatter.
@@ -213,9 +217,9 @@ constexpr Step kBuffer[] = {
 constexpr Step kLostList[] = {
     start(usbStream::kProcessWrite, kOutput, var(list), kNotResponding, var(frame)),
         sel(2, usbStream::kProcessWrite, kOutput, pair(0, 0), kBytesPerList),
-        start(usbStream::kWriteFrameList, kOutput, var(list), var(frame, kListsInFlight * kFramesPerList), var(frame, kFramesPerList)),
+        start(usbStream::kWriteFrameList, kOutput, var(list), kFrameToQueue, kCurrentFrame),
             sel(1, usbStream::kWriteFrameList, kOutput, kNotResponding, var(list)),
-        end(usbStream::kWriteFrameList, kOutput, var(frame, kListsInFlight * kFramesPerList), 0, kNotResponding),
+        end(usbStream::kWriteFrameList, kOutput, kFrameToQueue, 0, kNotResponding),
         add(list, 1, kLists), add(frame, kFramesPerList),
     end(usbStream::kProcessWrite, kOutput, var(bytesSent), var(list), kNotResponding),
 };
@@ -302,7 +306,7 @@ constexpr Step kPlay[] = {
 };
 
 constexpr Step kPlot[] = {
-    wait(ms(1), ms(40)),
+    wait(ms(250), ms(400)),
     set(plugged, 1),
     tell(kPlugIn),
     fork(timer, kTimer),

@@ -178,7 +178,7 @@ constexpr Step kPowerOff[] = {
 };
 
 constexpr Step kPlot[] = {
-    wait(ms(1), ms(40)),
+    wait(ms(250), ms(400)),
     set(listening, 1), set(sample, between(1'000'000, 9'000'000)),
     fork(processor, kListen),
     wait(ms(900), ms(1900)),
