@@ -191,8 +191,10 @@ def test_a_broken_pipe_ends_a_run_whose_raw_file_is_a_full_pipe(stage):
     os.close(ours)
     stage.post("0x07010004\n" * 1000)  # these leave room for few slots and print nothing
     until(lambda: status()["pending"] == "0", "the slots were stored")
-    begin = time.monotonic()
+    run.send(signal.SIGSTOP)  # so that one pass finds all of them
     stage.post((EVENT.format(1) + "\n") * 1000)
+    begin = time.monotonic()
+    run.send(signal.SIGCONT)
     assert run.process.wait(timeout=PATIENCE) == 0
     assert time.monotonic() - begin < SOON
     assert left_behind() == {}
