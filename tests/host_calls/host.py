@@ -69,6 +69,7 @@ class Host:
         self.folder = folder
         self.log = folder / "calls"
         self.reads = 0
+        self.process = None
 
     def read(self, text, count=None):
         """An answer to KERN_KDREADTR: records, and their number if it is not to be the true one."""
@@ -78,11 +79,11 @@ class Host:
         self.reads += 1
         return f"read {len(data) // 64 if count is None else count} {path}"
 
-    def start(self, options, script):
+    def start(self, options, *script):
         path = self.folder / "script"
         path.write_text("".join(f"{line}\n" for line in script))
         self.log.write_text("")
-        return subprocess.Popen(
+        self.process = subprocess.Popen(
             [PROGRAM, *options.split()], cwd=self.folder, stdin=subprocess.DEVNULL,
             stdout=subprocess.PIPE, stderr=subprocess.PIPE, text=True,
             env=os.environ | {"RECORDER_SCRIPT": path, "RECORDER_LOG": self.log})
@@ -90,17 +91,15 @@ class Host:
     def calls(self):
         return self.log.read_text().splitlines()
 
-    def finish(self, process):
-        try:
-            stdout, stderr = process.communicate(timeout=PATIENCE)
-        finally:
-            process.kill()
+    def finish(self):
+        """What the run did, once it has ended; with "sonaprobe" as the program's name."""
+        stdout, stderr = self.process.communicate(timeout=PATIENCE)
         return Outcome(self.calls(), stdout, stderr.replace(str(PROGRAM), "sonaprobe"),
-                       process.returncode)
+                       self.process.returncode)
 
     def run(self, options, *script):
-        """Runs it to its end; its output with "sonaprobe" as the program's name."""
-        return self.finish(self.start(options, script))
+        self.start(options, *script)
+        return self.finish()
 
     def wait_for(self, call, nth=1):
         """Waits until a call was made so often."""
@@ -112,7 +111,11 @@ class Host:
 
 @pytest.fixture
 def host(tmp_path):
-    return Host(tmp_path)
+    host = Host(tmp_path)
+    yield host
+    if host.process is not None:
+        host.process.kill()
+        host.process.wait()
 
 
 def lines(text):

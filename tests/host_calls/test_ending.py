@@ -129,10 +129,10 @@ def test_a_signal_during_the_set_up_ends_it_behind_that_step(host, call, last, c
 @pytest.mark.parametrize("number", [signal.SIGHUP, signal.SIGINT, signal.SIGQUIT, signal.SIGTERM])
 @pytest.mark.parametrize("verbose", [False, True])
 def test_a_signal_in_the_sleep_ends_the_run_in_order(host, number, verbose):
-    process = host.start("-v" if verbose else "", [FLAGS_BEFORE, info(1)])
+    host.start("-v" if verbose else "", FLAGS_BEFORE, info(1))
     host.wait_for(READTR, 3)
-    process.send_signal(number)
-    result = host.finish(process)
+    host.process.send_signal(number)
+    result = host.finish()
     set_up = VERBOSE_SET_UP if verbose else SET_UP
     passes = (len(result.calls) - len(set_up) - 3) // 2
     assert result.calls == set_up + PASS * passes + [DISABLE, REMOVE, RESTORE]

@@ -1,4 +1,4 @@
-"""The live modes from the first record to the last: what is posted is what is printed and stored."""
+"""The live modes from first record to last: what is posted is what is printed and stored."""
 
 import re
 
