@@ -18,6 +18,11 @@ if(SONAPROBE_SANITIZE)
   add_link_options(-fsanitize=${SONAPROBE_SANITIZE})
 endif()
 
+if(SONAPROBE_FUZZ)
+  add_compile_options(-fsanitize=fuzzer-no-link)
+  add_link_options(-fsanitize=fuzzer-no-link)
+endif()
+
 if(SONAPROBE_TIDY)
   find_program(SONAPROBE_CLANG_TIDY NAMES clang-tidy-14 clang-tidy REQUIRED)
   set(CMAKE_CXX_CLANG_TIDY ${SONAPROBE_CLANG_TIDY})
