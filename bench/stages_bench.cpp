@@ -1,0 +1,241 @@
+// What each stage of a record's road costs, and which text of all costs most. Lines go to
+// /dev/null, the figures to standard error.
+
+#include <algorithm>
+#include <benchmark/benchmark.h>
+#include <cstdio>
+#include <cstdlib>
+#include <cstring>
+#include <iostream>
+#include <string>
+#include <unistd.h>
+#include <vector>
+
+#include "app/settings.h"
+#include "events/catalog.h"
+#include "events/sample_record.h"
+#include "events/spelling.h"
+#include "format/code_names.h"
+#include "format/dispatch.h"
+#include "format/event_time.h"
+#include "format/indentation.h"
+#include "format/output_line.h"
+#include "format/prefix.h"
+#include "rawfile/raw_reader.h"
+#include "rawfile/raw_writer.h"
+
+namespace sonaprobe {
+namespace {
+
+using benchmark::State;
+
+constexpr TraceRecord kRecord{.timestamp = 3'600'286'873'000,
+                              .arg1 = 0xffffff8051214000,
+                              .arg2 = 44100ULL << 32 | 24,
+                              .arg3 = 0xffffff805125a800,
+                              .arg4 = 0x1200'69610001,
+                              .arg5 = 0x1c3a,
+                              .debugid = 0,
+                              .cpuid = 3,
+                              .reserved = 0};
+
+constexpr uint32_t kSilentClass = 0x05240800;
+constexpr uint64_t kTicksBetween = 5'347'000;
+
+TraceRecord recordOf(uint32_t debugid) {
+    TraceRecord record = kRecord;
+    record.debugid = debugid;
+    return record;
+}
+
+void useDefaults() {
+    settings = Settings{};
+    settings.verbose = 1;
+    settings.includeHAL = 1;
+    resetIndentation();
+}
+
+// Time goes on, a delta of seven digits and less, as in a trace.
+void dispatchOften(State& state, TraceRecord record) {
+    for (auto _ : state) {
+        record.timestamp += kTicksBetween;
+        dispatchRecord(&record);
+        benchmark::ClobberMemory();
+    }
+}
+
+void dispatchOfFilteredClass(State& state) {
+    useDefaults();
+    settings.filterOut.insert(20);
+    dispatchOften(state, recordOf(0x05245028));
+}
+BENCHMARK(dispatchOfFilteredClass);
+
+void dispatchOfSilentClass(State& state) {
+    useDefaults();
+    dispatchOften(state, recordOf(kSilentClass));
+}
+BENCHMARK(dispatchOfSilentClass);
+
+void timeText(State& state, uint32_t mode) {
+    useDefaults();
+    settings.timeMode = mode;
+    char text[kEventTimeRoom];
+    uint64_t timestamp = kRecord.timestamp;
+    for (auto _ : state) {
+        benchmark::DoNotOptimize(formatEventTime(timestamp, text));
+        timestamp += kTicksBetween;
+    }
+}
+BENCHMARK_CAPTURE(timeText, local, kLocalTime);
+BENCHMARK_CAPTURE(timeText, kernel, kKernelTime);
+
+void prefix(State& state, uint32_t timeMode, uint32_t otherColumns) {
+    useDefaults();
+    settings.timeMode = timeMode;
+    settings.showCodes = settings.showCpu = otherColumns;
+    TraceRecord record = recordOf(0x05245C0C);
+    char* const begin = outputLine.cursor();
+    for (auto _ : state) {
+        record.timestamp += kTicksBetween;
+        printEventPrefix(headerOf(record), "OrvelHDAPath", "enable", record.arg1);
+        outputLine.moveTo(begin);
+        benchmark::ClobberMemory();
+    }
+}
+BENCHMARK_CAPTURE(prefix, withoutTime, 0, 0);
+BENCHMARK_CAPTURE(prefix, asByDefault, kLocalTime, 0);
+BENCHMARK_CAPTURE(prefix, allColumns, kLocalTime, 1);
+
+// Whole lines, without time column, by what fills their texts.
+void line(State& state, uint32_t debugid, uint64_t arg4) {
+    useDefaults();
+    settings.timeMode = 0;
+    settings.indent = 0;
+    TraceRecord record = recordOf(debugid);
+    record.arg4 = arg4;
+    dispatchOften(state, record);
+}
+BENCHMARK_CAPTURE(line, plainDecimals, 0x05248CD4, 2);
+BENCHMARK_CAPTURE(line, wideDecimals, 0x21040009, 512);
+BENCHMARK_CAPTURE(line, hexadecimals, 0x05245C1D, 0x1234);
+BENCHMARK_CAPTURE(line, pointers, 0x05249801, 0xffffff8051288000);
+BENCHMARK_CAPTURE(line, words, 0x0524BC51, 1);
+BENCHMARK_CAPTURE(line, fourTimes, 0x05249850, 0);
+BENCHMARK_CAPTURE(line, fourCharacters, 0x0524B470, 4);
+BENCHMARK_CAPTURE(line, ticks, 0x0524A804, 640);
+
+void unclassifiedLine(State& state) {
+    useDefaults();
+    dispatchOften(state, recordOf(0x05243015));
+}
+BENCHMARK(unclassifiedLine);
+
+void basicLine(State& state) {
+    useDefaults();
+    settings.basicFormat = 1;
+    dispatchOften(state, recordOf(0x05243015));
+}
+BENCHMARK(basicLine);
+
+// A code of a file of 5,000 lines; every look-up has another code.
+void codeNameLookup(State& state) {
+    constexpr uint32_t kLines = 5000;
+    useDefaults();
+    settings.decodeFile = std::tmpfile();
+    if (settings.decodeFile == nullptr) return state.SkipWithError("no temporary file");
+    for (uint32_t i = 0; i < kLines; ++i) {
+        std::fprintf(settings.decodeFile, "0x%08x\tName_of_%u\n", 0x01300000 + 4 * i, i);
+    }
+    std::fflush(settings.decodeFile);
+    uint32_t next = 0;
+    for (auto _ : state) {
+        char name[kCodeNameRoom] = {};
+        benchmark::DoNotOptimize(lookupCodeName(0x01300000 + 4 * next, name));
+        next = next + 7 < kLines ? next + 7 : 0;
+    }
+    std::fclose(settings.decodeFile);
+}
+BENCHMARK(codeNameLookup);
+
+constexpr int64_t kFileRecords = 100'000;
+
+// A file of records that print nothing, so that reading alone is seen.
+void rawRead(State& state) {
+    useDefaults();
+    char path[] = "/tmp/sonaprobe-bench-XXXXXX";
+    const int file = mkstemp(path);
+    const std::vector<TraceRecord> records(kFileRecords, recordOf(kSilentClass));
+    const size_t size = records.size() * sizeof records[0];
+    if (file < 0 || ::write(file, records.data(), size) != static_cast<ssize_t>(size)) {
+        state.SkipWithError("no temporary file");
+    } else {
+        for (auto _ : state) readRawFile(path);
+        state.SetItemsProcessed(state.iterations() * kFileRecords);
+    }
+    ::close(file);
+    ::unlink(path);
+}
+BENCHMARK(rawRead);
+
+void rawWrite(State& state) {
+    useDefaults();
+    std::FILE* const file = std::tmpfile();
+    if (file == nullptr) return state.SkipWithError("no temporary file");
+    const TraceRecord record = recordOf(0x05245C0C);
+    for (auto _ : state) {
+        lseek(fileno(file), 0, SEEK_SET);
+        for (int64_t i = 0; i < kFileRecords; ++i) storeRecord(file, record);
+    }
+    storeHeldRecords(file);
+    state.SetItemsProcessed(state.iterations() * kFileRecords);
+    std::fclose(file);
+}
+BENCHMARK(rawWrite);
+
+// Every text of every class, a whole line with all its columns; the label is the slowest's code.
+void slowestText(State& state) {
+    constexpr int kTimes = 500;
+    useDefaults();
+    settings.indent = 0;
+    std::vector<TraceRecord> records;
+    for (const events::TracedClass& traced : events::tracedClasses()) {
+        const auto samples = events::sampleRecords(traced);
+        records.insert(records.end(), samples.begin(), samples.end());
+    }
+    std::vector<double> least(records.size(), 1e9);
+    const auto seconds = [] {
+        timespec time{};
+        clock_gettime(CLOCK_PROCESS_CPUTIME_ID, &time);
+        return static_cast<double>(time.tv_sec) + static_cast<double>(time.tv_nsec) * 1e-9;
+    };
+    for (auto _ : state) {
+        for (size_t i = 0; i < records.size(); ++i) {
+            const double begin = seconds();
+            for (int n = 0; n < kTimes; ++n) {
+                records[i].timestamp += kTicksBetween;
+                dispatchRecord(&records[i]);
+            }
+            least[i] = std::min(least[i], (seconds() - begin) / kTimes);
+        }
+        const auto slowest = std::ranges::max_element(least);
+        state.SetIterationTime(*slowest);
+        state.SetLabel(
+            events::spellCode(records[static_cast<size_t>(slowest - least.begin())].debugid));
+    }
+}
+BENCHMARK(slowestText)->UseManualTime()->Iterations(20);
+
+}  // namespace
+}  // namespace sonaprobe
+
+int main(int argc, char** argv) {
+    std::cout.rdbuf(std::cerr.rdbuf());
+    static char buffer[65536];
+    if (std::freopen("/dev/null", "w", stdout) == nullptr) return EXIT_FAILURE;
+    std::setvbuf(stdout, buffer, _IOFBF, sizeof buffer);
+    benchmark::Initialize(&argc, argv);
+    if (benchmark::ReportUnrecognizedArguments(argc, argv)) return EXIT_FAILURE;
+    benchmark::RunSpecifiedBenchmarks();
+    return EXIT_SUCCESS;
+}
