@@ -6,8 +6,8 @@ import time
 import pytest
 
 from conftest import BUILD, PATIENCE, run_program
+from processes import read_line, started
 from records import pack_lines
-from waiting import read_line
 
 CODES = "0x01300004 first\n"
 UNNAMED = "::U-0x0130|00|001"
@@ -83,8 +83,8 @@ def test_the_names_of_a_pipe_hold_for_every_lookup(trace):
 def test_a_file_may_change_while_records_come(tmp_path):
     codes = tmp_path / "codes"
     codes.write_text(CODES)
-    with subprocess.Popen([BUILD / "sonaprobe", "-s", "-H", "-S", f"-d{codes}", "-r", "/dev/stdin"],
-                          stdin=subprocess.PIPE, stdout=subprocess.PIPE) as process:
+    with started(BUILD / "sonaprobe", "-s", "-H", "-S", f"-d{codes}", "-r", "/dev/stdin",
+                 stdin=subprocess.PIPE) as process:
         def name():
             process.stdin.write(pack_lines("0x01300004"))
             process.stdin.flush()

@@ -10,8 +10,8 @@ import tempfile
 import pytest
 
 from conftest import BUILD, PATIENCE, needs_root, run_program
+from processes import ENDING_SIGNALS, read_line, started, wait_until, wait_until_waiting
 from records import DIVISOR_MARKER, SLOT, pack_lines, unpack
-from waiting import ENDING_SIGNALS, read_line, wait_until, wait_until_waiting
 
 PROGRAM = BUILD / "sonaprobe"
 VERSION = "sonaprobe version:  100.45\n"
@@ -171,10 +171,11 @@ class TestFatalEnds:
         self.assert_fatal(result, "Can't open file!")
 
     def test_a_facility_in_use_gives_the_newest_message(self):
-        with subprocess.Popen([BUILD / "sonaprobe-sim", "hold"], stdout=subprocess.PIPE) as holder:
+        with started(BUILD / "sonaprobe-sim", "hold") as holder:
             read_line(holder.stdout)  # it owns the facility
             result = run_program("-b", "0")
             holder.terminate()
+            assert holder.wait(PATIENCE) == 0
         message = "The trace facility is currently in use.\n"
         assert result.stderr == (
             f"An invalid buffer of size 0 was requested!\n{PROGRAM}: {message}\n"
@@ -188,8 +189,7 @@ def test_a_signal_ends_a_read_that_waits_for_its_pipe(number, opened, tmp_path, 
     fifo = tmp_path / "fifo"
     os.mkfifo(fifo)
     writer = os.open(fifo, os.O_RDWR) if opened else None
-    with subprocess.Popen([PROGRAM, "-v", "-r", fifo], stdout=subprocess.PIPE,
-                          stderr=subprocess.PIPE, text=True) as process:
+    with started(PROGRAM, "-v", "-r", fifo, stderr=subprocess.PIPE, text=True) as process:
         wait_until_waiting(process)
         process.send_signal(number)
         output, errors = process.communicate(timeout=PATIENCE)
@@ -203,8 +203,8 @@ def test_a_signal_ends_a_read_that_waits_for_its_pipe(number, opened, tmp_path, 
 def test_no_data_file_takes_the_place_of_a_closed_standard_stream(tmp_path):
     """Messages go nowhere then, least of all into the raw file."""
     written = tmp_path / "new.raw"
-    with subprocess.Popen(["sh", "-c", 'exec "$@" <&- >&- 2>&-', "sh", PROGRAM, "-v",
-                           f"-w{written}", "-b", "100"]) as process:
+    with started("sh", "-c", 'exec "$@" <&- >&- 2>&-', "sh", PROGRAM, "-v", f"-w{written}",
+                 "-b", "100") as process:
         wait_until(lambda: written.exists() and written.stat().st_size >= SLOT.size)
         (tmp_path / "posted").write_bytes(pack_lines("0x05241C19 a2=1 a5=2"))
         sim("post", tmp_path / "posted")

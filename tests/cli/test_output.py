@@ -11,8 +11,8 @@ import time
 import pytest
 
 from conftest import BUILD, PATIENCE, run_program
+from processes import read_line, started
 from records import pack, pack_lines
-from waiting import read_line
 
 PROGRAM = BUILD / "sonaprobe"
 CLASS_LIST = (pathlib.Path(__file__).parent / "class_list.txt").read_text()
@@ -33,8 +33,7 @@ def test_the_clock_shows_the_local_time_of_printing(zone, hours, raw):
 
 
 def test_the_clock_goes_on_between_lines():
-    with subprocess.Popen([PROGRAM, "-r", "/dev/stdin"], stdin=subprocess.PIPE,
-                          stdout=subprocess.PIPE) as process:
+    with started(PROGRAM, "-r", "/dev/stdin", stdin=subprocess.PIPE) as process:
         for pause in (1.1, 0):
             before = time.strftime("%H:%M:%S")
             process.stdin.write(pack_lines(RECORD))
@@ -65,8 +64,8 @@ def long_trace(tmp_path):
 
 
 def test_a_reader_that_leaves_ends_the_program_silently(long_trace):
-    with subprocess.Popen([PROGRAM, "-s", "-H", "-i", "-r", long_trace], stdout=subprocess.PIPE,
-                          stderr=subprocess.PIPE, text=True) as process:
+    with started(PROGRAM, "-s", "-H", "-i", "-r", long_trace, stderr=subprocess.PIPE,
+                 text=True) as process:
         assert read_line(process.stdout) == LINE
         process.stdout.close()
         assert process.wait(PATIENCE) == -signal.SIGPIPE
@@ -74,8 +73,8 @@ def test_a_reader_that_leaves_ends_the_program_silently(long_trace):
 
 
 def test_where_broken_pipes_are_ignored_the_program_still_comes_to_its_end(long_trace):
-    with subprocess.Popen([PROGRAM, "-s", "-r", long_trace], stdout=subprocess.PIPE,
-                          stderr=subprocess.PIPE, restore_signals=False) as process:
+    with started(PROGRAM, "-s", "-r", long_trace, stderr=subprocess.PIPE,
+                 restore_signals=False) as process:
         read_line(process.stdout)
         process.stdout.close()
         assert process.wait(PATIENCE) == 0
