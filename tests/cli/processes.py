@@ -1,6 +1,7 @@
 """Running a program under test beside the test, and waiting for it, but not for ever."""
 
 import contextlib
+import datetime
 import pathlib
 import select
 import signal
@@ -35,6 +36,17 @@ def status_of(process):
     """What the kernel says of a process, by name."""
     text = pathlib.Path(f"/proc/{process.pid}/status").read_text()
     return dict(line.split(":\t", 1) for line in text.splitlines())
+
+
+def local_times(action, pattern, hours=0):
+    """The result of an action and the times of day, as text, that a program may show in it."""
+    zone = datetime.timezone(datetime.timedelta(hours=hours))
+    # The clock that programs ask for whole seconds lags behind by a timer tick.
+    begin = datetime.datetime.now(zone) - datetime.timedelta(seconds=0.05)
+    result = action()
+    end = datetime.datetime.now(zone)
+    seconds = range(int(end.timestamp()) - int(begin.timestamp()) + 1)
+    return result, [(begin + datetime.timedelta(seconds=n)).strftime(pattern) for n in seconds]
 
 
 def wait_until(condition):
