@@ -53,7 +53,7 @@ def wait_until(condition):
     limit = time.monotonic() + PATIENCE
     while not condition():
         assert time.monotonic() < limit, "it did not come true"
-        time.sleep(0.005)
+        time.sleep(0.0005)
 
 
 def wait_until_waiting(process):

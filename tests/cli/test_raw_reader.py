@@ -1,13 +1,16 @@
 """Reading raw files: files of every length, pipes, devices, folders."""
 
+import array
+import fcntl
 import os
 import subprocess
+import termios
 import threading
 
 import pytest
 
 from conftest import BUILD, PATIENCE, run_program
-from processes import read_line, started, status_of
+from processes import read_line, started, status_of, wait_until
 from records import DIVISOR_MARKER, INVALID_MARKER, SLOT, pack
 
 OPTIONS = ("-s", "-H", "-i", "-S", "-u")
@@ -94,10 +97,16 @@ def test_a_pipe_may_bring_a_byte_at_a_time(tmp_path):
     fifo = tmp_path / "fifo"
     os.mkfifo(fifo)
 
+    def is_read(pipe):
+        held = array.array("i", [0])
+        fcntl.ioctl(pipe, termios.FIONREAD, held)
+        return held[0] == 0
+
     def feed():
         with open(fifo, "wb", buffering=0) as pipe:
             for byte in slots + b"rest":
                 pipe.write(bytes([byte]))
+                wait_until(lambda: is_read(pipe))
 
     feeder = threading.Thread(target=feed)
     feeder.start()
