@@ -2,17 +2,41 @@
 
 #include "format/digits.h"
 
-#include <charconv>
-
 namespace sonaprobe {
 
+namespace {
+
+__extension__ using Wide = unsigned __int128;
+
+// The fixed point of fractions: far enough down that none of a real's bits are lost.
+constexpr unsigned kFractionBits = 62;
+constexpr double kFractionScale = 0x1p62;
+
+constexpr uint64_t kPowersOfTen[] = {1,       10,        100,        1'000,      10'000,
+                                     100'000, 1'000'000, 10'000'000, 100'000'000};
+
+}  // namespace
+
+// The whole part and the fraction are exact, and so is their rounding: half-way to the even digit.
 char* putReal(char* at, double value, unsigned decimals, unsigned width) {
-    char text[kMaxNumberLength];
-    const auto result = std::to_chars(text, text + sizeof text, value, std::chars_format::fixed,
-                                      static_cast<int>(decimals));
-    const auto length = static_cast<size_t>(result.ptr - text);
-    if (length < width) at = putFill(at, ' ', width - length);
-    return putText(at, {text, length});
+    auto whole = static_cast<uint64_t>(value);
+    const double fraction = value - static_cast<double>(whole);
+    const uint64_t power = kPowersOfTen[decimals];
+    const Wide scaled = Wide{static_cast<uint64_t>(fraction * kFractionScale)} * power;
+    auto tail = static_cast<uint64_t>(scaled >> kFractionBits);
+    const uint64_t rest = static_cast<uint64_t>(scaled) & ((uint64_t{1} << kFractionBits) - 1);
+    constexpr uint64_t kHalf = uint64_t{1} << (kFractionBits - 1);
+    tail += rest > kHalf || (rest == kHalf && tail % 2 != 0) ? 1 : 0;
+    if (tail == power) {
+        tail = 0;
+        ++whole;
+    }
+    const unsigned behindWhole = 1 + decimals;
+    at = putUnsigned(at, whole, width > behindWhole ? width - behindWhole : 0);
+    *at = '.';
+    const uint64_t eight = digits::eightDecimals(static_cast<uint32_t>(tail)) + digits::kZeros;
+    digits::store(at + 1, eight >> (64 - 8 * decimals));
+    return at + behindWhole;
 }
 
 }  // namespace sonaprobe

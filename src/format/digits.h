@@ -139,14 +139,30 @@ inline char* putUnsignedInTen(char* at, uint64_t value) {
     return at + 10;
 }
 
+// %<width>llu, or with another fill than blanks.
+inline char* putUnsignedFilled(char* at, uint64_t value, char fill, unsigned width) {
+    constexpr unsigned kEight = 8;
+    if (value >= 100'000'000 || width > kEight) {
+        return padLeft(at, putUnsigned(at, value), fill, width);
+    }
+    const uint64_t eight = digits::eightDecimals(static_cast<uint32_t>(value));
+    const auto leading = static_cast<unsigned>(std::countr_zero(eight | 1ULL << 56)) / kEight;
+    const uint64_t zeroToFill = digits::kZeros / '0' * static_cast<uint64_t>(fill ^ '0');
+    const uint64_t leadingMask = (uint64_t{1} << kEight * leading) - 1;
+    const unsigned columns = width > kEight - leading ? width : kEight - leading;
+    digits::store(
+        at, ((eight + digits::kZeros) ^ (zeroToFill & leadingMask)) >> kEight * (kEight - columns));
+    return at + columns;
+}
+
 // %<width>llu.
 inline char* putUnsigned(char* at, uint64_t value, unsigned width) {
-    return padLeft(at, putUnsigned(at, value), ' ', width);
+    return putUnsignedFilled(at, value, ' ', width);
 }
 
 // %0<width>llu.
 inline char* putUnsignedZeroFilled(char* at, uint64_t value, unsigned width) {
-    return padLeft(at, putUnsigned(at, value), '0', width);
+    return putUnsignedFilled(at, value, '0', width);
 }
 
 // %03u of a value below 1000.
@@ -189,9 +205,13 @@ inline char* putHex(char* at, uint64_t value) {
 
 // %<width>llx.
 inline char* putHex(char* at, uint64_t value, unsigned width) {
+    constexpr unsigned kAll = 16;
     const unsigned count = digits::countHex(value);
-    if (count < width) at = putFill(at, ' ', width - count);
-    return putHexDigits(at, value, count);
+    if (count >= width) return putHexDigits(at, value, count);
+    if (width > kAll) at = putFill(at, ' ', width - kAll);
+    if (width > kAll) width = kAll;
+    std::memset(at, ' ', kAll);
+    return putHexDigits(at + width - count, value, count);
 }
 
 // %0<width>llx.
@@ -206,8 +226,8 @@ inline char* putHexZeroFilled(char* at, uint64_t value, unsigned width) {
 // %p: "0x" and the digits, "0x0" for zero.
 inline char* putPointer(char* at, uint64_t value) { return putHex(putText(at, "0x"), value); }
 
-// %.<decimals>f, padded with blanks to `width`. At most 9 decimals; value finite, at least 0 and
-// below 2^64.
+// %.<decimals>f, padded with blanks to `width`. From 1 to 8 decimals; value 0, or at least 2^-10
+// and below 2^64.
 char* putReal(char* at, double value, unsigned decimals, unsigned width = 0);
 
 }  // namespace sonaprobe

@@ -129,7 +129,7 @@ TEST(Digits, ATextIsCopiedWhateverItsLength) {
 
 TEST(Digits, RealsAreThoseOfPrintf) {
     for (const uint64_t value : values()) {
-        for (const double divisor : {1.0, 24.0, 1000.0}) {
+        for (const double divisor : {2.0, 24.0, 1000.0}) {
             const double number = static_cast<double>(value) / divisor;
             ASSERT_EQ(written([&](char* at) { return putReal(at, number, 1, 10); }),
                       printed("%10.1f", number));
@@ -141,6 +141,15 @@ TEST(Digits, RealsAreThoseOfPrintf) {
     }
 }
 
+// What the basic layout prints of stamps a few ticks apart, all of them.
+TEST(Digits, TenthsOfShortTimesAreThoseOfPrintf) {
+    for (unsigned ticks = 0; ticks < 200'000; ++ticks) {
+        const double number = ticks / 1000.0;
+        ASSERT_EQ(written([&](char* at) { return putReal(at, number, 1, 5); }),
+                  printed("%5.1f", number));
+    }
+}
+
 // Halves are exact in binary: the last digit goes to the even one.
 TEST(Digits, RealsRoundHalvesToEven) {
     const auto tenths = [](double value) {
@@ -149,6 +158,10 @@ TEST(Digits, RealsRoundHalvesToEven) {
     EXPECT_EQ(tenths(0.25), "0.2");
     EXPECT_EQ(tenths(0.75), "0.8");
     EXPECT_EQ(tenths(0.05), "0.1");
+    EXPECT_EQ(tenths(0.95), "0.9");
+    EXPECT_EQ(tenths(9.95), "9.9");
+    EXPECT_EQ(tenths(9.96), "10.0");
+    EXPECT_EQ(tenths(0x1p51 + 0.5), "2251799813685248.5");
 }
 
 }  // namespace
