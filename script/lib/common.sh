@@ -5,12 +5,25 @@ set -euo pipefail
 cd "$(dirname "${BASH_SOURCE[0]}")/../.."
 
 BUILD_PACKAGES=(g++ cmake ninja-build)
-TEST_PACKAGES=(libgtest-dev libgmock-dev python3 python3-pytest util-linux)
-CHECK_PACKAGES=(clang-14 clang-tidy-14 clang-format-14 libclang-rt-14-dev)
+TEST_PACKAGES=(libgtest-dev libgmock-dev python3 python3-pytest util-linux
+    mandoc bash-completion zsh dpkg-dev file)
+CHECK_PACKAGES=(clang-14 clang-tidy-14 clang-format-14 libclang-rt-14-dev lintian)
+
+# fail TEXT...: says why a script ends, and ends it.
+fail() {
+    echo "$(basename "$0"): $*" >&2
+    exit 1
+}
 
 # Runs a command as root: as it is, or through sudo.
 as_root() {
-    if [ "$(id -u)" -eq 0 ]; then "$@"; else sudo "$@"; fi
+    if [ "$(id -u)" -eq 0 ]; then
+        "$@"
+    elif command -v sudo >/dev/null; then
+        sudo "$@"
+    else
+        fail "there is no sudo here; run this as root"
+    fi
 }
 
 # install_missing PACKAGE...: installs those Debian packages that are not there.
@@ -22,16 +35,14 @@ install_missing() {
     done
     [ ${#missing[@]} -eq 0 ] && return
     echo "installing: ${missing[*]}"
-    if ! command -v apt-get >/dev/null; then
-        echo "this is no Debian system: install these by hand: ${missing[*]}" >&2
-        exit 1
-    fi
+    command -v apt-get >/dev/null ||
+        fail "this is no Debian system: install these by hand: ${missing[*]}"
     local log
     log=$(mktemp)
     if ! { as_root apt-get update -q && as_root env DEBIAN_FRONTEND=noninteractive \
         apt-get install -y -q --no-install-recommends "${missing[@]}"; } >"$log" 2>&1; then
         tail -n 20 "$log" >&2
-        exit 1
+        fail "the packages could not be installed; apt-get's whole output: $log"
     fi
     rm -f "$log"
 }
@@ -43,7 +54,8 @@ build() {
     shift
     local log=build/$preset.log
     mkdir -p build
-    if ! { cmake --preset "$preset" -DSONAPROBE_WERROR=ON && cmake --build --preset "$preset" \
+    if ! { cmake --preset "$preset" -DSONAPROBE_WERROR=ON -DSONAPROBE_TESTS=ON &&
+        cmake --build --preset "$preset" \
         ${1:+--target "$@"}; } >"$log" 2>&1; then
         grep -E 'error|warning|FAILED|CMake Error' -A 5 "$log" | head -n 60 || tail -n 30 "$log"
         echo "the whole output: $log"

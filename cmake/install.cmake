@@ -1,0 +1,72 @@
+# What is installed where, and the Debian package: `cmake --install BUILD`, `cpack --config
+# BUILD/CPackConfig.cmake`.
+
+include(GNUInstallDirs)
+set(SONAPROBE_DOC_DIR ${CMAKE_INSTALL_DATADIR}/doc/sonaprobe)
+
+set(programs sonaprobe)
+if(TARGET sonaprobe-sim)
+  list(APPEND programs sonaprobe-sim)
+endif()
+
+# compressed(SOURCE TARGET): a file of the source folder under build/install, as Debian wants it.
+function(compressed source target)
+  set(input ${PROJECT_SOURCE_DIR}/${source})
+  set(output ${PROJECT_BINARY_DIR}/install/${target})
+  add_custom_command(
+    OUTPUT ${output}
+    COMMAND gzip -9nc ${input} > ${output}
+    DEPENDS ${input}
+    VERBATIM)
+  set_property(GLOBAL APPEND PROPERTY SONAPROBE_COMPRESSED ${output})
+endfunction()
+
+file(MAKE_DIRECTORY ${PROJECT_BINARY_DIR}/install)
+compressed(cmake/debian/changelog changelog.gz)
+foreach(program ${programs})
+  compressed(man/${program}.8 ${program}.8.gz)
+  install(TARGETS ${program} RUNTIME DESTINATION ${CMAKE_INSTALL_SBINDIR})
+  install(FILES ${PROJECT_BINARY_DIR}/install/${program}.8.gz
+          DESTINATION ${CMAKE_INSTALL_MANDIR}/man8)
+  install(FILES completion/bash/${program}
+          DESTINATION ${CMAKE_INSTALL_DATADIR}/bash-completion/completions)
+  # Debian's zsh looks for packages' functions in a folder of their own.
+  install(
+    CODE "set(folder site-functions)
+          if(CMAKE_INSTALL_PREFIX STREQUAL \"/usr\")
+            set(folder vendor-completions)
+          endif()
+          file(INSTALL \"${PROJECT_SOURCE_DIR}/completion/zsh/_${program}\"
+               DESTINATION \"\${CMAKE_INSTALL_PREFIX}/${CMAKE_INSTALL_DATADIR}/zsh/\${folder}\")")
+endforeach()
+get_property(compressed_files GLOBAL PROPERTY SONAPROBE_COMPRESSED)
+add_custom_target(sonaprobe_install_files ALL DEPENDS ${compressed_files})
+
+file(GLOB pages CONFIGURE_DEPENDS ${PROJECT_SOURCE_DIR}/docs/*.md)
+install(FILES README.md ${pages} DESTINATION ${SONAPROBE_DOC_DIR})
+install(DIRECTORY docs/sample DESTINATION ${SONAPROBE_DOC_DIR})
+install(FILES cmake/debian/copyright ${PROJECT_BINARY_DIR}/install/changelog.gz
+        DESTINATION ${SONAPROBE_DOC_DIR})
+
+set(CPACK_GENERATOR DEB)
+set(CPACK_PACKAGE_NAME sonaprobe)
+set(CPACK_PACKAGE_CONTACT "sonaprobe developers <sonaprobe@packages.invalid>"
+    CACHE STRING "Maintainer of the package")
+set(CPACK_PACKAGE_VERSION ${PROJECT_VERSION})
+set(CPACK_PACKAGE_DESCRIPTION_SUMMARY "live and offline reader of audio driver traces")
+set(CPACK_DEBIAN_PACKAGE_DESCRIPTION
+    "Switches the audio drivers' trace points on, empties the kernel's trace\n\
+buffer and prints each record as one readable line: when, on which\n\
+thread, which driver and method, which object, and what it had to say.\n\
+Keeps raw records in a file, and prints such a file on any machine.\n\
+.\n\
+Where the kernel has no trace facility of this kind, sonaprobe uses a\n\
+stand-in in shared memory, and sonaprobe-sim plays its drivers.")
+set(CPACK_DEBIAN_PACKAGE_SECTION sound)
+set(CPACK_DEBIAN_PACKAGE_SHLIBDEPS ON)
+set(CPACK_DEBIAN_FILE_NAME DEB-DEFAULT)
+set(CPACK_STRIP_FILES ON)
+# The paths of the package, whatever prefix the build is configured for.
+set(CPACK_SET_DESTDIR ON)
+set(CPACK_INSTALL_PREFIX /usr)
+include(CPack)

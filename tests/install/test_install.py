@@ -1,0 +1,97 @@
+"""The program as it is installed and packaged, run in a root of its own with nothing else in it."""
+
+import os
+import pathlib
+import re
+import shutil
+import subprocess
+
+import pytest
+
+from conftest import BUILD, needs_root
+
+SOURCE = pathlib.Path(os.environ["SONAPROBE_SOURCE_DIR"])
+SAMPLE = "/usr/share/doc/sonaprobe/sample/playback-dropout.raw"
+INSTALLED = {
+    "sbin/sonaprobe", "sbin/sonaprobe-sim",
+    "share/man/man8/sonaprobe.8.gz", "share/man/man8/sonaprobe-sim.8.gz",
+    "share/bash-completion/completions/sonaprobe",
+    "share/bash-completion/completions/sonaprobe-sim",
+    *(f"share/doc/sonaprobe/{name}" for name in ("copyright", "changelog.gz", "README.md")),
+    *(f"share/doc/sonaprobe/{page.name}" for page in (SOURCE / "docs").glob("*.md")),
+    *(f"share/doc/sonaprobe/sample/{file.name}" for file in (SOURCE / "docs/sample").iterdir()),
+}
+
+
+def run(*command, **options):
+    return subprocess.run(command, check=True, text=True, capture_output=True,
+                          stdin=subprocess.DEVNULL, **options)
+
+
+def files_below(root):
+    return {str(path.relative_to(root)) for path in root.rglob("*") if not path.is_dir()}
+
+
+@pytest.fixture(scope="module")
+def package(tmp_path_factory):
+    folder = tmp_path_factory.mktemp("package")
+    run("cpack", "--config", BUILD / "CPackConfig.cmake", "-B", folder)
+    [package] = folder.glob("*.deb")
+    return package
+
+
+@pytest.fixture
+def root(package, tmp_path):
+    """A root folder with the package's files, and the libraries that its dependencies bring."""
+    root = tmp_path / "root"
+    run("dpkg-deb", "-x", package, root)
+    libraries = re.findall(r"(/\S+) \(0x", run("ldd", root / "usr/sbin/sonaprobe").stdout)
+    for library in libraries:
+        target = root / library.lstrip("/")
+        target.parent.mkdir(parents=True, exist_ok=True)
+        shutil.copy(library, target)
+    return root
+
+
+def in_root(root, *command):
+    return subprocess.run(["chroot", root, *command], check=False, text=True, capture_output=True,
+                          stdin=subprocess.DEVNULL)
+
+
+@pytest.mark.parametrize("prefix, zsh", [("/usr", "vendor-completions"),
+                                         ("/opt/tools", "site-functions")])
+def test_install_puts_each_file_where_it_is_looked_for(prefix, zsh, tmp_path):
+    run("cmake", "--install", BUILD, "--prefix", prefix, env=os.environ | {"DESTDIR": tmp_path})
+    functions = {f"share/zsh/{zsh}/_sonaprobe", f"share/zsh/{zsh}/_sonaprobe-sim"}
+    assert files_below(tmp_path / prefix.lstrip("/")) == INSTALLED | functions
+    manual = run("zcat", tmp_path / prefix.lstrip("/") / "share/man/man8/sonaprobe.8.gz").stdout
+    assert manual == (SOURCE / "man/sonaprobe.8").read_text()
+
+
+@needs_root
+def test_the_packages_program_reads_the_packages_sample(root):
+    result = in_root(root, "/usr/sbin/sonaprobe", "-k", "-A", "-r", SAMPLE)
+    assert (result.stderr, result.returncode) == ("", 0)
+    lines = result.stdout.splitlines()
+    assert sum("QuorraHAL::OVERLOAD" in line for line in lines) == 1
+    assert len(lines) > 1000
+
+
+@needs_root
+def test_the_packages_simulator_writes_a_trace_for_its_program(root):
+    (root / "tmp").mkdir()
+    assert in_root(root, "/usr/sbin/sonaprobe-sim", "write", "usb", "/tmp/usb.raw").returncode == 0
+    result = in_root(root, "/usr/sbin/sonaprobe", "-k", "-r", "/tmp/usb.raw")
+    assert "OrvelUSBAudioDevice::" in result.stdout
+
+
+def test_the_package_depends_on_the_libraries_it_needs(package):
+    [names] = re.findall(r"^Depends: (.*)$", run("dpkg-deb", "-f", package).stdout, re.MULTILINE)
+    assert {name.split()[0] for name in names.split(", ")} == {"libc6", "libgcc-s1", "libstdc++6"}
+
+
+@pytest.mark.skipif(shutil.which("lintian") is None, reason="needs lintian")
+def test_the_package_is_clean(package):
+    checked = subprocess.run(["lintian", "--allow-root", "--fail-on", "error,warning", package],
+                             check=False, text=True, capture_output=True)
+    assert (checked.stdout, checked.returncode) == ("", 0)
