@@ -38,16 +38,16 @@ constexpr uint64_t eightDecimals(uint32_t value) {
 
 // Sixteen characters side by side, which every compiler of ours turns into the machine's vectors.
 using Characters = char __attribute__((vector_size(16)));
+using Words = uint64_t __attribute__((vector_size(16)));
 
-// The sixteen hexadecimal digits of a value.
+// The sixteen hexadecimal digits of a value. They go into vectors as numbers: through memory, a
+// load of sixteen bytes would have to wait for the store of eight.
 inline Characters hexCharacters(uint64_t value) {
     const uint64_t bytes = __builtin_bswap64(value);
     const uint64_t high = (bytes >> 4) & 0x0F0F0F0F0F0F0F0F;
     const uint64_t low = bytes & 0x0F0F0F0F0F0F0F0F;
-    Characters highs{};
-    Characters lows{};
-    std::memcpy(&highs, &high, sizeof high);
-    std::memcpy(&lows, &low, sizeof low);
+    const auto highs = std::bit_cast<Characters>(Words{high, 0});
+    const auto lows = std::bit_cast<Characters>(Words{low, 0});
     const Characters nibbles = __builtin_shufflevector(highs, lows, 0, 16, 1, 17, 2, 18, 3, 19, 4,
                                                        20, 5, 21, 6, 22, 7, 23);
     constexpr char kToLetters = 'a' - '9' - 1;
