@@ -152,6 +152,20 @@ def test_post_goes_through_enable_state_and_filter(tmp_path):
     assert call("read") == ["record 21040000 2 0", "read: done"]
 
 
+def test_who_watches_is_told_why_nothing_was_logged(tmp_path):
+    raw = tmp_path / "trace.raw"
+    raw.write_bytes(pack(0x05245C0C))
+    terminal, end = os.openpty()
+    try:
+        done = run_program("post", raw, program="sonaprobe-sim", capture_output=False, stderr=end,
+                           stdout=subprocess.PIPE)
+        assert (done.returncode, done.stdout) == (0, "0 of 1 records logged\n")
+        assert b"nobody traced meanwhile" in os.read(terminal, 4096)
+    finally:
+        os.close(terminal)
+        os.close(end)
+
+
 def test_post_of_an_empty_file(tmp_path):
     raw = tmp_path / "empty.raw"
     raw.write_bytes(b"")
@@ -252,11 +266,11 @@ def test_fail_counts_times_and_after():
     [
         ([], "a command is missing; see sonaprobe-sim --help"),
         (["frobnicate"], "unknown command 'frobnicate'; see sonaprobe-sim --help"),
-        (["status", "x"], "one argument too many: 'x'"),
-        (["status", "-v"], "unknown option '-v'"),
-        (["post"], "FILE is missing"),
-        (["fail"], "OPERATION is missing"),
-        (["fail", "KERN_KDSETUP"], "ERRNO is missing"),
+        (["status", "x"], "one argument too many: 'x'; see sonaprobe-sim --help"),
+        (["status", "-v"], "unknown option '-v'; see sonaprobe-sim --help"),
+        (["post"], "FILE is missing; see sonaprobe-sim --help"),
+        (["fail"], "OPERATION is missing; see sonaprobe-sim --help"),
+        (["fail", "KERN_KDSETUP"], "ERRNO is missing; see sonaprobe-sim --help"),
         (
             ["fail", "KERN_KDFOO", "EIO"],
             "unknown operation 'KERN_KDFOO'; sonaprobe-sim --help lists them",
@@ -275,9 +289,9 @@ def test_fail_counts_times_and_after():
         ),
         (
             ["fail", "KERN_KDSETUP", "EIO", "--after"],
-            "--after takes a number from 0 to 4294967295, not ''",
+            "--after takes a number from 0 to 4294967295, and none follows",
         ),
-        (["fail", "KERN_KDSETUP", "EIO", "--often=2"], "unknown option '--often'"),
+        (["fail", "KERN_KDSETUP", "EIO", "--often=2"], "unknown option '--often'; see sonaprobe-sim --help"),
     ],
 )
 def test_wrong_arguments_are_named(arguments, reason):
@@ -318,6 +332,17 @@ def test_a_folder_of_somebody_else_is_refused_with_the_reason(private_shm):
             assert "remove /dev/shm/sonaprobe" in why
     finally:
         os.chown(FOLDER, 0, 0)
+
+
+def test_a_host_without_shared_memory_is_told_so(private_shm):
+    if not private_shm:
+        pytest.skip("no right to a /dev/shm of its own")
+    command = ["unshare", "-m", "sh", "-c", "umount /dev/shm; mount -t tmpfs none /dev; exec \"$0\" status"]
+    done = subprocess.run([*command, BUILD / "sonaprobe-sim"], capture_output=True, text=True,
+                          stdin=subprocess.DEVNULL, check=False)
+    assert done.returncode == 1
+    assert done.stderr == (
+        "sonaprobe-sim: cannot read the state: there is no /dev/shm; mount a tmpfs there\n")
 
 
 def test_it_is_roots():

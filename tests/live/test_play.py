@@ -116,6 +116,7 @@ def test_progress_is_shown_on_a_terminal_and_wiped_at_the_end(facility):
     os.close(end)
     shown = os.read(terminal, 10000).decode()
     os.close(terminal)
-    assert "s: " in shown and "records posted, 0 logged" in shown
-    assert shown.endswith("\r\x1b[K")
+    progress, wiped, rest = shown.partition("\r\x1b[K")
+    assert wiped and "s: " in progress and "records posted, 0 logged" in progress
+    assert rest.startswith("sonaprobe-sim: nobody traced meanwhile") and rest.count("\n") == 1
     assert result.stdout.endswith(b" records logged\n")

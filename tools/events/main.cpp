@@ -71,8 +71,13 @@ int main(int argc, char** argv) {
     } else if (what == "help" || what == "--help" || what == "-h") {
         std::fputs(kHelp, stdout);
     } else {
-        std::fputs(kHelp, stderr);
+        std::fputs(
+            "sonaprobe-events: give one of markdown, records, counts; see sonaprobe-events "
+            "--help\n",
+            stderr);
         return EXIT_FAILURE;
     }
-    return EXIT_SUCCESS;
+    if (std::fflush(stdout) == 0 && std::ferror(stdout) == 0) return EXIT_SUCCESS;
+    std::fputs("sonaprobe-events: cannot write to standard output\n", stderr);
+    return EXIT_FAILURE;
 }

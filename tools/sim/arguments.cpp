@@ -5,6 +5,8 @@
 #include <algorithm>
 #include <charconv>
 #include <cinttypes>
+#include <optional>
+#include <string>
 
 #include "sim/messages.h"
 
@@ -15,15 +17,15 @@ constexpr std::string_view kDashes = "--";
 
 int lengthOf(std::string_view text) { return static_cast<int>(text.size()); }
 
-bool readOption(const NumberOption& option, std::string_view text) {
+bool readOption(const NumberOption& option, std::optional<std::string_view> text) {
     uint64_t number = 0;
-    if (parseNumber(text, number) && option.least <= number && number <= option.most) {
+    if (text && parseNumber(*text, number) && option.least <= number && number <= option.most) {
         *option.value = number;
         return true;
     }
-    complain("--%.*s takes a number from %" PRIu64 " to %" PRIu64 ", not '%.*s'",
-             lengthOf(option.name), option.name.data(), option.least, option.most, lengthOf(text),
-             text.data());
+    const std::string found = text ? "not '" + std::string(*text) + "'" : "and none follows";
+    complain("--%.*s takes a number from %" PRIu64 " to %" PRIu64 ", %s", lengthOf(option.name),
+             option.name.data(), option.least, option.most, found.c_str());
     return false;
 }
 
@@ -52,10 +54,11 @@ bool readArguments(Arguments arguments, std::span<const Operand> operands,
                 return given.starts_with(kDashes) && given.substr(kDashes.size()) == known.name;
             });
             if (option == options.end()) {
-                complain("unknown option '%.*s'", lengthOf(given), given.data());
+                complain("unknown option '%.*s'; see sonaprobe-sim --help", lengthOf(given),
+                         given.data());
                 return false;
             }
-            std::string_view text;
+            std::optional<std::string_view> text;
             if (equals != std::string_view::npos) {
                 text = argument.substr(equals + 1);
             } else if (i + 1 < arguments.size()) {
@@ -65,11 +68,13 @@ bool readArguments(Arguments arguments, std::span<const Operand> operands,
         } else if (found < operands.size()) {
             *operands[found++].value = arguments[i];
         } else {
-            complain("one argument too many: '%s'", arguments[i]);
+            complain("one argument too many: '%s'; see sonaprobe-sim --help", arguments[i]);
             return false;
         }
     }
-    if (found < operands.size()) complain("%s is missing", operands[found].name);
+    if (found < operands.size()) {
+        complain("%s is missing; see sonaprobe-sim --help", operands[found].name);
+    }
     return found == operands.size();
 }
 

@@ -3,6 +3,7 @@
 #include "sim/messages.h"
 
 #include <cerrno>
+#include <cinttypes>
 #include <cstdarg>
 #include <cstdio>
 #include <cstring>
@@ -46,12 +47,22 @@ void complain(const char* format, ...) {
     std::fputc('\n', stderr);
 }
 
+void printLogged(uint64_t logged, uint64_t posted) {
+    std::printf("%" PRIu64 " of %" PRIu64 " records logged\n", logged, posted);
+    if (logged > 0 || posted == 0 || isatty(STDERR_FILENO) == 0) return;
+    std::fflush(stdout);
+    complain("nobody traced meanwhile, or asked for other records; run sonaprobe at the same time");
+}
+
 int facilityFailure(const char* action, int error) {
     switch (error) {
         case EPERM: explainRefusal(action); break;
         case EBUSY: explainOwner(action); break;
         case ENOMEM:
             complain("cannot %s: no room in %s; make some in /dev/shm", action, standin::kFolder);
+            break;
+        case ENOENT:
+            complain("cannot %s: there is no /dev/shm; mount a tmpfs there", action);
             break;
         default: complain("cannot %s: %s: %s", action, standin::kFolder, std::strerror(error));
     }

@@ -206,7 +206,7 @@ int runPlay(Arguments arguments) {
         return facilityFailure("play", standin::attachProducer(producer) ? error : errno);
     }
     const Totals totals = totalsOf(performance);
-    std::printf("%" PRIu64 " of %" PRIu64 " records logged\n", totals.logged, totals.posted);
+    printLogged(totals.logged, totals.posted);
     return 0;
 }
 

@@ -1,7 +1,6 @@
 // sonaprobe-sim post: posts the records of a raw trace file at once.
 
 #include <cerrno>
-#include <cinttypes>
 #include <cstdio>
 #include <cstring>
 #include <memory>
@@ -50,7 +49,7 @@ int runPost(Arguments arguments) {
     }
     const Tally tally = postAll(file.get(), producer);
     const int readError = std::ferror(file.get()) != 0 ? errno : 0;
-    std::printf("%" PRIu64 " of %" PRIu64 " records logged\n", tally.logged, tally.records);
+    printLogged(tally.logged, tally.records);
     if (readError == 0) return 0;
     complain("cannot read %s to its end: %s", path, std::strerror(readError));
     return 1;
