@@ -40,7 +40,9 @@ foreach(program ${programs})
                DESTINATION \"\${CMAKE_INSTALL_PREFIX}/${CMAKE_INSTALL_DATADIR}/zsh/\${folder}\")")
 endforeach()
 get_property(compressed_files GLOBAL PROPERTY SONAPROBE_COMPRESSED)
-add_custom_target(sonaprobe_install_files ALL DEPENDS ${compressed_files})
+add_custom_target(sonaprobe_install_files DEPENDS ${compressed_files})
+# Whoever has built the programs alone can install them.
+add_dependencies(sonaprobe sonaprobe_install_files)
 
 file(GLOB pages CONFIGURE_DEPENDS ${PROJECT_SOURCE_DIR}/docs/*.md)
 install(FILES README.md ${pages} DESTINATION ${SONAPROBE_DOC_DIR})
