@@ -19,6 +19,13 @@ def needs_root(test):
     return pytest.mark.skipif(os.geteuid() != 0, reason="needs root")(test)
 
 
+def needs_another_user(test):
+    """Marks a test that becomes another user, which root of a namespace of its own cannot."""
+    mapped = int(pathlib.Path("/proc/self/uid_map").read_text().split()[2])
+    able = os.geteuid() == 0 and mapped > 1
+    return pytest.mark.skipif(not able, reason="needs root, to become another user")(test)
+
+
 def run_program(*arguments, program="sonaprobe", **options):
     """Runs a program of the build to its end; its output as text, its status as `returncode`."""
     settings = {"capture_output": True, "text": True, "errors": "surrogateescape",

@@ -9,7 +9,7 @@ import tempfile
 
 import pytest
 
-from conftest import BUILD, PATIENCE, needs_root, run_program
+from conftest import BUILD, PATIENCE, needs_another_user, run_program
 from processes import ENDING_SIGNALS, read_line, started, wait_until, wait_until_waiting
 from records import DIVISOR_MARKER, SLOT, pack_lines, unpack
 
@@ -61,7 +61,7 @@ class TestRootCheck:
         yield shutil.copy(PROGRAM, folder)
         shutil.rmtree(folder)
 
-    @needs_root
+    @needs_another_user
     @pytest.mark.parametrize("options", [[], ["-h"], ["-V"], ["-l"], ["-b", "0"], ["--nosuch"]],
                              ids=" ".join)
     def test_no_option_is_looked_at_without_root(self, program, options, tracing):
