@@ -34,7 +34,8 @@ def same(offered, known):
 def test_classes_are_those_of_the_class_list(shell, option):
     listed = re.findall(r"'(....)'\t\|\t(\w+)", run_program("-l", "-h").stderr)
     assert len(listed) == 36
-    same(shell.complete(f"sonaprobe {option}"), [*UNNAMED, *(word for row in listed for word in row)])
+    named = [word for row in listed for word in row]
+    same(shell.complete(f"sonaprobe {option}"), [*UNNAMED, *named])
 
 
 @pytest.mark.parametrize("typed, completed", [

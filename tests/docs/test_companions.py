@@ -1,4 +1,4 @@
-"""The scripts and the events tool say what is wrong and what to do, in a line, and change nothing."""
+"""The scripts and the events tool say what is wrong and what to do, and change nothing."""
 
 import os
 import pathlib

@@ -1,8 +1,8 @@
 """README does what it says: each command of its sh blocks is run, each excerpt is what is printed.
 
 The commands run in a folder that looks like the project's, with the build at hand as build/release.
-sudo is a command that gives up after some seconds, so that live runs end as by Ctrl-C, and what
-would change the machine is replaced: see INSTEAD.
+sudo ends the project's programs after some seconds, as Ctrl-C would, and what would change the
+machine is replaced: see INSTEAD.
 """
 
 import os
@@ -16,12 +16,18 @@ from conftest import BUILD
 
 SOURCE = pathlib.Path(os.environ["SONAPROBE_SOURCE_DIR"])
 README = (SOURCE / "README.md").read_text()
-LIVE_SECONDS = 2
+LIVE_SECONDS = 4
 ENDED_BY_LIMIT = 124
 
 pytestmark = pytest.mark.skipif(os.geteuid() != 0, reason="needs root")
 
-SUDO = f"#!/bin/sh\nexec timeout --foreground --signal=INT {LIVE_SECONDS} \"$@\"\n"
+SUDO = f"""\
+#!/bin/sh
+case $1 in
+    build/release/*) exec timeout --foreground --signal=INT {LIVE_SECONDS} "$@" ;;
+    *) exec "$@" ;;
+esac
+"""
 
 INSTEAD = {
     # A test that runs all tests would run itself; the demo would build.
