@@ -80,11 +80,13 @@ class Host:
         return f"read {len(data) // 64 if count is None else count} {path}"
 
     def start(self, options, *script):
+        """Starts it with options, given as words or as a text of them."""
+        words = options.split() if isinstance(options, str) else options
         path = self.folder / "script"
         path.write_text("".join(f"{line}\n" for line in script))
         self.log.write_text("")
         self.process = subprocess.Popen(
-            [PROGRAM, *options.split()], cwd=self.folder, stdin=subprocess.DEVNULL,
+            [PROGRAM, *words], cwd=self.folder, stdin=subprocess.DEVNULL,
             stdout=subprocess.PIPE, stderr=subprocess.PIPE, text=True,
             env=os.environ | {"RECORDER_SCRIPT": path, "RECORDER_LOG": self.log})
 

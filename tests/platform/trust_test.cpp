@@ -184,6 +184,25 @@ TEST_F(Folder, IsRootsAlone) {
     EXPECT_FALSE(fs::exists(kFolder));
 }
 
+TEST_F(Folder, ARingThatWasReplacedIsNotTakenForTheOldOneOfItsNumber) {
+    setUpWith(1024);
+    Producer producer;
+    ASSERT_TRUE(attachProducer(producer));
+    EXPECT_EQ(postMany(producer, 0, 1), 1U);
+    const uint16_t number = producer.ring.number;
+    {
+        // As after so many set-ups that the numbers have come round.
+        const auto hold = holdAttachment();
+        attach()->control.store(controlWord(static_cast<uint16_t>(number - 2), false, 0));
+    }
+    setUpWith(1024);
+    ASSERT_EQ(statusNow().info.bufid, number);
+    ASSERT_TRUE(attachProducer(producer));
+    EXPECT_EQ(postMany(producer, 1, 3), 3U);
+    EXPECT_EQ(readAll(9).size(), 3U);
+    detachProducer(producer);
+}
+
 TEST_F(Folder, MayBeRemovedUnderARun) {
     setUpWith(1024);
     Producer producer;

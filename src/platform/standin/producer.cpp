@@ -30,6 +30,10 @@ bool attachProducer(Producer& producer) {
         producer.state = state;
         refreshInterest(producer);
     }
+    // Set-up numbers come round again, so a number alone does not tell a ring that was replaced.
+    if (producer.ring.entries != 0 && !stillInPlace(folderDescriptor(), producer.ring)) {
+        unmapRing(producer.ring);
+    }
     return true;
 }
 

@@ -15,8 +15,8 @@ struct Producer {
     uint64_t interestVersion = 0;
 };
 
-// Finds the facility, or checks that it is still the one found before; about two microseconds, so
-// worth a call now and then. False with errno as attach() of attachment.h has it.
+// Finds the facility, or checks that it and its ring are still those found before; some
+// microseconds, so worth a call now and then. False with errno as attach() of attachment.h has it.
 bool attachProducer(Producer& producer);
 void detachProducer(Producer& producer);
 
