@@ -151,13 +151,13 @@ def test_help_and_list_name_every_scenario():
 @pytest.mark.parametrize("arguments, complaint", [
     (["write", "tuba", "x.raw"],
      "unknown scenario 'tuba'; sonaprobe-sim scenarios lists them"),
-    (["write", "usb"], "FILE is missing"),
+    (["write", "usb"], "FILE is missing; see sonaprobe-sim --help"),
     (["write", "usb", "/nowhere/x.raw"], "cannot open /nowhere/x.raw: No such file or directory"),
     (["write", "usb", "/dev/full"], "cannot write /dev/full: No space left on device"),
     (["write", "usb", "x.raw", "--records", "0"],
      "--records takes a number from 1 to 18446744073709551615, not '0'"),
     (["play", "tuba"], "unknown scenario 'tuba'; sonaprobe-sim scenarios lists them"),
-    (["play"], "SCENARIO is missing"),
+    (["play"], "SCENARIO is missing; see sonaprobe-sim --help"),
     (["play", "usb", "--threads", "65"], "--threads takes a number from 1 to 64, not '65'"),
     (["play", "usb", "--rate", "fast"], "--rate takes a number from 1 to 1000000000, not 'fast'"),
 ], ids=lambda value: " ".join(value) if isinstance(value, list) else "")
