@@ -4,6 +4,7 @@
 #include "format/digits.h"
 
 #include <cinttypes>
+#include <cmath>
 #include <cstdarg>
 #include <memory>
 #include <string>
@@ -66,11 +67,12 @@ int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
             [&](char* at) { return putHexZeroFilled(at, value, field); });
     compare(printed("0x%" PRIx64, value), [&](char* at) { return putPointer(at, value); });
 
-    const unsigned decimals = input.number<uint8_t>() % 10;
+    const unsigned decimals = 1 + input.number<uint8_t>() % 8U;
     double real = 0;
     const auto bits = input.number<uint64_t>();
     std::memcpy(&real, &bits, sizeof real);
-    if (!(real >= 0 && real < 0x1p64)) real = static_cast<double>(value);
+    const bool taken = !std::signbit(real) && (real == 0 || (real >= 0x1p-10 && real < 0x1p64));
+    if (!taken) real = static_cast<double>(value);
     if (real < 0x1p64) {
         compare(printed("%*.*f", width, static_cast<int>(decimals), real),
                 [&](char* at) { return putReal(at, real, decimals, field); });
