@@ -103,9 +103,9 @@ class Bench:
                               stdout=subprocess.PIPE, text=True).stdout
 
     def make_traces(self, records):
-        """The simulator's story without the audio server, whose client events are starts without
-        ends and indent the lines more and more; the same with an undecoded class in each code; all
-        decoders' texts in a random order."""
+        """The simulator's story without the audio server, some of whose starts have no ends and
+        would indent the lines more and more; the same with an undecoded class in each code; the
+        texts of all decoders in a random order. Every record prints a line."""
         everything = self.folder / "everything.raw"
         self.sim("write", "all", everything, "--records", 2 * records, "--seed", 1)
         data = everything.read_bytes()
@@ -330,9 +330,11 @@ def print_loss(bench, title, rate, seconds, options):
             time.sleep(0.02)
         busy = (processor_nanoseconds(live.process) - before) / seconds / 1e7
     posted = state["posted"] / seconds / 1e6
-    met = state["lost"] == 0 and posted >= 0.98 * rate / 1e6
+    result = verdict(state["lost"] == 0)
+    if posted < 0.95 * rate / 1e6:
+        result = "not shown, the producer was slower"
     print(f"| {title} | {posted:.2f} million a second for {seconds} s, {state['lost']} lost, "
-          f"{busy:.0f} % of a core | no loss at {rate / 1e6:.0f} million: {verdict(met)} |",
+          f"{busy:.0f} % of a core | no loss at {rate / 1e6:.0f} million: {result} |",
           flush=True)
 
 
