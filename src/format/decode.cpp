@@ -52,11 +52,14 @@ char* putNanoseconds(char* at, uint64_t nanoseconds) {
     const uint64_t seconds = nanoseconds / 1'000'000'000;
     const auto below = static_cast<uint32_t>(nanoseconds % 1'000'000'000);
     at = putSigned(at, static_cast<int32_t>(static_cast<uint32_t>(seconds)));
-    for (const uint32_t part : {below / 1'000'000, below / 1000 % 1000, below % 1000}) {
-        *at = '.';
-        at = putThreeDigits(at + 1, part);
-    }
-    return at;
+    *at = '.';
+    at = putThreeDigits(at + 1, below / 1'000'000);
+    *at = '.';
+    const uint64_t eight = digits::eightDecimals(below % 1'000'000) + digits::kZeros;
+    digits::store(at + 1, eight >> 16);
+    at[4] = '.';
+    digits::store(at + 5, eight >> 40);
+    return at + 8;
 }
 
 char* putFourCharacters(char* at, uint64_t code) {

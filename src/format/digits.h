@@ -25,16 +25,24 @@ static_assert(std::endian::native == std::endian::little, "digits are stored low
 
 constexpr uint64_t kZeros = 0x3030303030303030;  // '0' in each byte
 
-// The eight decimal digits of a value below 100,000,000, the highest in the lowest byte. Halves,
-// then pairs, then digits are split side by side, each division by a multiplication.
-constexpr uint64_t eightDecimals(uint32_t value) {
-    const uint64_t high = value / 10000;
-    const uint64_t fours = high | (value - high * 10000) << 32;
-    const uint64_t hundreds = ((fours * 10486) >> 20) & 0x0000007F'0000007F;
-    const uint64_t pairs = hundreds | (fours - hundreds * 100) << 16;
-    const uint64_t tens = ((pairs * 103) >> 10) & 0x000F'000F'000F'000F;
+// The digits of numbers below 10,000 that stand in the 32-bit lanes of a word, the highest in the
+// lowest byte. Pairs, then digits are split side by side, each division by a multiplication.
+template <typename Word>
+constexpr Word fourDigitsEach(Word fours) {
+    const Word hundreds = ((fours * 10486) >> 20) & static_cast<Word>(0x0000007F'0000007F);
+    const Word pairs = hundreds | (fours - hundreds * 100) << 16;
+    const Word tens = ((pairs * 103) >> 10) & static_cast<Word>(0x000F'000F'000F'000F);
     return tens | (pairs - tens * 10) << 8;
 }
+
+// The eight decimal digits of a value below 100,000,000.
+constexpr uint64_t eightDecimals(uint32_t value) {
+    const uint64_t high = value / 10000;
+    return fourDigitsEach(high | (value - high * 10000) << 32);
+}
+
+// The four decimal digits of a value below 10,000.
+constexpr uint32_t fourDecimals(uint32_t value) { return fourDigitsEach(value); }
 
 // Sixteen characters side by side, which every compiler of ours turns into the machine's vectors.
 using Characters = char __attribute__((vector_size(16)));
@@ -120,7 +128,17 @@ inline char* padLeft(char* at, char* end, char fill, size_t width) {
 // nothing behind it waits for.
 inline char* putUnsignedInTen(char* at, uint64_t value) {
     constexpr uint64_t kEightDigits = 100'000'000;
+    constexpr uint64_t kZeroToBlank = 0x1010101010101010;  // '0' ^ ' ' in each byte
     if (value >= 100 * kEightDigits) return putUnsigned(at, value);
+    if (value < 10'000) {  // most deltas
+        const uint32_t four = digits::fourDecimals(static_cast<uint32_t>(value));
+        const auto leadingBits = static_cast<unsigned>(std::countr_zero(four | 1U << 24)) & ~7U;
+        const uint64_t text =
+            (four + digits::kZeros) ^ (kZeroToBlank & ((uint64_t{1} << leadingBits) - 1));
+        std::memset(at, ' ', 6);
+        digits::store(at + 6, text);
+        return at + 10;
+    }
     const uint64_t high = value / kEightDigits;
     const uint64_t eight =
         digits::eightDecimals(static_cast<uint32_t>(value - high * kEightDigits));
@@ -130,8 +148,7 @@ inline char* putUnsignedInTen(char* at, uint64_t value) {
         digits::store(at + 2, eight + digits::kZeros);
         return at + 10;
     }
-    // The leading zeros but the last become blanks: '0' ^ ' ' is 0x10.
-    constexpr uint64_t kZeroToBlank = 0x1010101010101010;
+    // The leading zeros but the last become blanks.
     const auto leadingBits = static_cast<unsigned>(std::countr_zero(eight | 1ULL << 56)) & ~7U;
     at[0] = at[1] = ' ';
     digits::store(at + 2,
@@ -167,7 +184,7 @@ inline char* putUnsignedZeroFilled(char* at, uint64_t value, unsigned width) {
 
 // %03u of a value below 1000.
 inline char* putThreeDigits(char* at, unsigned value) {
-    digits::store(at, (digits::eightDecimals(value) + digits::kZeros) >> 40);
+    digits::store(at, (digits::fourDecimals(value) + digits::kZeros) >> 8);
     return at + 3;
 }
 

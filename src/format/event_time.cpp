@@ -43,13 +43,14 @@ char* putLocalTime(char* at) {
     return putText(at, " us]");
 }
 
-// Seconds within the minute, milliseconds and microseconds.
+// Seconds within the minute and milliseconds, a point, microseconds: eight digits in all.
 char* putKernelTime(char* at, uint64_t microseconds) {
     const auto withinMinute = static_cast<uint32_t>(microseconds % 60'000'000);
-    at = putUnsignedZeroFilled(at, withinMinute / 1'000'000, 2);
-    at = putThreeDigits(at, withinMinute / 1000 % 1000);
-    *at = '.';
-    return putThreeDigits(at + 1, withinMinute % 1000);
+    const uint64_t eight = digits::eightDecimals(withinMinute) + digits::kZeros;
+    digits::store(at, eight);
+    at[5] = '.';
+    digits::store(at + 6, eight >> 40);
+    return at + 9;
 }
 
 }  // namespace
