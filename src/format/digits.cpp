@@ -26,7 +26,7 @@ char* putReal(char* at, double value, unsigned decimals, unsigned width) {
     auto tail = static_cast<uint64_t>(scaled >> kFractionBits);
     const uint64_t rest = static_cast<uint64_t>(scaled) & ((uint64_t{1} << kFractionBits) - 1);
     constexpr uint64_t kHalf = uint64_t{1} << (kFractionBits - 1);
-    tail += rest > kHalf || (rest == kHalf && tail % 2 != 0) ? 1 : 0;
+    tail += rest + tail % 2 > kHalf ? 1 : 0;
     if (tail == power) {
         tail = 0;
         ++whole;
@@ -34,8 +34,15 @@ char* putReal(char* at, double value, unsigned decimals, unsigned width) {
     const unsigned behindWhole = 1 + decimals;
     at = putUnsigned(at, whole, width > behindWhole ? width - behindWhole : 0);
     *at = '.';
-    const uint64_t eight = digits::eightDecimals(static_cast<uint32_t>(tail)) + digits::kZeros;
-    digits::store(at + 1, eight >> (64 - 8 * decimals));
+    constexpr unsigned kFour = 4;
+    const auto number = static_cast<uint32_t>(tail);
+    if (decimals <= kFour) {
+        digits::store(at + 1,
+                      (digits::fourDecimals(number) + digits::kZeros) >> 8 * (kFour - decimals));
+    } else {
+        digits::store(
+            at + 1, (digits::eightDecimals(number) + digits::kZeros) >> 8 * (2 * kFour - decimals));
+    }
     return at + behindWhole;
 }
 
