@@ -1,5 +1,5 @@
 # What every target of the project is compiled and linked with: the include root, warnings,
-# sanitizers, clang-tidy.
+# hardening, sanitizers, clang-tidy.
 
 add_library(sonaprobe_options INTERFACE)
 target_include_directories(sonaprobe_options INTERFACE ${PROJECT_SOURCE_DIR}/src)
@@ -10,6 +10,16 @@ target_compile_options(
             -Wformat=2 -Wno-format-y2k -Wundef -Wnon-virtual-dtor -Wold-style-cast -Wunused)
 if(SONAPROBE_WERROR)
   target_compile_options(sonaprobe_options INTERFACE -Werror)
+endif()
+
+# What users run is hardened. The sanitizers check more, and do not go with fortify.
+include(CheckPIESupported)
+check_pie_supported(LANGUAGES C CXX)
+set(SONAPROBE_HARDENED OFF)
+if(CMAKE_BUILD_TYPE MATCHES "^(Release|RelWithDebInfo)$" AND NOT SONAPROBE_SANITIZE)
+  set(SONAPROBE_HARDENED ON)
+  add_compile_options(-U_FORTIFY_SOURCE -D_FORTIFY_SOURCE=2 -fstack-protector-strong)
+  add_link_options(-Wl,-z,relro,-z,now,-z,noexecstack)
 endif()
 
 if(SONAPROBE_SANITIZE)

@@ -8,7 +8,7 @@ import subprocess
 import time
 from dataclasses import dataclass, field
 
-from setting import BUILD, numbers_of, wait_for_handlers
+from setting import BUILD, Drain, numbers_of, wait_for_handlers
 
 SLOT = 64
 UNLIMITED = resource.RLIM_INFINITY
@@ -40,12 +40,12 @@ def fill_up(process, trace, misalignment, source):
     time.sleep(source.uniform(0, 0.01))
 
 
-def check(trace, errors, tally):
+def check(trace, messages, tally):
     """Each record is stored or has its message, and none both."""
     data = trace.read_bytes()
     stored = numbers_of(data[SLOT:len(data) - len(data) % SLOT])
     lost = []
-    for line in errors.read_text().splitlines():
+    for line in messages.decode().splitlines():
         message = MESSAGE.match(line)
         if message is None:
             tally.faults.append(f"message {line!r}")
@@ -65,11 +65,15 @@ def torture(folder, seed, misalignments=range(SLOT), program=BUILD / "sonaprobe"
     """One run in which the disk is full once at each misalignment. For use under a load."""
     source = random.Random(seed)
     tally = Tally()
-    trace, errors = folder / "trace", folder / "stderr"
+    trace = folder / "trace"
     trace.unlink(missing_ok=True)
-    with errors.open("w") as messages, open(os.devnull, "w", encoding="ascii") as nowhere:
+    # Messages come through a pipe, for the limit is one of all files.
+    ours, theirs = os.pipe()
+    with open(os.devnull, "w", encoding="ascii") as nowhere:
         process = subprocess.Popen([program, "-b", "200000", "-wtrace", "-X", "1"], cwd=folder,
-                                   stdin=subprocess.DEVNULL, stdout=nowhere, stderr=messages)
+                                   stdin=subprocess.DEVNULL, stdout=nowhere, stderr=theirs)
+        os.close(theirs)
+        messages = Drain(ours)
         try:
             wait_for_handlers(process)
             while not trace.exists() or trace.stat().st_size < 2 * SLOT:
@@ -83,5 +87,5 @@ def torture(folder, seed, misalignments=range(SLOT), program=BUILD / "sonaprobe"
         finally:
             process.kill()
             process.wait()
-    check(trace, errors, tally)
+    check(trace, messages.finish(), tally)
     return tally

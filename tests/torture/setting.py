@@ -7,6 +7,7 @@ import pathlib
 import signal
 import struct
 import subprocess
+import threading
 import time
 
 BUILD = pathlib.Path(os.environ.get("SONAPROBE_BUILD_DIR", "build/release")).resolve()
@@ -69,6 +70,24 @@ def wait_for_handlers(process):
     while process.poll() is None and not has_handlers(process):
         if time.monotonic() > limit:
             raise RuntimeError("the program does not start")
+
+
+class Drain:
+    """Reads a pipe to its end beside what goes on."""
+
+    def __init__(self, descriptor):
+        self.data = b""
+        self.descriptor = descriptor
+        self.thread = threading.Thread(target=self.read)
+        self.thread.start()
+
+    def read(self):
+        with os.fdopen(self.descriptor, "rb") as pipe:
+            self.data = pipe.read()
+
+    def finish(self):
+        self.thread.join()
+        return self.data
 
 
 def numbers_of(slots):

@@ -4,12 +4,11 @@ import os
 import random
 import signal
 import subprocess
-import threading
 import time
 from dataclasses import dataclass, field
 
-from setting import (BUILD, CLEAN, FOUR, LINE, OPTIONS, VERSION_LINE, numbers_of, reset, status,
-                     wait_for_handlers)
+from setting import (BUILD, CLEAN, FOUR, LINE, OPTIONS, VERSION_LINE, Drain, numbers_of, reset,
+                     status, wait_for_handlers)
 
 # When a run counts as hanging. It must end within a second; the machine may be busy.
 HANG = 4
@@ -65,24 +64,6 @@ def faults_of_slots(data, cut_allowed):
     elif any(b <= a for a, b in zip(numbers, numbers[1:])):
         faults.append("doubled slots")
     return faults, numbers
-
-
-class Drain:
-    """Reads a pipe to its end beside the round."""
-
-    def __init__(self, descriptor):
-        self.data = b""
-        self.descriptor = descriptor
-        self.thread = threading.Thread(target=self.read)
-        self.thread.start()
-
-    def read(self):
-        with os.fdopen(self.descriptor, "rb") as pipe:
-            self.data = pipe.read()
-
-    def finish(self):
-        self.thread.join()
-        return self.data
 
 
 class Round:
