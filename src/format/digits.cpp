@@ -26,7 +26,7 @@ char* putReal(char* at, double value, unsigned decimals, unsigned width) {
     auto tail = static_cast<uint64_t>(scaled >> kFractionBits);
     const uint64_t rest = static_cast<uint64_t>(scaled) & ((uint64_t{1} << kFractionBits) - 1);
     constexpr uint64_t kHalf = uint64_t{1} << (kFractionBits - 1);
-    tail += rest + tail % 2 > kHalf ? 1 : 0;
+    tail += rest + tail % 2 > kHalf ? 1U : 0U;
     if (tail == power) {
         tail = 0;
         ++whole;
