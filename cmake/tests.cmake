@@ -24,7 +24,7 @@ function(sonaprobe_pytest file)
   cmake_parse_arguments(PARSE_ARGV 1 arg "FACILITY" "" "")
   get_filename_component(folder ${CMAKE_CURRENT_SOURCE_DIR} NAME)
   string(REGEX REPLACE "\\.py$" "" name "${folder}.${file}")
-  add_test(NAME ${name} COMMAND ${SONAPROBE_PYTEST} -q -p no:cacheprovider
+  add_test(NAME ${name} COMMAND ${SONAPROBE_PYTEST} -q -rs -p no:cacheprovider
                                 ${CMAKE_CURRENT_SOURCE_DIR}/${file})
   set_tests_properties(
     ${name}
