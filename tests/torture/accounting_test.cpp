@@ -3,6 +3,8 @@
 
 #include <array>
 #include <atomic>
+#include <cinttypes>
+#include <cstdio>
 #include <cstdlib>
 #include <random>
 #include <signal.h>
@@ -152,12 +154,9 @@ TEST_F(Accounting, IsExactWhileProducersAndOwnersAreKilled) {
     EXPECT_GE(end.posted, counted->logged);
     EXPECT_LE(end.posted, counted->logged + producersKilled);
     EXPECT_EQ(counted->torn, 0U);
-    std::printf("posted %llu seen %llu lost %llu; killed: %llu producers, %llu owners\n",
-                static_cast<unsigned long long>(end.posted),
-                static_cast<unsigned long long>(counted->seen + count),
-                static_cast<unsigned long long>(end.lost),
-                static_cast<unsigned long long>(producersKilled),
-                static_cast<unsigned long long>(ownersKilled));
+    std::printf("posted %" PRIu64 " seen %" PRIu64 " lost %" PRIu64 "; killed: %" PRIu64
+                " producers, %" PRIu64 " owners\n",
+                end.posted, counted->seen + count, end.lost, producersKilled, ownersKilled);
 }
 
 }  // namespace
