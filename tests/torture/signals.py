@@ -85,7 +85,7 @@ class Round:
         wait_for_handlers(self.process)
 
     def shoot(self, longest=0.03):
-        """Waits a moment and sends a signal or a storm of them; whether the run then ends."""
+        """Waits a moment, sends a signal or a storm of them, and waits for the end."""
         time.sleep(self.source.uniform(0, longest))
         begin = time.monotonic()
         for _ in range(self.source.choice((1, 1, 2, 3, 6))):
