@@ -36,6 +36,13 @@ def test_a_script_names_what_is_wrong(script, arguments, message):
     assert (result.stderr, result.stdout, result.returncode) == (message, "", 1)
 
 
+@pytest.mark.parametrize("script", ["bench", "demo", "test"])
+def test_a_script_shows_its_help_wherever_it_is_called_from(script):
+    result = run(f"./{script}", "--help", cwd=SOURCE / "script")
+    assert f"\n  script/{script}" in result.stdout
+    assert (result.stderr, result.returncode) == ("", 0)
+
+
 def test_the_demo_asks_for_root_where_there_is_no_sudo(tmp_path):
     for tool in ("bash", "basename", "dirname"):
         (tmp_path / tool).symlink_to(f"/usr/bin/{tool}")
