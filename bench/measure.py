@@ -324,14 +324,15 @@ def processor_nanoseconds(process):
 def print_loss(bench, title, rate, seconds, options):
     with LiveRun(bench, *options) as live:
         before = processor_nanoseconds(live.process)
-        bench.sim("play", "all", "--rate", rate, "--seconds", seconds)
+        # A tenth more than asked: the rate is the mean of a round, and drivers start late.
+        bench.sim("play", "all", "--rate", rate * 11 // 10, "--seconds", seconds)
         deadline = time.monotonic() + 10
         while (state := status(bench))["pending"] > 0 and time.monotonic() < deadline:
             time.sleep(0.02)
         busy = (processor_nanoseconds(live.process) - before) / seconds / 1e7
     posted = state["posted"] / seconds / 1e6
     result = verdict(state["lost"] == 0)
-    if posted < 0.95 * rate / 1e6:
+    if state["lost"] == 0 and posted < rate / 1e6:
         result = "not shown, the producer was slower"
     print(f"| {title} | {posted:.2f} million a second for {seconds} s, {state['lost']} lost, "
           f"{busy:.0f} % of a core | no loss at {rate / 1e6:.0f} million: {result} |",
