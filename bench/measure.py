@@ -213,6 +213,10 @@ def measure_case(bench, case, records, rounds):
     return samples
 
 
+def verdict(met):
+    return "met" if met else "**not met**"
+
+
 def judge(samples, goal):
     """A goal as text, with what was reached, and whether it was."""
     what, comparison, limit = goal
@@ -224,7 +228,7 @@ def judge(samples, goal):
         reached = samples.ratio("sonaprobe", what)
         text = f"at most {limit} times the {what}, was {reached:.2f}"
     met = reached >= limit if comparison == ">=" else reached <= limit
-    return f"{text}: {'met' if met else '**not met**'}"
+    return f"{text}: {verdict(met)}"
 
 
 def print_speed(bench, records, rounds):
@@ -259,10 +263,6 @@ def print_instructions(bench):
             print(f"| {case.title} | {(twice - once) / COUNTED_RECORDS:.0f} |", flush=True)
 
 
-def verdict(met):
-    return "met" if met else "**not met**"
-
-
 def resident_kilobytes(bench):
     """The most memory that printing ever held: all records through a pipe that stays open."""
     read_end, write_end = os.pipe()
@@ -280,7 +280,8 @@ def resident_kilobytes(bench):
 def print_sizes(bench):
     print("\n| whole program | | goal |\n|---|---|---|")
     resident = resident_kilobytes(bench) / 1024
-    print(f"| most memory of `-r`, resident | {resident:.1f} MiB | 8 MiB: {verdict(resident < 8)} |")
+    print(f"| most memory of `-r`, resident | {resident:.1f} MiB "
+          f"| 8 MiB: {verdict(resident < 8)} |")
     starts = [bench.run([bench.program("sonaprobe"), "-V", "-r", "/dev/null"], DEFAULT)[0]
               for _ in range(50)]
     start = statistics.median(cost.processor for cost in starts) / 1e6
