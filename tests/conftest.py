@@ -2,7 +2,9 @@
 
 import os
 import pathlib
+import shutil
 import subprocess
+import tempfile
 
 import pytest
 
@@ -48,6 +50,14 @@ def raw(tmp_path):
         return path
 
     return write
+
+
+@pytest.fixture
+def open_to_all():
+    """Copies a program of the build to where everyone may start it; the build may be in a home."""
+    with tempfile.TemporaryDirectory() as folder:
+        os.chmod(folder, 0o755)
+        yield lambda program: shutil.copy(BUILD / program, folder)
 
 
 @pytest.fixture

@@ -1,11 +1,8 @@
 """From the root check to the exit: run modes, fatal ends, and what each leaves of the facility."""
 
 import os
-import pathlib
-import shutil
 import signal
 import subprocess
-import tempfile
 
 import pytest
 
@@ -53,18 +50,11 @@ def assert_cleaned_up():
 class TestRootCheck:
     """Only root gets further than the first message."""
 
-    @pytest.fixture
-    def program(self):
-        """A copy of the program where everyone may start it."""
-        folder = pathlib.Path(tempfile.mkdtemp())
-        folder.chmod(0o755)
-        yield shutil.copy(PROGRAM, folder)
-        shutil.rmtree(folder)
-
     @needs_another_user
     @pytest.mark.parametrize("options", [[], ["-h"], ["-V"], ["-l"], ["-b", "0"], ["--nosuch"]],
                              ids=" ".join)
-    def test_no_option_is_looked_at_without_root(self, program, options, tracing):
+    def test_no_option_is_looked_at_without_root(self, open_to_all, options, tracing):
+        program = open_to_all("sonaprobe")
         result = run_program(*options, program=program, user=NOBODY)
         assert result.stderr == f"'{program}' must be run as root.\n"
         assert (result.stdout, result.returncode) == ("", 1)

@@ -9,7 +9,7 @@ import subprocess
 
 import pytest
 
-from conftest import BUILD, run_program
+from conftest import BUILD, needs_another_user, run_program
 from records import DIVISOR_MARKER, INVALID_MARKER, pack
 
 FOLDER = pathlib.Path("/dev/shm/sonaprobe")
@@ -345,8 +345,9 @@ def test_a_host_without_shared_memory_is_told_so(private_shm):
         "sonaprobe-sim: cannot read the state: there is no /dev/shm; mount a tmpfs there\n")
 
 
-def test_it_is_roots():
-    done = run_program("status", program="sonaprobe-sim", user=12345)
+@needs_another_user
+def test_it_is_roots(open_to_all):
+    done = run_program("status", program=open_to_all("sonaprobe-sim"), user=12345)
     assert done.returncode == 1
     assert done.stderr == (
         "sonaprobe-sim: cannot read the state: the trace facility is root's; run this as root\n"
