@@ -321,6 +321,7 @@ def test_closed_streams_leave_the_state_alone():
     assert sim("status") == AFTER_BOOT
 
 
+@needs_another_user
 def test_a_folder_of_somebody_else_is_refused_with_the_reason(private_shm):
     if not private_shm:
         pytest.skip("no right to a /dev/shm of its own")
