@@ -3,6 +3,8 @@
 #include "format/event_time.h"
 
 #include <algorithm>
+#include <bit>
+#include <cstring>
 #include <ctime>
 
 #include "app/settings.h"
@@ -16,32 +18,71 @@ namespace {
 int64_t lastMicroseconds = 0;
 int64_t lastDelta = 0;
 
-// hh:mm:ss of now, made anew only when the second has changed.
-std::string_view wallClockText() {
-    constexpr size_t kHour = 11;  // in "Sat Nov 21 10:11:22 2026\n"
-    static char text[] = "        ";
-    static std::time_t shownSecond = 0;
-    const std::time_t now = std::time(nullptr);
-    if (now != shownSecond) {
-        shownSecond = now;
-        if (const char* date = std::ctime(&now)) std::memcpy(text, date + kHour, sizeof text - 1);
-    }
-    return {text, sizeof text - 1};
-}
-
 char* putInTen(char* at, int64_t value) {
     return value >= 0 ? putUnsignedInTen(at, static_cast<uint64_t>(value))
                       : putSigned(at, value, 10);
 }
 
-char* putLocalTime(char* at) {
-    at = putText(at, wallClockText());
-    at = putText(at, " [");
-    at = putInTen(at, lastMicroseconds);
-    at = putText(at, "][");
-    at = putInTen(at, lastDelta);
-    return putText(at, " us]");
-}
+// "hh:mm:ss [1234567890][      1234 us]" as it was printed last. Between records that are near in
+// time only the last four digits of the two numbers change, which are made side by side.
+class LocalTimeText {
+  public:
+    char* put(char* at, int64_t microseconds, int64_t delta) {
+        const std::time_t now = std::time(nullptr);
+        const auto stamp = static_cast<uint64_t>(microseconds);
+        const auto step = static_cast<uint64_t>(delta);
+        const bool near = stamp / kFourDigits == tenThousands_ && step < kFourDigits;
+        if (!near || now != second_) return putWhole(at, now, microseconds, delta);
+
+        constexpr uint64_t kZeroToBlank = uint64_t{'0' ^ ' '} * 0x01010101;
+        std::memcpy(at, text_, sizeof text_);
+        const uint64_t fours = digits::fourDigitsEach(stamp % kFourDigits | step << 32);
+        const auto stepFour = static_cast<uint32_t>(fours >> 32);
+        const auto leadingBits = static_cast<unsigned>(std::countr_zero(stepFour | 1U << 24)) & ~7U;
+        const uint64_t blanks = kZeroToBlank & ((uint64_t{1} << leadingBits) - 1);
+        const uint64_t shown = (fours + digits::kZeros) ^ blanks << 32;
+        const auto stampText = static_cast<uint32_t>(shown);
+        const auto stepText = static_cast<uint32_t>(shown >> 32);
+        std::memcpy(at + kStampFour, &stampText, sizeof stampText);
+        std::memcpy(at + kStepFour, &stepText, sizeof stepText);
+        return at + sizeof text_;
+    }
+
+  private:
+    static constexpr uint64_t kFourDigits = 10'000;
+    static constexpr uint64_t kNotKept = ~uint64_t{0};
+    static constexpr size_t kClock = 8;
+    static constexpr size_t kStampFour = 16;
+    static constexpr size_t kStepFour = 28;
+
+    // Keeps the text where its numbers leave room for another last four digits: the stamp has
+    // more digits than these and at most ten, the step no more.
+    char* putWhole(char* at, std::time_t now, int64_t microseconds, int64_t delta) {
+        if (now != second_) {
+            constexpr size_t kHour = 11;  // in "Sat Nov 21 10:11:22 2026\n"
+            second_ = now;
+            if (const char* date = std::ctime(&now)) std::memcpy(text_, date + kHour, kClock);
+        }
+        char* end = putText(at, {text_, kClock});
+        end = putInTen(putText(end, " ["), microseconds);
+        end = putInTen(putText(end, "]["), delta);
+        end = putText(end, " us]");
+        const auto stamp = static_cast<uint64_t>(microseconds);
+        tenThousands_ = kNotKept;
+        if (stamp >= kFourDigits && static_cast<uint64_t>(delta) < kFourDigits &&
+            static_cast<size_t>(end - at) == sizeof text_) {
+            tenThousands_ = stamp / kFourDigits;
+            std::memcpy(text_, at, sizeof text_);
+        }
+        return end;
+    }
+
+    char text_[36] = {' ', ' ', ' ', ' ', ' ', ' ', ' ', ' '};
+    std::time_t second_ = 0;
+    uint64_t tenThousands_ = kNotKept;  // of the stamp
+};
+
+constinit LocalTimeText localTimeText;
 
 // Seconds within the minute and milliseconds, a point, microseconds: eight digits in all.
 char* putKernelTime(char* at, uint64_t microseconds) {
@@ -63,7 +104,7 @@ std::string_view formatEventTime(uint64_t timestamp, char* destination) {
 
     char* end = destination;
     if (settings.timeMode & kLocalTime) {
-        end = putLocalTime(destination);
+        end = localTimeText.put(destination, lastMicroseconds, lastDelta);
     } else if (settings.timeMode & kKernelTime) {
         end = putKernelTime(destination, truncateToUnsigned(elapsed));
     }

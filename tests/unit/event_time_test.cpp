@@ -2,10 +2,14 @@
 
 #include "format/event_time.h"
 
+#include <algorithm>
+#include <cinttypes>
 #include <cmath>
+#include <cstdio>
 #include <ctime>
 #include <gtest/gtest.h>
 #include <limits>
+#include <random>
 #include <string>
 
 #include "app/settings.h"
@@ -47,6 +51,28 @@ TEST_F(EventTime, TheFirstDeltaIsZeroAndEachOtherOneCountsFromTheLast) {
     EXPECT_EQ(numbers(24'000'000), "[   1000000][         0 us]");
     EXPECT_EQ(numbers(24'000'240), "[   1000010][        10 us]");
     EXPECT_EQ(numbers(24'000'000), "[   1000000][       -10 us]");
+}
+
+// Near stamps share most of their text; each must come out as if it stood alone.
+TEST_F(EventTime, WalksOfNearAndFarStampsAreThoseOfPrintf) {
+    constexpr uint64_t kStarts[] = {1, 9'998, 10'000, 99'990'000, 9'999'989'990, 10'000'000'000};
+    std::mt19937 random(1);
+    for (const uint64_t start : kStarts) {
+        SetUp();
+        settings.tickDivisor = 1.0;
+        auto before = static_cast<int64_t>(start);
+        text(start);
+        for (int step = 0; step < 2'000; ++step) {
+            const auto delta = static_cast<int64_t>(random() % (random() % 8 == 0 ? 20'000 : 40)) -
+                               (random() % 16 == 0 ? 30 : 0);
+            const int64_t now = std::max<int64_t>(before + delta, 1);
+            char expected[64];
+            std::snprintf(expected, sizeof expected, "[%10" PRId64 "][%10" PRId64 " us]", now,
+                          now - before);
+            ASSERT_EQ(numbers(static_cast<uint64_t>(now)), std::string(expected)) << before;
+            before = now;
+        }
+    }
 }
 
 TEST_F(EventTime, EveryCallCountsWhateverFormIsPrinted) {
@@ -127,7 +153,7 @@ TEST_F(EventTime, WithoutTimeColumnUnclassifiedLinesCountAndDecodedOnesDoNot) {
     text(5'000'000);
     settings.timeMode = 0;
     capturedOutput([] {
-        printEventPrefix({.timestamp = 6'000'000, .thread = 0, .debugid = 0, .cpuid = 0}, "", "",
+        printEventPrefix({.timestamp = 6'000'000, .thread = 0, .debugid = 0, .cpuid = 0}, {}, {},
                          0);
         outputLine.end();
     });
