@@ -12,6 +12,7 @@
 #include "app/options.h"
 #include "app/settings.h"
 #include "app/signals.h"
+#include "format/output_line.h"
 #include "platform/platform.h"
 #include "rawfile/raw_reader.h"
 #include "rawfile/raw_writer.h"
@@ -36,9 +37,9 @@ void fillStandardDescriptors() {
 void sizeOutputBuffer() {
     constexpr size_t kSize = 65536;
     static char buffer[kSize];
-    if (!settings.writeRaw && isatty(STDOUT_FILENO) == 0) {
-        std::setvbuf(stdout, buffer, _IOFBF, sizeof buffer);
-    }
+    if (settings.writeRaw || isatty(STDOUT_FILENO) != 0) return;
+    std::setvbuf(stdout, buffer, _IOFBF, sizeof buffer);
+    if (std::atexit([] { outputLine.handOver(); }) == 0) outputLine.gather();
 }
 
 void readTimebase() {

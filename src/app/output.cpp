@@ -8,10 +8,12 @@
 #include <unistd.h>
 
 #include "app/signals.h"
+#include "format/output_line.h"
 
 namespace sonaprobe {
 
 void printMessage(std::FILE* stream, const char* format, ...) {
+    if (stream == stdout) outputLine.handOver();
     va_list values;
     va_start(values, format);
     if (std::vfprintf(stream, format, values) < 0) outputFailed(stream);
@@ -32,6 +34,7 @@ void outputFailed(std::FILE* stream) {
 }
 
 void flushOutput() {
+    outputLine.handOver();
     if (std::fflush(nullptr) != 0) outputFailed(stdout);
 }
 

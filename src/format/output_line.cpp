@@ -12,7 +12,7 @@ namespace sonaprobe {
 constinit OutputLine outputLine;
 
 void OutputLine::handOver() {
-    const auto length = static_cast<size_t>(at_ - buffer_);
+    const size_t length = used();
     at_ = buffer_;
     if (fwrite_unlocked(buffer_, 1, length, stdout) < length) outputFailed(stdout);
 }

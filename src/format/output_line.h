@@ -1,10 +1,13 @@
-// The line being printed: assembled in one buffer and handed to standard output in one call.
+// The line being printed: assembled in one buffer and handed to standard output in one call, alone
+// or together with the lines before it.
 
 #pragma once
 
 #include <cstddef>
 #include <cstdint>
 #include <cstring>
+
+#include "format/block_text.h"
 
 namespace sonaprobe {
 
@@ -13,6 +16,13 @@ class OutputLine {
     // What a line may hold beside its indentation: all columns and the longest text stay below it.
     static constexpr size_t kTextRoom = 4096;
 
+    // From now on lines are handed over several at a time.
+    void gather() { handOverAt_ = kGathered; }
+
+    // Hands over what there is. To be called before anything else goes to standard output, before
+    // it is flushed, and at the end.
+    void handOver();
+
     // Where the next character goes. A writer takes the cursor, writes, and puts it back.
     char* cursor() { return at_; }
     void moveTo(char* at) { at_ = at; }
@@ -20,26 +30,26 @@ class OutputLine {
     // Any number of blanks; more than the buffer holds go to standard output in pieces.
     void blanks(uint64_t count) {
         if (count > room()) count = spill(count);
-        std::memset(at_, ' ', count);
+        std::memset(at_, ' ', kTextBlock);
+        if (count > kTextBlock) std::memset(at_, ' ', count);
         at_ += count;
     }
 
-    // Ends the line with "\n" and hands it over.
+    // Ends the line with "\n" and hands it over, or keeps it to be gathered.
     void end() {
         *at_++ = '\n';
-        handOver();
+        if (used() >= handOverAt_) handOver();
     }
 
   private:
-    static constexpr size_t kIndentRoom = 4096;
+    static constexpr size_t kGathered = 4096;
+    static constexpr size_t kIndentRoom = kGathered + 4096;
 
-    size_t room() const {
-        const auto used = static_cast<size_t>(at_ - buffer_);
-        return used < kIndentRoom ? kIndentRoom - used : 0;
-    }
-    void handOver();
+    size_t used() const { return static_cast<size_t>(at_ - buffer_); }
+    size_t room() const { return used() < kIndentRoom ? kIndentRoom - used() : 0; }
     uint64_t spill(uint64_t count);
 
+    size_t handOverAt_ = 0;
     char buffer_[kIndentRoom + kTextRoom] = {};
     char* at_ = buffer_;
 };

@@ -20,6 +20,7 @@ TEST(OutputLine, PrintsRandomTextsAndBlanksUnchanged) {
         std::string expected;
         const std::string printed = capturedOutput([&] {
             OutputLine line;
+            if (round % 2 != 0) line.gather();
             for (int lines = 0; lines < 5; ++lines) {
                 const std::string before(random() % 300, 'b');
                 const std::string after(random() % 3000, 'a');
@@ -30,13 +31,14 @@ TEST(OutputLine, PrintsRandomTextsAndBlanksUnchanged) {
                 line.end();
                 expected.append(before).append(blanks, ' ').append(after) += '\n';
             }
+            line.handOver();
         });
         ASSERT_EQ(printed, expected);
     }
 }
 
 TEST(OutputLine, HoldsEveryNumberOfBlanksAroundItsRoom) {
-    for (const uint64_t room : {4096U, 8192U, 12'288U}) {
+    for (const uint64_t room : {4096U, 8192U, 12'288U, 16'384U}) {
         for (uint64_t blanks = room - 16; blanks <= room + 16; ++blanks) {
             const std::string printed = capturedOutput([&] {
                 OutputLine line;
@@ -48,6 +50,25 @@ TEST(OutputLine, HoldsEveryNumberOfBlanksAroundItsRoom) {
             ASSERT_EQ(printed, "->" + std::string(blanks, ' ') + "text\n");
         }
     }
+}
+
+TEST(OutputLine, GathersWholeLinesAndKeepsTheirOrder) {
+    OutputLine line;
+    line.gather();
+    const std::string text(999, 't');
+    std::string lines;
+    for (int i = 0; i < 4; ++i) lines += text + '\n';
+    const auto printLines = [&](int count) {
+        for (int i = 0; i < count; ++i) {
+            put(line, text);
+            line.end();
+        }
+    };
+    EXPECT_EQ(capturedOutput([&] { printLines(4); }), "");
+    EXPECT_EQ(capturedOutput([&] { line.handOver(); }), lines);
+    EXPECT_EQ(capturedOutput([&] { printLines(6); }), lines + text + '\n');
+    EXPECT_EQ(capturedOutput([&] { line.handOver(); }), text + '\n');
+    EXPECT_EQ(capturedOutput([&] { line.handOver(); }), "");
 }
 
 TEST(OutputLine, PrintsNothingBeforeItsEnd) {
