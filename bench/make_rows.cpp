@@ -45,7 +45,7 @@ std::string joined(std::initializer_list<std::string> parts) {
 }
 
 // What fills the conversions of a piece, each behind a comma.
-std::string argumentsOf(const Row& text, const Piece& piece) {
+std::string argumentsOf(const Text& text, const Piece& piece) {
     const std::string value = sliced(piece.slice);
     const Conversion conversion =
         readConversion(text.text.substr(size_t{piece.literalBegin} + piece.literalLength));
@@ -60,7 +60,7 @@ std::string argumentsOf(const Row& text, const Piece& piece) {
             return (conversion.wide ? ", (unsigned long long)" : ", (unsigned)") + value;
         case Reading::pointer: return ", (unsigned long long)" + value;
         case Reading::words: {
-            const WordPair& words = text.wordPairs[piece.wordPair];
+            const Text::Words& words = text.wordPairs[piece.wordPair];
             return ", " + value + " != 0 ? " + quoted(words.notZero) + " : " + quoted(words.zero);
         }
         case Reading::nanoseconds: {
@@ -84,7 +84,7 @@ std::string argumentsOf(const Row& text, const Piece& piece) {
 }
 
 // The text with "0x%llx" for "%p", of which the C library makes "(nil)" where it is zero.
-std::string formatOf(const Row& text) {
+std::string formatOf(const Text& text) {
     std::string format(text.text);
     for (size_t at = 0; (at = format.find('%', at)) != std::string::npos;) {
         if (format[at + 1] == 'p') format.replace(at, 2, "0x%llx");
@@ -93,7 +93,7 @@ std::string formatOf(const Row& text) {
     return format;
 }
 
-std::string conditionOf(const Row& text) {
+std::string conditionOf(const Text& text) {
     std::string condition;
     switch (text.qualifiers) {
         case kOnStart: condition = "qualifierOf(r) == 1"; break;
@@ -108,7 +108,7 @@ std::string conditionOf(const Row& text) {
                                       : condition + " != 0";
 }
 
-void printText(const TracedClass& traced, const Event& event, const Row& text) {
+void printText(const TracedClass& traced, const Text& text) {
     std::string arguments;
     for (const Piece& piece : text.pieces) arguments += argumentsOf(text, piece);
     std::printf(
@@ -120,9 +120,9 @@ void printText(const TracedClass& traced, const Event& event, const Row& text) {
         "                return;\n"
         "            }\n",
         conditionOf(text).c_str(), text.verbose ? "                if (!verbose) return;\n" : "",
-        quoted(groupOf(*traced.decoder, event, text)).c_str(),
-        quoted(methodOf(event, text)).c_str(), traced.decoder->hasObject ? "r->arg1" : "0",
-        quoted(formatOf(text)).c_str(), arguments.c_str());
+        quoted(text.group).c_str(), quoted(text.method).c_str(),
+        traced.decoder->hasObject ? "r->arg1" : "0", quoted(formatOf(text)).c_str(),
+        arguments.c_str());
 }
 
 void printClass(const TracedClass& traced) {
@@ -133,8 +133,8 @@ void printClass(const TracedClass& traced) {
         "    switch (r->debugid & ~3U) {\n",
         traced.title().c_str(), traced.id.c_str());
     for (const Event& event : eventsOf(traced)) {
-        std::printf("        case %s:\n", spellCode(event.event->code).c_str());
-        for (const Row& text : event.texts) printText(traced, event, text);
+        std::printf("        case %s:\n", spellCode(event.code).c_str());
+        for (const Text& text : event.texts) printText(traced, text);
         std::puts("            return;");
     }
     std::puts("        default: printUnclassified(r); return;\n    }\n}\n");

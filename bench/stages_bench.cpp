@@ -96,9 +96,12 @@ void prefix(State& state, uint32_t timeMode, uint32_t otherColumns) {
     settings.showCodes = settings.showCpu = otherColumns;
     TraceRecord record = recordOf(0x05245C0C);
     char* const begin = outputLine.cursor();
+    static constexpr char kNames[12 + 6 + kTextBlock] = "OrvelHDAPathenable";
+    constexpr BlockText group{kNames, 12};
+    constexpr BlockText method{kNames + group.size(), 6};
     for (auto _ : state) {
         record.timestamp += kTicksBetween;
-        printEventPrefix(headerOf(record), "OrvelHDAPath", "enable", record.arg1);
+        printEventPrefix(headerOf(record), group, method, record.arg1);
         outputLine.moveTo(begin);
         benchmark::ClobberMemory();
     }

@@ -80,7 +80,8 @@ char* putHexadecimal(char* at, const Piece& piece, uint64_t value) {
     return putHex(putText(at, "0x"), value);
 }
 
-char* putValue(char* at, const Row& row, const Piece& piece, const TraceRecord& record) {
+char* putValue(char* at, const Decoder& decoder, const Row& row, const Piece& piece,
+               const TraceRecord& record) {
     const uint64_t value = argumentOf(record, piece.slice, piece.signExtend);
     switch (piece.reading) {
         case Reading::nothing: return at;
@@ -95,8 +96,8 @@ char* putValue(char* at, const Row& row, const Piece& piece, const TraceRecord& 
         case Reading::hexadecimal: return putHexadecimal(at, piece, value);
         case Reading::pointer: return putPointer(at, value);
         case Reading::words: {
-            const WordPair& words = row.wordPairs[piece.wordPair];
-            return putText(at, value != 0 ? words.notZero : words.zero);
+            const WordPair& words = decoder.wordsOf(row, piece);
+            return putBlocks(at, decoder.text(value != 0 ? words.notZero : words.zero));
         }
         case Reading::nanoseconds: return putNanoseconds(at, value);
         case Reading::fourCharacters: return putFourCharacters(at, value);
@@ -109,11 +110,11 @@ char* putValue(char* at, const Row& row, const Piece& piece, const TraceRecord& 
     return at;
 }
 
-char* putLogText(char* at, const Row& row, const TraceRecord& record) {
-    const char* const text = row.text.data();
-    for (const Piece& piece : row.pieces) {
-        at = putText(at, {text + piece.literalBegin, piece.literalLength});
-        at = putValue(at, row, piece, record);
+char* putLogText(char* at, const Decoder& decoder, const Row& row, const TraceRecord& record) {
+    const BlockText text = decoder.text(row.text);
+    for (const Piece& piece : decoder.piecesOf(row)) {
+        at = putBlocks(at, text.part(piece.literalBegin, piece.literalLength));
+        at = putValue(at, decoder, row, piece, record);
     }
     return at;
 }
@@ -131,13 +132,13 @@ void decodeRecord(const Decoder& decoder, const TraceRecord& record) {
     const Row* const text = selectText(&event, end, record);
     if (text == nullptr || (text->verbose && !settings.verbose)) return;
 
-    const std::string_view group = !text->group.empty()   ? text->group
-                                   : !event.group.empty() ? event.group
-                                                          : decoder.group;
-    const std::string_view method = !text->method.empty() ? text->method : event.method;
+    const BlockText group = text->group.length != 0   ? decoder.text(text->group)
+                            : event.group.length != 0 ? decoder.text(event.group)
+                                                      : decoder.group.text();
+    const BlockText method = decoder.text(text->method.length != 0 ? text->method : event.method);
     const uint64_t object = decoder.hasObject ? record.arg1 : 0;
     if (!printEventPrefix(headerOf(record), group, method, object)) return;
-    outputLine.moveTo(putLogText(outputLine.cursor(), *text, record));
+    outputLine.moveTo(putLogText(outputLine.cursor(), decoder, *text, record));
     outputLine.end();
 }
 

@@ -14,7 +14,7 @@
 
 namespace sonaprobe {
 
-constexpr size_t kDigitSlack = 24;
+constexpr size_t kDigitSlack = 32;
 
 // The most characters of one number: a padded field, or %f of a 64-bit number.
 constexpr size_t kMaxNumberLength = 32;

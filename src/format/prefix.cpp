@@ -32,26 +32,25 @@ void printDirection(Qualifier qualifier) {
     }
 }
 
-char* putName(char* at, std::string_view group, std::string_view method) {
-    constexpr std::string_view kSeparator = "::";
+BlockText cutName(BlockText name) { return name.part(0, std::min(name.size(), kNameLength)); }
+
+char* putName(char* at, BlockText group, BlockText method) {
     char* const begin = at;
-    std::memset(at, ' ', kNameWidth);
-    if (settings.showGroup) {
-        at = putText(at, group.substr(0, kNameLength));
-        at = putText(at, kSeparator);
-    }
-    if (settings.showMethod) at = putText(at, method.substr(0, kNameLength));
-    if (at > begin + kNameLength) at = begin + kNameLength;
+    if (settings.showGroup) at = putText(putBlocks(at, cutName(group)), "::");
+    if (settings.showMethod) at = putBlocks(at, cutName(method));
+    at = std::min(at, begin + kNameLength);
+
+    static_assert(kNameWidth < kTextBlock);
+    std::memset(at, ' ', kTextBlock);
     if (!settings.noSeparator) {
         at = std::max(at, begin + (settings.showMethod ? kNameWidth : kNarrowNameWidth));
     }
-    *at = ' ';
     return at + 1;
 }
 
 }  // namespace
 
-bool printEventPrefix(const EventHeader& header, std::string_view group, std::string_view method,
+bool printEventPrefix(const EventHeader& header, BlockText group, BlockText method,
                       uint64_t object) {
     char* at = outputLine.cursor();
     if (settings.timeMode != 0) {

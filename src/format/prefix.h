@@ -4,8 +4,8 @@
 #pragma once
 
 #include <cstdint>
-#include <string_view>
 
+#include "format/block_text.h"
 #include "trace/trace_record.h"
 
 namespace sonaprobe {
@@ -24,7 +24,7 @@ constexpr EventHeader headerOf(const TraceRecord& record) {
 
 // Puts the prefix on the line being printed, each column ended by a blank, as the settings switch
 // them; an object of 0 has no column. The LOG text follows if the result is true, as it always is.
-bool printEventPrefix(const EventHeader& header, std::string_view group, std::string_view method,
+bool printEventPrefix(const EventHeader& header, BlockText group, BlockText method,
                       uint64_t object);
 
 }  // namespace sonaprobe

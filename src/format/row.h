@@ -6,8 +6,8 @@
 #include <array>
 #include <cstdint>
 #include <span>
-#include <string_view>
 
+#include "format/block_text.h"
 #include "format/conversion.h"
 
 namespace sonaprobe {
@@ -51,11 +51,15 @@ struct Piece {
     uint8_t wordPair = 0;  // words only: which of the row's pairs
 };
 
-struct WordPair {
-    std::string_view notZero;
-    std::string_view zero;
+// A part of what a decoder keeps for all its rows: characters or pieces.
+struct Stretch {
+    uint16_t begin = 0;
+    uint16_t length = 0;
+};
 
-    constexpr bool operator==(const WordPair&) const = default;
+struct WordPair {
+    Stretch notZero;
+    Stretch zero;
 };
 
 enum class Test : uint8_t { always, equals, notZero };
@@ -82,21 +86,44 @@ struct Row {
     uint8_t qualifiers = 0;
     bool verbose = false;  // selected as ever, printed only under --verbose
     Condition condition;
-    std::string_view group;   // empty: the event's, then the decoder's
-    std::string_view method;  // of a text: empty for the event's
-    std::string_view text;
-    std::span<const Piece> pieces;
-    std::span<const WordPair> wordPairs;
+    Stretch group;   // empty: the event's, then the decoder's
+    Stretch method;  // of a text: empty for the event's
+    Stretch text;
+    Stretch pieces;
+    uint16_t wordPairs = 0;  // where the row's begin
 
     constexpr bool isEvent() const { return qualifiers == 0; }
 };
 
+// The name of a group, of at most kTextBlock characters.
+struct GroupName {
+    std::array<char, 2 * kTextBlock> characters{};
+    size_t length = 0;
+
+    constexpr BlockText text() const { return {characters.data(), length}; }
+};
+
+// Rows refer to the rest by its place, so that no address in them has to be set when the program
+// starts.
 struct Decoder {
     uint32_t codeBase;
-    std::string_view group;
+    GroupName group;
     bool hasObject = true;  // arg1 is the object pointer of the prefix
     std::span<const Row> rows;
+    const char* characters;
+    const Piece* pieces;
+    const WordPair* wordPairs;
     std::array<uint16_t, 256> rowAfterEvent{};  // by event number; 0 where there is no such event
+
+    constexpr BlockText text(Stretch stretch) const {
+        return {characters + stretch.begin, stretch.length};
+    }
+    constexpr std::span<const Piece> piecesOf(const Row& row) const {
+        return {pieces + row.pieces.begin, row.pieces.length};
+    }
+    constexpr const WordPair& wordsOf(const Row& row, const Piece& piece) const {
+        return wordPairs[row.wordPairs + piece.wordPair];
+    }
 };
 
 }  // namespace sonaprobe

@@ -27,6 +27,7 @@
 
 #pragma once
 
+#include <algorithm>
 #include <concepts>
 
 #include "format/row.h"
@@ -39,21 +40,32 @@ void refuse(const char* reason);
 constexpr size_t kMaxPieces = 12;
 constexpr size_t kMaxWordPairs = 2;
 
-// A row as the vocabulary spells it, with room for the longest text. The pieces of a whole table
-// are packed together when it becomes a decoder.
+// The two words of %s, as the vocabulary spells them.
+struct Words {
+    std::string_view notZero;
+    std::string_view zero;
+
+    constexpr bool operator==(const Words&) const = default;
+};
+
+// A row as the vocabulary spells it, with room for the longest text. The characters and pieces of
+// a whole table are packed together when it becomes a decoder.
 struct Entry {
     Row row;
+    std::string_view group;
+    std::string_view method;
+    std::string_view text;
     uint8_t pieceCount = 0;
     uint8_t wordPairCount = 0;
     std::array<Piece, kMaxPieces> pieces{};
-    std::array<WordPair, kMaxWordPairs> wordPairs{};
+    std::array<Words, kMaxWordPairs> wordPairs{};
 };
 
 struct Argument {
     Slice slice{1};
     Reading reading = Reading::nothing;  // nothing: as the conversion says
     Slice later{1};
-    WordPair words{};
+    Words words{};
 };
 
 constexpr Argument a1{{1}};
@@ -205,11 +217,10 @@ consteval Fitted fitArgument(std::string_view text, const Argument& argument) {
 consteval Entry textEntry(uint8_t qualifiers, Condition condition, const char* format,
                           std::span<const Argument> arguments) {
     Entry entry;
-    Row& row = entry.row;
-    row.qualifiers = qualifiers;
-    row.condition = condition;
-    row.text = format;
-    if (row.text.empty()) refuse("an empty text");
+    entry.row.qualifiers = qualifiers;
+    entry.row.condition = condition;
+    const std::string_view text = entry.text = format;
+    if (text.empty()) refuse("an empty text");
 
     size_t literalBegin = 0;
     size_t used = 0;
@@ -220,19 +231,19 @@ consteval Entry textEntry(uint8_t qualifiers, Condition condition, const char* f
         piece.literalLength = static_cast<uint8_t>(literalEnd - literalBegin);
         entry.pieces[entry.pieceCount++] = piece;
     };
-    for (size_t at = 0; at < row.text.size();) {
-        if (row.text[at] == '\n') refuse("a line end in a text");
-        if (row.text[at] != '%') {
+    for (size_t at = 0; at < text.size();) {
+        if (text[at] == '\n') refuse("a line end in a text");
+        if (text[at] != '%') {
             ++at;
             continue;
         }
-        if (goesOnWith(row.text.substr(at), "%%")) {
+        if (goesOnWith(text.substr(at), "%%")) {
             add({}, at + 1);
             at += 2;
         } else {
             if (used == arguments.size()) refuse("fewer arguments than conversions");
             const Argument& argument = arguments[used++];
-            Fitted fitted = fitArgument(row.text.substr(at), argument);
+            Fitted fitted = fitArgument(text.substr(at), argument);
             if (argument.reading == Reading::words) {
                 size_t pair = 0;
                 while (pair < entry.wordPairCount && entry.wordPairs[pair] != argument.words) {
@@ -249,7 +260,7 @@ consteval Entry textEntry(uint8_t qualifiers, Condition condition, const char* f
         literalBegin = at;
     }
     if (used < arguments.size()) refuse("more arguments than conversions");
-    if (literalBegin < row.text.size()) add({}, row.text.size());
+    if (literalBegin < text.size()) add({}, text.size());
     return entry;
 }
 
@@ -304,7 +315,7 @@ consteval Entry event(uint32_t code, const char* method) {
     if ((code & 3) != 0) refuse("a code with qualifier bits");
     Entry entry;
     entry.row.code = code;
-    entry.row.method = method;
+    entry.method = method;
     return entry;
 }
 
@@ -316,12 +327,12 @@ consteval Entry verbose(Entry entry) {
 
 consteval Entry under(const char* method, Entry entry) {
     if (entry.row.isEvent()) refuse("under() wraps a text");
-    entry.row.method = method;
+    entry.method = method;
     return entry;
 }
 
 consteval Entry ofGroup(const char* group, Entry entry) {
-    entry.row.group = group;
+    entry.group = group;
     return entry;
 }
 
@@ -341,56 +352,85 @@ consteval bool hides(const Row& earlier, const Row& later) {
            asked.slice == given.slice;
 }
 
-// How many pieces, or pairs of words, a table has in all.
-template <const auto& kEntries>
-consteval size_t countOf(uint8_t Entry::*count) {
+// The rows of a table and all they refer to, packed: characters without gaps, with a block behind
+// the last.
+template <size_t kRows, size_t kCharacters, size_t kPieces, size_t kWordPairs>
+struct Table {
+    std::array<Row, kRows> rows{};
+    std::array<char, kCharacters + kTextBlock> characters{};
+    std::array<Piece, kPieces> pieces{};
+    std::array<WordPair, kWordPairs> wordPairs{};
+};
+
+consteval size_t sumOf(std::span<const Entry> entries, auto count) {
     size_t sum = 0;
-    for (const Entry& entry : kEntries) sum += entry.*count;
+    for (const Entry& entry : entries) sum += count(entry);
+    if (sum > 0xFFFF) refuse("a table that is too long");
+    return sum;
+}
+
+consteval size_t charactersOf(const Entry& entry) {
+    size_t sum = entry.group.size() + entry.method.size() + entry.text.size();
+    for (const Words& words : entry.wordPairs) sum += words.notZero.size() + words.zero.size();
     return sum;
 }
 
 template <const auto& kEntries>
-inline constexpr auto kPackedPieces = [] {
-    std::array<Piece, countOf<kEntries>(&Entry::pieceCount)> packed{};
-    size_t next = 0;
-    for (const Entry& entry : kEntries) {
-        for (size_t i = 0; i < entry.pieceCount; ++i) packed[next++] = entry.pieces[i];
-    }
-    return packed;
-}();
-
-template <const auto& kEntries>
-inline constexpr auto kPackedWordPairs = [] {
-    std::array<WordPair, countOf<kEntries>(&Entry::wordPairCount)> packed{};
-    size_t next = 0;
-    for (const Entry& entry : kEntries) {
-        for (size_t i = 0; i < entry.wordPairCount; ++i) packed[next++] = entry.wordPairs[i];
-    }
-    return packed;
-}();
-
-template <const auto& kEntries>
-inline constexpr auto kPackedRows = [] {
-    std::array<Row, std::size(kEntries)> packed{};
-    std::span<const Piece> pieces = kPackedPieces<kEntries>;
-    std::span<const WordPair> wordPairs = kPackedWordPairs<kEntries>;
-    for (size_t i = 0; i < packed.size(); ++i) {
+inline constexpr auto kTable = [] {
+    constexpr auto kPieceCount = [](const Entry& entry) { return entry.pieceCount; };
+    constexpr auto kPairCount = [](const Entry& entry) { return entry.wordPairCount; };
+    Table<std::size(kEntries), sumOf(kEntries, charactersOf), sumOf(kEntries, kPieceCount),
+          sumOf(kEntries, kPairCount)>
+        table;
+    uint16_t characters = 0;
+    uint16_t pieces = 0;
+    uint16_t wordPairs = 0;
+    const auto pack = [&](std::string_view text) {
+        const Stretch packed{characters, static_cast<uint16_t>(text.size())};
+        for (const char character : text) table.characters[characters++] = character;
+        return packed;
+    };
+    for (size_t i = 0; i < table.rows.size(); ++i) {
         const Entry& entry = kEntries[i];
-        packed[i] = entry.row;
-        packed[i].pieces = pieces.first(entry.pieceCount);
-        packed[i].wordPairs = wordPairs.first(entry.wordPairCount);
-        pieces = pieces.subspan(entry.pieceCount);
-        wordPairs = wordPairs.subspan(entry.wordPairCount);
+        Row& row = table.rows[i] = entry.row;
+        row.group = pack(entry.group);
+        row.method = pack(entry.method);
+        row.text = pack(entry.text);
+        row.pieces = {pieces, entry.pieceCount};
+        for (size_t n = 0; n < entry.pieceCount; ++n) table.pieces[pieces++] = entry.pieces[n];
+        row.wordPairs = wordPairs;
+        for (size_t n = 0; n < entry.wordPairCount; ++n) {
+            const auto& [notZero, zero] = entry.wordPairs[n];
+            table.wordPairs[wordPairs++] = {pack(notZero), pack(zero)};
+        }
     }
-    return packed;
+    return table;
 }();
+
+constexpr GroupName groupName(std::string_view name) {
+    if (name.size() > kTextBlock) refuse("a group of more than 32 characters");
+    GroupName result{.length = name.size()};
+    std::copy(name.begin(), name.end(), result.characters.begin());
+    return result;
+}
+
+template <const auto& kEntries>
+constexpr Decoder withTable(uint32_t codeBase, const char* group) {
+    constexpr const auto& table = kTable<kEntries>;
+    return {.codeBase = codeBase,
+            .group = groupName(group),
+            .rows = table.rows,
+            .characters = table.characters.data(),
+            .pieces = table.pieces.data(),
+            .wordPairs = table.wordPairs.data()};
+}
 
 // A class's decoder: its code base, its group, how many events it knows; of a table whose codes
 // ascend.
 template <const auto& kEntries>
 consteval Decoder decoder(uint32_t codeBase, const char* group, size_t events) {
-    constexpr std::span<const Row> rows = kPackedRows<kEntries>;
-    Decoder result{.codeBase = codeBase, .group = group, .rows = rows};
+    Decoder result = withTable<kEntries>(codeBase, group);
+    const std::span<const Row> rows = result.rows;
     size_t seen = 0;
     uint32_t lastCode = 0;
     size_t eventRow = rows.size();
@@ -416,8 +456,7 @@ consteval Decoder decoder(uint32_t codeBase, const char* group, size_t events) {
 // A decoder that knows every event of its class and prints none of them.
 template <const auto& kEntries>
 consteval Decoder silentDecoder() {
-    constexpr std::span<const Row> rows = kPackedRows<kEntries>;
-    Decoder result{.codeBase = rows[0].code & ~0x3FFU, .group = rows[0].group, .rows = rows};
+    Decoder result = withTable<kEntries>(kEntries[0].row.code & ~0x3FFU, "");
     result.rowAfterEvent.fill(1);
     return result;
 }

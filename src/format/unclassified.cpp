@@ -61,17 +61,13 @@ void printMarkedLine(const TraceRecord& record, std::string_view kind) {
 }
 
 void printNamedLine(const TraceRecord& record) {
-    char fallback[16 + kDigitSlack];
     char name[kCodeNameRoom] = {};
-    const char* found = lookupCodeName(codeOf(record.debugid), name);
-    std::string_view method;
-    if (found != nullptr) {
-        method = found;
-    } else {
-        const char* const end = putSplitCode(putText(fallback, "U-"), record.debugid);
-        method = {fallback, static_cast<size_t>(end - fallback)};
-    }
-    if (!printEventPrefix(headerOf(record), "", method, 0)) return;
+    char method[kCodeNameRoom + kTextBlock];
+    const char* const found = lookupCodeName(codeOf(record.debugid), name);
+    const char* const end = found != nullptr ? putText(method, found)
+                                             : putSplitCode(putText(method, "U-"), record.debugid);
+    const BlockText text{method, static_cast<size_t>(end - method)};
+    if (!printEventPrefix(headerOf(record), {}, text, 0)) return;
     outputLine.moveTo(putRawWords(outputLine.cursor(), record, Thread::blankFilled));
     outputLine.end();
 }

@@ -106,12 +106,13 @@ std::string Reference::decoded(const Decoder& decoder, const TraceRecord& record
             if (row.code == record.debugid / 4 * 4) event = &row;
         } else if (event != nullptr && answers(row, record)) {
             if (row.verbose && !options_->verbose) return "";
-            const std::string_view group = !row.group.empty()      ? row.group
-                                           : !event->group.empty() ? event->group
-                                                                   : decoder.group;
-            return prefix(record, group, row.method.empty() ? event->method : row.method,
+            std::string_view group = decoder.group.text();
+            if (event->group.length != 0) group = decoder.text(event->group);
+            if (row.group.length != 0) group = decoder.text(row.group);
+            const Stretch method = row.method.length != 0 ? row.method : event->method;
+            return prefix(record, group, decoder.text(method),
                           decoder.hasObject ? record.arg1 : 0) +
-                   logText(row, record, options_->divisor);
+                   logText(decoder, row, record, options_->divisor);
         }
     }
     return event != nullptr ? "" : unclassified(record);

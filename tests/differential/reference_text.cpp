@@ -59,14 +59,15 @@ uint64_t wholeSeconds(uint64_t earlier, uint64_t later, double divisor) {
 }
 
 // The values of a piece, one for each conversion that it fills.
-std::string printPiece(const Row& row, const Piece& piece, const TraceRecord& record,
-                       double divisor, const std::string& conversion, unsigned nth) {
+std::string printPiece(const Decoder& decoder, const Row& row, const Piece& piece,
+                       const TraceRecord& record, double divisor, const std::string& conversion,
+                       unsigned nth) {
     const uint64_t value = valueOf(record, piece.slice);
     switch (piece.reading) {
         case Reading::words: {
-            const WordPair& words = row.wordPairs[piece.wordPair];
-            return printOne(conversion,
-                            std::string(value != 0 ? words.notZero : words.zero).c_str());
+            const WordPair& words = decoder.wordsOf(row, piece);
+            const Stretch word = value != 0 ? words.notZero : words.zero;
+            return printOne(conversion, std::string(decoder.text(word)).c_str());
         }
         case Reading::ticks: return printOne(conversion, static_cast<double>(value) / 24.0);
         case Reading::seconds:
@@ -105,23 +106,25 @@ uint64_t valueOf(const TraceRecord& record, Slice slice) {
     }
 }
 
-std::string logText(const Row& row, const TraceRecord& record, double divisor) {
+std::string logText(const Decoder& decoder, const Row& row, const TraceRecord& record,
+                    double divisor) {
     std::string result;
-    const Piece* piece = row.pieces.data();
+    const std::string_view text = decoder.text(row.text);
+    const Piece* piece = decoder.piecesOf(row).data();
     unsigned nth = 0;  // conversion of the piece
-    for (size_t at = 0; at < row.text.size();) {
-        if (row.text[at] != '%') {
-            result += row.text[at++];
+    for (size_t at = 0; at < text.size();) {
+        if (text[at] != '%') {
+            result += text[at++];
             continue;
         }
-        if (row.text[at + 1] == '%') {
+        if (text[at + 1] == '%') {
             result += '%';
             at += 2;
             continue;
         }
         while (piece->reading == Reading::nothing) ++piece;
-        const std::string conversion = conversionAt(row.text.substr(at));
-        result += printPiece(row, *piece, record, divisor, conversion, nth);
+        const std::string conversion = conversionAt(text.substr(at));
+        result += printPiece(decoder, row, *piece, record, divisor, conversion, nth);
         at += conversion.size();
         if (++nth == conversionsOf(*piece)) {
             ++piece;

@@ -14,6 +14,7 @@ namespace sonaprobe::differential {
 uint64_t valueOf(const TraceRecord& record, Slice slice);
 
 // The text of a row, filled from a record; `divisor` is that of the trace clock.
-std::string logText(const Row& row, const TraceRecord& record, double divisor);
+std::string logText(const Decoder& decoder, const Row& row, const TraceRecord& record,
+                    double divisor);
 
 }  // namespace sonaprobe::differential

@@ -200,6 +200,22 @@ constexpr Entry kRows[] = {event(0x05245C0C, "enable"), other(nonZero(a2), "wait
 constexpr Decoder kDecoder = decoder<kRows>(audioClass(23), "OrvelHDAPath", 1);
 #endif
 
+#ifdef GROUP_OF_33_CHARACTERS  // a group of more than 32 characters
+constexpr Entry kRows[] = {event(0x05245C0C, "enable")};
+constexpr Decoder kDecoder =
+    decoder<kRows>(audioClass(23), FAULT("OrvelHDAPath of thirty-three char", "OrvelHDAPath"), 1);
+#endif
+
+#ifdef TABLE_OF_65536_CHARACTERS  // a table that is too long
+constexpr auto kMethod = [] {
+    std::array<char, FAULT(65'536, 65'535) + 1> method{};
+    std::fill_n(method.begin(), method.size() - 1, 'm');
+    return method;
+}();
+constexpr Entry kRows[] = {event(0x05245C0C, kMethod.data())};
+constexpr Decoder kDecoder = decoder<kRows>(audioClass(23), "OrvelHDAPath", 1);
+#endif
+
 #ifdef MISCOUNTED_EVENTS  // a class with another number of events
 constexpr Entry kRows[] = {event(0x05245C0C, "enable"), event(0x05245C10, "disable")};
 constexpr Decoder kDecoder = decoder<kRows>(audioClass(23), "OrvelHDAPath", FAULT(3, 2));

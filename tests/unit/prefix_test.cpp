@@ -12,12 +12,23 @@
 namespace sonaprobe {
 namespace {
 
+// A copy of a text that may be copied in blocks.
+struct Name {
+    explicit Name(std::string_view text) : room(text), length(text.size()) {
+        room.resize(length + kTextBlock, '~');
+    }
+    BlockText text() const { return {room.data(), length}; }
+
+    std::string room;
+    size_t length;
+};
+
 std::string nameColumn(const std::string& group, const std::string& method) {
     settings.timeMode = 0;
     settings.showThread = 0;
     settings.indent = 0;
     const std::string line = capturedOutput([&] {
-        EXPECT_TRUE(printEventPrefix({}, group, method, 0));
+        EXPECT_TRUE(printEventPrefix({}, Name(group).text(), Name(method).text(), 0));
         outputLine.end();
     });
     return line.substr(3, line.size() - 4);  // between mark and line end

@@ -11,7 +11,7 @@
 namespace sonaprobe::events {
 
 std::string TracedClass::title() const {
-    return id + ' ' + (isSilent() ? registryName : std::string(decoder->group));
+    return id + ' ' + (isSilent() ? registryName : std::string(decoder->group.text()));
 }
 
 std::vector<TracedClass> tracedClasses() {
@@ -33,26 +33,42 @@ std::vector<TracedClass> tracedClasses() {
     return classes;
 }
 
+namespace {
+
+Text textOf(const Decoder& decoder, const Row& event, const Row& row) {
+    std::string_view group = decoder.group.text();
+    if (event.group.length != 0) group = decoder.text(event.group);
+    if (row.group.length != 0) group = decoder.text(row.group);
+    Text text{.qualifiers = row.qualifiers,
+              .verbose = row.verbose,
+              .condition = row.condition,
+              .group = group,
+              .method = decoder.text(row.method.length != 0 ? row.method : event.method),
+              .text = decoder.text(row.text),
+              .pieces = decoder.piecesOf(row)};
+    for (const Piece& piece : text.pieces) {
+        if (piece.reading != Reading::words || piece.wordPair < text.wordPairs.size()) continue;
+        const auto& [notZero, zero] = decoder.wordsOf(row, piece);
+        text.wordPairs.push_back({decoder.text(notZero), decoder.text(zero)});
+    }
+    return text;
+}
+
+}  // namespace
+
 std::vector<Event> eventsOf(const TracedClass& traced) {
     std::vector<Event> events;
     if (traced.isSilent()) return events;
-    const std::span<const Row> rows = traced.decoder->rows;
-    for (size_t i = 0; i < rows.size();) {
-        const auto begin = rows.begin() + static_cast<std::ptrdiff_t>(i) + 1;
-        const auto next = std::find_if(begin, rows.end(), [](const Row& r) { return r.isEvent(); });
-        events.push_back({&rows[i], {begin, next}});
-        i = static_cast<size_t>(next - rows.begin());
+    const Row* event = nullptr;
+    for (const Row& row : traced.decoder->rows) {
+        if (row.isEvent()) {
+            event = &row;
+            events.push_back({row.code});
+        } else {
+            events.back().texts.push_back(textOf(*traced.decoder, *event, row));
+        }
     }
     return events;
-}
-
-std::string_view groupOf(const Decoder& decoder, const Event& event, const Row& text) {
-    if (!text.group.empty()) return text.group;
-    return !event.event->group.empty() ? event.event->group : decoder.group;
-}
-
-std::string_view methodOf(const Event& event, const Row& text) {
-    return !text.method.empty() ? text.method : event.event->method;
 }
 
 }  // namespace sonaprobe::events

@@ -17,13 +17,30 @@ struct TracedClass {
     std::string code = {};          // the registry's four characters, or empty
     std::string registryName = {};  // or empty
 
-    bool isSilent() const { return decoder->group.empty(); }
+    bool isSilent() const { return decoder->group.length == 0; }
     std::string title() const;  // "20 OrvelHDAController"
 };
 
+// A text with all it refers to.
+struct Text {
+    struct Words {
+        std::string_view notZero;
+        std::string_view zero;
+    };
+
+    uint8_t qualifiers;
+    bool verbose;
+    Condition condition;
+    std::string_view group;
+    std::string_view method;
+    std::string_view text;
+    std::span<const Piece> pieces;
+    std::vector<Words> wordPairs = {};  // in the order of the pieces' numbers
+};
+
 struct Event {
-    const Row* event;
-    std::span<const Row> texts;
+    uint32_t code;
+    std::vector<Text> texts = {};
 };
 
 // All classes with a decoder, the silent ones too, in the order of their ids; the server last.
@@ -31,9 +48,5 @@ std::vector<TracedClass> tracedClasses();
 
 // The events of a decoder with their texts, none for a silent class.
 std::vector<Event> eventsOf(const TracedClass& traced);
-
-// The group and method that a text prints.
-std::string_view groupOf(const Decoder& decoder, const Event& event, const Row& text);
-std::string_view methodOf(const Event& event, const Row& text);
 
 }  // namespace sonaprobe::events

@@ -103,13 +103,13 @@ void printIndex(const std::vector<TracedClass>& classes) {
     std::printf("| all | | | %zu | %zu |\n", allEvents, allTexts);
 }
 
-std::string ifCell(const Row& text) {
+std::string ifCell(const Text& text) {
     std::string cell = inCodeIfAny(spellCondition(text.condition));
     if (text.verbose) cell += cell.empty() ? "*verbose*" : ", *verbose*";
     return cell;
 }
 
-std::string argumentsCell(const Row& text) {
+std::string argumentsCell(const Text& text) {
     std::string cell;
     for (const Piece& piece : text.pieces) {
         if (piece.reading == Reading::nothing) continue;
@@ -119,10 +119,9 @@ std::string argumentsCell(const Row& text) {
     return cell;
 }
 
-void printRow(const Decoder& decoder, const Event& event, const Row& text) {
-    const std::string name =
-        std::string(groupOf(decoder, event, text)) + "::" + std::string(methodOf(event, text));
-    std::printf("| %s | %s | %s | %s | %s | %s |\n", inCode(spellCode(event.event->code)).c_str(),
+void printRow(const Event& event, const Text& text) {
+    const std::string name = std::string(text.group) + "::" + std::string(text.method);
+    std::printf("| %s | %s | %s | %s | %s | %s |\n", inCode(spellCode(event.code)).c_str(),
                 spellQualifiers(text.qualifiers).c_str(), ifCell(text).c_str(),
                 inCode(name).c_str(), inCode(text.text).c_str(), argumentsCell(text).c_str());
 }
@@ -139,7 +138,7 @@ void printClass(const TracedClass& traced) {
     }
     std::puts("| Code | On | If | Name | Text | Arguments |\n|---|---|---|---|---|---|");
     for (const Event& event : events) {
-        for (const Row& text : event.texts) printRow(*traced.decoder, event, text);
+        for (const Text& text : event.texts) printRow(event, text);
     }
 }
 

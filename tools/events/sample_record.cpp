@@ -80,22 +80,20 @@ uint64_t charactersFor(Slice slice) {
 
 using PairOfWords = std::pair<std::string_view, std::string_view>;
 
-PairOfWords pairOf(const Row& text, const Piece& piece) {
-    const WordPair& words = text.wordPairs[piece.wordPair];
+PairOfWords pairOf(const Text& text, const Piece& piece) {
+    const Text::Words& words = text.wordPairs[piece.wordPair];
     return {words.notZero, words.zero};
 }
 
-std::span<const Piece> piecesOf(const Row& text) { return text.pieces; }
-
 // The first of the qualifiers that a text answers.
-uint32_t qualifierFor(const Row& text) {
+uint32_t qualifierFor(const Text& text) {
     return static_cast<uint32_t>(std::countr_zero(text.qualifiers));
 }
 
 // Whether the first sample of a text shows the word for any value but zero. Depends on nothing but
 // the text itself, so that a new text changes no other's sample.
-bool firstShowsNotZero(const Event& event, const Row& text, Slice slice) {
-    return (event.event->code / 4 + qualifierFor(text) + slice.word) % 2 != 0;
+bool firstShowsNotZero(const Event& event, const Text& text, Slice slice) {
+    return (event.code / 4 + qualifierFor(text) + slice.word) % 2 != 0;
 }
 
 class Sampler {
@@ -103,10 +101,10 @@ class Sampler {
     explicit Sampler(const TracedClass& traced) {
         const std::vector<Event> events = eventsOf(traced);
         for (const Event& event : events) {
-            for (const Row& text : event.texts) noteShownWords(event, text);
+            for (const Text& text : event.texts) noteShownWords(event, text);
         }
         for (const Event& event : events) {
-            for (const Row& text : event.texts) {
+            for (const Text& text : event.texts) {
                 add(event, text, false);
                 if (hasUnshownWord(text)) add(event, text, true);
             }
@@ -115,17 +113,17 @@ class Sampler {
     std::vector<TraceRecord> records;
 
   private:
-    void noteShownWords(const Event& event, const Row& text) {
-        for (const Piece& piece : piecesOf(text)) {
+    void noteShownWords(const Event& event, const Text& text) {
+        for (const Piece& piece : text.pieces) {
             if (piece.reading != Reading::words) continue;
             shown_[pairOf(text, piece)].insert(firstShowsNotZero(event, text, piece.slice));
         }
     }
 
     // A word that no first sample shows is shown by the second sample of the pair's first text.
-    bool hasUnshownWord(const Row& text) {
+    bool hasUnshownWord(const Text& text) {
         bool found = false;
-        for (const Piece& piece : piecesOf(text)) {
+        for (const Piece& piece : text.pieces) {
             if (piece.reading != Reading::words) continue;
             std::set<bool>& shown = shown_.at(pairOf(text, piece));
             found |= shown.size() == 1;
@@ -134,18 +132,18 @@ class Sampler {
         return found;
     }
 
-    void add(const Event& event, const Row& text, bool otherWords) {
+    void add(const Event& event, const Text& text, bool otherWords) {
         Words words;
         if (text.condition.test == Test::equals) {
             words.set(text.condition.slice, text.condition.value);
         }
-        for (const Piece& piece : piecesOf(text)) putSpecial(words, event, text, piece, otherWords);
-        for (const Piece& piece : piecesOf(text)) putNumber(words, piece);
+        for (const Piece& piece : text.pieces) putSpecial(words, event, text, piece, otherWords);
+        for (const Piece& piece : text.pieces) putNumber(words, piece);
         if (text.condition.test == Test::notZero) words.fill(text.condition.slice, 1);
         words.fill({1}, kObject);
         passEarlierTexts(words, event, text);
         TraceRecord& record = records.emplace_back();
-        record.debugid = event.event->code | qualifierFor(text);
+        record.debugid = event.code | qualifierFor(text);
         record.arg1 = words.word(1);
         record.arg2 = words.word(2);
         record.arg3 = words.word(3);
@@ -154,7 +152,7 @@ class Sampler {
     }
 
     // The readings that need a value of their own kind; the same slice may be a number as well.
-    static void putSpecial(Words& words, const Event& event, const Row& text, const Piece& piece,
+    static void putSpecial(Words& words, const Event& event, const Text& text, const Piece& piece,
                            bool otherWords) {
         const Slice slice = piece.slice;
         switch (piece.reading) {
@@ -195,20 +193,20 @@ class Sampler {
     }
 
     // Makes no earlier text of the event answer.
-    static void passEarlierTexts(Words& words, const Event& event, const Row& text) {
+    static void passEarlierTexts(Words& words, const Event& event, const Text& text) {
         const auto qualifier = static_cast<uint8_t>(1U << qualifierFor(text));
-        for (const Row* earlier = event.texts.data(); earlier != &text; ++earlier) {
+        for (const Text* earlier = event.texts.data(); earlier != &text; ++earlier) {
             if ((earlier->qualifiers & qualifier) == 0) continue;
             const Condition& condition = earlier->condition;
             if (!holds(condition, words)) continue;
             words.set(condition.slice, condition.test == Test::notZero ? 0 : condition.value + 1);
         }
-        const auto answering = std::ranges::find_if(event.texts, [&](const Row& row) {
+        const auto answering = std::ranges::find_if(event.texts, [&](const Text& row) {
             return (row.qualifiers & qualifier) != 0 && holds(row.condition, words);
         });
         if (answering != event.texts.end() && &*answering == &text) return;
-        std::fprintf(stderr, "no record was found for: %s %s\n",
-                     spellCode(event.event->code).c_str(), text.text.data());
+        std::fprintf(stderr, "no record was found for: %s %s\n", spellCode(event.code).c_str(),
+                     std::string(text.text).c_str());
         std::exit(EXIT_FAILURE);
     }
 

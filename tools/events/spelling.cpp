@@ -13,7 +13,7 @@ std::string call(const char* function, const std::string& argument) {
     return std::string(function) + '(' + argument + ')';
 }
 
-std::string spellWords(const WordPair& words, const std::string& argument) {
+std::string spellWords(const Text::Words& words, const std::string& argument) {
     if (words.notZero == "true" && words.zero == "false") return call("boolean", argument);
     if (words.notZero == "yes" && words.zero == "no") return call("yesNo", argument);
     return call("either", argument + ", \"" + std::string(words.notZero) + "\", \"" +
@@ -56,7 +56,7 @@ std::string spellCondition(const Condition& condition) {
     return {};
 }
 
-std::string spellArgument(const Row& text, const Piece& piece) {
+std::string spellArgument(const Text& text, const Piece& piece) {
     std::string slice = spellSlice(piece.slice);
     switch (piece.reading) {
         case Reading::words: return spellWords(text.wordPairs[piece.wordPair], slice);

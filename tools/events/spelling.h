@@ -4,6 +4,7 @@
 
 #include <string>
 
+#include "events/catalog.h"
 #include "format/row.h"
 
 namespace sonaprobe::events {
@@ -16,6 +17,6 @@ std::string spellSlice(Slice slice);              // "arg2", "lo(arg3)", "byte(0
 std::string spellCondition(const Condition& condition);
 
 // What fills the conversions of a piece: "arg2", "boolean(arg4)", "nanos(hi(arg3))".
-std::string spellArgument(const Row& text, const Piece& piece);
+std::string spellArgument(const Text& text, const Piece& piece);
 
 }  // namespace sonaprobe::events
