@@ -155,8 +155,8 @@ TEST_P(Trust, RefusesWhatIsNotTheFacilitysOwn) {
     platform::KernelBufferInfo info{};
     FacilityStatus status{};
     uint32_t flags = 0;
-    EXPECT_EQ(getBufferInfo(info), EPERM);
     EXPECT_EQ(operate(kKernKdRemove), EPERM);
+    EXPECT_EQ(getBufferInfo(info), EPERM);
     EXPECT_EQ(getStatus(status), EPERM);
     EXPECT_EQ(getAudioFlags(flags), EPERM);
     EXPECT_STREQ(lastRefusal().path, GetParam().path);
@@ -212,6 +212,27 @@ TEST_F(Folder, ARingThatWasReplacedIsNotTakenForTheOldOneOfItsNumber) {
     EXPECT_EQ(postMany(producer, 1, 3), 3U);
     EXPECT_EQ(readAll(9).size(), 3U);
     detachProducer(producer);
+}
+
+// The operations of a pass trust a look for a tenth of a second.
+TEST_F(Folder, IsLookedAtAgainByThePasses) {
+    setUpWith(1024);
+    platform::KernelBufferInfo info{};
+    unsigned char slot[kSlotBytes];
+    uint64_t count = 0;
+    EXPECT_EQ(getBufferInfo(info), 0);
+    for (const char* path : {kFolder, kStatePath, kRingPath}) {
+        fs::permissions(path, fs::perms::others_read, fs::perm_options::add);
+        usleep(120'000);
+        EXPECT_EQ(getBufferInfo(info), EPERM) << path;
+        EXPECT_EQ(readRecords(slot, 1, count), EPERM) << path;
+        fs::permissions(path, fs::perms::others_read, fs::perm_options::remove);
+        EXPECT_EQ(getBufferInfo(info), 0) << path;
+    }
+    fs::remove(kRingPath);
+    usleep(120'000);
+    EXPECT_EQ(getBufferInfo(info), 0);
+    EXPECT_EQ(info.entries, 0);
 }
 
 TEST_F(Folder, MayBeRemovedUnderARun) {

@@ -8,6 +8,7 @@
 #include <sys/file.h>
 #include <sys/mman.h>
 #include <sys/stat.h>
+#include <time.h>
 #include <unistd.h>
 
 namespace sonaprobe::standin {
@@ -22,6 +23,9 @@ constexpr const char* kNewStateName = "state.new";  // left behind by a creator 
 constexpr off_t kOperationByte = 0;
 constexpr off_t kOwnerByte = 1;
 
+// How long Look::ifOld trusts a look.
+constexpr int64_t kLookHolds = 100'000'000;  // nanoseconds
+
 struct Attachment {
     int folder = -1;
     int file = -1;
@@ -29,6 +33,8 @@ struct Attachment {
     dev_t device = 0;
     ino_t inode = 0;
     pid_t ownedBy = 0;  // the process that last took ownership; a forked child differs
+    int64_t lookedAt = 0;
+    bool looked = false;
 };
 Attachment attachment;
 std::mutex attachmentMutex;
@@ -138,6 +144,12 @@ State* mapState(int file, struct stat& found) {
     return nullptr;
 }
 
+int64_t now() {
+    timespec time{};
+    clock_gettime(CLOCK_MONOTONIC_COARSE, &time);
+    return int64_t{time.tv_sec} * 1'000'000'000 + time.tv_nsec;
+}
+
 // Looks at the names again, since anybody with root's rights may have replaced what they stand
 // for. Sets errno when it must be refused.
 enum class Standing { same, gone, refused };
@@ -185,10 +197,14 @@ const char* flawOf(const struct stat& file, mode_t type) {
 
 std::unique_lock<std::mutex> holdAttachment() { return std::unique_lock(attachmentMutex); }
 
-State* attach() {
+State* attach(Look look) {
+    const int64_t time = now();
     if (attachment.state != nullptr) {
+        attachment.looked = look == Look::now || time - attachment.lookedAt >= kLookHolds;
+        if (!attachment.looked) return attachment.state;
+        attachment.lookedAt = 0;
         switch (lookAgain()) {
-            case Standing::same: return attachment.state;
+            case Standing::same: attachment.lookedAt = time; return attachment.state;
             case Standing::refused: return nullptr;
             case Standing::gone: detach();
         }
@@ -216,9 +232,17 @@ State* attach() {
         errno = error;
         return nullptr;
     }
-    attachment = {folder, file, state, found.st_dev, found.st_ino, 0};
+    attachment = {.folder = folder,
+                  .file = file,
+                  .state = state,
+                  .device = found.st_dev,
+                  .inode = found.st_ino,
+                  .lookedAt = time,
+                  .looked = true};
     return state;
 }
+
+bool hasLooked() { return attachment.looked; }
 
 int folderDescriptor() { return attachment.folder; }
 

@@ -15,11 +15,17 @@ namespace sonaprobe::standin {
 // For one thread of the process at a time: all but lastRefusal() and refuse() is called under it.
 std::unique_lock<std::mutex> holdAttachment();
 
+// Whether to look at the files although they were looked at less than a tenth of a second ago.
+enum class Look { now, ifOld };
+
 // Finds the state, made anew where there is none, and checks that folder and file are still the
 // ones mapped: root's own, closed to others, no links, with a header that checks out. Null with
 // errno else: EPERM where something is not to be trusted (lastRefusal() tells), ENOMEM without
-// room. Costs two stat calls once attached. A state mapped once stays mapped.
-State* attach();
+// room. A state mapped once stays mapped.
+State* attach(Look look = Look::now);
+
+// Whether the last successful attach() looked at the files.
+bool hasLooked();
 
 // Why attach() or mapRing() of this thread last answered EPERM: "path: reason".
 struct Refusal {

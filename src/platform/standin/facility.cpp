@@ -76,7 +76,7 @@ int recover(State& state) {
             return 0;
         }
         const uint16_t number = numberIn(state.control.load());
-        if (ring.number != number || !stillInPlace(folderDescriptor(), ring)) {
+        if (ring.number != number || (hasLooked() && !stillInPlace(folderDescriptor(), ring))) {
             error = mapRing(folderDescriptor(), number, ring);
         }
         if (error == 0 && ring.entries == state.entries.load()) return 0;
@@ -89,11 +89,12 @@ int recover(State& state) {
     return 0;
 }
 
-// Runs body(state) as the one operation of all processes. Its error is the operation's.
-template <class Body>
+// Runs body(state) as the one operation of all processes. Its error is the operation's. The two
+// operations of a pass look at the files now and then only: an idle run does nothing else.
+template <Look look = Look::now, class Body>
 int alone(Body body) {
     const auto hold = holdAttachment();
-    State* state = attach();
+    State* state = attach(look);
     if (state == nullptr || !lockOperations()) return errno;
     int error = recover(*state);
     if (error == 0) error = body(*state);
@@ -115,20 +116,20 @@ int armedError(State& state, FailurePoint point) {
 
 // Like alone(), for an operation of the owner. A process that owned nothing before still does not
 // when the operation fails.
-template <class Body>
+template <Look look = Look::now, class Body>
 int asOwner(Body body) {
-    return alone([&](State& state) {
+    return alone<look>([&](State& state) {
         const bool owned = ownedHere();
-        if (!takeOwnership()) return EBUSY;
+        if (!owned && !takeOwnership()) return EBUSY;
         const int error = body(state);
         if (error != 0 && !owned) giveUpOwnership();
         return error;
     });
 }
 
-template <class Body>
+template <Look look = Look::now, class Body>
 int asOwner(FailurePoint point, Body body) {
-    return asOwner([&](State& state) {
+    return asOwner<look>([&](State& state) {
         const int error = armedError(state, point);
         return error != 0 ? error : body(state);
     });
@@ -148,7 +149,7 @@ KernelBufferInfo infoOf(const State& state) {
 }  // namespace
 
 int getBufferInfo(KernelBufferInfo& info) {
-    return alone([&](State& state) {
+    return alone<Look::ifOld>([&](State& state) {
         const int error = armedError(state, FailurePoint::getBuf);
         if (error == 0) info = infoOf(state);
         return error;
@@ -205,7 +206,7 @@ int enableTracing(bool on) {
 }
 
 int readRecords(unsigned char* records, uint64_t room, uint64_t& count) {
-    return asOwner(FailurePoint::readTr, [&](State& state) {
+    return asOwner<Look::ifOld>(FailurePoint::readTr, [&](State& state) {
         if (state.entries.load() == 0 || room == 0) return EINVAL;
         Progress progress = progressOf(state);
         count = readRing(ring, state.control, ticketsDrawn(state), records, room, progress);
