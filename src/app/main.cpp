@@ -32,12 +32,22 @@ void fillStandardDescriptors() {
     if (file >= 0) close(file);
 }
 
+// A pipe that holds many of our pieces: its reader and we wait for each other less often.
+void widenOutputPipe() {
+#ifdef F_SETPIPE_SZ  // Linux alone has it
+    constexpr int kSize = 1 << 20;
+    const int size = fcntl(STDOUT_FILENO, F_GETPIPE_SZ);
+    if (size >= 0 && size < kSize) fcntl(STDOUT_FILENO, F_SETPIPE_SZ, kSize);
+#endif
+}
+
 // Lines go out in large pieces where nobody watches them come. Not under --write, which never
 // flushes: there a larger buffer would keep a reader waiting.
 void sizeOutputBuffer() {
     constexpr size_t kSize = 65536;
     static char buffer[kSize];
     if (settings.writeRaw || isatty(STDOUT_FILENO) != 0) return;
+    widenOutputPipe();
     std::setvbuf(stdout, buffer, _IOFBF, sizeof buffer);
     if (std::atexit([] { outputLine.handOver(); }) == 0) outputLine.gather();
 }

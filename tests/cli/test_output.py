@@ -1,5 +1,6 @@
 """Standard output: the clock, deep lines, readers that leave, full devices, closed streams."""
 
+import fcntl
 import itertools
 import os
 import pathlib
@@ -52,6 +53,19 @@ def test_a_line_keeps_its_indentation_however_deep(tmp_path):
     ends = [f"<- {'':{deep}}PlexoPort::Start End: provider 0x0 returning false"
             for deep in reversed(range(depth))]
     assert lines == starts + ends
+
+
+@pytest.mark.parametrize("size, wide", [(65_536, 1 << 20), (2 << 20, 2 << 20)])
+def test_a_pipe_is_widened_so_that_its_reader_is_seldom_waited_for(size, wide, raw):
+    ours, theirs = os.pipe()
+    try:
+        fcntl.fcntl(ours, fcntl.F_SETPIPE_SZ, size)
+    except PermissionError:
+        pytest.skip("needs the right to wide pipes")
+    run_program("-r", raw(RECORD), capture_output=False, stdout=theirs)
+    assert fcntl.fcntl(ours, fcntl.F_GETPIPE_SZ) == wide
+    os.close(ours)
+    os.close(theirs)
 
 
 @pytest.fixture

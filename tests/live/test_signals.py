@@ -80,9 +80,9 @@ def test_signals_at_any_moment_of_the_passes_leave_whole_lines_and_slots(stage):
 
 def test_signals_end_a_run_whose_standard_output_nobody_reads(stage):
     ours, theirs = os.pipe()
-    run = stage.start(*OPTIONS, stdout=theirs)
+    run = stage.start("-b", 100_000, *OPTIONS, stdout=theirs)
     os.close(theirs)
-    posted = 9000
+    posted = 30_000  # more than a widened pipe holds
     stage.post("\n".join(EVENT.format(n) for n in range(1, posted + 1)))
     wait_until_stuck(run.process)
     begin = time.monotonic()
