@@ -73,9 +73,6 @@ char* putHexadecimal(char* at, const Piece& piece, uint64_t value) {
                               : putHex(at, value, piece.width);
     }
     const unsigned length = digits::countHex(value) + 2;
-    if (piece.zeroFill) {
-        return putHexZeroFilled(putText(at, "0x"), value, piece.width > 2 ? piece.width - 2U : 0U);
-    }
     if (length < piece.width) at = putFill(at, ' ', piece.width - length);
     return putHex(putText(at, "0x"), value);
 }

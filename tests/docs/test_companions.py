@@ -26,6 +26,7 @@ def run(*command, **options):
      "sonaprobe-sim: unknown scenario 'opera'; sonaprobe-sim scenarios lists them\n"
      "demo: see script/demo --help for the scenarios\n"),
     ("test", ["--all"], "test: unknown argument '--all'; see script/test --help\n"),
+    ("coverage", ["src"], "coverage: unknown argument 'src'; see script/coverage --help\n"),
     ("make-sample", ["/nowhere"], "make-sample: there is no /nowhere/sonaprobe-sim; "
                                   "cmake --build --preset release makes it\n"),
     ("update-generated", ["/nowhere"], "update-generated: there is no /nowhere/sonaprobe; "
@@ -36,7 +37,7 @@ def test_a_script_names_what_is_wrong(script, arguments, message):
     assert (result.stderr, result.stdout, result.returncode) == (message, "", 1)
 
 
-@pytest.mark.parametrize("script", ["bench", "demo", "test"])
+@pytest.mark.parametrize("script", ["bench", "coverage", "demo", "test"])
 def test_a_script_shows_its_help_wherever_it_is_called_from(script):
     result = run(f"./{script}", "--help", cwd=SOURCE / "script")
     assert f"\n  script/{script}" in result.stdout
