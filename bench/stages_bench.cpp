@@ -41,6 +41,7 @@ constexpr TraceRecord kRecord{.timestamp = 3'600'286'873'000,
 
 constexpr uint32_t kSilentClass = 0x05240800;
 constexpr uint64_t kTicksBetween = 5'347'000;
+constexpr uint64_t kFewTicksBetween = 13'000;
 
 TraceRecord recordOf(uint32_t debugid) {
     TraceRecord record = kRecord;
@@ -77,18 +78,19 @@ void dispatchOfSilentClass(State& state) {
 }
 BENCHMARK(dispatchOfSilentClass);
 
-void timeText(State& state, uint32_t mode) {
+void timeText(State& state, uint32_t mode, uint64_t ticksBetween) {
     useDefaults();
     settings.timeMode = mode;
     char text[kEventTimeRoom];
     uint64_t timestamp = kRecord.timestamp;
     for (auto _ : state) {
         benchmark::DoNotOptimize(formatEventTime(timestamp, text));
-        timestamp += kTicksBetween;
+        timestamp += ticksBetween;
     }
 }
-BENCHMARK_CAPTURE(timeText, local, kLocalTime);
-BENCHMARK_CAPTURE(timeText, kernel, kKernelTime);
+BENCHMARK_CAPTURE(timeText, localFarApart, kLocalTime, kTicksBetween);
+BENCHMARK_CAPTURE(timeText, localNear, kLocalTime, kFewTicksBetween);
+BENCHMARK_CAPTURE(timeText, kernel, kKernelTime, kTicksBetween);
 
 void prefix(State& state, uint32_t timeMode, uint32_t otherColumns) {
     useDefaults();
