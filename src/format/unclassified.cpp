@@ -72,6 +72,21 @@ void printNamedLine(const TraceRecord& record) {
     outputLine.end();
 }
 
+// "%<width>.1f" of the microseconds. Integers round as reals do, but half-way between two tenths,
+// where it takes the real's own error, and where a real has not all of the ticks.
+char* putMicroseconds(char* at, uint64_t ticks, unsigned width) {
+    constexpr uint64_t kTicksPerTenth = 100;
+    constexpr uint64_t kBeyondReals = uint64_t{1} << 53;
+    if (ticks >= kBeyondReals || ticks % kTicksPerTenth == kTicksPerTenth / 2) {
+        return putReal(at, static_cast<double>(ticks) / kBasicTicksPerMicrosecond, 1, width);
+    }
+    const uint64_t tenths = (ticks + kTicksPerTenth / 2) / kTicksPerTenth;
+    at = putUnsigned(at, tenths / 10, width - 2);
+    *at = '.';
+    at[1] = static_cast<char>('0' + tenths % 10);
+    return at + 2;
+}
+
 // "%#010x": zero has no "0x".
 char* putAlternateCode(char* at, uint32_t code) {
     return code == 0 ? putFill(at, '0', 10) : putHexDigits(putText(at, "0x"), code, 8);
@@ -108,14 +123,11 @@ void printBasicRecord(const TraceRecord* record) {
     static uint64_t first = 0;  // 0 while none is held, so a first stamp of 0 is not held
     static uint64_t previous = 0;
     if (first == 0) first = previous = record->timestamp;
-    const auto microseconds = [](uint64_t ticks) {
-        return static_cast<double>(ticks) / kBasicTicksPerMicrosecond;
-    };
 
     char* at = outputLine.cursor();
-    at = putReal(at, microseconds(record->timestamp - first), 1, 10);
+    at = putMicroseconds(at, record->timestamp - first, 10);
     *at++ = ' ';
-    at = putReal(at, microseconds(record->timestamp - previous), 1, 5);
+    at = putMicroseconds(at, record->timestamp - previous, 5);
     previous = record->timestamp;
     at = putText(at, "  ");
     if (settings.decodePath[0] != '\0') {
