@@ -11,6 +11,7 @@ import pytest
 
 from conftest import BUILD, needs_another_user, run_program
 from records import DIVISOR_MARKER, INVALID_MARKER, pack
+from terminal import read_to_the_end
 
 FOLDER = pathlib.Path("/dev/shm/sonaprobe")
 CLONE_NEWNS = 0x20000
@@ -156,14 +157,13 @@ def test_who_watches_is_told_why_nothing_was_logged(tmp_path):
     raw = tmp_path / "trace.raw"
     raw.write_bytes(pack(0x05245C0C))
     terminal, end = os.openpty()
-    try:
-        done = run_program("post", raw, program="sonaprobe-sim", capture_output=False, stderr=end,
-                           stdout=subprocess.PIPE)
-        assert (done.returncode, done.stdout) == (0, "0 of 1 records logged\n")
-        assert b"nobody traced meanwhile" in os.read(terminal, 4096)
-    finally:
-        os.close(terminal)
-        os.close(end)
+    done = run_program("post", raw, program="sonaprobe-sim", capture_output=False, stderr=end,
+                       stdout=subprocess.PIPE)
+    os.close(end)
+    shown = read_to_the_end(terminal)
+    os.close(terminal)
+    assert (done.returncode, done.stdout) == (0, "0 of 1 records logged\n")
+    assert b"nobody traced meanwhile" in shown
 
 
 def test_post_of_an_empty_file(tmp_path):

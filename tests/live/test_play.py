@@ -12,6 +12,7 @@ import pytest
 from conftest import BUILD, PATIENCE
 from live import sim, stage, status, until  # noqa: F401, stage is a fixture
 from records import unpack
+from terminal import read_to_the_end
 
 SERVER = 0x2104
 AUDIO = 0x0524
@@ -107,16 +108,6 @@ def test_a_signal_ends_it_in_order(number, facility):
     out, err = process.communicate(timeout=PATIENCE)
     assert (err, process.returncode) == ("", 0)
     assert out.startswith("0 of ") and out.endswith(" records logged\n")
-
-
-def read_to_the_end(terminal):
-    """What a terminal that nobody writes to any more still holds; it comes in pieces."""
-    pieces = []
-    while True:
-        try:
-            pieces.append(os.read(terminal, 10000))
-        except OSError:  # EIO: that was all
-            return b"".join(pieces)
 
 
 def test_progress_is_shown_on_a_terminal_and_wiped_at_the_end(facility):
