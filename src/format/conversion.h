@@ -61,10 +61,9 @@ constexpr Conversion readConversion(std::string_view text) {
         default: break;
     }
     const bool number = result.kind <= ConversionKind::hexadecimal;
-    const bool meaningless = (!number && !bare) ||
-                             (result.alternate && result.kind != ConversionKind::hexadecimal) ||
-                             (result.alternate && result.zeroFill) ||
-                             (result.zeroFill && result.width == 0);
+    const bool meaningless =
+        (!number && !bare) || (result.alternate && result.kind != ConversionKind::hexadecimal) ||
+        (result.alternate && result.zeroFill) || (result.zeroFill && result.width == 0);
     if (meaningless) result.kind = ConversionKind::unknown;
     result.length = static_cast<uint8_t>(i + 1);
     return result;
