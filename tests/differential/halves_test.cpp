@@ -31,9 +31,9 @@ void writeSlots(const std::string& path, std::span<const TraceRecord> slots) {
 std::string printedFrom(const OptionSet& options, const std::vector<std::string>& paths) {
     const std::string resultPath = fileName("result");
     std::fflush(stdout);
+    apply(options);
     const pid_t child = fork();
     if (child == 0) {
-        apply(options);
         if (std::freopen(resultPath.c_str(), "w", stdout) == nullptr) _exit(1);
         for (const std::string& path : paths) readRawFile(path.c_str());
         _exit(std::fflush(stdout) == 0 ? 0 : 1);
