@@ -100,7 +100,7 @@ void prefix(State& state, uint32_t timeMode, uint32_t otherColumns) {
     char* const begin = outputLine.cursor();
     static constexpr char kNames[12 + 6 + kTextBlock] = "OrvelHDAPathenable";
     constexpr BlockText group{kNames, 12};
-    constexpr BlockText method{kNames + group.size(), 6};
+    constexpr BlockText method{kNames + group.length, 6};
     for (auto _ : state) {
         record.timestamp += kTicksBetween;
         printEventPrefix(headerOf(record), group, method, record.arg1);

@@ -15,21 +15,21 @@ inline constexpr char kEmptyBlock[kTextBlock] = {};
 
 // A text behind whose end kTextBlock more characters can be read, whatever they are. Who makes one
 // from other texts sees to that.
-class BlockText : public std::string_view {
-  public:
-    constexpr BlockText() : BlockText(kEmptyBlock, 0) {}
-    constexpr BlockText(const char* begin, size_t length) : std::string_view(begin, length) {}
+struct BlockText {
+    const char* begin = kEmptyBlock;
+    size_t length = 0;
 
-    constexpr BlockText part(size_t begin, size_t length) const { return {data() + begin, length}; }
+    constexpr std::string_view view() const { return {begin, length}; }
+    constexpr BlockText part(size_t first, size_t count) const { return {begin + first, count}; }
 };
 
 // Writes the text, and up to kTextBlock characters behind it. Returns the place behind the text.
 inline char* putBlocks(char* at, BlockText text) {
-    std::memcpy(at, text.data(), kTextBlock);
-    for (size_t done = kTextBlock; done < text.size(); done += kTextBlock) {
-        std::memcpy(at + done, text.data() + done, kTextBlock);
+    std::memcpy(at, text.begin, kTextBlock);
+    for (size_t done = kTextBlock; done < text.length; done += kTextBlock) {
+        std::memcpy(at + done, text.begin + done, kTextBlock);
     }
-    return at + text.size();
+    return at + text.length;
 }
 
 }  // namespace sonaprobe

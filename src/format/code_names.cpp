@@ -6,15 +6,16 @@
 #include <cerrno>
 #include <cstdlib>
 #include <cstring>
-#include <ctime>
 #include <limits>
 #include <string>
 #include <sys/stat.h>
 #include <unistd.h>
 #include <unordered_map>
 
+#include "app/output.h"
 #include "app/settings.h"
 #include "app/signals.h"
+#include "platform/coarse_clock.h"
 
 namespace sonaprobe {
 
@@ -44,12 +45,6 @@ std::unordered_map<uint32_t, std::string> names;
 FileState scannedState;
 bool scanned = false;
 int64_t lookedAt = 0;
-
-int64_t now() {
-    timespec time{};
-    clock_gettime(CLOCK_MONOTONIC_COARSE, &time);
-    return int64_t{time.tv_sec} * 1'000'000'000 + time.tv_nsec;
-}
 
 // One line of the file, or one piece of a long line: the first to name a code keeps it.
 void takePiece(char* piece) {
@@ -105,7 +100,7 @@ void scanFile(int file, bool stream) {
 }
 
 void refreshNames() {
-    const int64_t time = now();
+    const int64_t time = coarseNanoseconds();
     if (scanned && time - lookedAt < kFreshNanoseconds) return;
     lookedAt = time;
     const int file = fileno(settings.decodeFile);
@@ -114,6 +109,7 @@ void refreshNames() {
     const bool stream = !S_ISREG(status.st_mode);
     const FileState state{status.st_size, status.st_mtim, status.st_ctim};
     if (scanned && (stream || state == scannedState)) return;
+    if (stream) flushOutput();
     scanFile(file, stream);
     scannedState = state;
     scanned = true;

@@ -15,7 +15,8 @@ namespace sonaprobe {
 constexpr size_t kCodeNameRoom = 64;
 
 // The name of `code`, in `destination`, or null if the file has none. Without an open file it says
-// so on standard error and returns the destination as it was, so callers pass it cleared.
+// so on standard error and returns the destination as it was, so callers pass it cleared. To be
+// asked for before a line is begun: it may have to wait, and prints what there is before that.
 const char* lookupCodeName(uint32_t code, char (&destination)[kCodeNameRoom]);
 
 }  // namespace sonaprobe

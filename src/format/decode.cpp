@@ -129,10 +129,8 @@ void decodeRecord(const Decoder& decoder, const TraceRecord& record) {
     const Row* const text = selectText(&event, end, record);
     if (text == nullptr || (text->verbose && !settings.verbose)) return;
 
-    const BlockText group = text->group.length != 0   ? decoder.text(text->group)
-                            : event.group.length != 0 ? decoder.text(event.group)
-                                                      : decoder.group.text();
-    const BlockText method = decoder.text(text->method.length != 0 ? text->method : event.method);
+    const BlockText group = decoder.groupOf(event, *text);
+    const BlockText method = decoder.methodOf(event, *text);
     const uint64_t object = decoder.hasObject ? record.arg1 : 0;
     if (!printEventPrefix(headerOf(record), group, method, object)) return;
     outputLine.moveTo(putLogText(outputLine.cursor(), decoder, *text, record));

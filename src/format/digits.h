@@ -64,6 +64,19 @@ inline Characters hexCharacters(uint64_t value) {
 
 inline void store(char* at, uint64_t eightCharacters) { std::memcpy(at, &eightCharacters, 8); }
 
+// The bits of the leading zeros of kDigits decimal digits, 1 to 8 of them; the last digit is none.
+template <unsigned kDigits>
+constexpr unsigned leadingZeroBits(uint64_t decimals) {
+    return static_cast<unsigned>(std::countr_zero(decimals | uint64_t{1} << 8 * (kDigits - 1))) &
+           ~7U;
+}
+
+// What makes '0' a blank in the lowest `bits` bits, bytes of them.
+constexpr uint64_t zerosToBlanks(unsigned bits) {
+    constexpr uint64_t kZeroToBlank = kZeros ^ 0x2020202020202020;
+    return kZeroToBlank & ((uint64_t{1} << bits) - 1);
+}
+
 constexpr unsigned countHex(uint64_t value) {
     return (static_cast<unsigned>(std::bit_width(value | 1)) + 3) / 4;
 }
@@ -128,15 +141,12 @@ inline char* padLeft(char* at, char* end, char fill, size_t width) {
 // nothing behind it waits for.
 inline char* putUnsignedInTen(char* at, uint64_t value) {
     constexpr uint64_t kEightDigits = 100'000'000;
-    constexpr uint64_t kZeroToBlank = 0x1010101010101010;  // '0' ^ ' ' in each byte
     if (value >= 100 * kEightDigits) return putUnsigned(at, value);
     if (value < 10'000) {  // most deltas
         const uint32_t four = digits::fourDecimals(static_cast<uint32_t>(value));
-        const auto leadingBits = static_cast<unsigned>(std::countr_zero(four | 1U << 24)) & ~7U;
-        const uint64_t text =
-            (four + digits::kZeros) ^ (kZeroToBlank & ((uint64_t{1} << leadingBits) - 1));
+        const unsigned leading = digits::leadingZeroBits<4>(four);
         std::memset(at, ' ', 6);
-        digits::store(at + 6, text);
+        digits::store(at + 6, (four + digits::kZeros) ^ digits::zerosToBlanks(leading));
         return at + 10;
     }
     const uint64_t high = value / kEightDigits;
@@ -148,11 +158,9 @@ inline char* putUnsignedInTen(char* at, uint64_t value) {
         digits::store(at + 2, eight + digits::kZeros);
         return at + 10;
     }
-    // The leading zeros but the last become blanks.
-    const auto leadingBits = static_cast<unsigned>(std::countr_zero(eight | 1ULL << 56)) & ~7U;
     at[0] = at[1] = ' ';
-    digits::store(at + 2,
-                  (eight + digits::kZeros) ^ (kZeroToBlank & ((uint64_t{1} << leadingBits) - 1)));
+    const unsigned leading = digits::leadingZeroBits<8>(eight);
+    digits::store(at + 2, (eight + digits::kZeros) ^ digits::zerosToBlanks(leading));
     return at + 10;
 }
 
@@ -163,7 +171,7 @@ inline char* putUnsignedFilled(char* at, uint64_t value, char fill, unsigned wid
         return padLeft(at, putUnsigned(at, value), fill, width);
     }
     const uint64_t eight = digits::eightDecimals(static_cast<uint32_t>(value));
-    const auto leading = static_cast<unsigned>(std::countr_zero(eight | 1ULL << 56)) / kEight;
+    const unsigned leading = digits::leadingZeroBits<8>(eight) / kEight;
     const uint64_t zeroToFill = digits::kZeros / '0' * static_cast<uint64_t>(fill ^ '0');
     const uint64_t leadingMask = (uint64_t{1} << kEight * leading) - 1;
     const unsigned columns = width > kEight - leading ? width : kEight - leading;

@@ -3,7 +3,6 @@
 #include "format/event_time.h"
 
 #include <algorithm>
-#include <bit>
 #include <cstring>
 #include <ctime>
 
@@ -34,13 +33,10 @@ class LocalTimeText {
         const bool near = stamp / kFourDigits == tenThousands_ && step < kFourDigits;
         if (!near || now != second_) return putWhole(at, now, microseconds, delta);
 
-        constexpr uint64_t kZeroToBlank = uint64_t{'0' ^ ' '} * 0x01010101;
         std::memcpy(at, text_, sizeof text_);
         const uint64_t fours = digits::fourDigitsEach(stamp % kFourDigits | step << 32);
-        const auto stepFour = static_cast<uint32_t>(fours >> 32);
-        const auto leadingBits = static_cast<unsigned>(std::countr_zero(stepFour | 1U << 24)) & ~7U;
-        const uint64_t blanks = kZeroToBlank & ((uint64_t{1} << leadingBits) - 1);
-        const uint64_t shown = (fours + digits::kZeros) ^ blanks << 32;
+        const unsigned leading = digits::leadingZeroBits<4>(fours >> 32);
+        const uint64_t shown = (fours + digits::kZeros) ^ digits::zerosToBlanks(leading) << 32;
         const auto stampText = static_cast<uint32_t>(shown);
         const auto stepText = static_cast<uint32_t>(shown >> 32);
         std::memcpy(at + kStampFour, &stampText, sizeof stampText);
@@ -50,13 +46,14 @@ class LocalTimeText {
 
   private:
     static constexpr uint64_t kFourDigits = 10'000;
+    static constexpr uint64_t kTenDigits = 10'000'000'000;
     static constexpr uint64_t kNotKept = ~uint64_t{0};
     static constexpr size_t kClock = 8;
     static constexpr size_t kStampFour = 16;
     static constexpr size_t kStepFour = 28;
 
     // Keeps the text where its numbers leave room for another last four digits: the stamp has
-    // more digits than these and at most ten, the step no more.
+    // five to ten, the step at most four.
     char* putWhole(char* at, std::time_t now, int64_t microseconds, int64_t delta) {
         if (now != second_) {
             constexpr size_t kHour = 11;  // in "Sat Nov 21 10:11:22 2026\n"
@@ -69,8 +66,8 @@ class LocalTimeText {
         end = putText(end, " us]");
         const auto stamp = static_cast<uint64_t>(microseconds);
         tenThousands_ = kNotKept;
-        if (stamp >= kFourDigits && static_cast<uint64_t>(delta) < kFourDigits &&
-            static_cast<size_t>(end - at) == sizeof text_) {
+        if (stamp >= kFourDigits && stamp < kTenDigits &&
+            static_cast<uint64_t>(delta) < kFourDigits) {
             tenThousands_ = stamp / kFourDigits;
             std::memcpy(text_, at, sizeof text_);
         }

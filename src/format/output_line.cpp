@@ -2,7 +2,6 @@
 
 #include "format/output_line.h"
 
-#include <algorithm>
 #include <cstdio>
 
 #include "app/output.h"
@@ -20,9 +19,9 @@ void OutputLine::handOver() {
 // Hands over what the line holds and all blanks but those that now fit; returns their count.
 uint64_t OutputLine::spill(uint64_t count) {
     handOver();
-    std::memset(buffer_, ' ', kIndentRoom);
-    for (; count > kIndentRoom; count -= kIndentRoom) {
-        at_ = buffer_ + kIndentRoom;
+    std::memset(buffer_, ' ', kFillRoom);
+    for (; count > kFillRoom; count -= kFillRoom) {
+        at_ = buffer_ + kFillRoom;
         handOver();
     }
     return count;

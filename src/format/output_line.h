@@ -43,14 +43,14 @@ class OutputLine {
 
   private:
     static constexpr size_t kGathered = 4096;
-    static constexpr size_t kIndentRoom = kGathered + 4096;
+    static constexpr size_t kFillRoom = kGathered + 4096;  // lines before this one, and blanks
 
     size_t used() const { return static_cast<size_t>(at_ - buffer_); }
-    size_t room() const { return used() < kIndentRoom ? kIndentRoom - used() : 0; }
+    size_t room() const { return used() < kFillRoom ? kFillRoom - used() : 0; }
     uint64_t spill(uint64_t count);
 
     size_t handOverAt_ = 0;
-    char buffer_[kIndentRoom + kTextRoom] = {};
+    char buffer_[kFillRoom + kTextRoom] = {};
     char* at_ = buffer_;
 };
 

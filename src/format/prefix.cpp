@@ -32,7 +32,7 @@ void printDirection(Qualifier qualifier) {
     }
 }
 
-BlockText cutName(BlockText name) { return name.part(0, std::min(name.size(), kNameLength)); }
+BlockText cutName(BlockText name) { return name.part(0, std::min(name.length, kNameLength)); }
 
 char* putName(char* at, BlockText group, BlockText method) {
     char* const begin = at;

@@ -118,6 +118,16 @@ struct Decoder {
     constexpr BlockText text(Stretch stretch) const {
         return {characters + stretch.begin, stretch.length};
     }
+
+    // The names that one of an event's texts prints under.
+    constexpr BlockText groupOf(const Row& event, const Row& row) const {
+        if (row.group.length != 0) return text(row.group);
+        return event.group.length != 0 ? text(event.group) : group.text();
+    }
+    constexpr BlockText methodOf(const Row& event, const Row& row) const {
+        return text(row.method.length != 0 ? row.method : event.method);
+    }
+
     constexpr std::span<const Piece> piecesOf(const Row& row) const {
         return {pieces + row.pieces.begin, row.pieces.length};
     }

@@ -22,6 +22,9 @@
 //   character                                            %c
 //   seconds(earlier, later)                              %llu, %lld
 //
+// A table ends as a decoder: `decoder<kRows>(audioClass(23), "Group", 3)` of three events,
+// `withoutObject(...)` where arg1 is no object, `silentDecoder<kRows>()`.
+//
 // The texts of an event are asked from the first to the last; the first whose qualifier and
 // condition fit prints, and no other. An event without a fitting text is known, and silent.
 
@@ -30,6 +33,8 @@
 #include <algorithm>
 #include <concepts>
 
+#include "format/digits.h"
+#include "format/output_line.h"
 #include "format/row.h"
 
 namespace sonaprobe::rows {
@@ -38,7 +43,11 @@ namespace sonaprobe::rows {
 void refuse(const char* reason);
 
 constexpr size_t kMaxPieces = 12;
+constexpr size_t kMaxStretch = 255;  // characters before a value
 constexpr size_t kMaxWordPairs = 2;
+
+// The longest text leaves room for the columns before it.
+static_assert(kMaxPieces * (kMaxStretch + kMaxNumberLength) + 512 <= OutputLine::kTextRoom);
 
 // The two words of %s, as the vocabulary spells them.
 struct Words {
@@ -101,6 +110,9 @@ consteval Argument read(Argument argument, Reading reading) {
 consteval Argument either(Argument argument, const char* notZero, const char* zero) {
     argument = read(argument, Reading::words);
     argument.words = {notZero, zero};
+    if (std::max(argument.words.notZero.size(), argument.words.zero.size()) > kMaxNumberLength) {
+        refuse("a word of more than 32 characters");
+    }
     return argument;
 }
 
@@ -226,7 +238,8 @@ consteval Entry textEntry(uint8_t qualifiers, Condition condition, const char* f
     size_t used = 0;
     const auto add = [&](Piece piece, size_t literalEnd) {
         if (entry.pieceCount == kMaxPieces) refuse("a text of too many pieces");
-        if (literalEnd - literalBegin > 255) refuse("a text with too long a stretch of words");
+        if (literalEnd - literalBegin > kMaxStretch)
+            refuse("a text with too long a stretch of words");
         piece.literalBegin = static_cast<uint16_t>(literalBegin);
         piece.literalLength = static_cast<uint8_t>(literalEnd - literalBegin);
         entry.pieces[entry.pieceCount++] = piece;

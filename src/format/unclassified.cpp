@@ -72,8 +72,9 @@ void printNamedLine(const TraceRecord& record) {
     outputLine.end();
 }
 
-// "%<width>.1f" of the microseconds. Integers round as reals do, but half-way between two tenths,
-// where it takes the real's own error, and where a real has not all of the ticks.
+// "%<width>.1f" of the microseconds. Rounding in integers gives printf's digits, except half-way
+// between two tenths, where the real's own error decides, and from 2^53 ticks on, which a real may
+// not hold exactly.
 char* putMicroseconds(char* at, uint64_t ticks, unsigned width) {
     constexpr uint64_t kTicksPerTenth = 100;
     constexpr uint64_t kBeyondReals = uint64_t{1} << 53;
@@ -92,12 +93,11 @@ char* putAlternateCode(char* at, uint32_t code) {
     return code == 0 ? putFill(at, '0', 10) : putHexDigits(putText(at, "0x"), code, 8);
 }
 
-char* putBasicName(char* at, uint32_t debugid) {
+char* putBasicName(char* at, uint32_t debugid, const char* name) {
     constexpr size_t kNameWidth = 30;
-    char name[kCodeNameRoom] = {};
     const char* const begin = at;
-    if (const char* found = lookupCodeName(codeOf(debugid), name)) {
-        at = putText(at, found);
+    if (name != nullptr) {
+        at = putText(at, name);
     } else {
         at = putAlternateCode(at, debugid);
     }
@@ -123,6 +123,9 @@ void printBasicRecord(const TraceRecord* record) {
     static uint64_t first = 0;  // 0 while none is held, so a first stamp of 0 is not held
     static uint64_t previous = 0;
     if (first == 0) first = previous = record->timestamp;
+    const bool decode = settings.decodePath[0] != '\0';
+    char nameRoom[kCodeNameRoom] = {};
+    const char* const name = decode ? lookupCodeName(codeOf(record->debugid), nameRoom) : nullptr;
 
     char* at = outputLine.cursor();
     at = putMicroseconds(at, record->timestamp - first, 10);
@@ -130,8 +133,8 @@ void printBasicRecord(const TraceRecord* record) {
     at = putMicroseconds(at, record->timestamp - previous, 5);
     previous = record->timestamp;
     at = putText(at, "  ");
-    if (settings.decodePath[0] != '\0') {
-        at = putBasicName(at, record->debugid);
+    if (decode) {
+        at = putBasicName(at, record->debugid, name);
         *at++ = ' ';
     } else {
         at = putHexDigits(putText(at, "0x"), record->debugid, 8);

@@ -61,7 +61,7 @@ def test_a_pipe_is_widened_so_that_its_reader_is_seldom_waited_for(size, wide, r
     try:
         fcntl.fcntl(ours, fcntl.F_SETPIPE_SZ, size)
     except PermissionError:
-        pytest.skip("needs the right to wide pipes")
+        pytest.skip("needs the right to widen pipes")
     run_program("-r", raw(RECORD), capture_output=False, stdout=theirs)
     assert fcntl.fcntl(ours, fcntl.F_GETPIPE_SZ) == wide
     os.close(ours)

@@ -67,7 +67,7 @@ std::string printPiece(const Decoder& decoder, const Row& row, const Piece& piec
         case Reading::words: {
             const WordPair& words = decoder.wordsOf(row, piece);
             const Stretch word = value != 0 ? words.notZero : words.zero;
-            return printOne(conversion, std::string(decoder.text(word)).c_str());
+            return printOne(conversion, std::string(decoder.text(word).view()).c_str());
         }
         case Reading::ticks: return printOne(conversion, static_cast<double>(value) / 24.0);
         case Reading::seconds:
@@ -109,7 +109,7 @@ uint64_t valueOf(const TraceRecord& record, Slice slice) {
 std::string logText(const Decoder& decoder, const Row& row, const TraceRecord& record,
                     double divisor) {
     std::string result;
-    const std::string_view text = decoder.text(row.text);
+    const std::string_view text = decoder.text(row.text).view();
     const Piece* piece = decoder.piecesOf(row).data();
     unsigned nth = 0;  // conversion of the piece
     for (size_t at = 0; at < text.size();) {

@@ -5,6 +5,7 @@
 #include <fcntl.h>
 #include <filesystem>
 #include <fstream>
+#include <signal.h>
 #include <string>
 #include <sys/mount.h>
 #include <sys/stat.h>
@@ -233,6 +234,51 @@ TEST_F(Folder, IsLookedAtAgainByThePasses) {
     usleep(120'000);
     EXPECT_EQ(getBufferInfo(info), 0);
     EXPECT_EQ(info.entries, 0);
+}
+
+TEST_F(Folder, AndAllInItMayBeReplacedBetweenTwoLooks) {
+    fs::remove_all(kFolder);  // set-ups are counted from the start, here as in replaceAll()
+    setUpWith(1024);
+    Producer producer;
+    ASSERT_TRUE(attachProducer(producer));
+    EXPECT_EQ(postMany(producer, 0, 3), 3U);
+    EXPECT_EQ(readAll(1).size(), 1U);
+    const auto replaceAll = [] {
+        fs::remove_all(kFolder);
+        setUpWith(1024);
+        Producer other;
+        return attachProducer(other) && postMany(other, 10, 2) == 2 ? 0 : 1;
+    };
+    ASSERT_EQ(inChild(replaceAll), 0);
+    ASSERT_TRUE(attachProducer(producer)) << "looks at the files, before readAll() would again";
+    EXPECT_EQ(readAll(9), std::vector({recordOf(0x05245C0C, 10), recordOf(0x05245C0C, 11)}));
+    detachProducer(producer);
+}
+
+// Set-up numbers begin with 0, once they have come round.
+TEST_F(Folder, ASetUpIsLeftAloneByThoseWhoHaveNotItsRing) {
+    platform::KernelBufferInfo info{};
+    {
+        const auto hold = holdAttachment();
+        attach()->control.store(controlWord(UINT16_MAX, false, 0));
+    }
+    int step[2];
+    ASSERT_EQ(pipe(step), 0);
+    const pid_t owner = startChild([&] {
+        setUpWith(1024);
+        close(step[1]);
+        pause();
+        return 0;
+    });
+    close(step[1]);
+    char end;
+    EXPECT_EQ(read(step[0], &end, 1), 0) << "which ends with the other side's close";
+    EXPECT_EQ(getBufferInfo(info), 0);
+    EXPECT_EQ(info.bufid, 0);
+    EXPECT_EQ(info.entries, 1024);
+    close(step[0]);
+    kill(owner, SIGKILL);
+    waitFor(owner);
 }
 
 TEST_F(Folder, MayBeRemovedUnderARun) {

@@ -34,6 +34,11 @@ constexpr Entry kRow = start("channelID: %d", byte(FAULT(8, 7), a2));
 constexpr Entry kRow = start("running: %s", FAULT(yesNo(boolean(a2)), yesNo(a2)));
 #endif
 
+#ifdef WORD_OF_33_CHARACTERS  // a word of more than 32 characters
+#define WORD_32 "a word of thirty-two characters."
+constexpr Entry kRow = start("%s", either(a2, FAULT(WORD_32 ".", WORD_32), "short"));
+#endif
+
 #ifdef SECONDS_TO_A_READING  // a reading of a reading
 constexpr Entry kRow = start("slept: %llu s", seconds(a2, FAULT(nanos(a3), a3)));
 #endif

@@ -11,7 +11,7 @@
 namespace sonaprobe::events {
 
 std::string TracedClass::title() const {
-    return id + ' ' + (isSilent() ? registryName : std::string(decoder->group.text()));
+    return id + ' ' + (isSilent() ? registryName : std::string(decoder->group.text().view()));
 }
 
 std::vector<TracedClass> tracedClasses() {
@@ -36,20 +36,17 @@ std::vector<TracedClass> tracedClasses() {
 namespace {
 
 Text textOf(const Decoder& decoder, const Row& event, const Row& row) {
-    std::string_view group = decoder.group.text();
-    if (event.group.length != 0) group = decoder.text(event.group);
-    if (row.group.length != 0) group = decoder.text(row.group);
     Text text{.qualifiers = row.qualifiers,
               .verbose = row.verbose,
               .condition = row.condition,
-              .group = group,
-              .method = decoder.text(row.method.length != 0 ? row.method : event.method),
-              .text = decoder.text(row.text),
+              .group = decoder.groupOf(event, row).view(),
+              .method = decoder.methodOf(event, row).view(),
+              .text = decoder.text(row.text).view(),
               .pieces = decoder.piecesOf(row)};
     for (const Piece& piece : text.pieces) {
         if (piece.reading != Reading::words || piece.wordPair < text.wordPairs.size()) continue;
         const auto& [notZero, zero] = decoder.wordsOf(row, piece);
-        text.wordPairs.push_back({decoder.text(notZero), decoder.text(zero)});
+        text.wordPairs.push_back({decoder.text(notZero).view(), decoder.text(zero).view()});
     }
     return text;
 }

@@ -8,8 +8,9 @@
 #include <sys/file.h>
 #include <sys/mman.h>
 #include <sys/stat.h>
-#include <time.h>
 #include <unistd.h>
+
+#include "platform/coarse_clock.h"
 
 namespace sonaprobe::standin {
 namespace {
@@ -34,9 +35,9 @@ struct Attachment {
     ino_t inode = 0;
     pid_t ownedBy = 0;  // the process that last took ownership; a forked child differs
     int64_t lookedAt = 0;
-    bool looked = false;
 };
 Attachment attachment;
+uint64_t lookCount = 0;
 std::mutex attachmentMutex;
 
 thread_local Refusal refusal{"", ""};
@@ -144,12 +145,6 @@ State* mapState(int file, struct stat& found) {
     return nullptr;
 }
 
-int64_t now() {
-    timespec time{};
-    clock_gettime(CLOCK_MONOTONIC_COARSE, &time);
-    return int64_t{time.tv_sec} * 1'000'000'000 + time.tv_nsec;
-}
-
 // Looks at the names again, since anybody with root's rights may have replaced what they stand
 // for. Sets errno when it must be refused.
 enum class Standing { same, gone, refused };
@@ -198,10 +193,11 @@ const char* flawOf(const struct stat& file, mode_t type) {
 std::unique_lock<std::mutex> holdAttachment() { return std::unique_lock(attachmentMutex); }
 
 State* attach(Look look) {
-    const int64_t time = now();
+    const int64_t time = coarseNanoseconds();
     if (attachment.state != nullptr) {
-        attachment.looked = look == Look::now || time - attachment.lookedAt >= kLookHolds;
-        if (!attachment.looked) return attachment.state;
+        const bool fresh = time - attachment.lookedAt < kLookHolds;
+        if (look == Look::ifOld && fresh) return attachment.state;
+        ++lookCount;
         attachment.lookedAt = 0;
         switch (lookAgain()) {
             case Standing::same: attachment.lookedAt = time; return attachment.state;
@@ -232,17 +228,17 @@ State* attach(Look look) {
         errno = error;
         return nullptr;
     }
+    ++lookCount;
     attachment = {.folder = folder,
                   .file = file,
                   .state = state,
                   .device = found.st_dev,
                   .inode = found.st_ino,
-                  .lookedAt = time,
-                  .looked = true};
+                  .lookedAt = time};
     return state;
 }
 
-bool hasLooked() { return attachment.looked; }
+uint64_t looks() { return lookCount; }
 
 int folderDescriptor() { return attachment.folder; }
 

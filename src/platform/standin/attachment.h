@@ -18,14 +18,14 @@ std::unique_lock<std::mutex> holdAttachment();
 // Whether to look at the files although they were looked at less than a tenth of a second ago.
 enum class Look { now, ifOld };
 
-// Finds the state, made anew where there is none, and checks that folder and file are still the
-// ones mapped: root's own, closed to others, no links, with a header that checks out. Null with
-// errno else: EPERM where something is not to be trusted (lastRefusal() tells), ENOMEM without
-// room. A state mapped once stays mapped.
+// Finds the state, made anew where there is none, and checks, unless the last look is young enough,
+// that folder and file are still the ones mapped: root's own, closed to others, no links, with a
+// header that checks out. Null with errno else: EPERM where something is not to be trusted
+// (lastRefusal() tells), ENOMEM without room. A state mapped once stays mapped.
 State* attach(Look look = Look::now);
 
-// Whether the last successful attach() looked at the files.
-bool hasLooked();
+// How often this process has looked at the files.
+uint64_t looks();
 
 // Why attach() or mapRing() of this thread last answered EPERM: "path: reason".
 struct Refusal {

@@ -15,8 +15,10 @@ namespace {
 using platform::KernelBufferInfo;
 using platform::TraceInterest;
 
-// This process's mapping of the ring, kept from one operation to the next.
+// This process's mapping of the ring, kept from one operation to the next, and the look at the
+// files since when its own file is known to be in place.
 Ring ring;
+uint64_t ringLook = 0;
 
 uint64_t ticketsDrawn(const State& state) {
     const uint64_t control = state.control.load(std::memory_order_acquire);
@@ -76,9 +78,11 @@ int recover(State& state) {
             return 0;
         }
         const uint16_t number = numberIn(state.control.load());
-        if (ring.number != number || (hasLooked() && !stillInPlace(folderDescriptor(), ring))) {
+        const bool mapped = ring.entries != 0 && ring.number == number;
+        if (!mapped || (ringLook != looks() && !stillInPlace(folderDescriptor(), ring))) {
             error = mapRing(folderDescriptor(), number, ring);
         }
+        ringLook = looks();
         if (error == 0 && ring.entries == state.entries.load()) return 0;
     }
     if (error != 0 && error != ENOENT) return error;
@@ -90,7 +94,8 @@ int recover(State& state) {
 }
 
 // Runs body(state) as the one operation of all processes. Its error is the operation's. The two
-// operations of a pass look at the files now and then only: an idle run does nothing else.
+// operations of a pass look at the files ten times a second at most: an idle run consists of
+// nothing but them.
 template <Look look = Look::now, class Body>
 int alone(Body body) {
     const auto hold = holdAttachment();
@@ -120,7 +125,7 @@ template <Look look = Look::now, class Body>
 int asOwner(Body body) {
     return alone<look>([&](State& state) {
         const bool owned = ownedHere();
-        if (!owned && !takeOwnership()) return EBUSY;
+        if (!(owned && look == Look::ifOld) && !takeOwnership()) return EBUSY;
         const int error = body(state);
         if (error != 0 && !owned) giveUpOwnership();
         return error;
