@@ -80,6 +80,16 @@ def test_the_names_of_a_pipe_hold_for_every_lookup(trace):
     assert result.stdout.count("::first ") == 2
 
 
+def test_lines_are_out_before_the_names_of_a_pipe_are_waited_for(raw):
+    with started(BUILD / "sonaprobe", "-s", "-H", "-S", "-d/dev/stdin",
+                 "-r", raw("0x05241C19\n0x01300004\n"), stdin=subprocess.PIPE) as process:
+        assert read_line(process.stdout).split()[1] == b"PlexoPort::Start"
+        process.stdin.write(CODES.encode())
+        process.stdin.close()
+        assert read_line(process.stdout).split()[0] == b"::first"
+        assert process.wait(PATIENCE) == 0
+
+
 def test_a_file_may_change_while_records_come(tmp_path):
     codes = tmp_path / "codes"
     codes.write_text(CODES)
