@@ -1,5 +1,5 @@
-// How fast the stand-in facility takes and hands out records, and what a pass over an empty ring
-// costs. Resets the facility; run as root.
+// How fast the stand-in facility takes and hands out records, what a pass over an empty ring costs,
+// and how a reader at a live run's pace keeps up with a producer. Resets the facility; run as root.
 
 #include <atomic>
 #include <benchmark/benchmark.h>

@@ -1,5 +1,5 @@
 # What every target of the project is compiled and linked with: the include root, warnings,
-# hardening, sanitizers, clang-tidy.
+# hardening, sanitizers, clang-tidy; and the runtime of what is installed.
 
 add_library(sonaprobe_options INTERFACE)
 target_include_directories(sonaprobe_options INTERFACE ${PROJECT_SOURCE_DIR}/src)
@@ -20,6 +20,17 @@ if(CMAKE_BUILD_TYPE MATCHES "^(Release|RelWithDebInfo)$" AND NOT SONAPROBE_SANIT
   set(SONAPROBE_HARDENED ON)
   add_compile_options(-U_FORTIFY_SOURCE -D_FORTIFY_SOURCE=2 -fstack-protector-strong)
   add_link_options(-Wl,-z,relro,-z,now,-z,noexecstack)
+endif()
+
+# Releases of what is installed carry their C++ runtime, where this machine has it to be linked in:
+# to load it took half of a start's time.
+add_library(sonaprobe_own_runtime INTERFACE)
+if(SONAPROBE_HARDENED)
+  include(CheckLinkerFlag)
+  check_linker_flag(CXX "-static-libstdc++;-static-libgcc" SONAPROBE_LINKS_RUNTIME)
+  if(SONAPROBE_LINKS_RUNTIME)
+    target_link_options(sonaprobe_own_runtime INTERFACE -static-libstdc++ -static-libgcc)
+  endif()
 endif()
 
 if(SONAPROBE_SANITIZE)

@@ -9,18 +9,6 @@ if(TARGET sonaprobe-sim)
   list(APPEND programs sonaprobe-sim)
 endif()
 
-# Releases carry their C++ runtime, where this machine has it to be linked in: to load it took half
-# of a start's time.
-if(SONAPROBE_HARDENED)
-  include(CheckLinkerFlag)
-  check_linker_flag(CXX "-static-libstdc++;-static-libgcc" SONAPROBE_LINKS_RUNTIME)
-  if(SONAPROBE_LINKS_RUNTIME)
-    foreach(program ${programs})
-      target_link_options(${program} PRIVATE -static-libstdc++ -static-libgcc)
-    endforeach()
-  endif()
-endif()
-
 # compressed(SOURCE TARGET): a file of the source folder under build/install, as Debian wants it.
 function(compressed source target)
   set(input ${PROJECT_SOURCE_DIR}/${source})

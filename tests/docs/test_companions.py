@@ -30,6 +30,7 @@ def run(*command, **options):
     ("make-sample", ["/nowhere"], "make-sample: there is no /nowhere/sonaprobe-sim; "
                                   "cmake --build --preset release makes it\n"),
     ("update-generated", ["/nowhere"], "update-generated: there is no /nowhere/sonaprobe; "
+                                       "cmake --preset release -DSONAPROBE_TESTS=ON && "
                                        "cmake --build --preset release makes it\n"),
 ])
 def test_a_script_names_what_is_wrong(script, arguments, message):
