@@ -5,11 +5,14 @@
 #include <cstdio>
 #include <cstdlib>
 #include <fcntl.h>
+#include <memory>
+#include <new>
 #include <unistd.h>
 
 #include "app/audio_flags.h"
 #include "app/fatal_exit.h"
 #include "app/options.h"
+#include "app/output.h"
 #include "app/settings.h"
 #include "app/signals.h"
 #include "format/output_line.h"
@@ -27,9 +30,18 @@ namespace {
 void fillStandardDescriptors() {
     int file;
     do {
-        file = open("/dev/null", O_RDWR);
+        file = openNowhere();
     } while (file >= 0 && file <= STDERR_FILENO);
     if (file >= 0) close(file);
+}
+
+// With a reserve, for the cleanup takes memory too.
+void endWhereMemoryRunsOut() {
+    static auto reserve = std::make_unique_for_overwrite<char[]>(1 << 20);
+    std::set_new_handler([] {
+        reserve.reset();
+        fatalExit("Can't allocate memory\n");
+    });
 }
 
 // A pipe that holds many of our pieces: its reader and we wait for each other less often.
@@ -88,7 +100,6 @@ void setUpLiveTracing() {
 }
 
 [[noreturn]] void writeForEver() {
-    std::signal(SIGXFSZ, SIG_IGN);  // a file that grows too large is a failed write like others
     settings.rawFile = std::fopen(settings.rawPath, "wb+");
     if (settings.rawFile == nullptr) fatalExit("Can't open file!\n");
     writeDivisorRecord(settings.rawFile);
@@ -110,6 +121,7 @@ int run(int argc, char** argv) {
         return EXIT_FAILURE;
     }
     fillStandardDescriptors();
+    endWhereMemoryRunsOut();
     parseOptions(argc, argv);
     sizeOutputBuffer();
 
@@ -124,6 +136,7 @@ int run(int argc, char** argv) {
         return EXIT_SUCCESS;
     }
     endOnBrokenPipe();
+    std::signal(SIGXFSZ, SIG_IGN);  // a file that grows too large is a failed write like others
     setUpLiveTracing();
     if (settings.noLog) {
         beginEnding();

@@ -5,12 +5,24 @@
 #include <cerrno>
 #include <cstdarg>
 #include <fcntl.h>
+#include <sys/stat.h>
 #include <unistd.h>
 
 #include "app/signals.h"
 #include "format/output_line.h"
 
 namespace sonaprobe {
+
+namespace {
+
+void turnToNowhere(int descriptor) {
+    const int nowhere = openNowhere();
+    if (nowhere < 0) return;
+    dup2(nowhere, descriptor);
+    close(nowhere);
+}
+
+}  // namespace
 
 void printMessage(std::FILE* stream, const char* format, ...) {
     if (stream == stdout) outputLine.handOver();
@@ -24,13 +36,21 @@ void outputFailed(std::FILE* stream) {
     if (stream == stdout && errno == EPIPE) noteBrokenPipe();
     const bool givenUp = isEnding() && (errno == EINTR || errno == EPIPE);
     if (givenUp) {
-        const int nowhere = open("/dev/null", O_WRONLY | O_CLOEXEC);
-        if (nowhere >= 0) {
-            dup2(nowhere, fileno(stream));
-            close(nowhere);
-        }
+        turnToNowhere(fileno(stream));
+    } else if (stream == stdout) {
+        outputLine.beginAnew();
     }
     std::clearerr(stream);
+}
+
+void giveUpStream(int descriptor) {
+    struct stat status;
+    if (fstat(descriptor, &status) == 0 && !S_ISREG(status.st_mode)) turnToNowhere(descriptor);
+}
+
+int openNowhere() {
+    const int nowhere = open("/dev/null", O_RDWR | O_CLOEXEC);
+    return nowhere >= 0 ? nowhere : open("/", O_RDONLY | O_DIRECTORY | O_CLOEXEC);
 }
 
 void flushOutput() {

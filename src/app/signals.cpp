@@ -4,6 +4,7 @@
 
 #include <cerrno>
 #include <sys/time.h>
+#include <unistd.h>
 
 #include "app/fatal_exit.h"
 #include "app/output.h"
@@ -20,6 +21,7 @@ namespace {
 
 volatile std::sig_atomic_t ending = 0;
 volatile std::sig_atomic_t timerStarted = 0;
+volatile std::sig_atomic_t timerTicks = 0;
 bool brokenPipeEnds = false;
 
 // signal() restarts a write that waits; the timer's signal does not.
@@ -31,7 +33,18 @@ void startBreakOffTimer() {
     setitimer(ITIMER_REAL, &kTimer, nullptr);
 }
 
-extern "C" void breakOff(int) {}
+constexpr int kPatience = 2;  // ticks
+
+// To be called at all breaks off a write that waits.
+extern "C" void breakOff(int) {
+    const int savedErrno = errno;
+    if (timerStarted != 0 && timerTicks <= kPatience) {
+        timerTicks = timerTicks + 1;
+        if (timerTicks == kPatience) giveUpStream(STDOUT_FILENO);
+        if (timerTicks > kPatience) giveUpStream(STDERR_FILENO);
+    }
+    errno = savedErrno;
+}
 
 extern "C" void onSignal(int number) {
     const int savedErrno = errno;
@@ -60,13 +73,14 @@ void installSignalHandlers() {
     struct sigaction action {};
     action.sa_handler = signals::breakOff;  // no SA_RESTART
     sigaction(SIGALRM, &action, nullptr);
-    sigset_t timer;
-    sigemptyset(&timer);
-    sigaddset(&timer, SIGALRM);
-    sigprocmask(SIG_UNBLOCK, &timer, nullptr);
+    sigset_t handled;
+    sigemptyset(&handled);
+    sigaddset(&handled, SIGALRM);
     for (const int number : {SIGINT, SIGQUIT, SIGHUP, SIGTERM}) {
         std::signal(number, signals::onSignal);
+        sigaddset(&handled, number);
     }
+    sigprocmask(SIG_UNBLOCK, &handled, nullptr);
 }
 
 void endOnBrokenPipe() {
@@ -77,6 +91,8 @@ void endOnBrokenPipe() {
 void beginEnding() { signals::ending = 1; }
 
 bool isEnding() { return signals::ending != 0 || signals::noted != 0; }
+
+bool isOutOfTime() { return signals::timerTicks >= signals::kPatience; }
 
 void noteBrokenPipe() {
     if (!signals::brokenPipeEnds || isEnding()) return;

@@ -8,18 +8,23 @@
 
 namespace sonaprobe {
 
-// SIGINT, SIGQUIT, SIGHUP and SIGTERM from now on end the program through fatalExit.
+// SIGINT, SIGQUIT, SIGHUP and SIGTERM from now on end the program through fatalExit, also where it
+// was started with them blocked.
 void installSignalHandlers();
 
 // From now on a broken pipe on standard output ends the program as a signal does, silently.
 void endOnBrokenPipe();
 
 // No signal ends the program from now on, for it is ending; each only makes sure that no write
-// waits longer than 0.3 s.
+// waits longer than 0.3 s, and all of them together not longer than 0.9 s.
 void beginEnding();
 
 // Whether an end is noted or under way.
 bool isEnding();
+
+// Whether the end has taken 0.6 s: time to give up what somebody reads, but too slowly. Standard
+// output is given up by then, standard error, which may have to say so, after 0.9 s.
+bool isOutOfTime();
 
 // Ends the program if a signal was noted. For the places between two records or set-up steps.
 void takeSignal();

@@ -66,13 +66,8 @@ void takePiece(char* piece) {
 // Reads into `block` what the file has at `offset`; a stream has it where it stands.
 ssize_t readBlock(int file, bool stream, char* block, size_t size, off_t offset) {
     for (;;) {
-        ssize_t got;
-        if (stream) {
-            const WaitingWindow window;
-            got = ::read(file, block, size);
-        } else {
-            got = ::pread(file, block, size, offset);
-        }
+        const WaitingWindow window;
+        const ssize_t got = stream ? ::read(file, block, size) : ::pread(file, block, size, offset);
         if (got >= 0 || errno != EINTR) return got;
     }
 }

@@ -23,6 +23,12 @@ class OutputLine {
     // it is flushed, and at the end.
     void handOver();
 
+    // Drops what there is: the next line begins behind a line end.
+    void beginAnew() {
+        at_ = buffer_;
+        *at_++ = '\n';
+    }
+
     // Where the next character goes. A writer takes the cursor, writes, and puts it back.
     char* cursor() { return at_; }
     void moveTo(char* at) { at_ = at; }

@@ -24,7 +24,7 @@ constexpr size_t kBlockSlots = 1024;
 
 std::array<TraceRecord, kBlockSlots> block;
 size_t held = 0;
-bool givenUp = false;  // a write was broken off as the program ends: nobody takes the bytes
+bool givenUp = false;  // as the program ends, nobody takes the bytes, or too slowly
 
 bool isRegular(int file) {
     struct stat status {};
@@ -36,13 +36,9 @@ size_t writeBytes(int file, std::span<const std::byte> bytes) {
     size_t written = 0;
     while (written < bytes.size() && !givenUp) {
         const ssize_t now = ::write(file, bytes.data() + written, bytes.size() - written);
-        if (now >= 0) {
-            written += static_cast<size_t>(now);
-        } else if (errno != EINTR) {
-            return written;
-        } else {
-            givenUp = isEnding();
-        }
+        if (now < 0 && errno != EINTR) return written;
+        if (now > 0) written += static_cast<size_t>(now);
+        if (written < bytes.size()) givenUp = now < 0 ? isEnding() : isOutOfTime();
     }
     if (givenUp) errno = EINTR;
     return written;

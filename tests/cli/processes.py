@@ -56,13 +56,11 @@ def wait_until(condition):
         time.sleep(0.0005)
 
 
+def has_handlers(process):
+    caught = int(status_of(process)["SigCgt"], 16)
+    return all(caught >> number - 1 & 1 for number in ENDING_SIGNALS)
+
+
 def wait_until_waiting(process):
     """Until a program has its signal handlers and sleeps."""
-
-    def waiting():
-        status = status_of(process)
-        caught = int(status["SigCgt"], 16)
-        return status["State"].startswith("S") and all(caught >> number - 1 & 1
-                                                       for number in ENDING_SIGNALS)
-
-    wait_until(waiting)
+    wait_until(lambda: has_handlers(process) and status_of(process)["State"].startswith("S"))

@@ -107,5 +107,9 @@ def test_a_file_may_change_while_records_come(tmp_path):
         codes.write_text("")
         time.sleep(0.1)
         assert name() == UNNAMED.encode()
+        (tmp_path / "new").write_text(CODES)
+        (tmp_path / "new").rename(codes)  # the open file is what counts
+        time.sleep(0.1)
+        assert name() == UNNAMED.encode()
         process.stdin.close()
         assert process.wait(PATIENCE) == 0

@@ -1,13 +1,17 @@
 """From the root check to the exit: run modes, fatal ends, and what each leaves of the facility."""
 
 import os
+import resource
 import signal
+import socket
 import subprocess
+import time
 
 import pytest
 
 from conftest import BUILD, PATIENCE, needs_another_user, run_program
-from processes import ENDING_SIGNALS, read_line, started, wait_until, wait_until_waiting
+from processes import (ENDING_SIGNALS, has_handlers, read_line, started, wait_until,
+                       wait_until_waiting)
 from records import DIVISOR_MARKER, SLOT, pack_lines, unpack
 
 PROGRAM = BUILD / "sonaprobe"
@@ -190,11 +194,59 @@ def test_a_signal_ends_a_read_that_waits_for_its_pipe(number, opened, tmp_path, 
     assert_cleaned_up()
 
 
-def test_no_data_file_takes_the_place_of_a_closed_standard_stream(tmp_path):
+@pytest.mark.parametrize("kind", ["pipe", "gigabytes"])
+def test_a_signal_ends_a_run_that_reads_code_names(kind, tmp_path, raw, tracing):
+    codes = tmp_path / "codes"
+    if kind == "pipe":
+        os.mkfifo(codes)
+    else:
+        codes.touch()
+        os.truncate(codes, 64 << 30)
+    with started(PROGRAM, f"-d{codes}", "-r", raw("0x01300004"), stderr=subprocess.PIPE) as process:
+        if kind == "pipe":
+            writer = os.open(codes, os.O_WRONLY)
+            wait_until_waiting(process)
+        else:
+            wait_until(lambda: has_handlers(process))
+            time.sleep(0.1)
+        process.send_signal(signal.SIGTERM)
+        output, errors = process.communicate(timeout=PATIENCE)
+    if kind == "pipe":
+        os.close(writer)
+    assert (output, errors, process.returncode) == (b"", b"", 0)
+    assert_cleaned_up()
+
+
+def test_memory_that_runs_out_ends_the_program_in_order(tmp_path, raw):
+    def little_memory():
+        resource.setrlimit(resource.RLIMIT_AS, (40 << 20, 40 << 20))
+
+    if run_program("-r", "/dev/null", preexec_fn=little_memory).returncode != 0:
+        pytest.skip("the program alone takes more")
+    assert run_program("-L", "-b", "1000").returncode == 0
+    assert_tracing()
+    codes = tmp_path / "codes"
+    codes.write_text("".join(f"{code} name\n" for code in range(1, 600_000)))
+    result = run_program("-B", f"-d{codes}", "-r", raw("0x01300004"), preexec_fn=little_memory)
+    assert result.stderr == f"{PROGRAM}: Can't allocate memory\n\n"
+    assert (result.stdout, result.returncode) == ("", 1)
+    assert_cleaned_up()
+
+
+CLOSED = ("sh", "-c", 'exec "$@" <&- >&- 2>&-', "sh")
+WITHOUT_NULL = ("unshare", "--mount", "sh", "-c", 'mount --bind socket /dev/null && exec "$@"', "sh")
+
+
+@pytest.mark.parametrize("prefix", [(), WITHOUT_NULL], ids=["", "nor is there a /dev/null"])
+def test_no_data_file_takes_the_place_of_a_closed_standard_stream(prefix, tmp_path):
     """Messages go nowhere then, least of all into the raw file."""
+    with socket.socket(socket.AF_UNIX) as unopenable:
+        unopenable.bind(str(tmp_path / "socket"))
+    if subprocess.run([*prefix, "true"], cwd=tmp_path, check=False).returncode != 0:
+        pytest.skip("cannot mount over /dev/null")
     written = tmp_path / "new.raw"
-    with started("sh", "-c", 'exec "$@" <&- >&- 2>&-', "sh", PROGRAM, "-v", f"-w{written}",
-                 "-b", "100") as process:
+    with started(*prefix, *CLOSED, PROGRAM, "-v", f"-w{written}", "-b", "100",
+                 cwd=tmp_path) as process:
         wait_until(lambda: written.exists() and written.stat().st_size >= SLOT.size)
         (tmp_path / "posted").write_bytes(pack_lines("0x05241C19 a2=1 a5=2"))
         sim("post", tmp_path / "posted")

@@ -2,6 +2,7 @@
 
 import os
 import re
+import resource
 import signal
 import subprocess
 import time
@@ -54,6 +55,10 @@ def stop_at(call, nth=1, by=signal.SIGINT):
     return f"raise {nth} {int(by)} {call}"
 
 
+def small_stack():
+    resource.setrlimit(resource.RLIMIT_STACK, (128 << 10, 128 << 10))
+
+
 @dataclass
 class Outcome:
     calls: list
@@ -88,6 +93,7 @@ class Host:
         self.process = subprocess.Popen(
             [PROGRAM, *words], cwd=self.folder, stdin=subprocess.DEVNULL,
             stdout=subprocess.PIPE, stderr=subprocess.PIPE, text=True,
+            preexec_fn=small_stack,
             env=os.environ | {"RECORDER_SCRIPT": path, "RECORDER_LOG": self.log})
 
     def calls(self):

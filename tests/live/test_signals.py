@@ -1,17 +1,19 @@
 """The end of a live run, whatever the moment and whatever its outputs are stuck in: in order, soon,
 with whole lines and slots, and with nothing left behind."""
 
+import contextlib
 import os
 import pty
 import random
 import signal
 import subprocess
 import termios
+import threading
 import time
 
 import pytest
 
-from conftest import BUILD, PATIENCE
+from conftest import BUILD, PATIENCE, run_program
 from live import left_behind, random_records, sim, stage, status, until
 
 FOUR = [signal.SIGHUP, signal.SIGINT, signal.SIGQUIT, signal.SIGTERM]
@@ -134,6 +136,71 @@ def test_a_signal_ends_a_run_whose_every_output_is_stuck(stage):
     assert time.monotonic() - begin < SOON
     os.close(ours)
     assert left_behind() == {}
+
+
+@contextlib.contextmanager
+def read_slowly(pipe):
+    """Reads a page of a pipe now and then, more often than the program loses patience."""
+    ended = threading.Event()
+
+    def read():
+        while not ended.wait(0.25):
+            os.read(pipe, 4096)
+    reader = threading.Thread(target=read)
+    reader.start()
+    yield
+    ended.set()
+    reader.join()
+
+
+@pytest.mark.parametrize("raw", [False, True], ids=["standard output", "raw file"])
+def test_a_signal_ends_a_run_whose_reader_is_slow(stage, raw):
+    ours, theirs = os.pipe()
+    if raw:
+        fifo = stage.folder / "fifo"
+        os.mkfifo(fifo)
+        run = stage.start(f"-w{fifo}", "-X", 1)
+        os.close(theirs)
+        theirs = os.open(fifo, os.O_RDWR)
+        ours, theirs = theirs, ours
+    else:
+        run = stage.start("-b", 100_000, *OPTIONS, stdout=theirs)
+        os.close(theirs)
+    stage.post("\n".join(EVENT.format(n) for n in range(1, 30_001)))
+    wait_until_stuck(run.process)
+    with read_slowly(ours):
+        time.sleep(1)
+        begin = time.monotonic()
+        assert run.end() == 0
+        assert time.monotonic() - begin < 2  # what is left to write would take 3.3 s
+    os.close(ours)
+    assert left_behind() == {}
+
+
+def test_signals_that_were_blocked_at_the_start_end_a_run_whose_output_is_stuck(stage):
+    ours, theirs = os.pipe()
+    blocked = [*FOUR, signal.SIGALRM]
+    run = stage.start("-b", 100_000, stdout=theirs, preexec_fn=lambda: signal.pthread_sigmask(
+        signal.SIG_BLOCK, blocked))
+    os.close(theirs)
+    stage.post("\n".join(EVENT.format(n) for n in range(1, 30_001)))
+    wait_until_stuck(run.process)
+    assert run.end() == 0
+    os.close(ours)
+    assert left_behind() == {}
+
+
+def test_a_signal_during_a_dump_has_its_default_action(stage):
+    assert run_program("-L", "-b", 100_000).returncode == 0
+    stage.post("\n".join(EVENT.format(n) for n in range(1, 30_001)))
+    ours, theirs = os.pipe()
+    with subprocess.Popen([BUILD / "sonaprobe", "-D"], stdout=theirs) as dump:
+        os.close(theirs)
+        wait_until_stuck(dump)
+        dump.send_signal(signal.SIGTERM)
+        assert dump.wait(timeout=PATIENCE) == -signal.SIGTERM
+    os.close(ours)
+    sim("reset")
 
 
 def test_a_signal_ends_a_run_on_a_stopped_terminal(stage):
