@@ -28,13 +28,13 @@ class LocalTimeText {
   public:
     char* put(char* at, int64_t microseconds, int64_t delta) {
         const std::time_t now = std::time(nullptr);
-        const auto stamp = static_cast<uint64_t>(microseconds);
+        const auto stamp = static_cast<uint64_t>(microseconds) - base_;
         const auto step = static_cast<uint64_t>(delta);
-        const bool near = stamp / kFourDigits == tenThousands_ && step < kFourDigits;
+        const bool near = stamp < kFourDigits && step < kFourDigits;
         if (!near || now != second_) return putWhole(at, now, microseconds, delta);
 
         std::memcpy(at, text_, sizeof text_);
-        const uint64_t fours = digits::fourDigitsEach(stamp % kFourDigits | step << 32);
+        const uint64_t fours = digits::fourDigitsEach(stamp | step << 32);
         const unsigned leading = digits::leadingZeroBits<4>(fours >> 32);
         const uint64_t shown = (fours + digits::kZeros) ^ digits::zerosToBlanks(leading) << 32;
         const auto stampText = static_cast<uint32_t>(shown);
@@ -47,14 +47,14 @@ class LocalTimeText {
   private:
     static constexpr uint64_t kFourDigits = 10'000;
     static constexpr uint64_t kTenDigits = 10'000'000'000;
-    static constexpr uint64_t kNotKept = ~uint64_t{0};
+    static constexpr uint64_t kFarFromAll = uint64_t{1} << 63;
     static constexpr size_t kClock = 8;
     static constexpr size_t kStampFour = 16;
     static constexpr size_t kStepFour = 28;
 
     // Keeps the text where its numbers leave room for another last four digits: the stamp has
-    // five to ten, the step at most four.
-    char* putWhole(char* at, std::time_t now, int64_t microseconds, int64_t delta) {
+    // five to ten, the step at most four. Not inlined, to keep put() short.
+    [[gnu::noinline]] char* putWhole(char* at, std::time_t now, int64_t microseconds, int64_t delta) {
         if (now != second_) {
             constexpr size_t kHour = 11;  // in "Sat Nov 21 10:11:22 2026\n"
             second_ = now;
@@ -65,10 +65,10 @@ class LocalTimeText {
         end = putInTen(putText(end, "]["), delta);
         end = putText(end, " us]");
         const auto stamp = static_cast<uint64_t>(microseconds);
-        tenThousands_ = kNotKept;
+        base_ = kFarFromAll;
         if (stamp >= kFourDigits && stamp < kTenDigits &&
             static_cast<uint64_t>(delta) < kFourDigits) {
-            tenThousands_ = stamp / kFourDigits;
+            base_ = stamp - stamp % kFourDigits;
             std::memcpy(text_, at, sizeof text_);
         }
         return end;
@@ -76,7 +76,7 @@ class LocalTimeText {
 
     char text_[36] = {' ', ' ', ' ', ' ', ' ', ' ', ' ', ' '};
     std::time_t second_ = 0;
-    uint64_t tenThousands_ = kNotKept;  // of the stamp
+    uint64_t base_ = kFarFromAll;  // the stamp without its last four digits
 };
 
 constinit LocalTimeText localTimeText;

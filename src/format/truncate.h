@@ -9,9 +9,9 @@ namespace sonaprobe {
 
 constexpr int64_t truncateToSigned(double value) {
     constexpr double kBeyond = 0x1p63;
-    if (value >= kBeyond) return std::numeric_limits<int64_t>::max();
-    if (value < -kBeyond) return std::numeric_limits<int64_t>::min();
-    return value == value ? static_cast<int64_t>(value) : 0;
+    if (value >= -kBeyond && value < kBeyond) return static_cast<int64_t>(value);
+    if (value != value) return 0;
+    return value > 0 ? std::numeric_limits<int64_t>::max() : std::numeric_limits<int64_t>::min();
 }
 
 constexpr uint64_t truncateToUnsigned(double value) {
