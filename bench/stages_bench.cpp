@@ -98,12 +98,11 @@ void prefix(State& state, uint32_t timeMode, uint32_t otherColumns) {
     settings.showCodes = settings.showCpu = otherColumns;
     TraceRecord record = recordOf(0x05245C0C);
     char* const begin = outputLine.cursor();
-    static constexpr char kNames[12 + 6 + kTextBlock] = "OrvelHDAPathenable";
-    constexpr BlockText group{kNames, 12};
-    constexpr BlockText method{kNames + group.length, 6};
+    static constexpr char kName[20 + kTextBlock] = "OrvelHDAPath::enable";
+    constexpr EventName name{{kName, 20}, 12};
     for (auto _ : state) {
         record.timestamp += kTicksBetween;
-        printEventPrefix(headerOf(record), group, method, record.arg1);
+        printEventPrefix(headerOf(record), name, record.arg1);
         outputLine.moveTo(begin);
         benchmark::ClobberMemory();
     }

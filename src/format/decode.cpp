@@ -129,10 +129,9 @@ void decodeRecord(const Decoder& decoder, const TraceRecord& record) {
     const Row* const text = selectText(&event, end, record);
     if (text == nullptr || (text->verbose && !settings.verbose)) return;
 
-    const BlockText group = decoder.groupOf(event, *text);
-    const BlockText method = decoder.methodOf(event, *text);
+    const EventName name{decoder.text(text->name), text->groupLength};
     const uint64_t object = decoder.hasObject ? record.arg1 : 0;
-    if (!printEventPrefix(headerOf(record), group, method, object)) return;
+    if (!printEventPrefix(headerOf(record), name, object)) return;
     outputLine.moveTo(putLogText(outputLine.cursor(), decoder, *text, record));
     outputLine.end();
 }

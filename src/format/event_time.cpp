@@ -54,7 +54,8 @@ class LocalTimeText {
 
     // Keeps the text where its numbers leave room for another last four digits: the stamp has
     // five to ten, the step at most four. Not inlined, to keep put() short.
-    [[gnu::noinline]] char* putWhole(char* at, std::time_t now, int64_t microseconds, int64_t delta) {
+    [[gnu::noinline]] char* putWhole(char* at, std::time_t now, int64_t microseconds,
+                                     int64_t delta) {
         if (now != second_) {
             constexpr size_t kHour = 11;  // in "Sat Nov 21 10:11:22 2026\n"
             second_ = now;

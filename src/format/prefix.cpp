@@ -32,13 +32,12 @@ void printDirection(Qualifier qualifier) {
     }
 }
 
-BlockText cutName(BlockText name) { return name.part(0, std::min(name.length, kNameLength)); }
-
-char* putName(char* at, BlockText group, BlockText method) {
+char* putName(char* at, const EventName& name) {
     char* const begin = at;
-    if (settings.showGroup) at = putText(putBlocks(at, cutName(group)), "::");
-    if (settings.showMethod) at = putBlocks(at, cutName(method));
-    at = std::min(at, begin + kNameLength);
+    const size_t method = name.groupLength + 2;
+    const size_t first = settings.showGroup ? 0 : method;
+    const size_t last = settings.showMethod ? name.text.length : method;
+    at = putBlocks(at, name.text.part(first, std::min(last - first, kNameLength)));
 
     static_assert(kNameWidth < kTextBlock);
     std::memset(at, ' ', kTextBlock);
@@ -50,8 +49,7 @@ char* putName(char* at, BlockText group, BlockText method) {
 
 }  // namespace
 
-bool printEventPrefix(const EventHeader& header, BlockText group, BlockText method,
-                      uint64_t object) {
+bool printEventPrefix(EventHeader header, EventName name, uint64_t object) {
     char* at = outputLine.cursor();
     if (settings.timeMode != 0) {
         at += formatEventTime(header.timestamp, at).size();
@@ -75,7 +73,7 @@ bool printEventPrefix(const EventHeader& header, BlockText group, BlockText meth
 
     printDirection(qualifierOf(header.debugid));
 
-    at = putName(outputLine.cursor(), group, method);
+    at = putName(outputLine.cursor(), name);
     if (object != 0 && settings.showPointer) {
         at = putHexDigits(putText(at, "(0x"), object, 16);
         at = putText(at, ") ");

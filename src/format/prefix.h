@@ -10,6 +10,12 @@
 
 namespace sonaprobe {
 
+// "Group::method", and how many characters the group has.
+struct EventName {
+    BlockText text;
+    size_t groupLength = 0;
+};
+
 // What the prefix needs of a record.
 struct EventHeader {
     uint64_t timestamp;
@@ -24,7 +30,6 @@ constexpr EventHeader headerOf(const TraceRecord& record) {
 
 // Puts the prefix on the line being printed, each column ended by a blank, as the settings switch
 // them; an object of 0 has no column. The LOG text follows if the result is true, as it always is.
-bool printEventPrefix(const EventHeader& header, BlockText group, BlockText method,
-                      uint64_t object);
+bool printEventPrefix(EventHeader header, EventName name, uint64_t object);
 
 }  // namespace sonaprobe

@@ -6,6 +6,7 @@
 #include <array>
 #include <cstdint>
 #include <span>
+#include <string_view>
 
 #include "format/block_text.h"
 #include "format/conversion.h"
@@ -79,15 +80,15 @@ constexpr uint8_t kOnEnd = 1U << 2;
 constexpr uint8_t kOnOther = 1U << 0 | 1U << 3;
 constexpr uint8_t kOnAny = kOnStart | kOnEnd | kOnOther;
 
-// An event (qualifiers is 0: code, method and, if it is not the decoder's, group), or one of the
-// texts that follow their event, in the order in which they are asked.
+// An event (qualifiers is 0: code and name), or one of the texts that follow their event, in the
+// order in which they are asked.
 struct Row {
     uint32_t code = 0;
     uint8_t qualifiers = 0;
     bool verbose = false;  // selected as ever, printed only under --verbose
     Condition condition;
-    Stretch group;   // empty: the event's, then the decoder's
-    Stretch method;  // of a text: empty for the event's
+    Stretch name;              // "Group::method"
+    uint16_t groupLength = 0;  // of the name
     Stretch text;
     Stretch pieces;
     uint16_t wordPairs = 0;  // where the row's begin
@@ -95,19 +96,11 @@ struct Row {
     constexpr bool isEvent() const { return qualifiers == 0; }
 };
 
-// The name of a group, of at most kTextBlock characters.
-struct GroupName {
-    std::array<char, 2 * kTextBlock> characters{};
-    size_t length = 0;
-
-    constexpr BlockText text() const { return {characters.data(), length}; }
-};
-
 // Rows refer to the rest by its place, so that no address in them has to be set when the program
 // starts.
 struct Decoder {
     uint32_t codeBase;
-    GroupName group;
+    std::string_view group;
     bool hasObject = true;  // arg1 is the object pointer of the prefix
     std::span<const Row> rows;
     const char* characters;
@@ -117,15 +110,6 @@ struct Decoder {
 
     constexpr BlockText text(Stretch stretch) const {
         return {characters + stretch.begin, stretch.length};
-    }
-
-    // The names that one of an event's texts prints under.
-    constexpr BlockText groupOf(const Row& event, const Row& row) const {
-        if (row.group.length != 0) return text(row.group);
-        return event.group.length != 0 ? text(event.group) : group.text();
-    }
-    constexpr BlockText methodOf(const Row& event, const Row& row) const {
-        return text(row.method.length != 0 ? row.method : event.method);
     }
 
     constexpr std::span<const Piece> piecesOf(const Row& row) const {

@@ -22,7 +22,7 @@
 //   character                                            %c
 //   seconds(earlier, later)                              %llu, %lld
 //
-// A table ends as a decoder: `decoder<kRows>(audioClass(23), "Group", 3)` of three events,
+// A table ends as a decoder: `decoder<kRows, "Group">(audioClass(23), 3)` of three events,
 // `withoutObject(...)` where arg1 is no object, `silentDecoder<kRows>()`.
 //
 // The texts of an event are asked from the first to the last; the first whose qualifier and
@@ -375,24 +375,69 @@ struct Table {
     std::array<WordPair, kWordPairs> wordPairs{};
 };
 
+consteval size_t checkedLength(size_t length) {
+    if (length > 0xFFFF) refuse("a table that is too long");
+    return length;
+}
+
+// The place of the event that the text at `i` belongs to; an event's own.
+constexpr size_t eventOf(std::span<const Entry> entries, size_t i) {
+    for (; !entries[i].row.isEvent(); --i) {
+        if (i == 0) refuse("a text before the first event");
+    }
+    return i;
+}
+
+// The two sides of "Group::method".
+struct NameParts {
+    std::string_view group;
+    std::string_view method;
+
+    constexpr size_t length() const { return group.size() + 2 + method.size(); }
+};
+
+constexpr bool hasOwnName(const Entry& entry) {
+    return entry.row.isEvent() || !entry.group.empty() || !entry.method.empty();
+}
+
+// What an entry prints under: its own group and method, else its event's, else the class's group.
+constexpr NameParts nameOf(const Entry& entry, const Entry& event, std::string_view group) {
+    if (!event.group.empty()) group = event.group;
+    if (!entry.group.empty()) group = entry.group;
+    return {group, entry.method.empty() ? event.method : entry.method};
+}
+
+consteval size_t charactersOf(std::span<const Entry> entries, std::string_view group) {
+    size_t sum = 0;
+    for (size_t i = 0; i < entries.size(); ++i) {
+        const Entry& entry = entries[i];
+        if (hasOwnName(entry)) sum += nameOf(entry, entries[eventOf(entries, i)], group).length();
+        sum += entry.text.size();
+        for (const Words& words : entry.wordPairs) sum += words.notZero.size() + words.zero.size();
+    }
+    return checkedLength(sum);
+}
+
 consteval size_t sumOf(std::span<const Entry> entries, auto count) {
     size_t sum = 0;
     for (const Entry& entry : entries) sum += count(entry);
-    if (sum > 0xFFFF) refuse("a table that is too long");
-    return sum;
+    return checkedLength(sum);
 }
 
-consteval size_t charactersOf(const Entry& entry) {
-    size_t sum = entry.group.size() + entry.method.size() + entry.text.size();
-    for (const Words& words : entry.wordPairs) sum += words.notZero.size() + words.zero.size();
-    return sum;
-}
+// A string literal as the argument of a template.
+template <size_t kSize>
+struct Literal {
+    char characters[kSize]{};
 
-template <const auto& kEntries>
+    consteval Literal(const char (&literal)[kSize]) { std::copy_n(literal, kSize, characters); }
+    constexpr std::string_view view() const { return {characters, kSize - 1}; }
+};
+
+template <const auto& kEntries, Literal kGroup>
 inline constexpr auto kTable = [] {
     constexpr auto kPieceCount = [](const Entry& entry) { return entry.pieceCount; };
     constexpr auto kPairCount = [](const Entry& entry) { return entry.wordPairCount; };
-    Table<std::size(kEntries), sumOf(kEntries, charactersOf), sumOf(kEntries, kPieceCount),
+    Table<std::size(kEntries), charactersOf(kEntries, kGroup.view()), sumOf(kEntries, kPieceCount),
           sumOf(kEntries, kPairCount)>
         table;
     uint16_t characters = 0;
@@ -406,8 +451,18 @@ inline constexpr auto kTable = [] {
     for (size_t i = 0; i < table.rows.size(); ++i) {
         const Entry& entry = kEntries[i];
         Row& row = table.rows[i] = entry.row;
-        row.group = pack(entry.group);
-        row.method = pack(entry.method);
+        const size_t event = eventOf(kEntries, i);
+        if (hasOwnName(entry)) {
+            const NameParts name = nameOf(entry, kEntries[event], kGroup.view());
+            row.name = pack(name.group);
+            row.groupLength = row.name.length;
+            pack("::");
+            pack(name.method);
+            row.name.length = static_cast<uint16_t>(name.length());
+        } else {
+            row.name = table.rows[event].name;
+            row.groupLength = table.rows[event].groupLength;
+        }
         row.text = pack(entry.text);
         row.pieces = {pieces, entry.pieceCount};
         for (size_t n = 0; n < entry.pieceCount; ++n) table.pieces[pieces++] = entry.pieces[n];
@@ -420,33 +475,26 @@ inline constexpr auto kTable = [] {
     return table;
 }();
 
-constexpr GroupName groupName(std::string_view name) {
-    if (name.size() > kTextBlock) refuse("a group of more than 32 characters");
-    GroupName result{.length = name.size()};
-    std::copy(name.begin(), name.end(), result.characters.begin());
-    return result;
-}
-
-template <const auto& kEntries>
-constexpr Decoder withTable(uint32_t codeBase, const char* group) {
-    constexpr const auto& table = kTable<kEntries>;
+template <const auto& kEntries, Literal kGroup>
+constexpr Decoder withTable(uint32_t codeBase) {
+    constexpr const auto& table = kTable<kEntries, kGroup>;
     return {.codeBase = codeBase,
-            .group = groupName(group),
+            .group = kGroup.view(),
             .rows = table.rows,
             .characters = table.characters.data(),
             .pieces = table.pieces.data(),
             .wordPairs = table.wordPairs.data()};
 }
 
-// A class's decoder: its code base, its group, how many events it knows; of a table whose codes
+// A class's decoder: its group, its code base, how many events it knows; of a table whose codes
 // ascend.
-template <const auto& kEntries>
-consteval Decoder decoder(uint32_t codeBase, const char* group, size_t events) {
-    Decoder result = withTable<kEntries>(codeBase, group);
+template <const auto& kEntries, Literal kGroup>
+consteval Decoder decoder(uint32_t codeBase, size_t events) {
+    Decoder result = withTable<kEntries, kGroup>(codeBase);
     const std::span<const Row> rows = result.rows;
     size_t seen = 0;
     uint32_t lastCode = 0;
-    size_t eventRow = rows.size();
+    size_t eventRow = 0;
     for (size_t i = 0; i < rows.size(); ++i) {
         if (rows[i].isEvent()) {
             if ((rows[i].code & ~0x3FFU) != codeBase) refuse("a code of another class");
@@ -457,7 +505,6 @@ consteval Decoder decoder(uint32_t codeBase, const char* group, size_t events) {
             result.rowAfterEvent[(rows[i].code >> 2) & 0xFF] = static_cast<uint16_t>(i + 1);
             continue;
         }
-        if (eventRow == rows.size()) refuse("a text before the first event");
         for (size_t earlier = eventRow + 1; earlier < i; ++earlier) {
             if (hides(rows[earlier], rows[i])) refuse("a text that an earlier one hides");
         }
@@ -469,7 +516,7 @@ consteval Decoder decoder(uint32_t codeBase, const char* group, size_t events) {
 // A decoder that knows every event of its class and prints none of them.
 template <const auto& kEntries>
 consteval Decoder silentDecoder() {
-    Decoder result = withTable<kEntries>(kEntries[0].row.code & ~0x3FFU, "");
+    Decoder result = withTable<kEntries, "">(kEntries[0].row.code & ~0x3FFU);
     result.rowAfterEvent.fill(1);
     return result;
 }

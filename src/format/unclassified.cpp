@@ -61,13 +61,14 @@ void printMarkedLine(const TraceRecord& record, std::string_view kind) {
 }
 
 void printNamedLine(const TraceRecord& record) {
-    char name[kCodeNameRoom] = {};
-    char method[kCodeNameRoom + kTextBlock];
-    const char* const found = lookupCodeName(codeOf(record.debugid), name);
-    const char* const end = found != nullptr ? putText(method, found)
-                                             : putSplitCode(putText(method, "U-"), record.debugid);
-    const BlockText text{method, static_cast<size_t>(end - method)};
-    if (!printEventPrefix(headerOf(record), {}, text, 0)) return;
+    char method[kCodeNameRoom] = {};
+    char name[2 + kCodeNameRoom + kTextBlock] = "::";
+    const char* const found = lookupCodeName(codeOf(record.debugid), method);
+    const char* const end = found != nullptr
+                                ? putText(name + 2, found)
+                                : putSplitCode(putText(name + 2, "U-"), record.debugid);
+    const BlockText text{name, static_cast<size_t>(end - name)};
+    if (!printEventPrefix(headerOf(record), {text}, 0)) return;
     outputLine.moveTo(putRawWords(outputLine.cursor(), record, Thread::blankFilled));
     outputLine.end();
 }

@@ -106,11 +106,8 @@ std::string Reference::decoded(const Decoder& decoder, const TraceRecord& record
             if (row.code == record.debugid / 4 * 4) event = &row;
         } else if (event != nullptr && answers(row, record)) {
             if (row.verbose && !options_->verbose) return "";
-            std::string_view group = decoder.group.text().view();
-            if (event->group.length != 0) group = decoder.text(event->group).view();
-            if (row.group.length != 0) group = decoder.text(row.group).view();
-            const Stretch method = row.method.length != 0 ? row.method : event->method;
-            return prefix(record, group, decoder.text(method).view(),
+            const std::string_view name = decoder.text(row.name).view();
+            return prefix(record, name.substr(0, row.groupLength), name.substr(row.groupLength + 2),
                           decoder.hasObject ? record.arg1 : 0) +
                    logText(decoder, row, record, options_->divisor);
         }

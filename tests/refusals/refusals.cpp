@@ -166,64 +166,58 @@ constexpr uint32_t kCodeBase = audioClass(FAULT(64, 63));
 
 #ifdef CODE_OF_ANOTHER_CLASS  // a code of another class
 constexpr Entry kRows[] = {event(FAULT(0x05246004, 0x05245C04), "enable")};
-constexpr Decoder kDecoder = decoder<kRows>(audioClass(23), "OrvelHDAPath", 1);
+constexpr Decoder kDecoder = decoder<kRows, "OrvelHDAPath">(audioClass(23), 1);
 #endif
 
 #ifdef CODES_OUT_OF_ORDER  // codes out of order
 constexpr Entry kRows[] = {event(0x05245C10, "enable"),
                            event(FAULT(0x05245C0C, 0x05245C14), "disable")};
-constexpr Decoder kDecoder = decoder<kRows>(audioClass(23), "OrvelHDAPath", 2);
+constexpr Decoder kDecoder = decoder<kRows, "OrvelHDAPath">(audioClass(23), 2);
 #endif
 
 #ifdef CODE_TWICE  // codes out of order
 constexpr Entry kRows[] = {event(0x05245C10, "enable"),
                            event(FAULT(0x05245C10, 0x05245C14), "disable")};
-constexpr Decoder kDecoder = decoder<kRows>(audioClass(23), "OrvelHDAPath", 2);
+constexpr Decoder kDecoder = decoder<kRows, "OrvelHDAPath">(audioClass(23), 2);
 #endif
 
 #ifdef TEXT_OF_NO_EVENT  // a text before the first event
 constexpr Entry kRows[] = {FAULT(start("Start"), event(0x05245C08, "free")),
                            event(0x05245C0C, "enable")};
-constexpr Decoder kDecoder = decoder<kRows>(audioClass(23), "OrvelHDAPath", FAULT(1, 2));
+constexpr Decoder kDecoder = decoder<kRows, "OrvelHDAPath">(audioClass(23), FAULT(1, 2));
 #endif
 
 #ifdef SELECTOR_TWICE  // a text that an earlier one hides
 constexpr Entry kRows[] = {event(0x05245C0C, "enable"), sel(1, "going to sleep"),
                            sel(FAULT(1, 0), "going to wake")};
-constexpr Decoder kDecoder = decoder<kRows>(audioClass(23), "OrvelHDAPath", 1);
+constexpr Decoder kDecoder = decoder<kRows, "OrvelHDAPath">(audioClass(23), 1);
 #endif
 
 #ifdef SELECTOR_BEHIND_ANY_OTHER  // a text that an earlier one hides
 constexpr Entry kRows[] = {event(0x05245C0C, "enable"), FAULT(other("waiting"), start("Start")),
                            sel(1, "going to sleep")};
-constexpr Decoder kDecoder = decoder<kRows>(audioClass(23), "OrvelHDAPath", 1);
+constexpr Decoder kDecoder = decoder<kRows, "OrvelHDAPath">(audioClass(23), 1);
 #endif
 
 #ifdef VALUE_BEHIND_NOT_ZERO  // a text that an earlier one hides
 constexpr Entry kRows[] = {event(0x05245C0C, "enable"), other(nonZero(a2), "waiting"),
                            value(FAULT(1, 0), "going to wake")};
-constexpr Decoder kDecoder = decoder<kRows>(audioClass(23), "OrvelHDAPath", 1);
-#endif
-
-#ifdef GROUP_OF_33_CHARACTERS  // a group of more than 32 characters
-constexpr Entry kRows[] = {event(0x05245C0C, "enable")};
-constexpr Decoder kDecoder =
-    decoder<kRows>(audioClass(23), FAULT("OrvelHDAPath of thirty-three char", "OrvelHDAPath"), 1);
+constexpr Decoder kDecoder = decoder<kRows, "OrvelHDAPath">(audioClass(23), 1);
 #endif
 
 #ifdef TABLE_OF_65536_CHARACTERS  // a table that is too long
 constexpr auto kMethod = [] {
-    std::array<char, FAULT(65'536, 65'535) + 1> method{};
+    std::array<char, FAULT(65'536, 65'535) - 14 + 1> method{};
     std::fill_n(method.begin(), method.size() - 1, 'm');
     return method;
 }();
 constexpr Entry kRows[] = {event(0x05245C0C, kMethod.data())};
-constexpr Decoder kDecoder = decoder<kRows>(audioClass(23), "OrvelHDAPath", 1);
+constexpr Decoder kDecoder = decoder<kRows, "OrvelHDAPath">(audioClass(23), 1);
 #endif
 
 #ifdef MISCOUNTED_EVENTS  // a class with another number of events
 constexpr Entry kRows[] = {event(0x05245C0C, "enable"), event(0x05245C10, "disable")};
-constexpr Decoder kDecoder = decoder<kRows>(audioClass(23), "OrvelHDAPath", FAULT(3, 2));
+constexpr Decoder kDecoder = decoder<kRows, "OrvelHDAPath">(audioClass(23), FAULT(3, 2));
 #endif
 
 }  // namespace sonaprobe::rows

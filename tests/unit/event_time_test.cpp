@@ -153,8 +153,7 @@ TEST_F(EventTime, WithoutTimeColumnUnclassifiedLinesCountAndDecodedOnesDoNot) {
     text(5'000'000);
     settings.timeMode = 0;
     capturedOutput([] {
-        printEventPrefix({.timestamp = 6'000'000, .thread = 0, .debugid = 0, .cpuid = 0}, {}, {},
-                         0);
+        printEventPrefix({.timestamp = 6'000'000, .thread = 0, .debugid = 0, .cpuid = 0}, {}, 0);
         outputLine.end();
     });
     settings.timeMode = kLocalTime;

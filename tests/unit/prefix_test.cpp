@@ -27,8 +27,9 @@ std::string nameColumn(const std::string& group, const std::string& method) {
     settings.timeMode = 0;
     settings.showThread = 0;
     settings.indent = 0;
+    const Name name(group + "::" + method);
     const std::string line = capturedOutput([&] {
-        EXPECT_TRUE(printEventPrefix({}, Name(group).text(), Name(method).text(), 0));
+        EXPECT_TRUE(printEventPrefix({}, {name.text(), group.size()}, 0));
         outputLine.end();
     });
     return line.substr(3, line.size() - 4);  // between mark and line end

@@ -11,7 +11,7 @@
 namespace sonaprobe::events {
 
 std::string TracedClass::title() const {
-    return id + ' ' + (isSilent() ? registryName : std::string(decoder->group.text().view()));
+    return id + ' ' + (isSilent() ? registryName : std::string(decoder->group));
 }
 
 std::vector<TracedClass> tracedClasses() {
@@ -35,12 +35,13 @@ std::vector<TracedClass> tracedClasses() {
 
 namespace {
 
-Text textOf(const Decoder& decoder, const Row& event, const Row& row) {
+Text textOf(const Decoder& decoder, const Row& row) {
+    const std::string_view name = decoder.text(row.name).view();
     Text text{.qualifiers = row.qualifiers,
               .verbose = row.verbose,
               .condition = row.condition,
-              .group = decoder.groupOf(event, row).view(),
-              .method = decoder.methodOf(event, row).view(),
+              .group = name.substr(0, row.groupLength),
+              .method = name.substr(row.groupLength + 2),
               .text = decoder.text(row.text).view(),
               .pieces = decoder.piecesOf(row)};
     for (const Piece& piece : text.pieces) {
@@ -56,13 +57,11 @@ Text textOf(const Decoder& decoder, const Row& event, const Row& row) {
 std::vector<Event> eventsOf(const TracedClass& traced) {
     std::vector<Event> events;
     if (traced.isSilent()) return events;
-    const Row* event = nullptr;
     for (const Row& row : traced.decoder->rows) {
         if (row.isEvent()) {
-            event = &row;
             events.push_back({row.code});
         } else {
-            events.back().texts.push_back(textOf(*traced.decoder, *event, row));
+            events.back().texts.push_back(textOf(*traced.decoder, row));
         }
     }
     return events;

@@ -17,7 +17,7 @@ struct TracedClass {
     std::string code = {};          // the registry's four characters, or empty
     std::string registryName = {};  // or empty
 
-    bool isSilent() const { return decoder->group.length == 0; }
+    bool isSilent() const { return decoder->group.empty(); }
     std::string title() const;  // "20 OrvelHDAController"
 };
 

@@ -33,6 +33,6 @@ constexpr Entry kServerRows[] = {
 
 }  // namespace
 
-constexpr Decoder kAudioServer = withoutObject(decoder<kServerRows>(kServerCodeBase, "QuorraHAL", 5));
+constexpr Decoder kAudioServer = withoutObject(decoder<kServerRows, "QuorraHAL">(kServerCodeBase, 5));
 
 }  // namespace sonaprobe::decoders

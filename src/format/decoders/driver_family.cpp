@@ -93,9 +93,9 @@ constexpr Entry kPortRows[] = {
 
 }  // namespace
 
-constexpr Decoder kPlexoControl = decoder<kControlRows>(audioClass(1), "PlexoControl", 1);
-constexpr Decoder kPlexoDevice = decoder<kDeviceRows>(audioClass(3), "PlexoDevice", 8);
-constexpr Decoder kPlexoEngine = decoder<kEngineRows>(audioClass(4), "PlexoEngine", 7);
-constexpr Decoder kPlexoPort = decoder<kPortRows>(audioClass(7), "PlexoPort", 1);
+constexpr Decoder kPlexoControl = decoder<kControlRows, "PlexoControl">(audioClass(1), 1);
+constexpr Decoder kPlexoDevice = decoder<kDeviceRows, "PlexoDevice">(audioClass(3), 8);
+constexpr Decoder kPlexoEngine = decoder<kEngineRows, "PlexoEngine">(audioClass(4), 7);
+constexpr Decoder kPlexoPort = decoder<kPortRows, "PlexoPort">(audioClass(7), 1);
 
 }  // namespace sonaprobe::decoders

@@ -321,7 +321,7 @@ constexpr Entry kZ26Rows[] = {
 
 }  // namespace
 
-constexpr Decoder kEmbeddedAudioZ14 = decoder<kZ14Rows>(audioClass(49), "OrvelEmbeddedAudioZ14", 26);
-constexpr Decoder kEmbeddedAudioZ26 = decoder<kZ26Rows>(audioClass(50), "OrvelEmbeddedAudioZ26", 27);
+constexpr Decoder kEmbeddedAudioZ14 = decoder<kZ14Rows, "OrvelEmbeddedAudioZ14">(audioClass(49), 26);
+constexpr Decoder kEmbeddedAudioZ26 = decoder<kZ26Rows, "OrvelEmbeddedAudioZ26">(audioClass(50), 27);
 
 }  // namespace sonaprobe::decoders

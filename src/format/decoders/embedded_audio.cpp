@@ -170,6 +170,6 @@ constexpr Entry kEmbeddedAudioRows[] = {
 
 }  // namespace
 
-constexpr Decoder kEmbeddedAudio = decoder<kEmbeddedAudioRows>(audioClass(43), "OrvelEmbeddedAudio", 29);
+constexpr Decoder kEmbeddedAudio = decoder<kEmbeddedAudioRows, "OrvelEmbeddedAudio">(audioClass(43), 29);
 
 }  // namespace sonaprobe::decoders

@@ -421,7 +421,7 @@ constexpr Entry kZ58Rows[] = {
 
 }  // namespace
 
-constexpr Decoder kEmbeddedAudioZ47 = decoder<kZ47Rows>(audioClass(45), "OrvelEmbeddedAudioZ47", 44);
-constexpr Decoder kEmbeddedAudioZ58 = decoder<kZ58Rows>(audioClass(47), "OrvelEmbeddedAudioZ58", 29);
+constexpr Decoder kEmbeddedAudioZ47 = decoder<kZ47Rows, "OrvelEmbeddedAudioZ47">(audioClass(45), 44);
+constexpr Decoder kEmbeddedAudioZ58 = decoder<kZ58Rows, "OrvelEmbeddedAudioZ58">(audioClass(47), 29);
 
 }  // namespace sonaprobe::decoders

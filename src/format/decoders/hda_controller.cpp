@@ -218,6 +218,6 @@ constexpr Entry kControllerRows[] = {
 
 }  // namespace
 
-constexpr Decoder kHdaController = decoder<kControllerRows>(audioClass(20), "OrvelHDAController", 34);
+constexpr Decoder kHdaController = decoder<kControllerRows, "OrvelHDAController">(audioClass(20), 34);
 
 }  // namespace sonaprobe::decoders

@@ -184,6 +184,6 @@ constexpr Entry kDriverRows[] = {
 
 }  // namespace
 
-constexpr Decoder kHdaDriver = decoder<kDriverRows>(audioClass(21), "OrvelHDADriver", 30);
+constexpr Decoder kHdaDriver = decoder<kDriverRows, "OrvelHDADriver">(audioClass(21), 30);
 
 }  // namespace sonaprobe::decoders

@@ -110,6 +110,6 @@ constexpr Entry kEngineRows[] = {
 
 }  // namespace
 
-constexpr Decoder kHdaEngine = decoder<kEngineRows>(audioClass(22), "OrvelHDAEngine", 18);
+constexpr Decoder kHdaEngine = decoder<kEngineRows, "OrvelHDAEngine">(audioClass(22), 18);
 
 }  // namespace sonaprobe::decoders

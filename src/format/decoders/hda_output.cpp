@@ -157,9 +157,9 @@ constexpr Entry kPathSetRows[] = {
 
 }  // namespace
 
-constexpr Decoder kHdaWidget = decoder<kWidgetRows>(audioClass(27), "OrvelHDAWidget", 7);
+constexpr Decoder kHdaWidget = decoder<kWidgetRows, "OrvelHDAWidget">(audioClass(27), 7);
 // All events of the class are the display-port engine's, though the class list calls it the output.
-constexpr Decoder kHdaEngineOutputDP = decoder<kEngineOutputDPRows>(audioClass(28), "OrvelHDAEngineOutputDP", 12);
-constexpr Decoder kHdaPathSet = decoder<kPathSetRows>(audioClass(29), "OrvelHDAPathSet", 5);
+constexpr Decoder kHdaEngineOutputDP = decoder<kEngineOutputDPRows, "OrvelHDAEngineOutputDP">(audioClass(28), 12);
+constexpr Decoder kHdaPathSet = decoder<kPathSetRows, "OrvelHDAPathSet">(audioClass(29), 5);
 
 }  // namespace sonaprobe::decoders

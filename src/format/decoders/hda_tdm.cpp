@@ -302,6 +302,6 @@ constexpr Entry kTdmRows[] = {
 
 }  // namespace
 
-constexpr Decoder kHdaTdm = decoder<kTdmRows>(audioClass(32), "OrvelHDATDM", 54);
+constexpr Decoder kHdaTdm = decoder<kTdmRows, "OrvelHDATDM">(audioClass(32), 54);
 
 }  // namespace sonaprobe::decoders

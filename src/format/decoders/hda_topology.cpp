@@ -108,12 +108,12 @@ constexpr Entry kFrameBufferRows[] = {
 }  // namespace
 
 // Group of class 20 too: the historic class traced the same controller.
-constexpr Decoder kHdaHistoric = decoder<kHistoricRows>(audioClass(0), "OrvelHDAController", 5);
-constexpr Decoder kHdaPath = decoder<kPathRows>(audioClass(23), "OrvelHDAPath", 3);
-constexpr Decoder kHdaCodecGeneric = decoder<kCodecGenericRows>(audioClass(24), "OrvelHDACodecGeneric", 3);
-constexpr Decoder kHdaNode = decoder<kNodeRows>(audioClass(25), "OrvelHDANode", 2);
-constexpr Decoder kHdaFunctionGroup = decoder<kFunctionGroupRows>(audioClass(26), "OrvelHDAFunctionGroup", 1);
-constexpr Decoder kHdaEngineInput = decoder<kEngineInputRows>(audioClass(30), "OrvelHDAEngineInput", 3);
-constexpr Decoder kHdaFrameBuffer = decoder<kFrameBufferRows>(audioClass(31), "FRAMEBUFFER", 1);
+constexpr Decoder kHdaHistoric = decoder<kHistoricRows, "OrvelHDAController">(audioClass(0), 5);
+constexpr Decoder kHdaPath = decoder<kPathRows, "OrvelHDAPath">(audioClass(23), 3);
+constexpr Decoder kHdaCodecGeneric = decoder<kCodecGenericRows, "OrvelHDACodecGeneric">(audioClass(24), 3);
+constexpr Decoder kHdaNode = decoder<kNodeRows, "OrvelHDANode">(audioClass(25), 2);
+constexpr Decoder kHdaFunctionGroup = decoder<kFunctionGroupRows, "OrvelHDAFunctionGroup">(audioClass(26), 1);
+constexpr Decoder kHdaEngineInput = decoder<kEngineInputRows, "OrvelHDAEngineInput">(audioClass(30), 3);
+constexpr Decoder kHdaFrameBuffer = decoder<kFrameBufferRows, "FRAMEBUFFER">(audioClass(31), 1);
 
 }  // namespace sonaprobe::decoders

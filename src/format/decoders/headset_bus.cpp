@@ -173,6 +173,6 @@ constexpr Entry kPimletBusRows[] = {
 
 }  // namespace
 
-constexpr Decoder kPimletBus = decoder<kPimletBusRows>(audioClass(48), "OrvelPimletBus", 31);
+constexpr Decoder kPimletBus = decoder<kPimletBusRows, "OrvelPimletBus">(audioClass(48), 31);
 
 }  // namespace sonaprobe::decoders

@@ -314,6 +314,6 @@ constexpr Entry kPimletRows[] = {
 
 }  // namespace
 
-constexpr Decoder kPimlet = decoder<kPimletRows>(audioClass(44), "OrvelPimlet", 72);
+constexpr Decoder kPimlet = decoder<kPimletRows, "OrvelPimlet">(audioClass(44), 72);
 
 }  // namespace sonaprobe::decoders

@@ -160,6 +160,6 @@ constexpr Entry kMicrophoneRows[] = {
 
 }  // namespace
 
-constexpr Decoder kMicrophone = decoder<kMicrophoneRows>(audioClass(46), "OrvelPDMController", 28);
+constexpr Decoder kMicrophone = decoder<kMicrophoneRows, "OrvelPDMController">(audioClass(46), 28);
 
 }  // namespace sonaprobe::decoders

@@ -97,6 +97,6 @@ constexpr Entry kUsbAudio2Rows[] = {
 
 }  // namespace
 
-constexpr Decoder kUsbAudio2 = decoder<kUsbAudio2Rows>(audioClass(41), "Audio2Engine", 17);
+constexpr Decoder kUsbAudio2 = decoder<kUsbAudio2Rows, "Audio2Engine">(audioClass(41), 17);
 
 }  // namespace sonaprobe::decoders

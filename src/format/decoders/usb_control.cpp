@@ -39,6 +39,6 @@ constexpr Entry kUsbControlRows[] = {
 
 }  // namespace
 
-constexpr Decoder kUsbControl = decoder<kUsbControlRows>(audioClass(40), "OrvelUSBAudioControlInterface", 5);
+constexpr Decoder kUsbControl = decoder<kUsbControlRows, "OrvelUSBAudioControlInterface">(audioClass(40), 5);
 
 }  // namespace sonaprobe::decoders

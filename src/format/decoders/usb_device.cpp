@@ -114,6 +114,6 @@ constexpr Entry kUsbDeviceRows[] = {
 
 }  // namespace
 
-constexpr Decoder kUsbDevice = decoder<kUsbDeviceRows>(audioClass(35), "OrvelUSBAudioDevice", 15);
+constexpr Decoder kUsbDevice = decoder<kUsbDeviceRows, "OrvelUSBAudioDevice">(audioClass(35), 15);
 
 }  // namespace sonaprobe::decoders

@@ -102,6 +102,6 @@ constexpr Entry kUsbEngineRows[] = {
 
 }  // namespace
 
-constexpr Decoder kUsbEngine = decoder<kUsbEngineRows>(audioClass(37), "OrvelUSBAudioEngine", 15);
+constexpr Decoder kUsbEngine = decoder<kUsbEngineRows, "OrvelUSBAudioEngine">(audioClass(37), 15);
 
 }  // namespace sonaprobe::decoders

@@ -259,6 +259,6 @@ constexpr Entry kUsbStreamRows[] = {
 
 }  // namespace
 
-constexpr Decoder kUsbStream = decoder<kUsbStreamRows>(audioClass(38), "OrvelUSBAudioStream", 42);
+constexpr Decoder kUsbStream = decoder<kUsbStreamRows, "OrvelUSBAudioStream">(audioClass(38), 42);
 
 }  // namespace sonaprobe::decoders

@@ -29,6 +29,6 @@ constexpr Entry kVoiceTriggerRows[] = {
 
 }  // namespace
 
-constexpr Decoder kVoiceTrigger = decoder<kVoiceTriggerRows>(audioClass(42), "IONimbrelKiteControl", 5);
+constexpr Decoder kVoiceTrigger = decoder<kVoiceTriggerRows, "IONimbrelKiteControl">(audioClass(42), 5);
 
 }  // namespace sonaprobe::decoders
