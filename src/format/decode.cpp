@@ -63,8 +63,9 @@ char* putNanoseconds(char* at, uint64_t nanoseconds) {
 }
 
 char* putFourCharacters(char* at, uint64_t code) {
-    for (const unsigned shift : {24U, 16U, 8U, 0U}) *at++ = static_cast<char>(code >> shift);
-    return at;
+    const uint32_t highestFirst = __builtin_bswap32(static_cast<uint32_t>(code));
+    std::memcpy(at, &highestFirst, sizeof highestFirst);
+    return at + sizeof highestFirst;
 }
 
 char* putHexadecimal(char* at, const Piece& piece, uint64_t value) {

@@ -241,11 +241,10 @@ inline char* putHex(char* at, uint64_t value, unsigned width) {
 
 // %0<width>llx.
 inline char* putHexZeroFilled(char* at, uint64_t value, unsigned width) {
-    const unsigned count = digits::countHex(value);
-    if (count >= width) return putHexDigits(at, value, count);
     constexpr unsigned kAll = 16;
-    if (width > kAll) at = putFill(at, '0', width - kAll);
-    return putHexDigits(at, value, width < kAll ? width : kAll);
+    if (width >= kAll) return putHexDigits(putFill(at, '0', width - kAll), value, kAll);
+    if (value >> 4 * width == 0 && width != 0) return putHexDigits(at, value, width);
+    return putHex(at, value);
 }
 
 // %p: "0x" and the digits, "0x0" for zero.
