@@ -56,6 +56,8 @@ int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
             [&](char* at) { return putUnsignedZeroFilled(at, value, field); });
     compare(printed("%10" PRIu64, value), [&](char* at) { return putUnsignedInTen(at, value); });
     compare(printed("%03u", below1000), [&](char* at) { return putThreeDigits(at, below1000); });
+    compare(printed("%02u", below1000 / 10),
+            [&](char* at) { return putTwoDigits(at, below1000 / 10); });
     compare(printed("%" PRId64, sign), [&](char* at) { return putSigned(at, sign); });
     compare(printed("%*" PRId64, width, sign),
             [&](char* at) { return putSigned(at, sign, field); });

@@ -190,6 +190,12 @@ inline char* putUnsignedZeroFilled(char* at, uint64_t value, unsigned width) {
     return putUnsignedFilled(at, value, '0', width);
 }
 
+// %02u of a value below 100.
+inline char* putTwoDigits(char* at, unsigned value) {
+    digits::store(at, (digits::fourDecimals(value) + digits::kZeros) >> 16);
+    return at + 2;
+}
+
 // %03u of a value below 1000.
 inline char* putThreeDigits(char* at, unsigned value) {
     digits::store(at, (digits::fourDecimals(value) + digits::kZeros) >> 8);

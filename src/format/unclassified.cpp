@@ -33,9 +33,9 @@ char* putRawWords(char* at, const TraceRecord& record, Thread thread) {
 char* putSplitCode(char* at, uint32_t debugid) {
     at = putHexDigits(putText(at, "0x"), classWordOf(debugid), 4);
     *at++ = '|';
-    at = putUnsignedZeroFilled(at, classIdOf(debugid), 2);
+    at = putTwoDigits(at, classIdOf(debugid));
     *at++ = '|';
-    return putUnsignedZeroFilled(at, eventNumberOf(debugid), 3);
+    return putThreeDigits(at, eventNumberOf(debugid));
 }
 
 // Start and end point the other way round than in the event prefix.

@@ -101,7 +101,11 @@ TEST(Digits, AFixedCountTakesTheLowestDigits) {
     }
 }
 
-TEST(Digits, ThreeDigitsAreFilledWithZeros) {
+TEST(Digits, TwoOrThreeDigitsAreFilledWithZeros) {
+    for (unsigned value = 0; value < 100; ++value) {
+        ASSERT_EQ(written([&](char* at) { return putTwoDigits(at, value); }),
+                  printed("%02u", value));
+    }
     for (unsigned value = 0; value < 1000; ++value) {
         ASSERT_EQ(written([&](char* at) { return putThreeDigits(at, value); }),
                   printed("%03u", value));
