@@ -96,12 +96,14 @@ void prefix(State& state, uint32_t timeMode, uint32_t otherColumns) {
     useDefaults();
     settings.timeMode = timeMode;
     settings.showCodes = settings.showCpu = otherColumns;
-    TraceRecord record = recordOf(0x05245C0C);
+    std::vector<TraceRecord> records(1000, recordOf(0x05245C0C));
+    for (size_t i = 0; i < records.size(); ++i) records[i].timestamp += i * kTicksBetween;
     char* const begin = outputLine.cursor();
     static constexpr char kName[20 + kTextBlock] = "OrvelHDAPath::enable";
     constexpr EventName name{{kName, 20}, 12};
+    size_t next = 0;
     for (auto _ : state) {
-        record.timestamp += kTicksBetween;
+        const TraceRecord& record = records[next++ % records.size()];
         printEventPrefix(headerOf(record), name, record.arg1);
         outputLine.moveTo(begin);
         benchmark::ClobberMemory();
