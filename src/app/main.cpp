@@ -53,15 +53,15 @@ void widenOutputPipe() {
 #endif
 }
 
-// Lines go out in large pieces where nobody watches them come. Not under --write, which never
-// flushes: there a larger buffer would keep a reader waiting.
-void sizeOutputBuffer() {
-    constexpr size_t kSize = 65536;
-    static char buffer[kSize];
+// Lines go out in large pieces where nobody watches them come: the line's own buffer takes the
+// place of the C library's, which would only copy them. Not under --write, which never flushes:
+// there a larger buffer would keep a reader waiting.
+void gatherOutput() {
     if (settings.writeRaw || isatty(STDOUT_FILENO) != 0) return;
+    if (std::atexit([] { outputLine.handOver(); }) != 0) return;
     widenOutputPipe();
-    std::setvbuf(stdout, buffer, _IOFBF, sizeof buffer);
-    if (std::atexit([] { outputLine.handOver(); }) == 0) outputLine.gather();
+    outputLine.gather();
+    std::setvbuf(stdout, nullptr, _IONBF, 0);
 }
 
 void readTimebase() {
@@ -123,7 +123,7 @@ int run(int argc, char** argv) {
     fillStandardDescriptors();
     endWhereMemoryRunsOut();
     parseOptions(argc, argv);
-    sizeOutputBuffer();
+    gatherOutput();
 
     if (settings.dumpOnce) {
         dumpOnceWithAlloc();

@@ -48,7 +48,7 @@ class OutputLine {
     }
 
   private:
-    static constexpr size_t kGathered = 4096;
+    static constexpr size_t kGathered = 65536;
     static constexpr size_t kFillRoom = kGathered + 4096;  // lines before this one, and blanks
 
     size_t used() const { return static_cast<size_t>(at_ - buffer_); }

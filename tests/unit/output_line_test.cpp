@@ -24,7 +24,7 @@ TEST(OutputLine, PrintsRandomTextsAndBlanksUnchanged) {
             for (int lines = 0; lines < 5; ++lines) {
                 const std::string before(random() % 300, 'b');
                 const std::string after(random() % 3000, 'a');
-                const size_t blanks = random() % 2 != 0 ? random() % 30'000 : random() % 40;
+                const size_t blanks = random() % 2 != 0 ? random() % 150'000 : random() % 40;
                 put(line, before);
                 line.blanks(blanks);
                 put(line, after);
@@ -38,7 +38,7 @@ TEST(OutputLine, PrintsRandomTextsAndBlanksUnchanged) {
 }
 
 TEST(OutputLine, HoldsEveryNumberOfBlanksAroundItsRoom) {
-    for (const uint64_t room : {4096U, 8192U, 12'288U, 16'384U}) {
+    for (const uint64_t room : {4096U, 65'536U, 69'632U, 139'264U}) {
         for (uint64_t blanks = room - 16; blanks <= room + 16; ++blanks) {
             const std::string printed = capturedOutput([&] {
                 OutputLine line;
@@ -55,18 +55,18 @@ TEST(OutputLine, HoldsEveryNumberOfBlanksAroundItsRoom) {
 TEST(OutputLine, GathersWholeLinesAndKeepsTheirOrder) {
     OutputLine line;
     line.gather();
-    const std::string text(999, 't');
+    const std::string text(3999, 't');
     std::string lines;
-    for (int i = 0; i < 4; ++i) lines += text + '\n';
+    for (int i = 0; i < 16; ++i) lines += text + '\n';
     const auto printLines = [&](int count) {
         for (int i = 0; i < count; ++i) {
             put(line, text);
             line.end();
         }
     };
-    EXPECT_EQ(capturedOutput([&] { printLines(4); }), "");
+    EXPECT_EQ(capturedOutput([&] { printLines(16); }), "");
     EXPECT_EQ(capturedOutput([&] { line.handOver(); }), lines);
-    EXPECT_EQ(capturedOutput([&] { printLines(6); }), lines + text + '\n');
+    EXPECT_EQ(capturedOutput([&] { printLines(18); }), lines + text + '\n');
     EXPECT_EQ(capturedOutput([&] { line.handOver(); }), text + '\n');
     EXPECT_EQ(capturedOutput([&] { line.handOver(); }), "");
 }
