@@ -7,9 +7,9 @@
 
 #include "app/audio_flags.h"
 #include "app/output.h"
+#include "app/raw_file.h"
 #include "app/settings.h"
 #include "app/signals.h"
-#include "rawfile/raw_writer.h"
 #include "trace/trace_facility.h"
 
 namespace sonaprobe {

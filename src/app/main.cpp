@@ -13,12 +13,12 @@
 #include "app/fatal_exit.h"
 #include "app/options.h"
 #include "app/output.h"
+#include "app/raw_file.h"
 #include "app/settings.h"
 #include "app/signals.h"
 #include "format/output_line.h"
 #include "platform/platform.h"
 #include "rawfile/raw_reader.h"
-#include "rawfile/raw_writer.h"
 #include "trace/collection.h"
 #include "trace/trace_facility.h"
 
@@ -100,11 +100,9 @@ void setUpLiveTracing() {
 }
 
 [[noreturn]] void writeForEver() {
-    settings.rawFile = std::fopen(settings.rawPath, "wb+");
-    if (settings.rawFile == nullptr) fatalExit("Can't open file!\n");
-    writeDivisorRecord(settings.rawFile);
+    RawWriter& rawFile = openRawFile();
     for (;;) {
-        writeRawRecords(settings.rawFile);
+        writeRawRecords(rawFile);
         sleepBetweenPasses();
     }
 }

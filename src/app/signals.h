@@ -1,6 +1,6 @@
 // How the four signals and a broken pipe end the program: at once in a declared window, where the
-// program waits, everywhere else between two records or two set-up steps. So no code but the
-// windows needs to be safe against a signal.
+// program waits, everywhere else between two records, two blocks of stored records or two set-up
+// steps. So no code but the windows needs to be safe against a signal.
 
 #pragma once
 
@@ -26,7 +26,7 @@ bool isEnding();
 // output is given up by then, standard error, which may have to say so, after 0.9 s.
 bool isOutOfTime();
 
-// Ends the program if a signal was noted. For the places between two records or set-up steps.
+// Ends the program if a signal was noted. For the places between two records, blocks or steps.
 void takeSignal();
 
 // Notes that nobody reads standard output any more, if that ends the program.

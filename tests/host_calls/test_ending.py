@@ -149,16 +149,18 @@ def test_a_second_signal_during_the_cleanup_changes_nothing(host, call, nth):
     assert (result.stderr, result.returncode) == ("", 0)
 
 
-@pytest.mark.parametrize("mode", ["", "-wtrace"])
-def test_a_signal_in_a_pass_is_taken_behind_a_whole_record(host, mode):
+# What is stored is also printed, and records are stored together.
+@pytest.mark.parametrize("mode, count", [("", 1), ("-wtrace", 3)])
+def test_a_signal_in_a_pass_is_taken_after_a_whole_record_and_all_stored_with_it(host, mode, count):
     result = host.run(f"-s -H -S {mode}", FLAGS_BEFORE, info(9),
                       host.read("0x05245C0E a2=1\n0x05245C0E a2=2\n0x05245C0E a2=3"),
                       stop_at(READTR))
     assert result.calls[-3:] == [DISABLE, REMOVE, RESTORE]
     assert result.stdout.splitlines()[1:] == [
-        "<- OrvelHDAPath::enable End - stream: 0x1 channelID: 0 result: 0x00000000"]
+        f"<- OrvelHDAPath::enable End - stream: {number:#x} channelID: 0 result: 0x00000000"
+        for number in range(1, count + 1)]
     if mode:
-        assert (host.folder / "trace").stat().st_size == 2 * 64
+        assert (host.folder / "trace").stat().st_size == (1 + count) * 64
 
 
 def test_a_signal_before_nolog_has_left_undoes_the_set_up(host):

@@ -40,6 +40,17 @@ def wait_until_stuck(process):
     until(stuck, "the program was stuck")
 
 
+def full_pipe():
+    """A pipe that takes no more bytes: its two ends."""
+    ours, theirs = os.pipe()
+    os.set_blocking(theirs, False)
+    with contextlib.suppress(BlockingIOError):
+        while os.write(theirs, bytes(4096)):
+            pass
+    os.set_blocking(theirs, True)
+    return ours, theirs
+
+
 @pytest.mark.parametrize("number", FOUR)
 @pytest.mark.parametrize("verbose", [(), ("-v",)])
 def test_a_signal_ends_the_run_in_order(stage, number, verbose):
@@ -249,19 +260,16 @@ def test_a_broken_pipe_ends_the_run_as_a_signal_does_but_silently(stage, ignored
     assert left_behind() == {}
 
 
-def test_a_broken_pipe_ends_a_run_whose_raw_file_is_a_full_pipe(stage):
-    fifo = stage.folder / "fifo"
-    os.mkfifo(fifo)
+def test_a_broken_pipe_ends_a_run_whose_standard_error_is_stuck(stage):
+    stuck, errors = full_pipe()
     ours, theirs = os.pipe()
-    run = stage.start(f"-w{fifo}", stdout=theirs)
-    os.close(theirs)
-    os.close(ours)
-    stage.post("0x07010004\n" * 1000)  # these leave room for few slots and print nothing
-    until(lambda: status()["pending"] == "0", "the slots were stored")
-    run.send(signal.SIGSTOP)  # so that one pass finds all of them
-    stage.post((EVENT.format(1) + "\n") * 1000)
+    run = stage.start(stdout=theirs, stderr=errors)
+    for end in (theirs, ours, errors):
+        os.close(end)
+    sim("fail", "debug.Audio.set", "EPERM")  # has its message
     begin = time.monotonic()
-    run.send(signal.SIGCONT)
+    stage.post(EVENT.format(1))
     assert run.process.wait(timeout=PATIENCE) == 0
     assert time.monotonic() - begin < SOON
-    assert left_behind() == {}
+    os.close(stuck)
+    assert left_behind() == {"audio-debug-flags": "1"}
