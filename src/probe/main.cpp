@@ -1,7 +1,6 @@
 // The main sequence: checks, options, then the first run mode that applies.
 
 #include <cerrno>
-#include <csignal>
 #include <cstdio>
 #include <cstdlib>
 #include <fcntl.h>
@@ -133,8 +132,8 @@ int run(int argc, char** argv) {
         beginEnding();
         return EXIT_SUCCESS;
     }
-    endOnBrokenPipe();
-    std::signal(SIGXFSZ, SIG_IGN);  // a file that grows too large is a failed write like others
+    ignoreWriteSignals();
+    if (!settings.noLog) endOnBrokenPipe();
     setUpLiveTracing();
     if (settings.noLog) {
         beginEnding();

@@ -12,6 +12,10 @@ namespace sonaprobe {
 // was started with them blocked.
 void installSignalHandlers();
 
+// A write to a pipe that nobody reads, or to a file that grows too large, fails from now on like
+// others: no signal of it ends the program.
+void ignoreWriteSignals();
+
 // From now on a broken pipe on standard output ends the program as a signal does, silently.
 void endOnBrokenPipe();
 

@@ -201,6 +201,30 @@ def test_signals_that_were_blocked_at_the_start_end_a_run_whose_output_is_stuck(
     assert left_behind() == {}
 
 
+def set_alarm():
+    signal.setitimer(signal.ITIMER_REAL, 0.3)
+
+
+def block_alarm():
+    signal.pthread_sigmask(signal.SIG_BLOCK, [signal.SIGALRM])
+    set_alarm()
+
+
+@pytest.mark.parametrize("options", [(), ("-wtrace",), ("-rfifo",)], ids=" ".join)
+def test_an_alarm_has_its_default_action_until_a_signal_ends_the_run(stage, options):
+    os.mkfifo(stage.folder / "fifo")
+    run = stage.start(*options, tracing=False, preexec_fn=set_alarm)
+    assert run.process.wait(timeout=PATIENCE) == -signal.SIGALRM
+    sim("reset")
+
+
+def test_an_alarm_that_was_blocked_at_the_start_ends_nothing(stage):
+    run = stage.start(preexec_fn=block_alarm)
+    time.sleep(0.5)
+    assert run.end() == 0
+    assert left_behind() == {}
+
+
 def test_a_signal_during_a_dump_has_its_default_action(stage):
     assert run_program("-L", "-b", 100_000).returncode == 0
     stage.post("\n".join(EVENT.format(n) for n in range(1, 30_001)))
