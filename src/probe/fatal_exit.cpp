@@ -5,7 +5,7 @@
 #include <cstdio>
 #include <cstdlib>
 
-#include "probe/audio_flags.h"
+#include "probe/audio_debug_flags.h"
 #include "probe/output.h"
 #include "probe/raw_file.h"
 #include "probe/settings.h"

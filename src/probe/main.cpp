@@ -10,7 +10,7 @@
 
 #include "lines/output_line.h"
 #include "platform/platform.h"
-#include "probe/audio_flags.h"
+#include "probe/audio_debug_flags.h"
 #include "probe/collection.h"
 #include "probe/fatal_exit.h"
 #include "probe/options.h"

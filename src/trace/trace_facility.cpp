@@ -10,6 +10,7 @@
 #include "probe/fatal_exit.h"
 #include "probe/output.h"
 #include "probe/settings.h"
+#include "probe/signals.h"
 
 namespace sonaprobe {
 
@@ -20,16 +21,22 @@ using platform::TraceInterest;
 
 std::span<TraceRecord> buffer;
 
+// A signal that broke a waiting operation off ends the program.
+int answer(int result) {
+    if (result < 0 && errno == EINTR) takeSignal();
+    return result;
+}
+
 // An operation without value. `old` and its length are as the operation has them.
 int control(int operation, void* old = nullptr, size_t* oldLength = nullptr) {
     int name[] = {platform::kCtlKern, platform::kKernKdebug, operation};
-    return sysctl(name, 3, old, oldLength, nullptr, 0);
+    return answer(sysctl(name, 3, old, oldLength, nullptr, 0));
 }
 
 // An operation with a value as the fourth word of its name.
 int control(int operation, int value) {
     int name[] = {platform::kCtlKern, platform::kKernKdebug, operation, value};
-    return sysctl(name, 4, nullptr, nullptr, nullptr, 0);
+    return answer(sysctl(name, 4, nullptr, nullptr, nullptr, 0));
 }
 
 }  // namespace
