@@ -7,8 +7,6 @@
 #include <span>
 #include <unistd.h>
 
-#include "lines/dispatch.h"
-#include "lines/indentation.h"
 #include "probe/fatal_exit.h"
 #include "probe/output.h"
 #include "probe/settings.h"
@@ -44,7 +42,7 @@ void restartTracing() {
 }
 
 void print(const TraceRecord& record) {
-    dispatchRecord(&record);
+    linePrinter().print(record);
     takeSignal();
 }
 
@@ -60,8 +58,8 @@ void storeAndPrint(RawWriter& rawFile, std::span<const TraceRecord> block, size_
     size_t index = firstIndex;
     for (const TraceRecord& record : block) {
         if (!isInvalid(record)) {
-            dispatchRecord(&record);
-        } else if (settings.verbose) {
+            linePrinter().print(record);
+        } else if (settings.line.verbose) {
             printMessage(stdout, "Tracepoint %zu is invalid.\n", index);
         }
         ++index;
@@ -87,7 +85,7 @@ void dumpOnceWithAlloc() {
 
     const TraceRead read = readTrace(room);
     if (read.result < 0) {
-        if (settings.verbose) printMessage(stdout, "CollectWithAlloc error %d\n", read.result);
+        if (settings.line.verbose) printMessage(stdout, "CollectWithAlloc error %d\n", read.result);
         fatalExit("trace facility failure, KERN_KDREADTR\n");
     }
     if (wasLogging) enableTracing(1);
@@ -101,15 +99,15 @@ void collectAndPrint() {
     const std::span<TraceRecord> room = roomFor(info.entries);
     const TraceRead read = readTrace(room);
     if (read.result < 0) {
-        if (settings.verbose) printMessage(stdout, "CollectTrace error %d\n", read.result);
+        if (settings.line.verbose) printMessage(stdout, "CollectTrace error %d\n", read.result);
         fatalExit(
             "trace facility failure, KERN_KDREADTR\n"
             "Try using a larger buffer size with --bufsize.\n");
     }
     if (info.flags & platform::kBufferWrapped) {
         restartTracing();
-        if (settings.verbose) printMessage(stdout, "Buffer has wrapped.\n");
-        resetIndentation();
+        if (settings.line.verbose) printMessage(stdout, "Buffer has wrapped.\n");
+        linePrinter().resetIndentation();
     }
     for (const TraceRecord& record : room.first(read.records)) print(record);
     flushOutput();

@@ -39,7 +39,7 @@ RawWriter& openRawFile() {
     if (file < 0) fatalExit("Can't open file!\n");
     rawFile.emplace(file, RawWriter::Policy{.lost = reportLost, .goesOn = goesOn});
     const uint64_t divisor = truncateToUnsigned(settings.tickDivisor);
-    if (settings.verbose) {
+    if (settings.line.verbose) {
         printMessage(stdout, "Inserting divisor %f as 0x%" PRIx64 "\n", settings.tickDivisor,
                      divisor);
     }
