@@ -42,26 +42,6 @@ void endWhereMemoryRunsOut() {
     });
 }
 
-// A pipe that holds many of our pieces: its reader and we wait for each other less often.
-void widenOutputPipe() {
-#ifdef F_SETPIPE_SZ  // Linux alone has it
-    constexpr int kSize = 1 << 20;
-    const int size = fcntl(STDOUT_FILENO, F_GETPIPE_SZ);
-    if (size >= 0 && size < kSize) fcntl(STDOUT_FILENO, F_SETPIPE_SZ, kSize);
-#endif
-}
-
-// Lines go out in large pieces where nobody watches them come: the line's own buffer takes the
-// place of the C library's, which would only copy them. Not under --write, which never flushes:
-// there a larger buffer would keep a reader waiting.
-void gatherOutput() {
-    if (settings.writeRaw || isatty(STDOUT_FILENO) != 0) return;
-    if (std::atexit([] { outputLine().handOver(); }) != 0) return;
-    widenOutputPipe();
-    outputLine().gather();
-    std::setvbuf(stdout, nullptr, _IONBF, 0);
-}
-
 void readTimebase() {
     mach_timebase_info_data_t timebase{};
     mach_timebase_info(&timebase);
@@ -120,20 +100,22 @@ int run(int argc, char** argv) {
     fillStandardDescriptors();
     endWhereMemoryRunsOut();
     parseOptions(argc, argv);
-    gatherOutput();
 
     if (settings.dumpOnce) {
+        openOutput();
         dumpOnceWithAlloc();
         return EXIT_SUCCESS;
     }
     installSignalHandlers();
     if (settings.readRaw) {
+        openOutput();
         readRawFile(settings.rawPath);
         beginEnding();
         return EXIT_SUCCESS;
     }
     ignoreWriteSignals();
     if (!settings.noLog) endOnBrokenPipe();
+    openOutput();
     setUpLiveTracing();
     if (settings.noLog) {
         beginEnding();

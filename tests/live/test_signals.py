@@ -113,6 +113,22 @@ def test_signals_end_a_run_whose_standard_output_nobody_reads(stage):
     assert left_behind() == {}
 
 
+def test_signals_end_a_run_whose_standard_output_does_not_wait_and_is_not_read(stage):
+    ours, theirs = os.pipe()
+    os.set_blocking(theirs, False)
+    run = stage.start("-b", 100_000, *OPTIONS, stdout=theirs)
+    os.close(theirs)
+    stage.post("\n".join(EVENT.format(n) for n in range(1, 30_001)))
+    wait_until_stuck(run.process)
+    begin = time.monotonic()
+    assert run.end() == 0
+    assert time.monotonic() - begin < SOON
+    with open(ours, encoding="ascii") as pipe:
+        whole = pipe.read().split("\n")[1:-1]
+    assert whole == [LINE.format(n) for n in range(1, len(whole) + 1)]
+    assert left_behind() == {}
+
+
 def test_a_signal_ends_a_run_whose_raw_file_is_a_pipe_that_nobody_reads(stage):
     fifo = stage.folder / "fifo"
     os.mkfifo(fifo)
