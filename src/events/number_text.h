@@ -83,24 +83,9 @@ constexpr unsigned countHex(uint64_t value) {
 
 }  // namespace digits
 
-// Texts here are short: a call of memcpy, or the string instruction that a compiler puts in its
-// place, costs more than the copy. The last block overlaps the one before it.
 inline char* putText(char* at, std::string_view text) {
-    const char* const from = text.data();
-    const size_t size = text.size();
-    if (size >= 16) {
-        for (size_t i = 0; i < size - 16; i += 16) std::memcpy(at + i, from + i, 16);
-        std::memcpy(at + size - 16, from + size - 16, 16);
-    } else if (size >= 8) {
-        std::memcpy(at, from, 8);
-        std::memcpy(at + size - 8, from + size - 8, 8);
-    } else if (size >= 4) {
-        std::memcpy(at, from, 4);
-        std::memcpy(at + size - 4, from + size - 4, 4);
-    } else {
-        for (size_t i = 0; i < size; ++i) at[i] = from[i];
-    }
-    return at + size;
+    std::memcpy(at, text.data(), text.size());
+    return at + text.size();
 }
 
 inline char* putFill(char* at, char fill, size_t count) {
