@@ -10,7 +10,7 @@
 #include "probe/raw_file.h"
 #include "probe/settings.h"
 #include "probe/signals.h"
-#include "trace/trace_facility.h"
+#include "probe/tracing.h"
 
 namespace sonaprobe {
 

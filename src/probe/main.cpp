@@ -18,7 +18,7 @@
 #include "probe/raw_reader.h"
 #include "probe/settings.h"
 #include "probe/signals.h"
-#include "trace/trace_facility.h"
+#include "probe/tracing.h"
 
 namespace sonaprobe {
 
