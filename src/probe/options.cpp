@@ -65,7 +65,7 @@ void changeNothing(const Option& option, const char*) { say(option.message, 0); 
 
 void setBufferSize(const Option& option, const char* text) {
     if (static_cast<uint32_t>(std::strtoul(text, nullptr, 0)) == 0) {
-        std::fputs("An invalid buffer of size 0 was requested!\n", stderr);
+        std::fprintf(stderr, "An invalid buffer of size %u was requested!\n", 0U);
         fatalExit("Argument parsing error\n");
     }
     setNumber(option, text);

@@ -46,6 +46,27 @@ def test_the_options_are_those_of_the_option_table():
     assert described() == {option.letter: (option.argument, option.names) for option in options()}
 
 
+def constant(file, pattern):
+    """A number as the source has it."""
+    [text] = re.findall(pattern, (SOURCE / "src/probe" / file).read_text())
+    return int(text.replace("'", ""), 0)
+
+
+def test_the_figures_are_those_of_the_program():
+    text = rendered(PAGE)
+    [period] = set(re.findall(r"every (\d+) ms", text))
+    assert int(period) * 1000 == constant("collection.cpp", r"kPassPeriod = ([\d']+);")
+    told = {
+        "bufferSize": r"The buffer's size, (\d+) by default",
+        "interestType": r"(0x\w+) debug ids from value 1 to value 2; the default",
+        "interestValue1": r"Value 1, by default (\w+)\.",
+        "interestValue2": r"Value 2, by default (\w+)\.",
+    }
+    for field, pattern in told.items():
+        [figure] = re.findall(pattern, text)
+        assert int(figure, 0) == constant("settings.h", rf"{field} = (\w+);"), field
+
+
 def messages():
     """The fixed beginnings of the messages that the program writes about failures."""
     found = set()

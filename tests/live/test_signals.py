@@ -113,6 +113,21 @@ def test_signals_end_a_run_whose_standard_output_nobody_reads(stage):
     assert left_behind() == {}
 
 
+def test_what_nobody_reads_is_given_up_after_less_than_a_second(stage):
+    def time_of_an_end():
+        ours, theirs = os.pipe()
+        run = stage.start("-b", 100_000, stdout=theirs)
+        os.close(theirs)
+        stage.post("\n".join(EVENT.format(n) for n in range(1, 30_001)))
+        wait_until_stuck(run.process)
+        begin = time.monotonic()
+        assert run.end() == 0
+        os.close(ours)
+        return time.monotonic() - begin
+    # The machine may be busy, but hardly each time.
+    assert 0.2 < min(time_of_an_end() for _ in range(4)) < 0.9
+
+
 def test_signals_end_a_run_whose_standard_output_does_not_wait_and_is_not_read(stage):
     ours, theirs = os.pipe()
     os.set_blocking(theirs, False)
