@@ -113,7 +113,7 @@ def test_signals_end_a_run_whose_standard_output_nobody_reads(stage):
     assert left_behind() == {}
 
 
-def test_what_nobody_reads_is_given_up_after_less_than_a_second(stage):
+def test_what_nobody_reads_is_given_up_after_a_third_of_a_second(stage):
     def time_of_an_end():
         ours, theirs = os.pipe()
         run = stage.start("-b", 100_000, stdout=theirs)
@@ -125,7 +125,7 @@ def test_what_nobody_reads_is_given_up_after_less_than_a_second(stage):
         os.close(ours)
         return time.monotonic() - begin
     # The machine may be busy, but hardly each time.
-    assert 0.2 < min(time_of_an_end() for _ in range(4)) < 0.9
+    assert 0.2 < min(time_of_an_end() for _ in range(4)) < 0.6
 
 
 def test_signals_end_a_run_whose_standard_output_does_not_wait_and_is_not_read(stage):
