@@ -7,6 +7,7 @@
 #pragma once
 
 #include <bit>
+#include <charconv>
 #include <cstddef>
 #include <cstdint>
 #include <cstring>
@@ -241,8 +242,11 @@ inline char* putHexZeroFilled(char* at, uint64_t value, unsigned width) {
 // %p: "0x" and the digits, "0x0" for zero.
 inline char* putPointer(char* at, uint64_t value) { return putHex(putText(at, "0x"), value); }
 
-// %.<decimals>f, padded with blanks to `width`. From 1 to 8 decimals; value 0, or at least 2^-10
-// and below 2^64.
-char* putReal(char* at, double value, unsigned decimals, unsigned width = 0);
+// %.<decimals>f, padded with blanks to `width`, of a value below 2^64. At most 8 decimals.
+inline char* putReal(char* at, double value, int decimals, unsigned width = 0) {
+    char* const end =
+        std::to_chars(at, at + kMaxNumberLength, value, std::chars_format::fixed, decimals).ptr;
+    return padLeft(at, end, ' ', width);
+}
 
 }  // namespace sonaprobe
