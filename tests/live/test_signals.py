@@ -256,17 +256,43 @@ def test_an_alarm_that_was_blocked_at_the_start_ends_nothing(stage):
     assert left_behind() == {}
 
 
-def test_a_signal_during_a_dump_has_its_default_action(stage):
+@pytest.mark.parametrize("number", FOUR)
+def test_a_signal_during_a_dump_has_its_default_action(stage, number):
     assert run_program("-L", "-b", 100_000).returncode == 0
     stage.post("\n".join(EVENT.format(n) for n in range(1, 30_001)))
     ours, theirs = os.pipe()
     with subprocess.Popen([BUILD / "sonaprobe", "-D"], stdout=theirs) as dump:
         os.close(theirs)
         wait_until_stuck(dump)
-        dump.send_signal(signal.SIGTERM)
-        assert dump.wait(timeout=PATIENCE) == -signal.SIGTERM
+        dump.send_signal(number)
+        assert dump.wait(timeout=PATIENCE) == -number
     os.close(ours)
+    after = status()
+    assert (after["entries"], after["pending"]) == ("100000", "0")  # what was read is lost
     sim("reset")
+
+
+def test_a_signal_on_read_gives_a_gathered_buffer_back(stage):
+    assert run_program("-L", "-b", 1000).returncode == 0
+    os.mkfifo(stage.folder / "fifo")
+    run = stage.start("-rfifo", tracing=False)
+    wait_until_stuck(run.process)
+    assert run.end() == 0
+    assert run.errors() == []
+    assert left_behind() == {}
+
+
+def test_a_signal_on_read_beside_a_live_run_silences_its_drivers(stage):
+    live = stage.start()
+    os.mkfifo(stage.folder / "fifo")
+    read = stage.start("-rfifo", tracing=False)
+    wait_until_stuck(read.process)
+    assert read.end() == 1
+    assert read.errors() == [f"{BUILD / 'sonaprobe'}: The trace facility is currently in use.", ""]
+    now = status()
+    assert (now["nolog"], now["audio-debug-flags"]) == ("0", "0")
+    assert live.end() == 0
+    assert left_behind() == {}
 
 
 def test_a_signal_ends_a_run_on_a_stopped_terminal(stage):
