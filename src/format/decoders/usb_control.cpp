@@ -24,17 +24,17 @@ constexpr Entry kUsbControlRows[] = {
     event(0x0524A058, "DetectSplitTransactions"),
     start("Start - device: %p mDeviceSpeed: %lld", a2, a3),
     end("End - returning %s", boolean(a2)),
-    other("hub: %p depth: %lld speed: %lld", a2, a3, a4),
+    other("hub: %p depth: %lld mDeviceSpeed: %lld", a2, a3, a4),
 
     event(0x0524A060, "SetAlternateInterfaceForStreamInterface"),
     start("Start - bInterfaceNumber: %lld bAlternateSetting: %lld ---> %lld", a2, a3, a4),
     end("End - bInterfaceNumber: %lld bAlternateSetting: %lld result: 0x%08x", a2, a3, lo(a4)),
-    other("aborting %lld pipes of bInterfaceNumber: %lld first", a2, a3),
+    other("aborting - pipes: %lld bInterfaceNumber: %lld", a2, a3),
 
     ofGroup("OrvelUSBAudioIsocPipe", event(0x0524A194, "NewAlternateInterface")),
-    start("Start - interface: %p bAlternateSetting: %lld bEndpointAddress: 0x%02x", a2, a3, lo(a4)),
+    start("Start - interface: %p bAlternateSetting: %lld endpoint: 0x%02x", a2, a3, lo(a4)),
     end("End - hostPipe: %p wMaxPacketSize: %lld result: 0x%08x", a2, a3, lo(a4)),
-    other("ERROR: bAlternateSetting: %lld has no endpoint: 0x%02x - pipe stays without bandwidth", a2, lo(a3)),
+    other("ERROR: no endpoint - bAlternateSetting: %lld endpoint: 0x%02x", a2, lo(a3)),
 };
 
 }  // namespace
