@@ -105,7 +105,7 @@ constexpr Entry kEmbeddedAudioRows[] = {
     event(0x0524AC40, "SetPowerStageEarlyOff"),
     start("_powerStage: %lld notify->powerRef %llx", a2, a3),
     end("End - _powerStage: %lld clockMask: 0x%llx result: 0x%08x", a2, a3, lo(a4)),
-    sel(0, "secondary still running - secondary: %p _secondaryFlags: 0x%llx", a2, a3),
+    sel(0, "secondary not stopped - secondary: %p _secondaryFlags: 0x%llx", a2, a3),
     sel(1, "muting - running streams: %lld", a2),
 
     event(0x0524AC44, "SetPowerStageDesiredSlowOn"),

@@ -355,7 +355,7 @@ constexpr Entry kZ58Rows[] = {
     sel(0, "port in use - bitsPerSample: %lld -> %lld", a2, a3),
 
     event(0x0524BC48, "ConfigureIntMclk"),
-    start("Start - source: %s mclkRate(Hz): %lld sampleRate: %lld", either(a2, "PLL", "pin"), a3, a4),
+    start("Start - mclkSource: %s mclkRate(Hz): %lld sampleRate: %lld", either(a2, "PLL", "pin"), a3, a4),
     end("End - mclkDivider: %lld internalMclk(Hz): %lld result: 0x%08x", a2, a3, lo(a4)),
     sel(0, "waiting for PLL lock - pllStatus: 0x%08x waited: %d.%03d.%03d.%03d", lo(a2), nanos(a3)),
     sel(1, "ERROR: no divider - mclkRate(Hz): %lld sampleRate: %lld", a2, a3),
@@ -403,7 +403,7 @@ constexpr Entry kZ58Rows[] = {
 
     event(0x0524BC68, "GetBooleanControlInfo"),
     start("Start - control: %c%c%c%c scope: %c%c%c%c element: %lld", fourCC(a2), fourCC(a3), a4),
-    end("End - settable: %s value: %s result: 0x%08x", boolean(a2), boolean(a3), lo(a4)),
+    end("End - settable: %s booleanValue: %s result: 0x%08x", boolean(a2), boolean(a3), lo(a4)),
     sel(0, "not a boolean - control: %c%c%c%c", fourCC(a2)),
 
     event(0x0524BC6C, "SetControl"),

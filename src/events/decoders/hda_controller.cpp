@@ -63,7 +63,7 @@ constexpr Entry kControllerRows[] = {
     start("Start"),
     end("End - fRegisters: %p GCAP: 0x%04x result: 0x%08x", a2, lo(a3), lo(a4)),
     // The three counts as GCAP has them.
-    sel(0, "streams - output: %d input: %d bidirectional: %d", byte(2, a2), byte(1, a2), byte(0, a2)),
+    sel(0, "outputStreams: %d inputStreams: %d bidirectionalStreams: %d", byte(2, a2), byte(1, a2), byte(0, a2)),
     sel(1, "rings - address: 0x%llx CORB entries: %d RIRB entries: %d", a2, hi(a3), lo(a3)),
     sel(2, "DMA position buffer - address: 0x%llx streams: %lld", a2, a3),
 
@@ -137,9 +137,8 @@ constexpr Entry kControllerRows[] = {
 
     event(0x05245220, "setPowerState"),
     start("Start - powerState: %lld", a2),
-    // arg3 is null where the controller's own policymaker asked, arg4 the result either way.
     end(nonZero(a3), "End - powerState: %lld FROM A DIFFERENT POLICYMAKER: %p result: %lld", a2, a3, a4),
-    end("End - powerState: %lld result: %lld", a2, a4),
+    end("End - powerState: %lld result: %lld", a2, a4),  // arg3 is null where the controller's own policymaker asked
     sel(0, "waiting for pending change - powerState: %lld pendingPowerState: %lld", a2, a3),
 
     event(0x05245224, "handleSetPowerState"),

@@ -28,7 +28,7 @@ constexpr Entry kDriverRows[] = {
     start("Start - engine: %p stream: %p currentPowerState: %lld", a2, a3, a4),
     end("End - engine: %p stream: %p result: 0x%08x", a2, a3, lo(a4)),
     sel(0, "waiting for power - engine: %p currentPowerState: %lld", a2, a3),
-    sel(1, "stream: %p channel: %d tag: %d", a2, hi(a3), lo(a3)),
+    sel(1, "stream: %p channel: %d streamTag: %d", a2, hi(a3), lo(a3)),
 
     event(0x05245478, "createAudioOutputEngine"),
     start("Start - output: %s pathSets: %lld codecAddress: %d", either(a2, "External", "Internal"), a3, lo(a4)),
@@ -61,11 +61,11 @@ constexpr Entry kDriverRows[] = {
     sel(0, "going to sleep/0 - numRunningAudioEngines: %lld", a2),
     sel(1, "going to idle/1 - numRunningAudioEngines: %lld", a2),
     sel(2, "going to active/2 - enginesToResume: %lld", a2),
-    sel(3, "engines not notified - currentPowerState: %lld", a2),
+    sel(3, "already in state - engines not notified - currentPowerState: %lld", a2),
 
     event(0x052454B4, "protectedPowerChange_active"),
     start("Start - oldPowerState: %lld fAudioFunctionGroup: %p afgPowerState: %lld", a2, a3, a4),
-    end("End - resumed: %d paused: %d result: 0x%08x", lo(a2), lo(a3), lo(a4)),
+    end("End - resumed: %d engines: %d result: 0x%08x", lo(a2), lo(a3), lo(a4)),
     sel(0, "turning ON (D0) - functionGroup: %p", a2),
     sel(1, "settings lost - functionGroup: %p widgets: %lld", a2, a3),
 
@@ -123,13 +123,13 @@ constexpr Entry kDriverRows[] = {
 
     event(0x0524551C, "handleVideoFormatChangeAction"),
     start("Start - fCRTCIndex: %d engine: %p isRunning: %s", lo(a2), a3, boolean(a4)),
-    end("End - fCRTCIndex: %d resumed: %s result: 0x%08x", lo(a2), boolean(a3), lo(a4)),
+    end("End - fCRTCIndex: %d engineResumed: %s result: 0x%08x", lo(a2), boolean(a3), lo(a4)),
     sel(0, "pausing engine - fCRTCIndex: %d engine: %p", lo(a2), a3),
     sel(1, "sampleRate not supported - fCRTCIndex: %d sampleRate: %d -> %d", lo(a2), hi(a3), lo(a3)),
 
     event(0x05245520, "handleInvalidEDID"),
     start("Start - fCRTCIndex: %d framebuffer: %p engine: %p", lo(a2), a3, a4),
-    end("End - fCRTCIndex: %d deactivated: %s result: 0x%08x", lo(a2), boolean(a3), lo(a4)),
+    end("End - fCRTCIndex: %d engineDeactivated: %s result: 0x%08x", lo(a2), boolean(a3), lo(a4)),
     sel(0, "display removed while running - fCRTCIndex: %d engine: %p", lo(a2), a3),
 
     event(0x05245524, "handleValidEDID"),

@@ -24,7 +24,7 @@ constexpr Entry kEngineRows[] = {
     event(0x0524582C, "stopHardware"),
     start("Start - stream: %p pathSet: %p fIsRunning: %s", a2, a3, boolean(a4)),
     end("End - pathSet: %p result: 0x%08x", a2, lo(a3)),
-    sel(0, "disabling - pathSet: %p tag: %lld", a2, a3),
+    sel(0, "disabling - pathSet: %p streamTag: %lld", a2, a3),
 
     event(0x05245850, "performAudioEngineStop"),
     start("Start - fIsRunning: %s", boolean(a2)),

@@ -135,15 +135,15 @@ constexpr Entry kTdmRows[] = {
     end("End - bus: %lld fEnabledChannels: 0x%llx result: 0x%08x", a2, a3, lo(a4)),
 
     ofGroup("OrvelHDATDMDevice", event(0x05248060, "writeReg")),
-    start("Start - register: 0x%llx value: 0x%llx", a2, a3),
+    start("Start - register: 0x%llx value: 0x%08x", a2, lo(a3)),
     end("End - register: 0x%llx result: 0x%08x", a2, lo(a3)),
-    sel(0, "no acknowledge - register: 0x%llx attempt: %lld", a2, a3),
+    sel(0, "ERROR: no acknowledge - register: 0x%llx attempt: %lld", a2, a3),
     sel(1, "changing page - register: 0x%llx page: 0x%llx", a2, a3),
 
     ofGroup("OrvelHDATDMDevice", event(0x05248064, "readReg")),  // one register
     start("Start - register: 0x%llx", a2),
-    end("End - register: 0x%llx value: 0x%llx result: 0x%08x", a2, a3, lo(a4)),
-    sel(0, "no acknowledge - register: 0x%llx attempt: %lld", a2, a3),
+    end("End - register: 0x%llx value: 0x%08x result: 0x%08x", a2, lo(a3), lo(a4)),
+    sel(0, "ERROR: no acknowledge - register: 0x%llx attempt: %lld", a2, a3),
 
     ofGroup("OrvelHDATDMDevice", event(0x05248068, "readReg")),  // a run of registers
     start("Start - startRegister: 0x%llx count: %lld buffer: %p", a2, a3, a4),
@@ -192,7 +192,7 @@ constexpr Entry kTdmRows[] = {
 
     ofGroup("OrvelHDATDMCodec", event(0x05248088, "readStatusAndClearInterrupt")),
     start("Start - fInterruptMask: 0x%llx", a2),
-    end("End - interruptStatus: 0x%08x pending: 0x%08x result: 0x%08x", lo(a2), lo(a3), lo(a4)),
+    end("End - interruptStatus: 0x%08x pendingStatus: 0x%08x result: 0x%08x", lo(a2), lo(a3), lo(a4)),
     ofGroup("OrvelHDATDMCodecZ58", sel(0, "plugStatus: 0x%08x detectStatus: 0x%08x pimletStatus: 0x%08x", hi(a2), lo(a2), lo(a3))),
     ofGroup("OrvelHDATDMCodecZ58", sel(1, "interrupt pending again - interruptStatus: 0x%08x pass: %lld", lo(a2), a3)),
 
@@ -238,7 +238,7 @@ constexpr Entry kTdmRows[] = {
     ofGroup("OrvelHDATDMCodecZ58", sel(1, "ERROR: no answer to read - pimletRegister: 0x%llx", a2)),
 
     ofGroup("OrvelHDATDMCodec", event(0x052480A8, "writePimlet")),
-    start("Start - pimletRegister: 0x%llx value: 0x%llx", a2, a3),
+    start("Start - pimletRegister: 0x%llx value: 0x%08x", a2, lo(a3)),
     end("End - pimletRegister: 0x%llx bytes sent: %lld result: 0x%08x", a2, a3, lo(a4)),
     ofGroup("OrvelHDATDMCodecZ58", sel(0, "transmit buffer full - pimletStatus: 0x%08x bytes left: %lld", lo(a2), a3)),
     ofGroup("OrvelHDATDMCodecZ58", sel(1, "ERROR: no acknowledge of write - pimletRegister: 0x%llx", a2)),

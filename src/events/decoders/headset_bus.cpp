@@ -15,7 +15,7 @@ constexpr Entry kPimletBusRows[] = {
     start("Start - fEnableCount: %lld fBusClock(Hz): %lld fBusState: %lld", a2, a3, a4),
     end("End - fEnableCount: %lld synchronized: %s result: 0x%08x", a2, boolean(a3), lo(a4)),
     sel(0, "bus clock locked - elapsed: %d.%03d.%03d.%03d sync frames: %lld", nanos(a2), a3),
-    sel(1, "no answer from headset - retries left: %lld", a2),
+    sel(1, "ERROR: no answer from headset - retriesLeft: %lld", a2),
 
     event(0x0524C004, "DisableController"),
     start("Start - fEnableCount: %lld fDownlinkPending: %lld fUplinkPending: %lld", a2, a3, a4),
@@ -24,7 +24,7 @@ constexpr Entry kPimletBusRows[] = {
 
     event(0x0524C008, "InterruptAction"),
     start("Start - interruptStatus: 0x%08x interruptMask: 0x%08x fBusState: %lld", lo(a2), lo(a3), a4),
-    end("End - acknowledged: 0x%08x pending: 0x%08x", lo(a2), lo(a3)),
+    end("End - acknowledged: 0x%08x pendingStatus: 0x%08x", lo(a2), lo(a3)),
     sel(0, "uplink - bytes: %lld fUplinkPending: %lld", a2, a3),
     sel(1, "downlink - fDownlinkFree: %lld", a2),
     sel(2, "ERROR: synchronization lost - frame: %lld fSyncLossCount: %lld", a2, a3),
@@ -42,7 +42,7 @@ constexpr Entry kPimletBusRows[] = {
     event(0x0524C014, "SendDownlinkBulkData"),
     start("Start - buffer: %p bytes: %lld fDownlinkPending: %lld", a2, a3, a4),
     end("End - bytes queued: %lld fDownlinkPending: %lld result: 0x%08x", a2, a3, lo(a4)),
-    sel(0, "packet refused by headset - packet number: %lld retry: %lld", a2, a3),
+    sel(0, "ERROR: packet refused - packetNumber: %lld retry: %lld", a2, a3),
 
     event(0x0524C018, "FlushDownlinkBulkData"),
     start("Start - bytes pending: %lld fDownlinkHead: %d fDownlinkTail: %d", a2, lo(a3), lo(a4)),

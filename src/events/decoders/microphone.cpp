@@ -47,7 +47,7 @@ constexpr Entry kMicrophoneRows[] = {
 
     event(0x0524B81C, "interruptAction"),
     start("Start - source: %lld interruptStatus: 0x%08x interruptMask: 0x%08x", a2, lo(a3), lo(a4)),
-    end("End - acknowledged: 0x%08x pending: 0x%08x", lo(a2), lo(a3)),
+    end("End - acknowledged: 0x%08x pendingStatus: 0x%08x", lo(a2), lo(a3)),
     sel(0, "ERROR: FIFO overrun - decimator: %d frames lost: %d fOverrunCount: %lld", hi(a2), lo(a2), a3),
     sel(1, "ERROR: FIFO underrun - decimator: %d fifoLevel: %d fUnderrunCount: %lld", hi(a2), lo(a2), a3),
     sel(2, "spurious - interruptStatus: 0x%08x fSpuriousCount: %lld", lo(a2), a3),

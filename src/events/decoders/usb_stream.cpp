@@ -156,7 +156,7 @@ constexpr Entry kUsbStreamRows[] = {
     start("Start - mShouldStop: %lld listsInFlight: %lld keepSilence: %s", a2, a3, boolean(a4)),
     // Three flags and a result for three words.
     end("End - mStreamingSilence: %s mHALstreamRunning: %s mUSBdataStreamRunning: %s returning 0x%08x", boolean(a2), boolean(hi(a3)), boolean(lo(a3)), lo(a4)),
-    sel(0, "stream has run for %llu seconds", seconds(a2, a3)),  // trace clock stamps: start, now
+    sel(0, "stream has run - seconds: %llu", seconds(a2, a3)),  // trace clock stamps: start, now
     sel(1, "aborting - usbPipe: %p result: 0x%08x", a2, lo(a3)),
     sel(2, "continuing with silence - frame: %lld", a2),
 
@@ -193,7 +193,7 @@ constexpr Entry kUsbStreamRows[] = {
     event(0x0524990C, "watchdogTimer"),
     verbose(start("Start - mWatchdogTimer: %p completions: %lld", a2, a3)),
     verbose(end("End - mWatchdogTimer: %p mUSBdataStreamRunning: %s", a2, boolean(a3))),
-    sel(0, "ERROR: no completion - waited(s): %llu", seconds(a2, a3)),  // trace clock stamps: last completion, now
+    sel(0, "ERROR: no completion - seconds: %llu", seconds(a2, a3)),  // trace clock stamps: last completion, now
     sel(1, "ERROR: calling resyncAudio - frame: %lld currentUSBFrame: %lld", a2, a3),
 
     event(0x05249910, "rearmWatchdog"),
