@@ -90,7 +90,7 @@ constexpr Entry kZ14Rows[] = {
     sel(0, "already disabled - _enableCount: %lld", a2),
 
     event(0x0524C434, "SetVolume"),
-    start("Start - channel: %lld volume(1/100 dB): %lld -> %lld", a2, a3, a4),
+    start("Start - channel: %lld volume(1/100 dB): %lld -> %lld", a2, a3, named("new volume", a4)),
     end("End - channel: %lld digitalVolume: 0x%02x analogGain: 0x%02x result: 0x%08x", a2, hi(a3), lo(a3), lo(a4)),
     sel(0, "limited by speaker - channel: %lld volume(1/100 dB): %lld", a2, a3),
     sel(1, "kept until power-up - volume(1/100 dB): %lld channel: %lld", a2, a3),
@@ -113,7 +113,7 @@ constexpr Entry kZ14Rows[] = {
     sel(1, "ERROR: output stage shut down - amp: %lld faultStatus: 0x%08x", a2, lo(a3)),
 
     event(0x0524C444, "SetPreWarmPowerCtl1"),
-    start("Start - amp: %lld PowerCtl1: 0x%08x -> 0x%08x", a2, lo(a3), lo(a4)),
+    start("Start - amp: %lld PowerCtl1: 0x%08x -> 0x%08x", a2, lo(a3), named("new PowerCtl1", lo(a4))),
     end("End - amp: %lld PowerCtl1: 0x%08x result: 0x%08x", a2, lo(a3), lo(a4)),
     sel(0, "already pre-warmed - amp: %lld PowerCtl1: 0x%08x", a2, lo(a3)),
 
@@ -244,7 +244,7 @@ constexpr Entry kZ26Rows[] = {
     event(0x0524C834, "SetVolume"),
     start("Start - channel: %lld volume(1/100 dB): %lld rampTime: %d.%03d.%03d.%03d", a2, a3, nanos(a4)),
     end("End - channel: %lld volume(1/100 dB): %lld result: 0x%08x", a2, a3, lo(a4)),
-    sel(0, "thermal limit - amp: %lld volume(1/100 dB): %d -> %d", a2, hi(a3), lo(a3)),
+    sel(0, "thermal limit - amp: %lld volume(1/100 dB): %d -> %d", a2, hi(a3), named("new volume", lo(a3))),
     sel(1, "supply droop - attenuation(1/100 dB): %lld timeout: %d.%03d.%03d.%03d", a2, nanos(a3)),
 
     event(0x0524C838, "AmpPowerUpPhase1"),
@@ -265,7 +265,7 @@ constexpr Entry kZ26Rows[] = {
     sel(1, "ERROR: output shorted - amp: %lld faultStatus: 0x%08x", a2, lo(a3)),
 
     event(0x0524C844, "SetPreWarmPowerCtl1"),
-    start("Start - ampMask: 0x%llx PowerCtl1: 0x%08x -> 0x%08x", a2, lo(a3), lo(a4)),
+    start("Start - ampMask: 0x%llx PowerCtl1: 0x%08x -> 0x%08x", a2, lo(a3), named("new PowerCtl1", lo(a4))),
     end("End - writtenMask: 0x%llx result: 0x%08x", a2, lo(a3)),
     sel(0, "ERROR: writing again - amp: %lld PowerCtl1: 0x%08x", a2, lo(a3)),
 

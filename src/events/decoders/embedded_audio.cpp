@@ -57,25 +57,25 @@ constexpr Entry kEmbeddedAudioRows[] = {
     sel(0, "flags shared - flags: 0x%llx secondary: %p", a2, a3),
 
     event(0x0524AC1C, "RegisterWrite"),
-    other("register: 0x%llx[%c] value: 0x%llx", a2, character(byte(0, a3)), a4),
+    other("register: 0x%llx[%c] value: 0x%llx", a2, named("bank", character(byte(0, a3))), a4),
 
     event(0x0524AC20, "RegisterRead"),
-    other("register: 0x%llx[%c] value: 0x%llx", a2, character(byte(0, a3)), a4),
+    other("register: 0x%llx[%c] value: 0x%llx", a2, named("bank", character(byte(0, a3))), a4),
 
     event(0x0524AC24, "RegisterFailure"),  // from the first failed transfer to the outcome of its repetitions
-    start("register: 0x%llx[%c] value: 0x%llx", a2, character(byte(0, a3)), a4),
-    end("End - register: 0x%llx[%c] attempts: %d result: 0x%08x", a2, character(byte(0, a3)), hi(a4), lo(a4)),
-    other("ERROR: register: 0x%llx[%c] returned: 0x%08x", a2, character(byte(0, a3)), lo(a4)),
+    start("register: 0x%llx[%c] value: 0x%llx", a2, named("bank", character(byte(0, a3))), a4),
+    end("End - register: 0x%llx[%c] attempts: %d result: 0x%08x", a2, named("bank", character(byte(0, a3))), hi(a4), lo(a4)),
+    other("ERROR: register: 0x%llx[%c] returned: 0x%08x", a2, named("bank", character(byte(0, a3))), lo(a4)),
 
     event(0x0524AC28, "RegisterWriteMultiple"),
-    start("startRegister: 0x%llx[%c]", a2, character(byte(0, a3))),
-    end("End - startRegister: 0x%llx[%c] registers written: %d result: 0x%08x", a2, character(byte(0, a3)), hi(a4), lo(a4)),
-    other("register: 0x%llx[%c] value: 0x%llx", a2, character(byte(0, a3)), a4),
+    start("startRegister: 0x%llx[%c]", a2, named("bank", character(byte(0, a3)))),
+    end("End - startRegister: 0x%llx[%c] registers written: %d result: 0x%08x", a2, named("bank", character(byte(0, a3))), hi(a4), lo(a4)),
+    other("register: 0x%llx[%c] value: 0x%llx", a2, named("bank", character(byte(0, a3))), a4),
 
     event(0x0524AC2C, "RegisterReadMultiple"),
-    start("startRegister: 0x%llx[%c]", a2, character(byte(0, a3))),
-    end("End - startRegister: 0x%llx[%c] registers read: %d result: 0x%08x", a2, character(byte(0, a3)), hi(a4), lo(a4)),
-    other("register: 0x%llx[%c] value: 0x%llx", a2, character(byte(0, a3)), a4),
+    start("startRegister: 0x%llx[%c]", a2, named("bank", character(byte(0, a3)))),
+    end("End - startRegister: 0x%llx[%c] registers read: %d result: 0x%08x", a2, named("bank", character(byte(0, a3))), hi(a4), lo(a4)),
+    other("register: 0x%llx[%c] value: 0x%llx", a2, named("bank", character(byte(0, a3))), a4),
 
     event(0x0524AC30, "PowerNotfication"),  // sic
     start("_powerStage: %lld notify->powerRef %llx", a2, a3),

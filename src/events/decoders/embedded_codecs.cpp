@@ -80,7 +80,7 @@ constexpr Entry kZ47Rows[] = {
     event(0x0524B430, "ConfigureDisableXSPInputs2"),  // the same change of name
     start("Start - remainingInputs:%lld xspInputSlotMask:0x%llx", a2, a3),
     end("End - movedInputs:%lld xspInputSlotMask:0x%llx returnCode:%lld", a2, a3, a4),
-    sel(0, "adc:%lld slot:%d -> %d", a2, hi(a3), lo(a3)),
+    sel(0, "adc:%lld slot:%d -> %d", a2, hi(a3), named("new slot", lo(a3))),
 
     event(0x0524B434, "ConfigureDisableXSPInputs3"),
     start("Start - adcMask:0x%llx remainingInputs:%lld", a2, a3),
@@ -182,7 +182,7 @@ constexpr Entry kZ47Rows[] = {
     event(0x0524B47C, "ConfigureSidetone2"),
     start("Start - coefficientSet:%lld coefficientCount:%lld sampleRate:%lld", a2, a3, a4),
     end("End - coefficientsWritten:%lld sidetoneControl:0x%08x returnCode:%lld", a2, lo(a3), a4),
-    sel(0, "sidetoneGain(1/100 dB):%lld -> %lld", a2, a3),
+    sel(0, "sidetoneGain(1/100 dB):%lld -> %lld", a2, named("new sidetoneGain", a3)),
 
     event(0x0524B480, "ConfigureLPADC"),
     start("Start - enable:%s lpadcChannel:%lld lpadcRate(Hz):%lld", boolean(a2), a3, a4),
@@ -279,24 +279,24 @@ constexpr Entry kZ58Rows[] = {
     sel(1, "waiting for mic bias - slot: %lld timeout: %d.%03d.%03d.%03d", a2, nanos(a3)),
 
     event(0x0524BC10, "SetDMicBclkSwitch"),
-    start("Start - dmicBclk source: %s -> %s dmicRate(Hz): %lld", either(a2, "AOP", "codec"), either(a3, "AOP", "codec"), a4),
+    start("Start - dmicBclk source: %s -> %s dmicRate(Hz): %lld", either(a2, "AOP", "codec"), named("new source", either(a3, "AOP", "codec")), a4),
     end("End - dmicBclk source: %s result: 0x%08x", either(a2, "AOP", "codec"), lo(a3)),
     sel(0, "waiting for bit clock low - timeout: %d.%03d.%03d.%03d", nanos(a2)),
 
     event(0x0524BC14, "SetDMicDataSwitch"),
-    start("Start - dmicData sink: %s -> %s dmicMask: 0x%llx", either(a2, "AOP", "codec"), either(a3, "AOP", "codec"), a4),
+    start("Start - dmicData sink: %s -> %s dmicMask: 0x%llx", either(a2, "AOP", "codec"), named("new sink", either(a3, "AOP", "codec")), a4),
     end("End - dmicData sink: %s result: 0x%08x", either(a2, "AOP", "codec"), lo(a3)),
     sel(0, "muting until switches agree - dmicMask: 0x%llx", a2),
 
     event(0x0524BC18, "SetAopMclkSwitch"),
-    start("Start - useAopMclk: %s -> %s mclkRate(Hz): %lld", boolean(a2), boolean(a3), a4),
+    start("Start - useAopMclk: %s -> %s mclkRate(Hz): %lld", boolean(a2), named("new useAopMclk", boolean(a3)), a4),
     end("End - useAopMclk: %s result: 0x%08x", boolean(a2), lo(a3)),
     sel(0, "ERROR: AOP clock not running - clockStatus: 0x%08x", lo(a2)),
 
     event(0x0524BC1C, "ConfigureSwitches"),
     start("Start - inputEnabled: %s voiceTriggerArmed: %s dataSource: %c%c%c%c", boolean(a2), boolean(a3), fourCC(a4)),
     end("End - switchState: 0x%08x result: 0x%08x", lo(a2), lo(a3)),
-    sel(0, "switchState: 0x%08x -> 0x%08x", lo(a2), lo(a3)),
+    sel(0, "switchState: 0x%08x -> 0x%08x", lo(a2), named("new switchState", lo(a3))),
     sel(1, "no change - switchState: 0x%08x", lo(a2)),
 
     event(0x0524BC20, "EnableWNF"),
@@ -352,7 +352,7 @@ constexpr Entry kZ58Rows[] = {
     event(0x0524BC44, "ConfigureSerialPort"),
     start("Start - sampleRate: %d bitsPerSample: %d slotCount: %d bitsPerSlot: %d clockMaster: %s", hi(a2), lo(a2), hi(a3), lo(a3), boolean(a4)),
     end("End - portControl: 0x%08x bclkRate(Hz): %lld result: 0x%08x", lo(a2), a3, lo(a4)),
-    sel(0, "port in use - bitsPerSample: %lld -> %lld", a2, a3),
+    sel(0, "port in use - bitsPerSample: %lld -> %lld", a2, named("new bitsPerSample", a3)),
 
     event(0x0524BC48, "ConfigureIntMclk"),
     start("Start - mclkSource: %s mclkRate(Hz): %lld sampleRate: %lld", either(a2, "PLL", "pin"), a3, a4),
@@ -372,14 +372,14 @@ constexpr Entry kZ58Rows[] = {
     sel(1, "soft ramp done - elapsed: %d.%03d.%03d.%03d", nanos(a2)),
 
     event(0x0524BC54, "SetInputVolume"),
-    start("Start - channel: %lld volume(1/100 dB): %lld -> %lld", a2, a3, a4),
+    start("Start - channel: %lld volume(1/100 dB): %lld -> %lld", a2, a3, named("new volume", a4)),
     end("End - channel: %lld preampGain(1/100 dB): %d adcGain(1/100 dB): %d result: 0x%08x", a2, hi(a3), lo(a3), lo(a4)),
-    sel(0, "limited - volume(1/100 dB): %lld -> %lld", a2, a3),
+    sel(0, "limited - volume(1/100 dB): %lld -> %lld", a2, named("new volume", a3)),
 
     event(0x0524BC58, "SetHeadphoneVolume"),
-    start("Start - leftVolume(1/100 dB): %d -> %d rightVolume(1/100 dB): %d -> %d", hi(a2), lo(a2), hi(a3), lo(a3)),
+    start("Start - leftVolume(1/100 dB): %d -> %d rightVolume(1/100 dB): %d -> %d", hi(a2), named("new leftVolume", lo(a2)), hi(a3), named("new rightVolume", lo(a3))),
     end("End - leftRegister: 0x%02x rightRegister: 0x%02x result: 0x%08x", lo(a2), lo(a3), lo(a4)),
-    sel(0, "headset limit - volume(1/100 dB): %lld -> %lld", a2, a3),
+    sel(0, "headset limit - volume(1/100 dB): %lld -> %lld", a2, named("new volume", a3)),
     sel(1, "waiting for zero crossing - volumeStatus: 0x%08x", lo(a2)),
 
     event(0x0524BC5C, "SetSampleRate"),

@@ -72,7 +72,7 @@ constexpr Entry kControllerRows[] = {
     end("End - GCTL: 0x%08x STATESTS: 0x%04x result: 0x%08x", lo(a2), lo(a3), lo(a4)),
     sel(0, "link in reset - GCTL: 0x%08x elapsed: %d.%03d.%03d.%03d", lo(a2), nanos(a3)),
     sel(1, "link out of reset - GCTL: 0x%08x elapsed: %d.%03d.%03d.%03d", lo(a2), nanos(a3)),
-    sel(2, "codecs changed by reset - STATESTS: 0x%04x -> 0x%04x", lo(a2), lo(a3)),
+    sel(2, "codecs changed by reset - STATESTS: 0x%04x -> 0x%04x", lo(a2), named("new STATESTS", lo(a3))),
 
     event(0x052450D0, "setupAudioController"),
     start("Start - fRegisters: %p pciID: 0x%08x pciCommand: 0x%04x", a2, lo(a3), lo(a4)),

@@ -21,7 +21,7 @@ constexpr Entry kDriverRows[] = {
     event(0x05245414, "protectedRunPeriodicTasks"),
     start("Start - currentPowerState: %lld numRunningAudioEngines: %lld elapsed: %d.%03d.%03d.%03d", a2, a3, nanos(a4)),
     end("End - currentPowerState: %lld timeout: %d.%03d.%03d.%03d", a2, nanos(a3)),
-    sel(0, "sense changed without interrupt - pin nodeID: %lld pinSense: 0x%08x -> 0x%08x", a2, hi(a3), lo(a3)),
+    sel(0, "sense changed without interrupt - pin nodeID: %lld pinSense: 0x%08x -> 0x%08x", a2, hi(a3), named("new pinSense", lo(a3))),
     sel(1, "idle - elapsed: %d.%03d.%03d.%03d powerState: %lld", nanos(a2), a3),
 
     event(0x05245454, "startDMAEngine"),
@@ -95,7 +95,7 @@ constexpr Entry kDriverRows[] = {
     event(0x052454D4, "setAggressiveness"),  // the system repeats it for every type, so only a new delay is ungated
     verbose(start("Start - type: 0x%08x newLevel: %lld fAggressiveness: %lld", lo(a2), a3, a4)),
     verbose(end("End - fAggressiveness: %lld result: 0x%08x", a2, lo(a3))),
-    sel(0, "fIdleDelay: %d.%03d.%03d.%03d -> %d.%03d.%03d.%03d", nanos(a2), nanos(a3)),
+    sel(0, "fIdleDelay: %d.%03d.%03d.%03d -> %d.%03d.%03d.%03d", nanos(a2), named("new fIdleDelay", nanos(a3))),
 
     event(0x052454F8, "dispatchPowerStateToOrvelPimletDriver"),
     start("Start - fOrvelPimletDriver: %p powerState: %lld currentPowerState: %lld", a2, a3, a4),
@@ -125,7 +125,7 @@ constexpr Entry kDriverRows[] = {
     start("Start - fCRTCIndex: %d engine: %p isRunning: %s", lo(a2), a3, boolean(a4)),
     end("End - fCRTCIndex: %d engineResumed: %s result: 0x%08x", lo(a2), boolean(a3), lo(a4)),
     sel(0, "pausing engine - fCRTCIndex: %d engine: %p", lo(a2), a3),
-    sel(1, "sampleRate not supported - fCRTCIndex: %d sampleRate: %d -> %d", lo(a2), hi(a3), lo(a3)),
+    sel(1, "sampleRate not supported - fCRTCIndex: %d sampleRate: %d -> %d", lo(a2), hi(a3), named("new sampleRate", lo(a3))),
 
     event(0x05245520, "handleInvalidEDID"),
     start("Start - fCRTCIndex: %d framebuffer: %p engine: %p", lo(a2), a3, a4),

@@ -58,8 +58,8 @@ constexpr Entry kEngineRows[] = {
     event(0x052458E8, "broadcastVolumeToControlsWithBinding"),
     start("Start - binding: 0x%08x channelID: %d volume(steps): %d", lo(a2), lo(a3), lo(a4)),
     end("End - binding: 0x%08x controls: %d result: 0x%08x", lo(a2), lo(a3), lo(a4)),
-    sel(0, "control: %p volume(steps): %d -> %d", a2, hi(a3), lo(a3)),
-    sel(1, "limited - control: %p volume(steps): %d -> %d", a2, hi(a3), lo(a3)),
+    sel(0, "control: %p volume(steps): %d -> %d", a2, hi(a3), named("new volume", lo(a3))),
+    sel(1, "limited - control: %p volume(steps): %d -> %d", a2, hi(a3), named("new volume", lo(a3))),
 
     event(0x05245908, "broadcastMuteToControlsWithBinding"),
     start("Start - binding: 0x%08x channelID: %d mute: %s", lo(a2), lo(a3), boolean(a4)),

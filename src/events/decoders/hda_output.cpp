@@ -71,13 +71,13 @@ constexpr Entry kEngineOutputDPRows[] = {
     start("Start - stream: %p sampleRate: %d bitsPerSample: %d channelCount: %d sampleFormat: 0x%08x", a2, hi(a3), lo(a3), hi(a4), lo(a4)),
     end("End - stream: %p sampleRate: %d channelCount: %d result: 0x%08x", a2, hi(a3), lo(a3), lo(a4)),
     sel(0, "keeping format - sampleRate: %d channelCount: %d", lo(a2), lo(a3)),
-    sel(1, "format not supported - sampleRate: %d -> %d channelCount: %d -> %d", hi(a2), lo(a2), hi(a3), lo(a3)),
+    sel(1, "format not supported - sampleRate: %d -> %d channelCount: %d -> %d", hi(a2), named("new sampleRate", lo(a2)), hi(a3), named("new channelCount", lo(a3))),
 
     event(0x05247010, "handleEdidStateTransition_videoDidPowerOn"),
     start("Start - fCRTCIndex: %d fEdidState: %lld fPausedForVideo: %s", lo(a2), a3, boolean(a4)),
     end("End - fEdidState: %lld fIsRunning: %s result: 0x%08x", a2, boolean(a3), lo(a4)),
     sel(0, "same sink - elapsed: %d.%03d.%03d.%03d", nanos(a2)),
-    sel(1, "another sink - edidChecksum: 0x%02x -> 0x%02x", lo(a2), lo(a3)),
+    sel(1, "another sink - edidChecksum: 0x%02x -> 0x%02x", lo(a2), named("new edidChecksum", lo(a3))),
     sel(2, "no valid EDID - fCRTCIndex: %d fEdidState: %lld", lo(a2), a3),
 
     event(0x05247014, "setPowerStateToActive"),

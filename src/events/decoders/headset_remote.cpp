@@ -16,7 +16,7 @@ constexpr Entry kPimletRows[] = {
     end("End fHPDetectEnabled: %s result: 0x%08x", boolean(a2), lo(a3)),
 
     event(0x0524B004, "EnableHPDetect"),  // the register write of the same method
-    other("hpDetectControl: 0x%02x -> 0x%02x plugDebounce: %d.%03d.%03d.%03d unplugDebounce: %d.%03d.%03d.%03d", hi(a2), lo(a2), nanos(a3), nanos(a4)),
+    other("hpDetectControl: 0x%02x -> 0x%02x plugDebounce: %d.%03d.%03d.%03d unplugDebounce: %d.%03d.%03d.%03d", hi(a2), named("new hpDetectControl", lo(a2)), nanos(a3), nanos(a4)),
 
     event(0x0524B008, "Reset"),
     start("Start fHeadsetType: %d fPowerMode: %d fInterruptMask: 0x%04x", lo(a2), lo(a3), lo(a4)),
@@ -40,7 +40,7 @@ constexpr Entry kPimletRows[] = {
     other("pressed: %d  released: %d", lo(a2), lo(a3)),  // blanks as they are
 
     event(0x0524B020, "SetInterruptMask"),
-    start("Start fInterruptMask: 0x%04x -> 0x%04x fHeadsetType: %d", lo(a2), lo(a3), lo(a4)),
+    start("Start fInterruptMask: 0x%04x -> 0x%04x fHeadsetType: %d", lo(a2), named("new fInterruptMask", lo(a3)), lo(a4)),
     end("End fInterruptMask: 0x%04x unmasked: 0x%04x result: 0x%08x", lo(a2), lo(a3), lo(a4)),
 
     event(0x0524B024, "ClearPendingInterrupts"),
@@ -56,20 +56,20 @@ constexpr Entry kPimletRows[] = {
     end("End fPowerMode: %d result: 0x%08x", lo(a2), lo(a3)),
 
     event(0x0524B030, "ConfigurePowerMode2"),
-    other("headset bias(mV): %d -> %d timeout: %d.%03d.%03d.%03d", lo(a2), lo(a3), nanos(a4)),
+    other("headset bias(mV): %d -> %d timeout: %d.%03d.%03d.%03d", lo(a2), named("new bias", lo(a3)), nanos(a4)),
 
     event(0x0524B034, "ConfigurePowerMode3"),
-    other("detectCtl1: 0x%02x -> 0x%02x detectCtl2: 0x%02x -> 0x%02x", hi(a2), lo(a2), hi(a3), lo(a3)),
+    other("detectCtl1: 0x%02x -> 0x%02x detectCtl2: 0x%02x -> 0x%02x", hi(a2), named("new detectCtl1", lo(a2)), hi(a3), named("new detectCtl2", lo(a3))),
 
     event(0x0524B038, "ConfigurePowerMode4"),
-    other("wakeMask: 0x%02x -> 0x%02x fInterruptMask: 0x%04x fLatchedToVCCMain: %s", hi(a2), lo(a2), lo(a3), boolean(a4)),
+    other("wakeMask: 0x%02x -> 0x%02x fInterruptMask: 0x%04x fLatchedToVCCMain: %s", hi(a2), named("new wakeMask", lo(a2)), lo(a3), boolean(a4)),
 
     event(0x0524B03C, "_setDetectCtl1"),
-    start("Start detectCtl1: 0x%02x -> 0x%02x changed: 0x%02x", lo(a2), lo(a3), lo(a4)),
+    start("Start detectCtl1: 0x%02x -> 0x%02x changed: 0x%02x", lo(a2), named("new detectCtl1", lo(a3)), lo(a4)),
     end("End written: 0x%02x read: 0x%02x result: 0x%08x", lo(a2), lo(a3), lo(a4)),
 
     event(0x0524B040, "ConfigureHSSwitch"),
-    start("Start wiring: %s switchCtl: 0x%02x -> 0x%02x", either(a2, "ReverseHeadset", "NormalHeadset"), lo(a3), lo(a4)),
+    start("Start wiring: %s switchCtl: 0x%02x -> 0x%02x", either(a2, "ReverseHeadset", "NormalHeadset"), lo(a3), named("new switchCtl", lo(a4))),
     end("End fReverseHeadset: %s result: 0x%08x", boolean(a2), lo(a3)),
 
     event(0x0524B054, "Interrupt"),
@@ -97,7 +97,7 @@ constexpr Entry kPimletRows[] = {
     other("currentSenseCtl: 0x%02x tripLevel: %d senseEnabled: %s autoClampEnabled: %s", hi(a2), lo(a2), boolean(a3), boolean(a4)),
 
     event(0x0524B090, "SetMicLevelDetect"),
-    start("Start micLevel: %d -> %d enable: %s", lo(a2), lo(a3), boolean(a4)),
+    start("Start micLevel: %d -> %d enable: %s", lo(a2), named("new micLevel", lo(a3)), boolean(a4)),
     end("End micLevelDetect: 0x%02x result: 0x%08x", lo(a2), lo(a3)),
 
     event(0x0524B094, "GetMicLevelDetect"),
@@ -107,7 +107,7 @@ constexpr Entry kPimletRows[] = {
     other("hpIntStatus: 0x%02x plugged: %s unplugged: %s", lo(a2), boolean(a3), boolean(a4)),
 
     event(0x0524B09C, "HPButtonIntStatus"),
-    other("hpButtonIntStatus: 0x%02x buttons: 0x%x -> 0x%x txAck: %s", lo(a2), hi(a3), lo(a3), boolean(a4)),
+    other("hpButtonIntStatus: 0x%02x buttons: 0x%x -> 0x%x txAck: %s", lo(a2), hi(a3), named("new buttons", lo(a3)), boolean(a4)),
 
     event(0x0524B0A0, "DetectIntStatus1"),
     other("detectIntStatus1: 0x%02x currentSenseTripped: %s detectionDone: %s", lo(a2), boolean(a3), boolean(a4)),
@@ -116,16 +116,16 @@ constexpr Entry kPimletRows[] = {
     other("detectIntStatus2: 0x%02x shortDetected: %s micDetected: %s", lo(a2), boolean(a3), boolean(a4)),
 
     event(0x0524B0A8, "DetectInterruptMask1"),
-    other("detectInterruptMask1: 0x%02x -> 0x%02x currentSense: %s detectionDone: %s", hi(a2), lo(a2), either(a3, "masked", "unmasked"), either(a4, "masked", "unmasked")),
+    other("detectInterruptMask1: 0x%02x -> 0x%02x currentSense: %s detectionDone: %s", hi(a2), named("new detectInterruptMask1", lo(a2)), either(a3, "masked", "unmasked"), either(a4, "masked", "unmasked")),
 
     event(0x0524B0AC, "DetectInterruptMask2"),
-    other("detectInterruptMask2: 0x%02x -> 0x%02x short: %s mic: %s", hi(a2), lo(a2), either(a3, "masked", "unmasked"), either(a4, "masked", "unmasked")),
+    other("detectInterruptMask2: 0x%02x -> 0x%02x short: %s mic: %s", hi(a2), named("new detectInterruptMask2", lo(a2)), either(a3, "masked", "unmasked"), either(a4, "masked", "unmasked")),
 
     event(0x0524B0B0, "WakeOutput"),
     other("wakeOutput: 0x%02x headphones: %s mic: %s", lo(a2), boolean(a3), boolean(a4)),
 
     event(0x0524B0B4, "WakeMask"),
-    other("wakeMask: 0x%02x -> 0x%02x headphones: %s mic: %s", hi(a2), lo(a2), boolean(a3), boolean(a4)),
+    other("wakeMask: 0x%02x -> 0x%02x headphones: %s mic: %s", hi(a2), named("new wakeMask", lo(a2)), boolean(a3), boolean(a4)),
 
     event(0x0524B0B8, "HPDetectControl"),
     other("hpDetectControl: 0x%02x enabled: %s plugDebounce: %d.%03d.%03d.%03d unplugDebounce: %d.%03d.%03d.%03d", lo(a2), boolean(a3), nanos(hi(a4)), nanos(lo(a4))),
@@ -215,7 +215,7 @@ constexpr Entry kPimletRows[] = {
     end("End UCDiagState:%llx result:0x%08x", a2, lo(a3)),
 
     event(0x0524B268, "HDASetUCDiagState"),
-    start("Start UCDiagState:%llx -> %llx", a2, a3),
+    start("Start UCDiagState:%llx -> %llx", a2, named("new UCDiagState", a3)),
     end("End UCDiagState:%llx polls:%lld result:0x%08x", a2, a3, lo(a4)),
 
     event(0x0524B26C, "HDAConfigureHeadset"),

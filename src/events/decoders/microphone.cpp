@@ -73,7 +73,7 @@ constexpr Entry kMicrophoneRows[] = {
     event(0x0524B830, "setFIFO"),
     start("Start - watermark: %d fFIFODepth: %d bytesPerFrame: %lld", lo(a2), lo(a3), a4),
     end("End - fifoControl: 0x%08x watermark: %d result: 0x%08x", lo(a2), lo(a3), lo(a4)),
-    sel(0, "watermark: %lld -> %lld", a2, a3),
+    sel(0, "watermark: %lld -> %lld", a2, named("new watermark", a3)),
 
     ofGroup("OrvelPDMOrvelPDMControllerAudio", event(0x0524B834, "StopAudio")),  // sic, the name doubled
     start("Start - fRunningCount: %lld fDMARunning: %s fMicEnableMask: 0x%llx", a2, boolean(a3), a4),
@@ -96,7 +96,7 @@ constexpr Entry kMicrophoneRows[] = {
     event(0x0524B840, "setDeviceSampleRate"),
     start("Start - sampleRate: %lld fSampleRate: %lld fRunningCount: %lld", a2, a3, a4),
     end("End - fSampleRate: %lld decimationRatio: %lld result: 0x%08x", a2, a3, lo(a4)),
-    sel(0, "fPDMClockRate(Hz): %lld -> %lld", a2, a3),
+    sel(0, "fPDMClockRate(Hz): %lld -> %lld", a2, named("new fPDMClockRate", a3)),
     sel(1, "ERROR: audio running - fSampleRate: %lld fRunningCount: %lld", a2, a3),
 
     event(0x0524B844, "getFIFODepth"),

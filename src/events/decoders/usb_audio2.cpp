@@ -34,7 +34,7 @@ constexpr Entry kUsbAudio2Rows[] = {
     other("stopping hardware - mSampleTime: %lld", a2),
 
     event(0x0524A414, "doIO"),
-    verbose(start("Start - (%s)sampleTime: %lld hostTime: %lld inIOBufferFrameSize: %d", either(hi(a4), "output", "input"), a2, a3, lo(a4))),  // four values: the direction shares a word with the size
+    verbose(start("Start - (%s)sampleTime: %lld hostTime: %lld inIOBufferFrameSize: %d", named("direction", either(hi(a4), "output", "input")), a2, a3, lo(a4))),  // four values: the direction shares a word with the size
     verbose(end("End - sampleTime: %lld bytes: %lld result: 0x%08x", a2, a3, lo(a4))),
     other("ERROR: I/O late - sampleTime: %lld mSampleTime: %lld", a2, a3),
 
@@ -42,7 +42,7 @@ constexpr Entry kUsbAudio2Rows[] = {
     start("Start - sampleRate: %lld bufferFrameSize: %lld mTimeStampSeed: %lld", a2, a3, a4),
     end("End - mIsRunning: %s result: 0x%08x", boolean(a2), lo(a3)),
     verbose(sel(0, "starting hardware - mDevice: %p mSampleTime: %lld", a2, a3)),
-    sel(1, "ERROR: starting hardware returned: 0x%08x", lo(a2)),
+    sel(1, "ERROR: starting hardware - returned: 0x%08x", lo(a2)),
 
     ofGroup("Audio2Device", event(0x0524A4C8, "free")),
     start("Start - mEngineArray: %p mControlArray: %p mWorkLoop: %p", a2, a3, a4),
@@ -53,7 +53,7 @@ constexpr Entry kUsbAudio2Rows[] = {
     end("End - provider: %p currentPowerState: %lld returning %s", a2, a3, boolean(a4)),
 
     ofGroup("Audio2Device", event(0x0524A4D0, "protectedSetPowerState")),
-    start("Start - currentPowerState: %lld ---> %lld mRunningEngines: %lld", a2, a3, a4),
+    start("Start - currentPowerState: %lld ---> %lld mRunningEngines: %lld", a2, named("new currentPowerState", a3), a4),
     end("End - currentPowerState: %lld pendingPowerState: %lld result: 0x%08x", a2, a3, lo(a4)),
     sel(0, "engines running - currentPowerState: %lld pendingPowerState: %lld", a2, a3),
     sel(1, "completing later - timeout: %d.%03d.%03d.%03d", nanos(a2)),
@@ -62,7 +62,7 @@ constexpr Entry kUsbAudio2Rows[] = {
     start("Start - currentPowerState: %lld pendingPowerState: %lld", a2, a3),
     end("End - currentPowerState: %lld result: 0x%08x", a2, lo(a3)),
     sel(0, "waking - controls: %lld", a2),
-    sel(1, "ERROR: changing power state returned: 0x%08x currentPowerState: %lld", lo(a2), a3),
+    sel(1, "ERROR: changing power state - returned: 0x%08x currentPowerState: %lld", lo(a2), a3),
 
     ofGroup("Audio2Device", event(0x0524A4D8, "audioEngineStarting")),
     start("Start - engine: %p mRunningEngines: %lld currentPowerState: %lld", a2, a3, a4),

@@ -27,7 +27,7 @@ constexpr Entry kUsbControlRows[] = {
     other("hub: %p depth: %lld mDeviceSpeed: %lld", a2, a3, a4),
 
     event(0x0524A060, "SetAlternateInterfaceForStreamInterface"),
-    start("Start - bInterfaceNumber: %lld bAlternateSetting: %lld ---> %lld", a2, a3, a4),
+    start("Start - bInterfaceNumber: %lld bAlternateSetting: %lld ---> %lld", a2, a3, named("new bAlternateSetting", a4)),
     end("End - bInterfaceNumber: %lld bAlternateSetting: %lld result: 0x%08x", a2, a3, lo(a4)),
     other("aborting - pipes: %lld bInterfaceNumber: %lld", a2, a3),
 

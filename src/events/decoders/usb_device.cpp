@@ -46,7 +46,7 @@ constexpr Entry kUsbDeviceRows[] = {
     end("End: already acknowledged"),
 
     event(0x05248C40, "protectedCompletePowerStateChange"),
-    start("Start: currentPowerState: %llu ---> %llu", a2, a3),
+    start("Start: currentPowerState: %llu ---> %llu", a2, named("new currentPowerState", a3)),
     end("End: currentPowerState: %llu returning result: 0x%08x", a2, lo(a3)),
     sel(0, "going to sleep - engine: %p index: %lld", a2, a3),
     sel(1, "staying awake for running engine - engine: %p state: %lld", a2, a3),
@@ -87,7 +87,7 @@ constexpr Entry kUsbDeviceRows[] = {
     event(0x05248DD8, "getAnchorFrameAndTimeStamp"),
     start("Start: mTimeLock: %p mAnchorResetPending: %s", a2, boolean(a3)),
     end("End: anchorFrame: %lld anchorTime: %d.%03d.%03d.%03d result: 0x%08x", a2, nanos(a3), lo(a4)),
-    sel(0, "frame changed during clock read - frameNumber: %lld ---> %lld", a2, a3),
+    sel(0, "frame changed during clock read - frameNumber: %lld ---> %lld", a2, named("new frameNumber", a3)),
     sel(1, "ERROR: getFrameNumber returned: 0x%08x anchorFrame: %lld", lo(a2), a3),
 
     event(0x05248DE4, "updateUSBCycleTime"),
@@ -104,10 +104,10 @@ constexpr Entry kUsbDeviceRows[] = {
     other("ERROR: updateUSBCycleTime returned: 0x%08x failures: %lld", lo(a2), a3),
 
     event(0x05248E00, "formatChangeController"),
-    start("Start: engine: %p stream: %p sampleRate: %d ---> %d", a2, a3, hi(a4), lo(a4)),
+    start("Start: engine: %p stream: %p sampleRate: %d ---> %d", a2, a3, hi(a4), named("new sampleRate", lo(a4))),
     end("End: engine: %p sampleRate: %lld result: 0x%08x", a2, a3, lo(a4)),
     sel(0, "pausing - engine: %p state: %lld", a2, a3),
-    sel(1, "clock shared - engine: %p sampleRate: %d ---> %d", a2, hi(a3), lo(a3)),
+    sel(1, "clock shared - engine: %p sampleRate: %d ---> %d", a2, hi(a3), named("new sampleRate", lo(a3))),
     sel(2, "resuming - engine: %p state: %lld", a2, a3),
     sel(3, "ERROR: restoring format - engine: %p returned: 0x%08x sampleRate: %d", a2, hi(a3), lo(a3)),
 };

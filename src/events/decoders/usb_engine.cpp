@@ -26,7 +26,7 @@ constexpr Entry kUsbEngineRows[] = {
     verbose(other("non-mixable stream first 16 bytes: 0x%16llx%16llx offset: %llu", a2, a3, a4)),  // sic: blanks fill both words
 
     event(0x0524942C, "controlledFormatChange"),
-    start("Start - stream: %p sampleRate: %d ---> %d state: %lld", a2, hi(a3), lo(a3), a4),
+    start("Start - stream: %p sampleRate: %d ---> %d state: %lld", a2, hi(a3), named("new sampleRate", lo(a3)), a4),
     end("End - stream: %p sampleRate: %lld result: 0x%08x", a2, a3, lo(a4)),
     sel(0, "already set - sampleRate: %lld", a2),
     sel(1, "passing on - sampleRate: %lld mPlugin: %p", a2, a3),
@@ -78,7 +78,7 @@ constexpr Entry kUsbEngineRows[] = {
     end("End - mActiveClockSourceID: %lld result: 0x%08x", a2, lo(a3)),
     sel(0, "pin: %d clockSourceID: %d sampleRate: %d", hi(a2), lo(a2), lo(a3)),
     sel(1, "clock source not valid - clockSourceID: %lld pin: %lld", a2, a3),
-    sel(2, "switching - clockSelectorID: %lld pin: %d ---> %d", a2, hi(a3), lo(a3)),
+    sel(2, "switching - clockSelectorID: %lld pin: %d ---> %d", a2, hi(a3), named("new pin", lo(a3))),
     sel(3, "ERROR: clockSelectorID: %lld pin: %d returned: 0x%08x", a2, hi(a3), lo(a3)),
 
     event(0x052494B8, "runPolledTask"),

@@ -38,7 +38,7 @@ constexpr Entry kUsbStreamRows[] = {
     sel(2, "ERROR: frame not received - usbFrameIndex: %d status: 0x%08x bytes: %d mBufferOffset: %d", hi(a2), lo(a2), hi(a3), lo(a3)),
 
     event(0x05249840, "controlledFormatChange"),
-    start("Start - channelCount: %d bitsPerSample: %d sampleRate: %d ---> %d mHALstreamRunning: %s", hi(a2), lo(a2), hi(a3), lo(a3), boolean(a4)),
+    start("Start - channelCount: %d bitsPerSample: %d sampleRate: %d ---> %d mHALstreamRunning: %s", hi(a2), lo(a2), hi(a3), named("new sampleRate", lo(a3)), boolean(a4)),
     end("End - bAlternateSetting: %lld sampleRate: %lld result: 0x%08x", a2, a3, lo(a4)),
     sel(0, "bAlternateSetting: %lld wMaxPacketSize: %lld", a2, a3),
     sel(1, "ERROR: no bAlternateSetting - channelCount: %d bitsPerSample: %d sampleRate: %lld", hi(a2), lo(a2), a3),
@@ -111,7 +111,7 @@ constexpr Entry kUsbStreamRows[] = {
     event(0x05249894, "primeInputPipeHandler"),
     verbose(start("Start - status: 0x%08x framesToDiscard: %lld", lo(a2), a3)),
     verbose(end("End - mInputPrimed: %s result: 0x%08x", boolean(a2), lo(a3))),
-    sel(0, "ERROR: priming input returned: 0x%08x", lo(a2)),
+    sel(0, "ERROR: priming input - returned: 0x%08x", lo(a2)),
     verbose(sel(1, "input primed - frActCount: %lld frame: %lld", a2, a3)),
 
     event(0x05249898, "readFrameList"),
@@ -136,7 +136,7 @@ constexpr Entry kUsbStreamRows[] = {
     event(0x052498A8, "sampleRateHandler"),
     verbose(start("Start - status: 0x%08x frActCount: %lld mFeedbackFrame: %lld", lo(a2), a3, a4)),
     verbose(end("End - mFeedbackFrame: %lld result: 0x%08x", a2, lo(a3))),
-    verbose(sel(0, "mSamplesPerUSBFrame: 0x%08x ---> 0x%08x", lo(a2), lo(a3))),
+    verbose(sel(0, "mSamplesPerUSBFrame: 0x%08x ---> 0x%08x", lo(a2), named("new mSamplesPerUSBFrame", lo(a3)))),
     sel(1, "ERROR: feedback out of range - feedback: 0x%08x sampleRate: %lld", lo(a2), a3),
 
     event(0x052498B8, "prepareUSBStream"),
@@ -209,11 +209,11 @@ constexpr Entry kUsbStreamRows[] = {
     start("Start - type: 0x%08x provider: %p argument: %p", lo(a2), a3, a4),
     end("End - type: 0x%08x result: 0x%08x", lo(a2), lo(a3)),
     sel(0, "clearing stall - mPipe: %p result: 0x%08x", a2, lo(a3)),
-    sel(1, "selected by host - bAlternateSetting: %lld ---> %lld", a2, a3),
+    sel(1, "selected by host - bAlternateSetting: %lld ---> %lld", a2, named("new bAlternateSetting", a3)),
     sel(2, "closed by provider - mStreamInterface: %p", a2),
 
     event(0x0524991C, "ConfigureNewAlternateInterface"),
-    start("Start - bAlternateSetting: %lld ---> %lld mUSBdataStreamRunning: %s", a2, a3, boolean(a4)),
+    start("Start - bAlternateSetting: %lld ---> %lld mUSBdataStreamRunning: %s", a2, named("new bAlternateSetting", a3), boolean(a4)),
     end("End - bAlternateSetting: %lld mPipe: %p result: 0x%08x", a2, a3, lo(a4)),
     sel(0, "stopped by host - bAlternateSetting: %lld", a2),
     sel(1, "opening - bAlternateSetting: %lld mPipe: %p", a2, a3),
@@ -222,7 +222,7 @@ constexpr Entry kUsbStreamRows[] = {
     start("Start - currentUSBFrame: %lld mUSBFrameToQueue: 0x%llx mHALstreamRunning: %s", a2, a3, boolean(a4)),
     end("End - mStreamingSilence: %s result: 0x%08x", boolean(a2), lo(a3)),
     verbose(sel(0, "queueing silence - usbFrameListIndex: %lld bytes: %lld", a2, a3)),
-    sel(1, "ERROR: queueing silence returned: 0x%08x", lo(a2)),
+    sel(1, "ERROR: queueing silence - returned: 0x%08x", lo(a2)),
 
     event(0x05249924, "SilenceHandler"),
     verbose(start("Start - usbFrameListIndex: %lld status: 0x%08x mHALstreamRunning: %s", a2, lo(a3), boolean(a4))),
@@ -255,7 +255,7 @@ constexpr Entry kUsbStreamRows[] = {
     start("Start - currentUSBFrame: %lld framesToDelay: %d mHALstreamRunning: %s mUSBdataStreamRunning: %s", a2, lo(a3), boolean(hi(a4)), boolean(lo(a4))),
     end("End - mUSBFrameToQueue: 0x%llx mUSBdataStreamRunning: %s result: 0x%08x", a2, boolean(a3), lo(a4)),
     sel(0, "starting with frame: %lld time: %d.%03d.%03d.%03d", a2, nanos(a3)),
-    sel(1, "ERROR: queueing frames returned: 0x%08x", lo(a2)),
+    sel(1, "ERROR: queueing frames - returned: 0x%08x", lo(a2)),
 };
 
 }  // namespace
