@@ -137,7 +137,7 @@ constexpr Entry kControllerRows[] = {
 
     event(0x05245220, "setPowerState"),
     start("Start - powerState: %lld", a2),
-    end(nonZero(a3), "End - powerState: %lld FROM A DIFFERENT POLICYMAKER: %p result: %lld", a2, a3, a4),
+    end(nonZero(a3), "End - powerState: %lld FROM A DIFFERENT POLICYMAKER: %p result: %lld", a2, named("policymaker", a3), a4),
     end("End - powerState: %lld result: %lld", a2, a4),  // arg3 is null where the controller's own policymaker asked
     sel(0, "waiting for pending change - powerState: %lld pendingPowerState: %lld", a2, a3),
 

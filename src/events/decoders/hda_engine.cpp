@@ -17,7 +17,7 @@ constexpr Entry kEngineRows[] = {
 
     event(0x05245828, "initHardware"),
     start("Start - provider: %p fPathSets: %p count: %lld", a2, a3, a4),
-    end("End - stream: %p formats: %lld returning %s", a2, a3, boolean(a4)),
+    end("End - stream: %p formats: %lld returning %s", a2, a3, named("success", boolean(a4))),
     sel(0, "index: %d pathSet: %p formats: %d", lo(a2), a3, hi(a4)),
     sel(1, "ERROR: no shared format - stream: %p", a2),
 
@@ -70,7 +70,7 @@ constexpr Entry kEngineRows[] = {
     event(0x05245968, "warmLineInput"),
     start("Start - pathSet: %p state: %lld timeout: %d.%03d.%03d.%03d", a2, a3, nanos(a4)),
     end("End - pathSet: %p state: %lld result: 0x%08x", a2, a3, lo(a4)),
-    sel(0, "turning pathSet: %p to state: %lld", a2, a3),
+    sel(0, "turning pathSet: %p to state: %lld", named("pathSet", a2), named("state", a3)),
 
     event(0x0524596C, "handlePowerStateChange"),
     start("Start - oldPowerState: %lld newPowerState: %lld state: %lld", a2, a3, a4),
@@ -103,10 +103,10 @@ constexpr Entry kEngineRows[] = {
 
     // Instants, not spans: one text whatever the qualifier, tab-separated for a spreadsheet.
     event(0x05245A4C, "Start Timestamp"),
-    any("raw\t%llu\tcorrected\t%llu\tsamples\t%llu", a2, a3, a4),
+    any("raw\t%llu\tcorrected\t%llu\tsamples\t%llu", named("raw", a2), named("corrected", a3), named("samples", a4)),
 
     event(0x05245A50, "Interrupt Timestamp"),
-    any("raw\t%llu\tcorrected\t%llu\tsamples\t%llu", a2, a3, a4),
+    any("raw\t%llu\tcorrected\t%llu\tsamples\t%llu", named("raw", a2), named("corrected", a3), named("samples", a4)),
 };
 
 }  // namespace

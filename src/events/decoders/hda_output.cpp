@@ -27,7 +27,7 @@ constexpr Entry kWidgetRows[] = {
     event(0x05246D34, "powerState"),
     start("Start - fNodeID: %lld fCurrentPowerState: %lld", a2, a3),
     end("End - fNodeID: %lld fCurrentPowerState: %lld result: 0x%llx", a2, a3, a4),
-    sel(0, "calling in to fPowerDelegate: %p", a2),
+    sel(0, "calling in to fPowerDelegate: %p", named("fPowerDelegate", a2)),
     sel(1, "calling up to superclass"),
 
     event(0x05246D38, "setPowerState"),
@@ -127,7 +127,7 @@ constexpr Entry kEngineOutputDPRows[] = {
 constexpr Entry kPathSetRows[] = {
     event(0x05247400, "setPowerState"),
     start("Start - fOrvelHDAPathArray: %p count: %lld", a2, a3),
-    end("End - fOrvelHDAPathArray: %p count: %lld returning 0x%llx", a2, a3, a4),
+    end("End - fOrvelHDAPathArray: %p count: %lld returning 0x%llx", a2, a3, named("returning", a4)),
     sel(0, "dry run through pathSet, index: %lld path: %p", a2, a3),
     sel(1, "active run through pathSet, index: %lld path: %p", a2, a3),
 
@@ -142,12 +142,12 @@ constexpr Entry kPathSetRows[] = {
     end("End - result: 0x%llx", a4),  // arg4, as in the path's end texts
 
     event(0x0524740C, "initPathSetFromXML"),
-    sel(0, "turning functionGroup: %p ON", a2),
-    sel(1, "putting functionGroup: %p back into power state: %lld", a2, a3),
+    sel(0, "turning functionGroup: %p ON", named("functionGroup", a2)),
+    sel(1, "putting functionGroup: %p back into power state: %lld", named("functionGroup", a2), named("power state", a3)),
 
     event(0x05247410, "setPathSetFormat"),
-    sel(0, "turning functionGroup: %p ON", a2),
-    sel(1, "putting functionGroup: %p back into power state: %lld", a2, a3),
+    sel(0, "turning functionGroup: %p ON", named("functionGroup", a2)),
+    sel(1, "putting functionGroup: %p back into power state: %lld", named("functionGroup", a2), named("power state", a3)),
 };
 
 }  // namespace

@@ -66,7 +66,7 @@ constexpr Entry kTdmRows[] = {
     end("End - bus: %lld fSampleRate: %lld result: 0x%08x", a2, a3, lo(a4)),
     ofGroup("OrvelHDATDMBusManagerCS4208", sel(0, "bus: %lld mclkRate(Hz): %d mclkDivider: %d", a2, hi(a3), lo(a3))),
     ofGroup("OrvelHDATDMBusManagerCS4208", sel(1, "ERROR: no divider - sampleRate: %lld mclkRate(Hz): %lld", a2, a3)),
-    ofGroup("OrvelHDATDMBusManagerCS4208", sel(2, "bus used by other widgets - bus: %lld sampleRate: %lld", a2, a3)),
+    ofGroup("OrvelHDATDMBusManagerCS4208", sel(2, "ERROR: bus used by other widgets - bus: %lld sampleRate: %lld", a2, a3)),
 
     ofGroup("OrvelHDATDMBusManager", event(0x05248028, "GetControlRegisterFromWidgetID")),
     start("Start - widgetID: %lld fBusCount: %lld", a2, a3),

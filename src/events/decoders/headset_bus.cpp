@@ -71,7 +71,7 @@ constexpr Entry kPimletBusRows[] = {
     event(0x0524C02C, "RegisterLineOut"),
     start("Start - lineOut: %p fLineOut: %p", a2, a3),
     end("End - fLineOut: %p plugged: %s result: 0x%08x", a2, boolean(a3), lo(a4)),
-    sel(0, "ERROR: already registered - fLineOut: %p lineOut: %p", a2, a3),
+    sel(0, "ERROR: already registered - fLineOut: %p rejected lineOut: %p", a2, a3),
 
     event(0x0524C030, "UnregisterLineOut"),
     start("Start - lineOut: %p fLineOut: %p fLineOutRunning: %s", a2, a3, boolean(a4)),
@@ -80,7 +80,7 @@ constexpr Entry kPimletBusRows[] = {
 
     event(0x0524C034, "GetLineOutRegistered"),
     start("Start - fLineOut: %p client: %p", a2, a3),
-    end("End - returning %s", boolean(a2)),
+    end("End - returning %s", named("success", boolean(a2))),
 
     event(0x0524C038, "ReloadConfig"),
     start("Start - fConfigVersion: %lld headsetID: 0x%llx fBusState: %lld", a2, a3, a4),

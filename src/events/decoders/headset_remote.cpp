@@ -247,10 +247,10 @@ constexpr Entry kPimletRows[] = {
     start("Start verb_response:%llx", a2),
     end("End type:%llx retry:%llx result:0x%08x", a2, a3, lo(a4)),
     sel(1, "HeadsetType:%llx", a2),
-    sel(2, "Headset unknown retry:%llx", a2),
+    sel(2, "Headset unknown retry:%llx", named("retry", a2)),
     sel(3, "Headset unknown giving up"),
     sel(4, "Headset unknown disconnect"),
-    sel(5, "detection complete type:%llx", a2),
+    sel(5, "detection complete type:%llx", named("type", a2)),
     sel(6, "Success"),
 
     event(0x0524B284, "HDAPowerHSBias"),
@@ -273,7 +273,7 @@ constexpr Entry kPimletRows[] = {
     start("Start response:%llx ID:%llx type:%llx", a2, a3, a4),
     end("End buttonsHeld:%llx result:0x%08x", a2, lo(a3)),
     sel(1, "Mic Short:%llx", a2),
-    sel(2, "TX ACK TIMEOUT"),
+    failure(sel(2, "TX ACK TIMEOUT")),
     sel(3, "TX ACK Received"),
     sel(4, "S0 Button Press"),  // S0 whole, then the presses of S1 to S4, then their releases
     sel(5, "S0 Button Release"),

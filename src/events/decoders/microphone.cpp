@@ -14,7 +14,7 @@ namespace {
 constexpr Entry kMicrophoneRows[] = {
     event(0x0524B804, "start"),
     start("Start - provider: %p fDecimatorCount: %lld", a2, a3),
-    end("End - provider: %p returning %s", a2, boolean(a3)),
+    end("End - provider: %p returning %s", a2, named("success", boolean(a3))),
     sel(0, "registers - address: 0x%llx length: 0x%llx", a2, a3),
     sel(1, "ERROR: no interrupt - interrupt index: %lld provider: %p", a2, a3),
 
@@ -38,7 +38,7 @@ constexpr Entry kMicrophoneRows[] = {
 
     event(0x0524B814, "isMicEnabled"),
     start("Start - micIndex: %lld fMicEnableMask: 0x%llx", a2, a3),
-    end("End - micIndex: %lld decimator: %lld returning %s", a2, a3, boolean(a4)),
+    end("End - micIndex: %lld decimator: %lld returning %s", a2, a3, named("success", boolean(a4))),
 
     event(0x0524B818, "getSupportedChannelCountList"),
     start("Start - fMicCount: %lld capacity: %lld", a2, a3),
@@ -53,10 +53,10 @@ constexpr Entry kMicrophoneRows[] = {
     sel(2, "spurious - interruptStatus: 0x%08x fSpuriousCount: %lld", lo(a2), a3),
 
     event(0x0524B820, "ReadReg"),
-    any("[%#8x] -> %#8x", lo(a2), lo(a3)),
+    any("[%#8x] -> %#8x", named("register", lo(a2)), named("value", lo(a3))),
 
     event(0x0524B824, "WriteReg"),
-    any("[%#8x] <- %#8x", lo(a2), lo(a3)),
+    any("[%#8x] <- %#8x", named("register", lo(a2)), named("value", lo(a3))),
 
     event(0x0524B828, "setPowerStateGated"),
     start("Start - powerState: %lld fCurrentPowerState: %lld fRunningCount: %lld", a2, a3, a4),
@@ -110,7 +110,7 @@ constexpr Entry kMicrophoneRows[] = {
     event(0x0524B84C, "dmaCompleteAction"),
     start("Start - dmaStatus: 0x%08x byteCount: %d fDMABufferIndex: %lld time: %d.%03d.%03d.%03d", hi(a2), lo(a2), a3, nanos(a4)),
     end("End - fDMABufferIndex: %lld bytes queued: %lld result: 0x%08x", a2, a3, lo(a4)),
-    sel(0, "short transfer - byteCount: %lld expected byteCount: %lld", a2, a3),
+    sel(0, "zero-filling short transfer - byteCount: %lld expected byteCount: %lld", a2, a3),
     sel(1, "ERROR: completion late - elapsed: %d.%03d.%03d.%03d fDMABufferIndex: %lld", nanos(a2), a3),
 
     event(0x0524B850, "executeIISCommand"),
@@ -121,7 +121,7 @@ constexpr Entry kMicrophoneRows[] = {
 
     ofGroup("OrvelPDMAudio", event(0x0524B854, "start")),
     start("Start - provider: %p fController: %p", a2, a3),
-    end("End - streams: %lld returning %s", a2, boolean(a3)),
+    end("End - streams: %lld returning %s", a2, named("success", boolean(a3))),
     sel(0, "fController: %p sample rates: %d channel counts: %d", a2, hi(a3), lo(a3)),
 
     ofGroup("OrvelPDMAudio", event(0x0524B858, "setDeviceSampleRate")),
@@ -132,7 +132,7 @@ constexpr Entry kMicrophoneRows[] = {
 
     ofGroup("OrvelPDMDecimator", event(0x0524B85C, "initWithRegistryEntry")),
     start("Start - entry: %p fController: %p", a2, a3),
-    end("End - fIndex: %d fMicCount: %d fRegisterOffset: 0x%llx returning %s", hi(a2), lo(a2), a3, boolean(a4)),
+    end("End - fIndex: %d fMicCount: %d fRegisterOffset: 0x%llx returning %s", hi(a2), lo(a2), a3, named("success", boolean(a4))),
     sel(0, "ERROR: no register offset - entry: %p decimator: %lld", a2, a3),
     sel(1, "micIndex: %lld clock edge: %s", a2, either(a3, "rising", "falling")),
 
@@ -143,7 +143,7 @@ constexpr Entry kMicrophoneRows[] = {
 
     ofGroup("OrvelPDMDecimator", event(0x0524B864, "enabled")),
     start("Start - fIndex: %lld fClockUseCount: %lld", a2, a3),
-    end("End - decimatorControl: 0x%08x fMicEnableMask: 0x%llx returning %s", lo(a2), a3, boolean(a4)),
+    end("End - decimatorControl: 0x%08x fMicEnableMask: 0x%llx returning %s", lo(a2), a3, named("success", boolean(a4))),
 
     ofGroup("OrvelPDMDecimator", event(0x0524B868, "configureFormat")),
     start("Start - sampleRate: %d bitsPerSample: %d channelCount: %d decimationRatio: %d", hi(a2), lo(a2), hi(a3), lo(a3)),
@@ -152,10 +152,10 @@ constexpr Entry kMicrophoneRows[] = {
     sel(1, "ERROR: decimationRatio out of range - decimationRatio: %lld lowest: %d highest: %d", a2, hi(a3), lo(a3)),
 
     ofGroup("OrvelPDMDecimator", event(0x0524B86C, "ReadReg")),
-    any("[%#8x] -> %#8x", lo(a2), lo(a3)),
+    any("[%#8x] -> %#8x", named("register", lo(a2)), named("value", lo(a3))),
 
     ofGroup("OrvelPDMDecimator", event(0x0524B870, "WriteReg")),
-    any("[%#8x] <- %#8x", lo(a2), lo(a3)),
+    any("[%#8x] <- %#8x", named("register", lo(a2)), named("value", lo(a3))),
 };
 
 }  // namespace

@@ -14,16 +14,16 @@ constexpr Entry kUsbControlRows[] = {
     event(0x0524A044, "ReadForPipe"),
     verbose(start("Start - hostPipe: %p frameStart: %lld numFrames: %lld", a2, a3, a4)),
     verbose(end("End - hostPipe: %p result: 0x%08x", a2, lo(a3))),
-    verbose(other("calling hostPipe->io frameStart: %lld getFrameNumber: %lld diff: %lld", a2, a3, a4)),
+    verbose(other("calling hostPipe->io frameStart: %lld getFrameNumber: %lld diff: %lld", named("frameStart", a2), a3, a4)),
 
     event(0x0524A048, "WriteForPipe"),
     verbose(start("Start - hostPipe: %p frameStart: %lld numFrames: %d bytes: %d", a2, a3, hi(a4), lo(a4))),
     verbose(end("End - hostPipe: %p bytes: %lld result: 0x%08x", a2, a3, lo(a4))),
-    verbose(other("calling hostPipe->io frameStart: %lld getFrameNumber: %lld diff: %lld", a2, a3, a4)),
+    verbose(other("calling hostPipe->io frameStart: %lld getFrameNumber: %lld diff: %lld", named("frameStart", a2), a3, a4)),
 
     event(0x0524A058, "DetectSplitTransactions"),
     start("Start - device: %p mDeviceSpeed: %lld", a2, a3),
-    end("End - returning %s", boolean(a2)),
+    end("End - returning %s", named("success", boolean(a2))),
     other("hub: %p depth: %lld mDeviceSpeed: %lld", a2, a3, a4),
 
     event(0x0524A060, "SetAlternateInterfaceForStreamInterface"),

@@ -23,7 +23,7 @@ constexpr Entry kUsbEngineRows[] = {
     event(0x05249428, "clipOutputSamples"),
     verbose(start("Start - stream: %p firstSampleFrame: %lld numSampleFrames: %lld", a2, a3, a4)),
     verbose(end("End - stream: %p next firstSampleFrame: %lld result: 0x%08x", a2, a3, lo(a4))),
-    verbose(other("non-mixable stream first 16 bytes: 0x%16llx%16llx offset: %llu", a2, a3, a4)),  // sic: blanks fill both words
+    verbose(other("non-mixable stream first 16 bytes: 0x%16llx%16llx offset: %llu", named("first bytes", a2), named("next bytes", a3), a4)),  // sic: blanks fill both words
 
     event(0x0524942C, "controlledFormatChange"),
     start("Start - stream: %p sampleRate: %d ---> %d state: %lld", a2, hi(a3), named("new sampleRate", lo(a3)), a4),
@@ -37,7 +37,7 @@ constexpr Entry kUsbEngineRows[] = {
     verbose(start("Start - stream: %p destBuf: %p numSampleFrames: %lld", a2, a3, a4)),
     verbose(end("End - stream: %p numSampleFrames: %lld result: 0x%08x", a2, a3, lo(a4))),
     verbose(sel(0, "calling convertFromOrvelUSBAudioInputStream_NoWrap - firstSampleFrame: %lld numSampleFrames: %lld", a2, a3)),
-    verbose(sel(1, "calling memcpy of %lld bytes", a2)),
+    verbose(sel(1, "calling memcpy of %lld bytes", named("bytes", a2))),
 
     event(0x05249434, "convertInputSamples"),
     verbose(start("Start - destBuf: %p firstSampleFrame: %lld numSampleFrames: %lld", a2, a3, a4)),
@@ -47,7 +47,7 @@ constexpr Entry kUsbEngineRows[] = {
 
     event(0x0524944C, "initHardware"),
     start("Start - provider: %p mUSBAudioDevice: %p streaming interfaces: %lld", a2, a3, a4),
-    end("End - streams: %lld mPlugin: %p returning %s", a2, a3, boolean(a4)),
+    end("End - streams: %lld mPlugin: %p returning %s", a2, a3, named("success", boolean(a4))),
     sel(0, "created - direction: %s stream: %p bInterfaceNumber: %d", either(a2, "output", "input"), a3, hi(a4)),
     sel(1, "sampleRate: %lld numSampleFramesPerBuffer: %lld", a2, a3),
     sel(2, "ERROR: no supported format - bInterfaceNumber: %lld returned: 0x%08x", a2, lo(a3)),
@@ -70,7 +70,7 @@ constexpr Entry kUsbEngineRows[] = {
 
     event(0x05249488, "willTerminate"),
     start("Start - provider: %p options: 0x%llx state: %lld", a2, a3, a4),
-    end("End - provider: %p returning %s", a2, boolean(a3)),
+    end("End - provider: %p returning %s", a2, named("success", boolean(a3))),
     other("pausing engine - mPlugin: %p", a2),
 
     event(0x05249490, "doClockSelectorSetup"),
@@ -91,7 +91,7 @@ constexpr Entry kUsbEngineRows[] = {
     event(0x052494C4, "message"),
     start("Start - type: 0x%08x provider: %p argument: %p", lo(a2), a3, a4),
     end("End - type: 0x%08x result: 0x%08x", lo(a2), lo(a3)),
-    sel(0, "kOrvelUSBDeviceAudioMessageAltSettingSelected - alt (%lld) - passing along", a2),
+    sel(0, "kOrvelUSBDeviceAudioMessageAltSettingSelected - alt (%lld) - passing along", named("alt", a2)),
     sel(1, "calling up to superclass - type: 0x%08x", lo(a2)),
 
     event(0x052494C8, "completionShim"),

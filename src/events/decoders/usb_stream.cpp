@@ -17,7 +17,7 @@ constexpr Entry kUsbStreamRows[] = {
 
     event(0x05249804, "initWithAudioEngine"),
     start("Start - engine: %p bInterfaceNumber: %lld direction: %s", a2, a3, either(a4, "output", "input")),
-    end("End - formats: %lld mPlugin: %p returning %s", a2, a3, boolean(a4)),
+    end("End - formats: %lld mPlugin: %p returning %s", a2, a3, named("success", boolean(a4))),
     sel(0, "bAlternateSetting: %lld channelCount: %d bitsPerSample: %d", a2, hi(a3), lo(a3)),
     sel(1, "format not supported - bAlternateSetting: %lld wFormatTag: 0x%04x", a2, lo(a3)),
 
@@ -33,7 +33,7 @@ constexpr Entry kUsbStreamRows[] = {
     event(0x05249834, "CoalesceInputSamples"),
     verbose(start("Start - numBytesToCoalesce: %lld usbFrameListIndex: %lld mBufferOffset: %lld", a2, a3, a4)),
     verbose(end("End - mBufferOffset: %lld mBytesCoalesced: %lld result: 0x%08x", a2, a3, lo(a4))),
-    verbose(sel(0, "subtracting %lld bytes after wrap - new time: %d.%03d.%03d.%03d", a2, nanos(a3))),
+    verbose(sel(0, "subtracting %lld bytes after wrap - new time: %d.%03d.%03d.%03d", named("bytes", a2), nanos(a3))),
     verbose(sel(1, "usbFrameIndex: %d frActCount: %d mBufferOffset: %lld", hi(a2), lo(a2), a3)),
     sel(2, "ERROR: frame not received - usbFrameIndex: %d status: 0x%08x bytes: %d mBufferOffset: %d", hi(a2), lo(a2), hi(a3), lo(a3)),
 
@@ -55,7 +55,7 @@ constexpr Entry kUsbStreamRows[] = {
     // 32-bit nanoseconds, and incrementLoopCount sits beside the selector byte.
     event(0x05249850, "jitterFilter"),
     start("Start - time: %d.%03d.%03d.%03d mFilteredStamps: %lld", nanos(a2), a3),
-    end("End - result: %d.%03d.%03d.%03d", nanos(a2)),
+    end("End - result: %d.%03d.%03d.%03d", named("time", nanos(a2))),
     sel(0, "incrementLoopCount: %s mHostTime: %d.%03d.%03d.%03d diff: %d.%03d.%03d.%03d avgdiff: %d.%03d.%03d.%03d jitter: %d.%03d.%03d.%03d", boolean(byte(1, a4)), nanos(a2), nanos(hi(a3)), nanos(lo(a3)), nanos(hi(a4))),
     sel(1, "incrementLoopCount: %s mHostTime: %d.%03d.%03d.%03d diff: %d.%03d.%03d.%03d", boolean(a2), nanos(a3), nanos(hi(a4))),
     sel(2, "incrementLoopCount: %s mHostTime: %d.%03d.%03d.%03d diff: %d.%03d.%03d.%03d avgdiff: %d.%03d.%03d.%03d jitter: %d.%03d.%03d.%03d <---- new high jitter", boolean(byte(1, a4)), nanos(a2), nanos(hi(a3)), nanos(lo(a3)), nanos(hi(a4))),
@@ -63,7 +63,7 @@ constexpr Entry kUsbStreamRows[] = {
     event(0x05249854, "generateTimeStamp"),
     verbose(start("Start - usbFrameIndex: %lld preWrapBytes: %lld byteCount: %lld", a2, a3, a4)),
     verbose(end("End - time: %d.%03d.%03d.%03d", nanos(a2))),
-    verbose(other("time stamp for usb frame %lld: %d.%03d.%03d.%03d", a2, nanos(a3))),
+    verbose(other("time stamp for usb frame %lld: %d.%03d.%03d.%03d", named("usb frame", a2), named("time stamp", nanos(a3)))),
 
     event(0x05249864, "configureAudioStream"),
     start("Start - bInterfaceNumber: %lld bAlternateSetting: %lld sampleRate: %lld", a2, a3, a4),
@@ -154,15 +154,15 @@ constexpr Entry kUsbStreamRows[] = {
 
     event(0x052498C0, "stopUSBStream"),
     start("Start - mShouldStop: %lld listsInFlight: %lld keepSilence: %s", a2, a3, boolean(a4)),
-    // Three flags and a result for three words.
-    end("End - mStreamingSilence: %s mHALstreamRunning: %s mUSBdataStreamRunning: %s returning 0x%08x", boolean(a2), boolean(hi(a3)), boolean(lo(a3)), lo(a4)),
+    // Four values for three words: a flag shares one with the result.
+    end("End - mStreamingSilence: %s mHALstreamRunning: %s mUSBdataStreamRunning: %s returning 0x%08x", boolean(a2), boolean(a3), boolean(hi(a4)), named("returning", lo(a4))),
     sel(0, "stream has run - seconds: %llu", seconds(a2, a3)),  // trace clock stamps: start, now
     sel(1, "aborting - usbPipe: %p result: 0x%08x", a2, lo(a3)),
     sel(2, "continuing with silence - frame: %lld", a2),
 
     event(0x052498C4, "willTerminate"),
     start("Start - provider: %p options: 0x%llx mUSBdataStreamRunning: %s", a2, a3, boolean(a4)),
-    end("End - mStreamInterface: %p returning %s", a2, boolean(a3)),
+    end("End - mStreamInterface: %p returning %s", a2, named("success", boolean(a3))),
     other("stopping - listsInFlight: %lld", a2),
 
     event(0x052498CC, "writeFrameList"),
@@ -175,7 +175,7 @@ constexpr Entry kUsbStreamRows[] = {
     event(0x052498D4, "processWrite"),
     verbose(start("Start - usbFrameListIndex: %lld status: 0x%08x frame: %lld", a2, lo(a3), a4)),
     verbose(end("End - mBytesSent: %lld usbFrameListIndex: %lld result: 0x%08x", a2, a3, lo(a4))),
-    verbose(sel(0, "subtracting %lld uFrames after wrap - new time: %d.%03d.%03d.%03d", a2, nanos(a3))),
+    verbose(sel(0, "subtracting %lld uFrames after wrap - new time: %d.%03d.%03d.%03d", named("uFrames", a2), nanos(a3))),
     verbose(sel(1, "frames: %lld mBytesSent: %lld", a2, a3)),
     sel(2, "ERROR: frame not sent - usbFrameIndex: %d bytes sent: %d bytes: %lld", hi(a2), lo(a2), a3),
 
@@ -238,7 +238,7 @@ constexpr Entry kUsbStreamRows[] = {
     event(0x0524992C, "collectTimeStamps"),
     verbose(start("Start - usbFrameListIndex: %lld first frame: %lld numFrames: %lld", a2, a3, a4)),
     verbose(end("End - last frame: %lld time: %d.%03d.%03d.%03d unstamped frames: %lld", a2, nanos(a3), a4)),
-    verbose(other("FrStatus[%d]: 0x%08x timestamp(%d.%03d.%03d.%03d)", lo(a2), lo(a3), nanos(a4))),
+    verbose(other("FrStatus[%d]: 0x%08x timestamp(%d.%03d.%03d.%03d)", named("index", lo(a2)), named("FrStatus", lo(a3)), named("timestamp", nanos(a4)))),
 
     event(0x05249930, "closeInterface"),
     start("Start - mStreamInterface: %p open clients: %lld", a2, a3),
@@ -251,10 +251,10 @@ constexpr Entry kUsbStreamRows[] = {
     other("dropping completion - usbFrameListIndex: %lld listsInFlight: %lld", a2, a3),
 
     event(0x05249938, "doStartUSBStream"),
-    // Four values for three words.
-    start("Start - currentUSBFrame: %lld framesToDelay: %d mHALstreamRunning: %s mUSBdataStreamRunning: %s", a2, lo(a3), boolean(hi(a4)), boolean(lo(a4))),
+    // Four values for three words: a flag shares one with the delay.
+    start("Start - currentUSBFrame: %lld framesToDelay: %d mHALstreamRunning: %s mUSBdataStreamRunning: %s", a2, hi(a3), boolean(lo(a3)), boolean(a4)),
     end("End - mUSBFrameToQueue: 0x%llx mUSBdataStreamRunning: %s result: 0x%08x", a2, boolean(a3), lo(a4)),
-    sel(0, "starting with frame: %lld time: %d.%03d.%03d.%03d", a2, nanos(a3)),
+    sel(0, "starting with frame: %lld time: %d.%03d.%03d.%03d", named("frame", a2), nanos(a3)),
     sel(1, "ERROR: queueing frames - returned: 0x%08x", lo(a2)),
 };
 
