@@ -26,8 +26,8 @@
 //
 // A value's name is what the text calls it: in "pin nodeID: %d" the words before the colon, back to
 // a value, a mark (" - ", ",", ":", a bracket) or the "Start" or "End" that opens the text. Where
-// the text has no such name, or one of more than two words, named("x", argument) gives one. A value
-// called result, returnCode, returned or returning is a result: 0 is success.
+// the text has no such name, or one of more than two words, named("x", argument) gives one. A
+// number called result, returnCode, returned or returning is a result: 0 is success.
 //
 // A table ends as a decoder: `decoder<kRows, "Group">(audioClass(23), 3)` of three events,
 // `withoutObject(...)` where arg1 is no object, `silentDecoder<kRows>()`.
@@ -267,6 +267,11 @@ consteval std::string_view nameBefore(std::string_view words) {
     return std::ranges::count(words, ' ') < 2 ? words : std::string_view{};
 }
 
+constexpr bool isNumber(Reading reading) {
+    return reading == Reading::signedDecimal || reading == Reading::unsignedDecimal ||
+           reading == Reading::hexadecimal;
+}
+
 // A result's name ends with the word; "mResult" is no result of the call.
 constexpr bool isResultName(std::string_view name) {
     const size_t blank = name.rfind(' ');
@@ -292,7 +297,7 @@ consteval Entry textEntry(uint8_t qualifiers, Condition condition, const char* f
             refuse("a text with too long a stretch of words");
         piece.literalBegin = static_cast<uint16_t>(literalBegin);
         piece.literalLength = static_cast<uint8_t>(literalEnd - literalBegin);
-        piece.isResult = isResultName(name);
+        piece.isResult = isResultName(name) && isNumber(piece.reading);
         for (size_t i = 0; !name.empty() && i < entry.pieceCount; ++i) {
             if (entry.names[i] == name) refuse("a text with two values of one name");
         }

@@ -45,7 +45,7 @@ constexpr Case kCases[] = {
     {"a result of 0", 0x05245042, 1, 1, 0, false},
     {"a return code", 0x0524B40E, 0, 5, 0, true},
     {"a whole returned word", 0x05245C22, 0, 0, uint64_t{1} << 32, true},
-    {"a boolean that is true", 0x0524582A, 0, 0, 1, false},
+    {"a returned boolean", 0x0524582A, 0, 0, 1, false},
     {"a time that is called result", 0x05249852, 7, 0, 0, false},
     {"an event without a text", 0x05245C0F, 0, 0, 9, false},
     {"an unknown event", 0x052453FC, 1, 1, 1, false},

@@ -13,13 +13,13 @@ namespace {
 constexpr Entry kControlRows[] = {
     event(0x05240430, "Start"),
     start("Begin: provider %p", named("provider", a2)),
-    end("End: provider %p returning %s", named("provider", a2), named("success", boolean(a3))),
+    end("End: provider %p returning %s", named("provider", a2), named("returning", boolean(a3))),
 };
 
 constexpr Entry kDeviceRows[] = {
     event(0x05240C0C, "Start"),
     start("Begin: provider %p", named("provider", a2)),
-    end("End: provider %p returning %s", named("provider", a2), named("success", boolean(a3))),
+    end("End: provider %p returning %s", named("provider", a2), named("returning", boolean(a3))),
 
     event(0x05240C18, "setPowerState"),
     start("Begin: powerStateOrdinal: %lld device: %p currentPowerState: %lld pendingPowerState: %lld", a2, a1, a3, a4),  // four values: the device is the object itself
@@ -55,7 +55,7 @@ constexpr Entry kDeviceRows[] = {
 constexpr Entry kEngineRows[] = {
     event(0x05241048, "Start"),
     start("Begin: provider %p device %p", named("provider", a2), named("device", a3)),
-    end("End: provider %p device %p returning %s", named("provider", a2), named("device", a3), named("success", boolean(a4))),
+    end("End: provider %p device %p returning %s", named("provider", a2), named("device", a3), named("returning", boolean(a4))),
 
     event(0x05241094, "startClient"),
     start("Begin: userClient %p", named("userClient", a2)),
@@ -88,7 +88,7 @@ constexpr Entry kEngineRows[] = {
 constexpr Entry kPortRows[] = {
     event(0x05241C18, "Start"),
     start("Begin: provider %p", named("provider", a2)),
-    end("End: provider %p returning %s", named("provider", a2), named("success", boolean(a3))),
+    end("End: provider %p returning %s", named("provider", a2), named("returning", boolean(a3))),
 };
 
 }  // namespace

@@ -17,7 +17,7 @@ constexpr Entry kEngineRows[] = {
 
     event(0x05245828, "initHardware"),
     start("Start - provider: %p fPathSets: %p count: %lld", a2, a3, a4),
-    end("End - stream: %p formats: %lld returning %s", a2, a3, named("success", boolean(a4))),
+    end("End - stream: %p formats: %lld returning %s", a2, a3, named("returning", boolean(a4))),
     sel(0, "index: %d pathSet: %p formats: %d", lo(a2), a3, hi(a4)),
     sel(1, "ERROR: no shared format - stream: %p", a2),
 

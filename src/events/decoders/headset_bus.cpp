@@ -80,7 +80,7 @@ constexpr Entry kPimletBusRows[] = {
 
     event(0x0524C034, "GetLineOutRegistered"),
     start("Start - fLineOut: %p client: %p", a2, a3),
-    end("End - returning %s", named("success", boolean(a2))),
+    end("End - returning %s", named("returning", boolean(a2))),
 
     event(0x0524C038, "ReloadConfig"),
     start("Start - fConfigVersion: %lld headsetID: 0x%llx fBusState: %lld", a2, a3, a4),

@@ -14,7 +14,7 @@ namespace {
 constexpr Entry kMicrophoneRows[] = {
     event(0x0524B804, "start"),
     start("Start - provider: %p fDecimatorCount: %lld", a2, a3),
-    end("End - provider: %p returning %s", a2, named("success", boolean(a3))),
+    end("End - provider: %p returning %s", a2, named("returning", boolean(a3))),
     sel(0, "registers - address: 0x%llx length: 0x%llx", a2, a3),
     sel(1, "ERROR: no interrupt - interrupt index: %lld provider: %p", a2, a3),
 
@@ -38,7 +38,7 @@ constexpr Entry kMicrophoneRows[] = {
 
     event(0x0524B814, "isMicEnabled"),
     start("Start - micIndex: %lld fMicEnableMask: 0x%llx", a2, a3),
-    end("End - micIndex: %lld decimator: %lld returning %s", a2, a3, named("success", boolean(a4))),
+    end("End - micIndex: %lld decimator: %lld returning %s", a2, a3, named("returning", boolean(a4))),
 
     event(0x0524B818, "getSupportedChannelCountList"),
     start("Start - fMicCount: %lld capacity: %lld", a2, a3),
@@ -121,7 +121,7 @@ constexpr Entry kMicrophoneRows[] = {
 
     ofGroup("OrvelPDMAudio", event(0x0524B854, "start")),
     start("Start - provider: %p fController: %p", a2, a3),
-    end("End - streams: %lld returning %s", a2, named("success", boolean(a3))),
+    end("End - streams: %lld returning %s", a2, named("returning", boolean(a3))),
     sel(0, "fController: %p sample rates: %d channel counts: %d", a2, hi(a3), lo(a3)),
 
     ofGroup("OrvelPDMAudio", event(0x0524B858, "setDeviceSampleRate")),
@@ -132,7 +132,7 @@ constexpr Entry kMicrophoneRows[] = {
 
     ofGroup("OrvelPDMDecimator", event(0x0524B85C, "initWithRegistryEntry")),
     start("Start - entry: %p fController: %p", a2, a3),
-    end("End - fIndex: %d fMicCount: %d fRegisterOffset: 0x%llx returning %s", hi(a2), lo(a2), a3, named("success", boolean(a4))),
+    end("End - fIndex: %d fMicCount: %d fRegisterOffset: 0x%llx returning %s", hi(a2), lo(a2), a3, named("returning", boolean(a4))),
     sel(0, "ERROR: no register offset - entry: %p decimator: %lld", a2, a3),
     sel(1, "micIndex: %lld clock edge: %s", a2, either(a3, "rising", "falling")),
 
@@ -143,7 +143,7 @@ constexpr Entry kMicrophoneRows[] = {
 
     ofGroup("OrvelPDMDecimator", event(0x0524B864, "enabled")),
     start("Start - fIndex: %lld fClockUseCount: %lld", a2, a3),
-    end("End - decimatorControl: 0x%08x fMicEnableMask: 0x%llx returning %s", lo(a2), a3, named("success", boolean(a4))),
+    end("End - decimatorControl: 0x%08x fMicEnableMask: 0x%llx returning %s", lo(a2), a3, named("returning", boolean(a4))),
 
     ofGroup("OrvelPDMDecimator", event(0x0524B868, "configureFormat")),
     start("Start - sampleRate: %d bitsPerSample: %d channelCount: %d decimationRatio: %d", hi(a2), lo(a2), hi(a3), lo(a3)),

@@ -50,7 +50,7 @@ constexpr Entry kUsbAudio2Rows[] = {
 
     ofGroup("Audio2Device", event(0x0524A4CC, "willTerminate")),
     start("Start - provider: %p options: 0x%llx mRunningEngines: %lld", a2, a3, a4),
-    end("End - provider: %p currentPowerState: %lld returning %s", a2, a3, named("success", boolean(a4))),
+    end("End - provider: %p currentPowerState: %lld returning %s", a2, a3, named("returning", boolean(a4))),
 
     ofGroup("Audio2Device", event(0x0524A4D0, "protectedSetPowerState")),
     start("Start - currentPowerState: %lld ---> %lld mRunningEngines: %lld", a2, named("new currentPowerState", a3), a4),

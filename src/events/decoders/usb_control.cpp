@@ -23,7 +23,7 @@ constexpr Entry kUsbControlRows[] = {
 
     event(0x0524A058, "DetectSplitTransactions"),
     start("Start - device: %p mDeviceSpeed: %lld", a2, a3),
-    end("End - returning %s", named("success", boolean(a2))),
+    end("End - returning %s", named("returning", boolean(a2))),
     other("hub: %p depth: %lld mDeviceSpeed: %lld", a2, a3, a4),
 
     event(0x0524A060, "SetAlternateInterfaceForStreamInterface"),

@@ -17,7 +17,7 @@ constexpr Entry kUsbDeviceRows[] = {
 
     event(0x05248C1C, "protectedInitHardware"),
     start("Start: provider: %p currentPowerState: %lld", a2, a3),
-    end("End: engines: %lld currentPowerState: %lld returning %s", a2, a3, named("success", boolean(a4))),
+    end("End: engines: %lld currentPowerState: %lld returning %s", a2, a3, named("returning", boolean(a4))),
     sel(0, "idVendor: 0x%04x idProduct: 0x%04x bcdDevice: 0x%04x mDeviceSpeed: %d", hi(a2), lo(a2), hi(a3), lo(a3)),
     sel(1, "opened - mControlInterface: %p bcdADC: 0x%04x bInCollection: %d", a2, hi(a3), lo(a3)),
     sel(2, "activating - engine: %p first bInterfaceNumber: %d last bInterfaceNumber: %d", a2, hi(a3), lo(a3)),
@@ -61,7 +61,7 @@ constexpr Entry kUsbDeviceRows[] = {
 
     event(0x05248C48, "allEnginesStopped"),
     verbose(start("Start: mAudioEngineArray: %p count: %lld", a2, a3)),
-    verbose(end("End: numRunningAudioEngines: %lld returning %s", a2, named("success", boolean(a3)))),
+    verbose(end("End: numRunningAudioEngines: %lld returning %s", a2, named("returning", boolean(a3)))),
     verbose(other("engine: %p index: %lld state: %lld", a2, a3, a4)),
 
     event(0x05248CB8, "closeControlInterface"),
@@ -81,7 +81,7 @@ constexpr Entry kUsbDeviceRows[] = {
 
     event(0x05248DAC, "willTerminate"),
     start("Start: provider: %p options: 0x%llx currentPowerState: %lld", a2, a3, a4),
-    end("End: provider: %p numRunningAudioEngines: %lld returning %s", a2, a3, named("success", boolean(a4))),
+    end("End: provider: %p numRunningAudioEngines: %lld returning %s", a2, a3, named("returning", boolean(a4))),
     other("stopping - engine: %p index: %lld state: %lld", a2, a3, a4),
 
     event(0x05248DD8, "getAnchorFrameAndTimeStamp"),

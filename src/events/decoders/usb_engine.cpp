@@ -47,7 +47,7 @@ constexpr Entry kUsbEngineRows[] = {
 
     event(0x0524944C, "initHardware"),
     start("Start - provider: %p mUSBAudioDevice: %p streaming interfaces: %lld", a2, a3, a4),
-    end("End - streams: %lld mPlugin: %p returning %s", a2, a3, named("success", boolean(a4))),
+    end("End - streams: %lld mPlugin: %p returning %s", a2, a3, named("returning", boolean(a4))),
     sel(0, "created - direction: %s stream: %p bInterfaceNumber: %d", either(a2, "output", "input"), a3, hi(a4)),
     sel(1, "sampleRate: %lld numSampleFramesPerBuffer: %lld", a2, a3),
     sel(2, "ERROR: no supported format - bInterfaceNumber: %lld returned: 0x%08x", a2, lo(a3)),
@@ -70,7 +70,7 @@ constexpr Entry kUsbEngineRows[] = {
 
     event(0x05249488, "willTerminate"),
     start("Start - provider: %p options: 0x%llx state: %lld", a2, a3, a4),
-    end("End - provider: %p returning %s", a2, named("success", boolean(a3))),
+    end("End - provider: %p returning %s", a2, named("returning", boolean(a3))),
     other("pausing engine - mPlugin: %p", a2),
 
     event(0x05249490, "doClockSelectorSetup"),

@@ -17,7 +17,7 @@ constexpr Entry kUsbStreamRows[] = {
 
     event(0x05249804, "initWithAudioEngine"),
     start("Start - engine: %p bInterfaceNumber: %lld direction: %s", a2, a3, either(a4, "output", "input")),
-    end("End - formats: %lld mPlugin: %p returning %s", a2, a3, named("success", boolean(a4))),
+    end("End - formats: %lld mPlugin: %p returning %s", a2, a3, named("returning", boolean(a4))),
     sel(0, "bAlternateSetting: %lld channelCount: %d bitsPerSample: %d", a2, hi(a3), lo(a3)),
     sel(1, "format not supported - bAlternateSetting: %lld wFormatTag: 0x%04x", a2, lo(a3)),
 
@@ -55,7 +55,7 @@ constexpr Entry kUsbStreamRows[] = {
     // 32-bit nanoseconds, and incrementLoopCount sits beside the selector byte.
     event(0x05249850, "jitterFilter"),
     start("Start - time: %d.%03d.%03d.%03d mFilteredStamps: %lld", nanos(a2), a3),
-    end("End - result: %d.%03d.%03d.%03d", named("time", nanos(a2))),
+    end("End - result: %d.%03d.%03d.%03d", nanos(a2)),
     sel(0, "incrementLoopCount: %s mHostTime: %d.%03d.%03d.%03d diff: %d.%03d.%03d.%03d avgdiff: %d.%03d.%03d.%03d jitter: %d.%03d.%03d.%03d", boolean(byte(1, a4)), nanos(a2), nanos(hi(a3)), nanos(lo(a3)), nanos(hi(a4))),
     sel(1, "incrementLoopCount: %s mHostTime: %d.%03d.%03d.%03d diff: %d.%03d.%03d.%03d", boolean(a2), nanos(a3), nanos(hi(a4))),
     sel(2, "incrementLoopCount: %s mHostTime: %d.%03d.%03d.%03d diff: %d.%03d.%03d.%03d avgdiff: %d.%03d.%03d.%03d jitter: %d.%03d.%03d.%03d <---- new high jitter", boolean(byte(1, a4)), nanos(a2), nanos(hi(a3)), nanos(lo(a3)), nanos(hi(a4))),
@@ -162,7 +162,7 @@ constexpr Entry kUsbStreamRows[] = {
 
     event(0x052498C4, "willTerminate"),
     start("Start - provider: %p options: 0x%llx mUSBdataStreamRunning: %s", a2, a3, boolean(a4)),
-    end("End - mStreamInterface: %p returning %s", a2, named("success", boolean(a3))),
+    end("End - mStreamInterface: %p returning %s", a2, named("returning", boolean(a3))),
     other("stopping - listsInFlight: %lld", a2),
 
     event(0x052498CC, "writeFrameList"),
