@@ -1,11 +1,12 @@
 """The texts of the decoder tables speak one language: one shape, one word and one form per thing.
 
-A text is an optional beginning ("Start - ", "End - ", "ERROR: "), phrases, each with " - " behind
-it, and `name: value` pairs. RULES says the rest. Exempt are the texts in given_texts.txt, but for the
+A text is an optional beginning ("Start - ", "End - ", "ERROR: "), phrases, each followed by " - ",
+and `name: value` pairs. RULES says the rest. Exempt are the texts in given_texts.txt, but for the
 order of their arguments.
 """
 
 import collections
+import functools
 import os
 import pathlib
 import re
@@ -18,8 +19,8 @@ from conftest import run_program
 SOURCE = pathlib.Path(os.environ["SONAPROBE_SOURCE_DIR"])
 
 RULES = {
-    "shape": "a beginning, phrases, `name: value` pairs; a name has one or two words, a start begins "
-             "with Start, an end with End",
+    "shape": "a beginning, phrases, `name: value` pairs; a name has one or two words, a start "
+             "begins with Start, an end with End",
     "names": "the values of a text have different names",
     "phrase": "a phrase has at most six words, and none of PROSE",
     "error": "what tells of a failure begins with ERROR, and `returned` stands nowhere else",
@@ -34,8 +35,8 @@ RULES = {
              "there are more values than words; a row that departs has a comment",
 }
 
-# How a field is printed, by the last word of its name. `ll` is left out, since a reader does not see
-# it, and a time is "time".
+# How a field is printed, by the last word of its name. `ll` is left out, since a reader does not
+# see it, and a time is "time".
 FORMS = {
     "result|returned": "0x%08x", "returning": "%s", "returnCode": "%d",
     r"\w*[nN]odeID|\w*[cC]ount(?<!incrementLoopCount)|attempts?|index|channel|bus": "%d",
@@ -49,13 +50,15 @@ FORMS_OF_FAMILY = {
             "SDFMT|STATESTS|GCAP": "0x%04x"},
     "USB": {"status|type": "0x%08x", "endpoint": "0x%02x", "wIndex|wValue": "0x%04x"},
     "headset": {r"detect(Ctl|I)\w+|\w+Ctl|wake\w+": "0x%02x"},
-    "embedded": {r"\w+(Status|Control)|PowerCtl\d|interruptMask": "0x%08x", r"\w+(?<!interrupt)Mask": "0x%x"},
+    "embedded": {r"\w+(Status|Control)|PowerCtl\d|interruptMask": "0x%08x",
+                 r"\w+(?<!interrupt)Mask": "0x%x"},
 }
 
 # How long something took, how long it was waited for, how long it may take or is put off; and the
 # drivers' fields that are times.
 DURATIONS = {"elapsed", "waited", "timeout"}
-TIMES = re.compile(r"(f|m|_)[A-Z]\w+|_\w+|\w*[tT]ime|last time|(first )?timeStamp|\w+Debounce|interval")
+TIMES = re.compile(
+    r"(f|m|_)[A-Z]\w+|_\w+|(last )?\w*[tT]ime|(first )?timeStamp|\w+Debounce|interval")
 
 ARROWS = {"USB": "--->"}  # the other families: ->
 
@@ -131,6 +134,7 @@ class Text(typing.NamedTuple):
             return self.text.removeprefix(beginning)
         return "" if self.text == word else None
 
+    @functools.cache
     def parse(self):
         """Phrases and values; None where the text has another shape."""
         body = self.body()
@@ -143,8 +147,9 @@ class Text(typing.NamedTuple):
             return None
         colon = ":" if self.number == "45" or self.behind_hda() else ": "
         word = r"[A-Za-z_][\w/>-]*"
-        pair = re.compile(rf"(?:(?P<name>{word}(?: {word})?)(?:\((?P<unit>[^)]+)\))?{colon}|returning )"
-                          rf"(?P<value>{VALUE})(?: (?P<arrow>-+>) (?P<new>{VALUE}))?(?: (?!$)|$)")
+        name = rf"(?P<name>{word}(?: {word})?)(?:\((?P<unit>[^)]+)\))?{colon}"
+        change = rf"(?: (?P<arrow>-+>) (?P<new>{VALUE}))?"
+        pair = re.compile(rf"(?:{name}|returning )(?P<value>{VALUE}){change}(?: (?!$)|$)")
         values = []
         at = 0
         while at < len(pairs):
@@ -290,7 +295,7 @@ FAULTS = [
     ("shape", "21", "other", "idle, powerState: %lld", "arg2"),
     ("shape", "45", "other", "adc: %lld", "arg2"),
     ("names", "38", "other", "frame: %lld frame: %lld", "arg2, arg3"),
-    ("phrase", "43", "other", "a client came back while the ramp was going on - flags: 0x%llx", "arg2"),
+    ("phrase", "43", "other", "a client came back while ramping down - flags: 0x%llx", "arg2"),
     ("phrase", "20", "other", "nobody waits - fPMPowerState: %lld", "arg2"),
     ("error", "48", "other", "timed out - fBusState: %lld", "arg2"),
     ("error", "41", "other", "writing control - returned: 0x%08x", "lo(arg2)"),
