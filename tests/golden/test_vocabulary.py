@@ -147,9 +147,9 @@ class Text(typing.NamedTuple):
             return None
         colon = ":" if self.number == "45" or self.behind_hda() else ": "
         word = r"[A-Za-z_][\w/>-]*"
-        name = rf"(?P<name>{word}(?: {word})?)(?:\((?P<unit>[^)]+)\))?{colon}"
+        named = rf"(?P<name>{word}(?: {word})?)(?:\((?P<unit>[^)]+)\))?{colon}"
         change = rf"(?: (?P<arrow>-+>) (?P<new>{VALUE}))?"
-        pair = re.compile(rf"(?:{name}|returning )(?P<value>{VALUE}){change}(?: (?!$)|$)")
+        pair = re.compile(rf"(?:{named}|returning )(?P<value>{VALUE}){change}(?: (?!$)|$)")
         values = []
         at = 0
         while at < len(pairs):
