@@ -87,8 +87,8 @@ class Stanza:
 
     def names_of(self, code, qualifier):
         """The names that a record may bear."""
-        bound = {text.name for text in self.texts[code] if qualifier in text.qualifiers}
-        return bound or set(self.names[code])
+        bound = {text.name for text in self.texts.get(code, ()) if qualifier in text.qualifiers}
+        return bound or set(self.names.get(code, ()))
 
 
 def parts_of(value, words):
