@@ -21,6 +21,7 @@ class Tally:
     """What came of the rounds so far."""
 
     rounds: int = 0
+    faulty: int = 0  # rounds
     sent: int = 0
     lines: int = 0
     slots: int = 0
@@ -264,5 +265,6 @@ def torture(folder, seed, rounds, program=BUILD / "sonaprobe", scenes=SCENES, ta
         play = Round(program, folder, source, tally)
         scene(play)
         tally.rounds += 1
+        tally.faulty += bool(play.faults)
         tally.faults += [f"{scene.__name__}: {fault}" for fault in play.faults]
     return tally
