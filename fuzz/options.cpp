@@ -76,15 +76,16 @@ struct Outcome {
     }
 };
 
-// What the parser made of the settings: addresses and the time of day do not count.
+// What the parser made of the settings: addresses, the time of day and what follows a path do not
+// count.
 std::string bytesOfSettings() {
     if (settings.decodeFile != nullptr) {
         std::fclose(settings.decodeFile);
         settings.decodeFile = stdin;
     }
-    constexpr std::string_view kMadeOfTheTime = "./raw-";
-    if (std::string_view(settings.rawPath, kMadeOfTheTime.size()) == kMadeOfTheTime) {
-        std::memset(settings.rawPath, 0, kPathRoom);
+    if (std::string_view(settings.rawPath).starts_with("./raw-")) settings.rawPath[0] = '\0';
+    for (char* path : {settings.rawPath, settings.decodePath}) {
+        std::memset(path + std::strlen(path), 0, kPathRoom - std::strlen(path));
     }
     return {reinterpret_cast<const char*>(&settings), sizeof settings};
 }
