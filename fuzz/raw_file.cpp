@@ -18,14 +18,16 @@ namespace {
 
 constexpr size_t kOptionBytes = 64;
 
-// What came out.
+// What came out, once it counts.
 struct Printed {
+    bool counts = false;
     size_t lines = 0;
     char last = '\n';
 };
 
 void count(void* context, const char* text, size_t size) {
     Printed& printed = *static_cast<Printed*>(context);
+    if (!printed.counts) return;
     printed.lines += static_cast<size_t>(std::count(text, text + size, '\n'));
     if (size > 0) printed.last = text[size - 1];
 }
@@ -115,11 +117,12 @@ int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
     const bool nearEnd = gathered && end >= 0xFF00;
     if (nearEnd) {
         constexpr size_t kNear = 64;
-        nest(printer, OutputLine::kFillRoom - OutputLine::kGathered + kNear - (end >> 4 & 0xFU) * 8);
+        nest(printer,
+             OutputLine::kFillRoom - OutputLine::kGathered + kNear - (end >> 4 & 0xFU) * 8);
         line.handOver();
-        printed = {};
         fill(line, OutputLine::kGathered - 1 - (end & 0xFU));
     }
+    printed.counts = true;
 
     const bool pipeWanted = optionBytes.size() == kOptionBytes && (optionBytes.back() & 1) != 0;
     const int file = fileOf(bytes, pipeWanted);
