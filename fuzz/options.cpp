@@ -120,6 +120,7 @@ Outcome outcomeOf(std::vector<std::string> arguments) {
     optind = 0;  // getopt begins anew
     said = 0;
     std::vector<char*> argv;
+    argv.reserve(arguments.size() + 1);
     for (std::string& argument : arguments) argv.push_back(argument.data());
     argv.push_back(nullptr);
 

@@ -118,7 +118,7 @@ int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
     if (nearEnd) {
         constexpr size_t kNear = 64;
         nest(printer,
-             OutputLine::kFillRoom - OutputLine::kGathered + kNear - (end >> 4 & 0xFU) * 8);
+             OutputLine::kFillRoom - OutputLine::kGathered + kNear - size_t{8} * (end >> 4 & 0xFU));
         line.handOver();
         fill(line, OutputLine::kGathered - 1 - (end & 0xFU));
     }

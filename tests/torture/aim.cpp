@@ -39,7 +39,7 @@ struct Program {
 
 __ptrace_syscall_info systemCall(const Program& program) {
     __ptrace_syscall_info info{};
-    ptrace(PTRACE_GET_SYSCALL_INFO, program.id, reinterpret_cast<void*>(sizeof info), &info);
+    ptrace(PTRACE_GET_SYSCALL_INFO, program.id, sizeof info, &info);
     return info;
 }
 
