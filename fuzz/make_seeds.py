@@ -48,7 +48,7 @@ def raw_files():
     write("raw_file", "filtered", options(DEFAULTS | 3 << 16, (1 << 23, 1 << 23)) + mixed)
     most = 2**64 - 1
     longest = pack(0x05249850, t=most, a1=most, a2=most, a3=most, a4=most - 0xFD, a5=most)
-    for end in (0xFF00, 0xFF40, 0xFF8F, 0xFFF8):
+    for end in (0xFF00, 0xFF90, 0xFFA0, 0xFFB8):
         write("raw_file", f"buffer-end-{end & 0xFF:02x}",
               options(EVERYTHING | GATHERED, end=end) + 2 * longest + mixed)
     write("raw_file", "markers", options(DEFAULTS | 4) + pack(INVALID_MARKER)

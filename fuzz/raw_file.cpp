@@ -116,9 +116,8 @@ int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
     const auto end = choice.number<uint16_t>();
     const bool nearEnd = gathered && end >= 0xFF00;
     if (nearEnd) {
-        constexpr size_t kNear = 64;
-        nest(printer,
-             OutputLine::kFillRoom - OutputLine::kGathered + kNear - size_t{8} * (end >> 4 & 0xFU));
+        const size_t columns = size_t{8} * (end >> 4 & 0xFU);  // before the indentation
+        nest(printer, OutputLine::kFillRoom - OutputLine::kGathered - columns);
         line.handOver();
         fill(line, OutputLine::kGathered - 1 - (end & 0xFU));
     }
