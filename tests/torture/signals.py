@@ -122,10 +122,9 @@ class Round:
         self.shoot(longest=0.1)
 
     def wait_for_the_end(self, begin=None):
-        """Waits for the end, which takes no longer than it may since the signal, where that moment
-        is known."""
+        """Waits for the end after a signal at this time; after one that is still to come, longer."""
         try:
-            code = self.process.wait(HANG)
+            code = self.process.wait(2 * HANG if begin is None else HANG)
         except subprocess.TimeoutExpired:
             self.faults.append("a hang")
             self.process.kill()

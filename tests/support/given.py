@@ -1,7 +1,7 @@
 """Settled texts, written down a second time by hand, and a plain renderer of them.
 
-The decoder tables of the program and the files beside this one, *.given, must agree on the events'
-names and on the texts that may not change. A file has a stanza for each class:
+The decoder tables of the program and tests/given/*.given must agree on the events' names and on the
+texts that may not change. A file has a stanza for each class:
 
     == class 23: nothing else
 
@@ -26,8 +26,9 @@ import pathlib
 import re
 from dataclasses import dataclass, field
 
-FILES = sorted(pathlib.Path(__file__).parent.glob("*.given"))
+FILES = sorted(pathlib.Path(__file__).parent.parent.glob("given/*.given"))
 OPEN = "..."
+NOTHING = "(nothing)"
 MARKS = {0: "  ", 1: "->", 2: "<-", 3: "  "}
 
 CONVERSION = re.compile(r"%([#\d]*)(ll)?([duxpcsf])")
@@ -52,7 +53,7 @@ class Text:
             for what, number in self.conditions.items())
 
     def render(self, words):
-        if self.text == "(nothing)":
+        if self.text == NOTHING:
             return None
         values = iter([part for value in self.values for part in parts_of(value, words)])
         line = CONVERSION.sub(lambda found: convert(*found.groups(), next(values)), self.text)
@@ -151,3 +152,10 @@ def read_text(name, when, text):
 
 
 STANZAS = [stanza for path in FILES for stanza in read(path)]
+
+
+def settled_texts():
+    """Each class, as docs/events.md numbers it, with each text that it has."""
+    return {(stanza.title.removeprefix("class ").removeprefix("audio "), text.text)
+            for stanza in STANZAS for texts in stanza.texts.values() for text in texts
+            if text.text not in (OPEN, NOTHING)}
