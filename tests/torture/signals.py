@@ -122,7 +122,7 @@ class Round:
         self.shoot(longest=0.1)
 
     def wait_for_the_end(self, begin=None):
-        """Waits for the end after a signal at this time; after one that is still to come, longer."""
+        """Waits for the end after a signal at this time, longer after one that is to come."""
         try:
             code = self.process.wait(2 * HANG if begin is None else HANG)
         except subprocess.TimeoutExpired:
