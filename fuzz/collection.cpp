@@ -18,8 +18,8 @@
 #include "platform/platform.h"
 #include "probe/output.h"
 #include "probe/settings.h"
+#include "probe/tracing.h"
 #include "rawfile/raw_writer.h"
-#include "trace/trace_facility.h"
 
 using namespace sonaprobe;
 using fuzz::Input;
