@@ -1,5 +1,5 @@
-// What the program does with the kernel's trace facility. Each operation that fails ends the program
-// through fatalExit with its message, or as a signal does where a signal broke it off.
+// What the program does with the kernel's trace facility. Each operation that fails ends the
+// program through fatalExit with its message, or as a signal does where a signal broke it off.
 
 #pragma once
 

@@ -1,5 +1,5 @@
-// The operations of the kernel's trace facility. Each returns whether it succeeded, and leaves errno
-// as the kernel's where it did not.
+// The operations of the kernel's trace facility. Each returns whether it succeeded, and leaves
+// errno as the kernel's where it did not.
 
 #pragma once
 

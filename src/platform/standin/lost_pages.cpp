@@ -32,12 +32,13 @@ Guarded* find(const void* base) {
     return nullptr;
 }
 
-bool putEmptyPage(uintptr_t fault) {
+bool putEmptyPage(void* address) {
+    const uintptr_t fault = addressOf(address);
     for (Guarded& mapping : guarded) {
         if (mapping.begin.load() == 0 || fault < mapping.begin.load()) continue;
         if (fault >= mapping.end.load()) continue;
         mapping.lost.store(true);
-        void* const page = reinterpret_cast<void*>(fault & ~(pageSize - 1));
+        void* const page = static_cast<char*>(address) - fault % pageSize;
         return mmap(page, pageSize, PROT_READ | PROT_WRITE, MAP_PRIVATE | MAP_ANONYMOUS | MAP_FIXED,
                     -1, 0) != MAP_FAILED;
     }
@@ -46,7 +47,7 @@ bool putEmptyPage(uintptr_t fault) {
 
 extern "C" void onLostPage(int number, siginfo_t* info, void*) {
     const int error = errno;
-    if (!putEmptyPage(addressOf(info->si_addr))) std::signal(number, SIG_DFL);  // it comes again
+    if (!putEmptyPage(info->si_addr)) std::signal(number, SIG_DFL);  // it comes again
     errno = error;
 }
 
