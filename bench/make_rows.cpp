@@ -6,8 +6,8 @@
 #include <string_view>
 
 #include "events/catalog.h"
+#include "events/conversion.h"
 #include "events/spelling.h"
-#include "format/conversion.h"
 
 namespace {
 

@@ -11,16 +11,16 @@
 #include <unistd.h>
 #include <vector>
 
-#include "app/settings.h"
 #include "events/catalog.h"
 #include "events/sample_record.h"
 #include "events/spelling.h"
-#include "format/code_names.h"
-#include "format/dispatch.h"
-#include "format/event_time.h"
-#include "format/indentation.h"
-#include "format/output_line.h"
-#include "format/prefix.h"
+#include "lines/dispatch.h"
+#include "lines/event_time.h"
+#include "lines/indentation.h"
+#include "lines/output_line.h"
+#include "lines/prefix.h"
+#include "probe/code_names.h"
+#include "probe/settings.h"
 #include "rawfile/raw_reader.h"
 #include "rawfile/raw_writer.h"
 

@@ -1,7 +1,7 @@
 // The code-name file: any bytes name the codes that a plain scan from the start finds, and no
 // others.
 
-#include "format/code_names.h"
+#include "probe/code_names.h"
 
 #include <map>
 #include <string>
@@ -10,8 +10,8 @@
 #include <time.h>
 #include <unistd.h>
 
-#include "app/settings.h"
 #include "fuzz.h"
+#include "probe/settings.h"
 
 using namespace sonaprobe;
 using fuzz::require;

@@ -1,16 +1,15 @@
 // The conversions of lines: each makes the text that printf makes and stays within the slack that
 // it claims behind it, in memory where one more byte is found.
 
-#include "format/digits.h"
-
 #include <cinttypes>
 #include <cmath>
 #include <cstdarg>
 #include <memory>
 #include <string>
 
-#include "format/event_time.h"
+#include "events/number_text.h"
 #include "fuzz.h"
+#include "lines/event_time.h"
 
 using namespace sonaprobe;
 using fuzz::Input;

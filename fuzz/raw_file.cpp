@@ -5,12 +5,12 @@
 #include <sys/mman.h>
 #include <unistd.h>
 
-#include "app/settings.h"
-#include "format/indentation.h"
-#include "format/output_line.h"
 #include "fuzz.h"
+#include "lines/indentation.h"
+#include "lines/output_line.h"
+#include "probe/settings.h"
 #include "rawfile/raw_reader.h"
-#include "trace/trace_record.h"
+#include "record/trace_record.h"
 
 using namespace sonaprobe;
 using fuzz::Input;

@@ -13,12 +13,12 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
-#include "app/fatal_exit.h"
-#include "app/output.h"
-#include "app/settings.h"
-#include "app/signals.h"
-#include "format/dispatch.h"
-#include "trace/trace_record.h"
+#include "lines/dispatch.h"
+#include "probe/fatal_exit.h"
+#include "probe/output.h"
+#include "probe/settings.h"
+#include "probe/signals.h"
+#include "record/trace_record.h"
 
 namespace sonaprobe {
 

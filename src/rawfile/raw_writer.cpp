@@ -11,10 +11,10 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
-#include "app/output.h"
-#include "app/settings.h"
-#include "app/signals.h"
-#include "format/truncate.h"
+#include "probe/output.h"
+#include "probe/settings.h"
+#include "probe/signals.h"
+#include "record/truncate.h"
 
 namespace sonaprobe {
 

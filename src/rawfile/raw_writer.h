@@ -4,7 +4,7 @@
 
 #include <cstdio>
 
-#include "trace/trace_record.h"
+#include "record/trace_record.h"
 
 namespace sonaprobe {
 

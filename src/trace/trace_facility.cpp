@@ -6,10 +6,10 @@
 #include <cerrno>
 #include <cstdlib>
 
-#include "app/fatal_exit.h"
-#include "app/output.h"
-#include "app/settings.h"
 #include "platform/platform.h"
+#include "probe/fatal_exit.h"
+#include "probe/output.h"
+#include "probe/settings.h"
 
 namespace sonaprobe {
 

@@ -8,7 +8,7 @@
 #include <span>
 
 #include "platform/kernel_abi.h"
-#include "trace/trace_record.h"
+#include "record/trace_record.h"
 
 namespace sonaprobe {
 

@@ -9,8 +9,8 @@
 #include <span>
 
 #include "captured_output.h"
-#include "format/dispatch.h"
-#include "format/indentation.h"
+#include "lines/dispatch.h"
+#include "lines/indentation.h"
 #include "option_set.h"
 #include "record_maker.h"
 #include "reference.h"

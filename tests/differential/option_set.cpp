@@ -6,8 +6,8 @@
 #include <cstdlib>
 #include <cstring>
 
-#include "app/settings.h"
 #include "code_file.h"
+#include "probe/settings.h"
 
 namespace sonaprobe::differential {
 

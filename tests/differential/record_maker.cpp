@@ -7,8 +7,8 @@
 #include <cstdio>
 
 #include "code_file.h"
-#include "format/class_table.h"
-#include "format/decoders/decoders.h"
+#include "events/class_table.h"
+#include "events/decoders/decoders.h"
 
 namespace sonaprobe::differential {
 

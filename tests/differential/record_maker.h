@@ -5,9 +5,9 @@
 #include <string>
 #include <vector>
 
-#include "format/row.h"
+#include "events/decoder.h"
 #include "random.h"
-#include "trace/trace_record.h"
+#include "record/trace_record.h"
 
 namespace sonaprobe::differential {
 

@@ -9,8 +9,8 @@
 #include <cstdlib>
 
 #include "code_file.h"
-#include "format/class_table.h"
-#include "format/decoders/decoders.h"
+#include "events/class_table.h"
+#include "events/decoders/decoders.h"
 #include "reference_text.h"
 
 namespace sonaprobe::differential {

@@ -6,9 +6,9 @@
 #include <string>
 #include <string_view>
 
-#include "format/row.h"
+#include "events/decoder.h"
 #include "option_set.h"
-#include "trace/trace_record.h"
+#include "record/trace_record.h"
 
 namespace sonaprobe::differential {
 

@@ -5,8 +5,8 @@
 #include <cstdint>
 #include <string>
 
-#include "format/row.h"
-#include "trace/trace_record.h"
+#include "events/decoder.h"
+#include "record/trace_record.h"
 
 namespace sonaprobe::differential {
 

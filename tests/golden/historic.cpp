@@ -1,7 +1,7 @@
 // Prints a raw file as sonaprobe -s -H -r does, with the historic class 0 switched on, which no
 // option of sonaprobe does. Takes and ignores all options before the path.
 
-#include "app/settings.h"
+#include "probe/settings.h"
 #include "rawfile/raw_reader.h"
 
 int main(int, char** argv) {

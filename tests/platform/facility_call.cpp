@@ -12,7 +12,7 @@
 #include <vector>
 
 #include "platform/platform.h"
-#include "trace/trace_record.h"
+#include "record/trace_record.h"
 
 namespace {
 

@@ -20,7 +20,7 @@ def cases():
 
 def refusals():
     """The messages of rows.h: what it gives to refuse(), and to expect(), which passes it on."""
-    text = (SOURCE / "src/format/rows.h").read_text()
+    text = (SOURCE / "src/events/row_vocabulary.h").read_text()
     messages = re.findall(r'\brefuse\(\s*(?!const char\*|reason\))(?:"([^"]*)")?', text)
     messages += re.findall(r'\bexpect\([\w:]+,\s*(?:"([^"]*)")?', text)
     if "" in messages:

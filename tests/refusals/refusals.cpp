@@ -2,7 +2,7 @@
 // fault it must not compile, and the compiler must show that message and no other; repaired it
 // must.
 
-#include "format/rows.h"
+#include "events/row_vocabulary.h"
 
 #ifdef REPAIRED
 #define FAULT(faulty, repaired) repaired

@@ -1,11 +1,11 @@
-"""The option table of src/app/options.cpp, for tests that hold other texts against it."""
+"""The option table of src/probe/options.cpp, for tests that hold other texts against it."""
 
 import os
 import pathlib
 import re
 from dataclasses import dataclass, field
 
-SOURCE = pathlib.Path(os.environ["SONAPROBE_SOURCE_DIR"]) / "src/app/options.cpp"
+SOURCE = pathlib.Path(os.environ["SONAPROBE_SOURCE_DIR"]) / "src/probe/options.cpp"
 ROW = re.compile(r'^ *\{"([\w-]+)", +\'(\w)\', k(None|Required|Optional),', re.MULTILINE)
 
 

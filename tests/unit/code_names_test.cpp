@@ -1,6 +1,6 @@
 // Code-name lookup against a plain scan of the file by fgets and strsep, over random files.
 
-#include "format/code_names.h"
+#include "probe/code_names.h"
 
 #include <chrono>
 #include <cstdio>
@@ -12,7 +12,7 @@
 #include <string>
 #include <thread>
 
-#include "app/settings.h"
+#include "probe/settings.h"
 
 namespace sonaprobe {
 namespace {

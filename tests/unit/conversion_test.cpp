@@ -1,6 +1,6 @@
 // The reader of printf conversions: which it knows, and what it reads of them.
 
-#include "format/conversion.h"
+#include "events/conversion.h"
 
 #include <gtest/gtest.h>
 

@@ -1,7 +1,5 @@
 // Numbers as text: what printf makes of the same values.
 
-#include "format/digits.h"
-
 #include <algorithm>
 #include <cinttypes>
 #include <cstdio>
@@ -10,6 +8,8 @@
 #include <random>
 #include <string>
 #include <vector>
+
+#include "events/number_text.h"
 
 namespace sonaprobe {
 namespace {

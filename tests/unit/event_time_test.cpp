@@ -1,6 +1,6 @@
 // The time text's bookkeeping, its behaviour at the limits of the arithmetic, and spans in seconds.
 
-#include "format/event_time.h"
+#include "lines/event_time.h"
 
 #include <algorithm>
 #include <cinttypes>
@@ -12,11 +12,11 @@
 #include <random>
 #include <string>
 
-#include "app/settings.h"
 #include "captured_output.h"
-#include "format/output_line.h"
-#include "format/prefix.h"
-#include "format/unclassified.h"
+#include "lines/output_line.h"
+#include "lines/prefix.h"
+#include "lines/unclassified.h"
+#include "probe/settings.h"
 
 namespace sonaprobe {
 namespace {

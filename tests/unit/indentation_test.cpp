@@ -9,7 +9,7 @@
 
 // The depth's limit is out of reach for calls alone, each of which prints the depth in blanks, so
 // the test sets the counter itself.
-#include "format/indentation.cpp"  // NOLINT(bugprone-suspicious-include)
+#include "lines/indentation.cpp"  // NOLINT(bugprone-suspicious-include)
 
 namespace sonaprobe {
 namespace {

@@ -1,13 +1,13 @@
 // The output line: text and blanks come out as they went in, however many; lines leave whole.
 
-#include "format/output_line.h"
+#include "lines/output_line.h"
 
 #include <gtest/gtest.h>
 #include <random>
 #include <string>
 
 #include "captured_output.h"
-#include "format/digits.h"
+#include "events/number_text.h"
 
 namespace sonaprobe {
 namespace {

@@ -1,13 +1,13 @@
 // The name column's cut, which no name of the decoders is long enough for.
 
-#include "format/prefix.h"
+#include "lines/prefix.h"
 
 #include <gtest/gtest.h>
 #include <string>
 
-#include "app/settings.h"
 #include "captured_output.h"
-#include "format/output_line.h"
+#include "lines/output_line.h"
+#include "probe/settings.h"
 
 namespace sonaprobe {
 namespace {

@@ -1,6 +1,6 @@
 // Doubles to integers: toward zero, held at the limits, 0 for what is no number.
 
-#include "format/truncate.h"
+#include "record/truncate.h"
 
 #include <gtest/gtest.h>
 #include <limits>

@@ -4,8 +4,8 @@
 
 #include <algorithm>
 
-#include "format/class_table.h"
-#include "format/decoders/decoders.h"
+#include "events/class_table.h"
+#include "events/decoders/decoders.h"
 #include "registry/audio_class_registry.h"
 
 namespace sonaprobe::events {

@@ -7,7 +7,7 @@
 #include <string_view>
 #include <vector>
 
-#include "format/row.h"
+#include "events/decoder.h"
 
 namespace sonaprobe::events {
 

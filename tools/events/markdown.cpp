@@ -16,7 +16,7 @@ namespace {
 constexpr const char* kIntroduction = R"(# Events
 
 Every event that sonaprobe decodes, and every text that it can print for it. This page is made from
-the tables in `src/format/decoders/` by `script/update-generated`; change the tables, not the page.
+the tables in `src/events/decoders/` by `script/update-generated`; change the tables, not the page.
 
 ## How to find an event
 

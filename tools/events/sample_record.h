@@ -6,7 +6,7 @@
 #include <vector>
 
 #include "events/catalog.h"
-#include "trace/trace_record.h"
+#include "record/trace_record.h"
 
 namespace sonaprobe::events {
 

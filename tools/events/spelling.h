@@ -5,7 +5,7 @@
 #include <string>
 
 #include "events/catalog.h"
-#include "format/row.h"
+#include "events/decoder.h"
 
 namespace sonaprobe::events {
 

@@ -6,10 +6,10 @@
 #include <array>
 #include <vector>
 
+#include "record/trace_record.h"
 #include "sim/random.h"
 #include "sim/scenarios.h"
 #include "sim/story.h"
-#include "trace/trace_record.h"
 
 namespace sonaprobe::sim {
 

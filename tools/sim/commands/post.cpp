@@ -6,9 +6,9 @@
 #include <memory>
 
 #include "platform/standin/producer.h"
+#include "record/trace_record.h"
 #include "sim/arguments.h"
 #include "sim/messages.h"
-#include "trace/trace_record.h"
 
 namespace sonaprobe::sim {
 namespace {

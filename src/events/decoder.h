@@ -1,0 +1,123 @@
+// A decoder as data: what the row vocabulary (rows.h) builds while the program is compiled and the
+// interpreter (decode.cpp) reads for each record.
+
+#pragma once
+
+#include <array>
+#include <cstdint>
+#include <span>
+#include <string_view>
+
+#include "events/block_text.h"
+#include "events/conversion.h"
+
+namespace sonaprobe {
+
+// A bit field of one argument word: (word << dropHigh) >> dropLow, sign-extended on demand.
+struct Slice {
+    uint8_t word;          // 1 to 5, as in arg1 to arg5
+    uint8_t dropHigh = 0;  // bits
+    uint8_t dropLow = 0;   // bits
+
+    constexpr bool operator==(const Slice&) const = default;
+    constexpr unsigned bits() const { return 64U - dropLow; }
+};
+
+// How the value of a slice becomes text.
+enum class Reading : uint8_t {
+    nothing,          // the piece is literal text only
+    signedDecimal,    // %d, %lld
+    unsignedDecimal,  // %u, %llu
+    hexadecimal,      // %x, %llx
+    pointer,          // %p: "0x" and hexadecimal digits, "0x0" for zero
+    words,            // %s: one of two words, the first for any value but zero
+    nanoseconds,      // %d.%03d.%03d.%03d
+    fourCharacters,   // %c%c%c%c, bits 24-31 first
+    ticks,            // %f of value / 24.0
+    character,        // %c, the lowest byte
+    seconds,          // %llu of elapsedSeconds(slice, later)
+};
+
+// A stretch of a text's literal characters, then one value.
+struct Piece {
+    uint16_t literalBegin = 0;
+    uint8_t literalLength = 0;
+    Reading reading = Reading::nothing;
+    Slice slice{1};
+    Slice later{1};  // seconds only
+    bool signExtend = false;
+    bool zeroFill = false;
+    bool alternate = false;
+    uint8_t width = 0;
+    uint8_t wordPair = 0;  // words only: which of the row's pairs
+};
+
+// A part of what a decoder keeps for all its rows: characters or pieces.
+struct Stretch {
+    uint16_t begin = 0;
+    uint16_t length = 0;
+};
+
+struct WordPair {
+    Stretch notZero;
+    Stretch zero;
+};
+
+enum class Test : uint8_t { always, equals, notZero };
+
+// What an argument must be for a text to answer.
+struct Condition {
+    Test test = Test::always;
+    Slice slice{1};
+    uint64_t value = 0;
+
+    constexpr bool operator==(const Condition&) const = default;
+};
+
+// Sets of qualifier values, bit n for value n.
+constexpr uint8_t kOnStart = 1U << 1;
+constexpr uint8_t kOnEnd = 1U << 2;
+constexpr uint8_t kOnOther = 1U << 0 | 1U << 3;
+constexpr uint8_t kOnAny = kOnStart | kOnEnd | kOnOther;
+
+// An event (qualifiers is 0: code and name), or one of the texts that follow their event, in the
+// order in which they are asked.
+struct Row {
+    uint32_t code = 0;
+    uint8_t qualifiers = 0;
+    bool verbose = false;  // selected as ever, printed only under --verbose
+    Condition condition;
+    Stretch name;              // "Group::method"
+    uint16_t groupLength = 0;  // of the name
+    Stretch text;
+    Stretch pieces;
+    uint16_t wordPairs = 0;  // where the row's begin
+
+    constexpr bool isEvent() const { return qualifiers == 0; }
+};
+
+// Rows refer to the rest by its place, so that no address in them has to be set when the program
+// starts.
+struct Decoder {
+    uint32_t codeBase;
+    std::string_view group;
+    bool hasObject = true;  // arg1 is the object pointer of the prefix
+    std::span<const Row> rows;
+    const char* characters;
+    const Piece* pieces;
+    const WordPair* wordPairs;
+    std::array<uint16_t, 256> rowAfterEvent{};  // by event number; 0 where there is no such event
+
+    constexpr BlockText text(Stretch stretch) const {
+        return {characters + stretch.begin, stretch.length};
+    }
+
+    constexpr std::span<const Piece> piecesOf(const Row& row) const {
+        return {pieces + row.pieces.begin, row.pieces.length};
+    }
+    constexpr const WordPair& wordsOf(const Row& row, const Piece& piece) const {
+        return wordPairs[row.wordPairs + piece.wordPair];
+    }
+};
+
+}  // namespace sonaprobe

@@ -1,0 +1,35 @@
+// The columns before the LOG text: time, processor, thread, code, direction and indentation, name,
+// object.
+
+#pragma once
+
+#include <cstdint>
+
+#include "events/block_text.h"
+#include "record/trace_record.h"
+
+namespace sonaprobe {
+
+// "Group::method", and how many characters the group has.
+struct EventName {
+    BlockText text;
+    size_t groupLength = 0;
+};
+
+// What the prefix needs of a record.
+struct EventHeader {
+    uint64_t timestamp;
+    uint64_t thread;
+    uint32_t debugid;
+    uint32_t cpuid;
+};
+
+constexpr EventHeader headerOf(const TraceRecord& record) {
+    return {record.timestamp, record.arg5, record.debugid, record.cpuid};
+}
+
+// Puts the prefix on the line being printed, each column ended by a blank, as the settings switch
+// them; an object of 0 has no column. The LOG text follows if the result is true, as it always is.
+bool printEventPrefix(EventHeader header, EventName name, uint64_t object);
+
+}  // namespace sonaprobe

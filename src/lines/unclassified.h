@@ -1,0 +1,16 @@
+// The two layouts for records that no decoder prints: unclassified lines, and --basic.
+
+#pragma once
+
+#include "record/trace_record.h"
+
+namespace sonaprobe {
+
+// An audio code without decoder row ("F-"), or, under --all and --decode, a code of another kind
+// ("U-", or by its name). One line, or none for other codes otherwise.
+void printUnclassifiedRecord(const TraceRecord* record);
+
+// The --basic layout: elapsed and delta microseconds, code or name, the raw words. One line.
+void printBasicRecord(const TraceRecord* record);
+
+}  // namespace sonaprobe

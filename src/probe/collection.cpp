@@ -1,0 +1,123 @@
+// The passes over the kernel's trace buffer.
+
+#include "probe/collection.h"
+
+#include <algorithm>
+#include <cstdlib>
+#include <span>
+#include <unistd.h>
+
+#include "lines/dispatch.h"
+#include "lines/indentation.h"
+#include "probe/fatal_exit.h"
+#include "probe/output.h"
+#include "probe/settings.h"
+#include "probe/signals.h"
+#include "rawfile/raw_writer.h"
+#include "trace/trace_facility.h"
+
+namespace sonaprobe {
+
+namespace {
+
+using platform::KernelBufferInfo;
+
+constexpr useconds_t kPassPeriod = 20'000;  // microseconds
+
+KernelBufferInfo bufferInfo() {
+    KernelBufferInfo info{};
+    getBufferInfo(&info);
+    return info;
+}
+
+// The part of the collection buffer that a kernel buffer of this many entries can fill. A number
+// of entries that makes no sense gives the whole.
+std::span<TraceRecord> roomFor(int32_t entries) {
+    const std::span<TraceRecord> room = collectionBuffer();
+    if (entries < 0) return room;
+    return room.first(std::min(static_cast<size_t>(entries), room.size()));
+}
+
+void restartTracing() {
+    enableTracing(0);
+    enableTracing(1);
+}
+
+void print(const TraceRecord& record) {
+    dispatchRecord(&record);
+    takeSignal();
+}
+
+}  // namespace
+
+void dumpOnceWithAlloc() {
+    const KernelBufferInfo info = bufferInfo();
+    const bool wasLogging = info.nolog != 1;
+    if (wasLogging) enableTracing(0);
+
+    // A negative count is as unallocatable as it looks in 64 bits.
+    const auto entries = static_cast<size_t>(info.entries);
+    size_t bytes;
+    void* const memory = __builtin_mul_overflow(entries, sizeof(TraceRecord), &bytes)
+                             ? nullptr
+                             : std::malloc(std::max(bytes, sizeof(TraceRecord)));
+    if (memory == nullptr) fatalExit("can't allocate memory for tracing info\n");
+    static std::span<TraceRecord> room;  // kept to the end, as the collection buffer is
+    room = {static_cast<TraceRecord*>(memory), entries};
+
+    const TraceRead read = readTrace(room);
+    if (read.result < 0) {
+        if (settings.verbose) printMessage(stdout, "CollectWithAlloc error %d\n", read.result);
+        fatalExit("trace facility failure, KERN_KDREADTR\n");
+    }
+    if (wasLogging) enableTracing(1);
+    if (read.records == 0) fatalExit("trace facility failure, KERN_KDREADTR (no data) \n");
+    for (const TraceRecord& record : room.first(read.records)) print(record);
+    flushOutput();
+}
+
+void collectAndPrint() {
+    const KernelBufferInfo info = bufferInfo();
+    const std::span<TraceRecord> room = roomFor(info.entries);
+    const TraceRead read = readTrace(room);
+    if (read.result < 0) {
+        if (settings.verbose) printMessage(stdout, "CollectTrace error %d\n", read.result);
+        fatalExit(
+            "trace facility failure, KERN_KDREADTR\n"
+            "Try using a larger buffer size with --bufsize.\n");
+    }
+    if (info.flags & platform::kBufferWrapped) {
+        restartTracing();
+        if (settings.verbose) printMessage(stdout, "Buffer has wrapped.\n");
+        resetIndentation();
+    }
+    for (const TraceRecord& record : room.first(read.records)) print(record);
+    flushOutput();
+}
+
+void writeRawRecords(std::FILE* rawFile) {
+    const KernelBufferInfo info = bufferInfo();
+    const std::span<TraceRecord> room = roomFor(info.entries);
+    const TraceRead read = readTrace(room);
+    if (read.result < 0) fatalExit("trace facility failure, KERN_KDREADTR\n");
+    if (info.flags & platform::kBufferWrapped) restartTracing();
+
+    int index = 0;
+    for (const TraceRecord& record : room.first(read.records)) {
+        if (record.debugid == kInvalidMarker) {
+            if (settings.verbose) printMessage(stdout, "Tracepoint %d is invalid.\n", index);
+        } else {
+            storeRecord(rawFile, record);
+            print(record);
+        }
+        ++index;
+    }
+    storeHeldRecords(rawFile);
+}
+
+void sleepBetweenPasses() {
+    const WaitingWindow window;
+    usleep(kPassPeriod);
+}
+
+}  // namespace sonaprobe

@@ -1,0 +1,153 @@
+// The main sequence: checks, options, then the first run mode that applies.
+
+#include <cerrno>
+#include <csignal>
+#include <cstdio>
+#include <cstdlib>
+#include <fcntl.h>
+#include <memory>
+#include <new>
+#include <unistd.h>
+
+#include "lines/output_line.h"
+#include "platform/platform.h"
+#include "probe/audio_flags.h"
+#include "probe/collection.h"
+#include "probe/fatal_exit.h"
+#include "probe/options.h"
+#include "probe/output.h"
+#include "probe/settings.h"
+#include "probe/signals.h"
+#include "rawfile/raw_reader.h"
+#include "rawfile/raw_writer.h"
+#include "trace/trace_facility.h"
+
+namespace sonaprobe {
+
+namespace {
+
+// Descriptors 0 to 2 are in use from the start, so that no data file becomes a standard stream.
+void fillStandardDescriptors() {
+    int file;
+    do {
+        file = openNowhere();
+    } while (file >= 0 && file <= STDERR_FILENO);
+    if (file >= 0) close(file);
+}
+
+// With a reserve, for the cleanup takes memory too.
+void endWhereMemoryRunsOut() {
+    static auto reserve = std::make_unique_for_overwrite<char[]>(1 << 20);
+    std::set_new_handler([] {
+        reserve.reset();
+        fatalExit("Can't allocate memory\n");
+    });
+}
+
+// A pipe that holds many of our pieces: its reader and we wait for each other less often.
+void widenOutputPipe() {
+#ifdef F_SETPIPE_SZ  // Linux alone has it
+    constexpr int kSize = 1 << 20;
+    const int size = fcntl(STDOUT_FILENO, F_GETPIPE_SZ);
+    if (size >= 0 && size < kSize) fcntl(STDOUT_FILENO, F_SETPIPE_SZ, kSize);
+#endif
+}
+
+// Lines go out in large pieces where nobody watches them come: the line's own buffer takes the
+// place of the C library's, which would only copy them. Not under --write, which never flushes:
+// there a larger buffer would keep a reader waiting.
+void gatherOutput() {
+    if (settings.writeRaw || isatty(STDOUT_FILENO) != 0) return;
+    if (std::atexit([] { outputLine.handOver(); }) != 0) return;
+    widenOutputPipe();
+    outputLine.gather();
+    std::setvbuf(stdout, nullptr, _IONBF, 0);
+}
+
+void readTimebase() {
+    mach_timebase_info_data_t timebase{};
+    mach_timebase_info(&timebase);
+    settings.tickDivisor =
+        static_cast<double>(timebase.denom) / static_cast<double>(timebase.numer) * 1000.0;
+}
+
+// Every step may end the program; a signal is taken between two of them.
+void setUpLiveTracing() {
+    setAudioDebugFlags();
+    takeSignal();
+    allocateCollectionBuffer();
+    takeSignal();
+    removeTraceBuffer();
+    takeSignal();
+    setTraceBufferSize(settings.bufferSize);
+    takeSignal();
+    setTraceInterest(settings.interestType);
+    takeSignal();
+    setupTraceBuffer();
+    takeSignal();
+    readTimebase();
+    if (settings.verbose) printBufferInfo();
+    takeSignal();
+    enableTracing(1);
+    takeSignal();
+}
+
+[[noreturn]] void printForEver() {
+    for (;;) {
+        collectAndPrint();
+        sleepBetweenPasses();
+    }
+}
+
+[[noreturn]] void writeForEver() {
+    settings.rawFile = std::fopen(settings.rawPath, "wb+");
+    if (settings.rawFile == nullptr) fatalExit("Can't open file!\n");
+    writeDivisorRecord(settings.rawFile);
+    for (;;) {
+        writeRawRecords(settings.rawFile);
+        sleepBetweenPasses();
+    }
+}
+
+int run(int argc, char** argv) {
+    settings.programName = argv[0] != nullptr ? argv[0] : "sonaprobe";
+    if (geteuid() != 0) {
+        std::fprintf(stderr, "'%s' must be run as root.\n", settings.programName);
+        return EXIT_FAILURE;
+    }
+    if (reexec_to_match_kernel() != 0) {
+        std::fprintf(stderr, "Could not re-execute to match kernel architecture. (Error %d)\n",
+                     errno);
+        return EXIT_FAILURE;
+    }
+    fillStandardDescriptors();
+    endWhereMemoryRunsOut();
+    parseOptions(argc, argv);
+    gatherOutput();
+
+    if (settings.dumpOnce) {
+        dumpOnceWithAlloc();
+        return EXIT_SUCCESS;
+    }
+    installSignalHandlers();
+    if (settings.readRaw) {
+        readRawFile(settings.rawPath);
+        beginEnding();
+        return EXIT_SUCCESS;
+    }
+    endOnBrokenPipe();
+    std::signal(SIGXFSZ, SIG_IGN);  // a file that grows too large is a failed write like others
+    setUpLiveTracing();
+    if (settings.noLog) {
+        beginEnding();
+        return EXIT_SUCCESS;
+    }
+    if (settings.writeRaw) writeForEver();
+    printForEver();
+}
+
+}  // namespace
+
+}  // namespace sonaprobe
+
+int main(int argc, char** argv) { return sonaprobe::run(argc, argv); }

@@ -1,0 +1,9 @@
+// The settings record's storage.
+
+#include "probe/settings.h"
+
+namespace sonaprobe {
+
+constinit Settings settings;
+
+}  // namespace sonaprobe

@@ -1,0 +1,103 @@
+// Signal handling: noting, the waiting windows, and the timer that breaks off waiting writes.
+
+#include "probe/signals.h"
+
+#include <cerrno>
+#include <sys/time.h>
+#include <unistd.h>
+
+#include "probe/fatal_exit.h"
+#include "probe/output.h"
+#include "probe/settings.h"
+
+namespace sonaprobe {
+
+namespace signals {
+
+volatile std::sig_atomic_t noted = 0;
+volatile std::sig_atomic_t windowOpen = 0;
+
+namespace {
+
+volatile std::sig_atomic_t ending = 0;
+volatile std::sig_atomic_t timerStarted = 0;
+volatile std::sig_atomic_t timerTicks = 0;
+bool brokenPipeEnds = false;
+
+// signal() restarts a write that waits; the timer's signal does not.
+void startBreakOffTimer() {
+    if (timerStarted != 0) return;
+    timerStarted = 1;
+    constexpr timeval kPeriod{.tv_sec = 0, .tv_usec = 300'000};
+    constexpr itimerval kTimer{.it_interval = kPeriod, .it_value = kPeriod};
+    setitimer(ITIMER_REAL, &kTimer, nullptr);
+}
+
+constexpr int kPatience = 2;  // ticks
+
+// To be called at all breaks off a write that waits.
+extern "C" void breakOff(int) {
+    const int savedErrno = errno;
+    if (timerStarted != 0 && timerTicks <= kPatience) {
+        timerTicks = timerTicks + 1;
+        if (timerTicks == kPatience) giveUpStream(STDOUT_FILENO);
+        if (timerTicks > kPatience) giveUpStream(STDERR_FILENO);
+    }
+    errno = savedErrno;
+}
+
+extern "C" void onSignal(int number) {
+    const int savedErrno = errno;
+    startBreakOffTimer();
+    if (ending == 0) {
+        if (noted == 0) noted = number;
+        if (windowOpen != 0) end();
+    }
+    errno = savedErrno;
+}
+
+}  // namespace
+
+void end() {
+    ending = 1;
+    windowOpen = 0;
+    if (settings.verbose && noted != SIGPIPE) {
+        printMessage(stdout, "Quiting on signal %d\n", static_cast<int>(noted));
+    }
+    fatalExit(nullptr);
+}
+
+}  // namespace signals
+
+void installSignalHandlers() {
+    struct sigaction action {};
+    action.sa_handler = signals::breakOff;  // no SA_RESTART
+    sigaction(SIGALRM, &action, nullptr);
+    sigset_t handled;
+    sigemptyset(&handled);
+    sigaddset(&handled, SIGALRM);
+    for (const int number : {SIGINT, SIGQUIT, SIGHUP, SIGTERM}) {
+        std::signal(number, signals::onSignal);
+        sigaddset(&handled, number);
+    }
+    sigprocmask(SIG_UNBLOCK, &handled, nullptr);
+}
+
+void endOnBrokenPipe() {
+    std::signal(SIGPIPE, SIG_IGN);
+    signals::brokenPipeEnds = true;
+}
+
+void beginEnding() { signals::ending = 1; }
+
+bool isEnding() { return signals::ending != 0 || signals::noted != 0; }
+
+bool isOutOfTime() { return signals::timerTicks >= signals::kPatience; }
+
+void noteBrokenPipe() {
+    if (!signals::brokenPipeEnds || isEnding()) return;
+    signals::noted = SIGPIPE;
+    signals::startBreakOffTimer();
+}
+
+}  // namespace sonaprobe
