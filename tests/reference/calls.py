@@ -107,7 +107,7 @@ def read(data, point_codes):
         call = stacks[thread].pop()
         call.how, call.end_time, call.end_slot = how, time, slot
         if call.parent is not None:
-            call.parent.inside += call.time
+            call.parent.inside = min(call.parent.inside + call.time, LATEST)
 
     def close_all(how, time, slot):
         for thread, stack in stacks.items():
