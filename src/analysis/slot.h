@@ -6,7 +6,7 @@
 #include <cstdint>
 #include <span>
 
-#include "trace/trace_record.h"
+#include "record/trace_record.h"
 
 namespace sonaprobe {
 

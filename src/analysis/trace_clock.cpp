@@ -9,57 +9,75 @@ namespace sonaprobe {
 
 namespace {
 
-__extension__ using Wide = __int128;
-
-constexpr uint64_t kMicrosecondsPerSecond = 1'000'000;
-
-Nanoseconds saturated(Wide value) {
-    constexpr Wide kLeast = std::numeric_limits<Nanoseconds>::min();
-    constexpr Wide kMost = std::numeric_limits<Nanoseconds>::max();
-    return static_cast<Nanoseconds>(std::clamp(value, kLeast, kMost));
-}
+constexpr Nanoseconds kSecond = 1'000'000'000;
 
 }  // namespace
 
+Nanoseconds saturated(Wide nanoseconds) {
+    constexpr Wide kLeast = std::numeric_limits<Nanoseconds>::min();
+    constexpr Wide kMost = std::numeric_limits<Nanoseconds>::max();
+    return static_cast<Nanoseconds>(std::clamp(nanoseconds, kLeast, kMost));
+}
+
 Nanoseconds nanosecondsOf(uint64_t laterTick, uint64_t earlierTick, uint64_t ticksPerMicrosecond) {
-    const Wide ticks = Wide{laterTick} - Wide{earlierTick};
-    return saturated(ticks * 1000 / Wide{ticksPerMicrosecond});
+    const bool forward = laterTick >= earlierTick;
+    const uint64_t ticks = forward ? laterTick - earlierTick : earlierTick - laterTick;
+    // Rounding down is away from 0 where the result is below it.
+    const uint64_t rest = forward ? 0 : ticksPerMicrosecond - 1;
+    constexpr uint64_t kHalf = std::numeric_limits<uint64_t>::max() / 2;
+    // A division of 64 bits is several times as fast.
+    const Wide length = ticks < kHalf / 1000 && rest < kHalf
+                            ? Wide{(ticks * 1000 + rest) / ticksPerMicrosecond}
+                            : (Wide{ticks} * 1000 + rest) / ticksPerMicrosecond;
+    return saturated(forward ? length : -length);
 }
 
-void TraceClock::takeDivisor(uint64_t ticksPerMicrosecond) {
-    if (ticksPerMicrosecond == 0) return;
+bool TraceClock::takeDivisor(uint64_t ticksPerMicrosecond) {
+    if (ticksPerMicrosecond == 0) return false;
     divisorKnown_ = true;
-    if (ticksPerMicrosecond == divisor_) return;
+    if (ticksPerMicrosecond == divisor_) return false;
     divisor_ = ticksPerMicrosecond;
-    divisorChanged_ = begun_;
+    anchored_ = false;
+    return true;
 }
 
-bool TraceClock::stepsBack(const TraceRecord& record) const {
-    const auto last = lastTickOfThread_.find(record.arg5);
-    if (last != lastTickOfThread_.end() && record.timestamp < last->second) return true;
-    return record.timestamp < latestTick_ &&
-           Wide{latestTick_ - record.timestamp} > Wide{divisor_} * kMicrosecondsPerSecond;
+uint32_t TraceClock::threadOf(uint64_t id) {
+    if (lastThread_ < threads_.size() && threads_[lastThread_].id == id) return lastThread_;
+    const auto [found, isNew] = threadById_.try_emplace(id, static_cast<uint32_t>(threads_.size()));
+    if (isNew) threads_.push_back({id, std::numeric_limits<Nanoseconds>::min()});
+    lastThread_ = found->second;
+    return lastThread_;
+}
+
+Nanoseconds TraceClock::timeOf(uint64_t tick) {
+    if (!anchored_) {
+        anchorTick_ = tick;
+        anchor_ = latest_;
+        anchored_ = true;
+    }
+    return saturated(Wide{anchor_} + nanosecondsOf(tick, anchorTick_, divisor_));
 }
 
 TraceClock::Reading TraceClock::read(const TraceRecord& record) {
-    const uint64_t tick = record.timestamp;
     if (!divisorKnown_) assumedDivisor_ = true;
-    const Nanoseconds latestBefore = latest_;
-    const bool restarts = begun_ && (divisorChanged_ || stepsBack(record));
-    if (!begun_ || restarts) {
-        if (restarts) base_ = latest_;
-        baseTick_ = tick;
-        latestTick_ = tick;
-        lastTickOfThread_.clear();
-        begun_ = true;
-        divisorChanged_ = false;
+    Reading reading{.time = timeOf(record.timestamp),
+                    .thread = threadOf(record.arg5),
+                    .restarted = false,
+                    .latestBefore = latest_};
+    Nanoseconds& last = threads_[reading.thread].last;
+    if (reading.time < latest_) {
+        if (reading.time < last || reading.time < latest_ - kSecond) {
+            ++stepsBack_;
+            anchored_ = false;
+            reading.restarted = true;
+            reading.time = timeOf(record.timestamp);
+        } else {
+            ++disordered_;
+        }
     }
-    lastTickOfThread_[record.arg5] = tick;
-    latestTick_ = std::max(latestTick_, tick);
-    const Nanoseconds time =
-        saturated(Wide{base_} + Wide{nanosecondsOf(tick, baseTick_, divisor_)});
-    latest_ = std::max(latest_, time);
-    return {time, restarts, latestBefore};
+    last = reading.time;
+    latest_ = std::max(latest_, reading.time);
+    return reading;
 }
 
 }  // namespace sonaprobe

@@ -10,7 +10,7 @@
 
 #include "scope/byte_source.h"
 #include "scope/progress.h"
-#include "trace/trace_record.h"
+#include "record/trace_record.h"
 
 namespace sonaprobe::scope {
 

@@ -14,7 +14,7 @@
 #include "scope/failure.h"
 #include "scope/pager.h"
 #include "scope/progress.h"
-#include "trace/trace_record.h"
+#include "record/trace_record.h"
 
 namespace sonaprobe::scope {
 
