@@ -22,8 +22,8 @@ struct Piece;
 // What a record must be; what is empty asks nothing. Of several drivers, methods, threads,
 // processors or objects one is enough.
 struct Criteria {
-    std::optional<Nanoseconds> from;   // included
-    std::optional<Nanoseconds> to;     // not included
+    std::optional<Nanoseconds> from;            // included
+    std::optional<Nanoseconds> to;              // not included
     std::optional<Nanoseconds> aroundDropouts;  // before and after each
     std::vector<std::string> drivers;  // "OrvelHDADriver", "hdad", "kAudioTOrvelHDADriver", "21"
     std::vector<std::string> methods;  // "enable", "OrvelHDAPath::enable", "0x05245C0C"

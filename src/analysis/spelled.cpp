@@ -14,8 +14,8 @@ struct Unit {
 };
 // Micro may be spelled with either of its two characters.
 constexpr Unit kUnits[] = {
-    {"ns", 1},          {"us", 1000},         {"\u00B5s", 1000},         {"\u03BCs", 1000},
-    {"ms", 1'000'000},  {"s", 1'000'000'000}, {"min", 60'000'000'000}, {"h", 3'600'000'000'000},
+    {"ns", 1},         {"us", 1000},         {"\u00B5s", 1000},       {"\u03BCs", 1000},
+    {"ms", 1'000'000}, {"s", 1'000'000'000}, {"min", 60'000'000'000}, {"h", 3'600'000'000'000},
 };
 
 constexpr bool isDigit(char character) { return character >= '0' && character <= '9'; }

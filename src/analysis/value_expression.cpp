@@ -158,9 +158,7 @@ class ExpressionParser {
         while (at_ < text_.size() && isBlank(text_[at_])) ++at_;
     }
 
-    bool peek(std::string_view spelling) const {
-        return text_.substr(at_).starts_with(spelling);
-    }
+    bool peek(std::string_view spelling) const { return text_.substr(at_).starts_with(spelling); }
 
     bool take(std::string_view spelling) {
         skipBlanks();

@@ -9,7 +9,7 @@ CallView::Thread& CallView::threadOf(uint32_t number) {
     return threads_[number];
 }
 
-uint32_t CallView::opened(const Call& call, const Call*) {
+uint32_t CallView::opened(const TraceRecord&, const Call& call, const Call*) {
     place_.depth = call.depth;
     placed_ = true;
     threadOf(call.thread).open = call.depth + 1;

@@ -3,9 +3,8 @@
 
 #pragma once
 
-#include <string>
-
 #include <nlohmann/json.hpp>
+#include <string>
 
 #include "scope/output.h"
 

@@ -8,7 +8,7 @@
 #include "events/log_text.h"
 #include "scope/call_view.h"
 #include "scope/escape.h"
-#include "scope/event_names.h"
+#include "scope/event_text.h"
 #include "scope/failure.h"
 #include "scope/json.h"
 #include "scope/styled_line.h"
@@ -90,8 +90,8 @@ class LineView {
         made_.addRight(timeColumn(line.time), kTimeWidth);
         made_.add(" ");
         const std::string since = place.first ? "" : "+" + durationText(place.sinceLast);
-        made_.addRight(place.sinceLast < 0 ? durationText(place.sinceLast) : since,
-                       kSinceWidth + 1, {Tone::dim});
+        made_.addRight(place.sinceLast < 0 ? durationText(place.sinceLast) : since, kSinceWidth + 1,
+                       {Tone::dim});
         made_.add(" ");
         made_.addRight(shortWordText(record.arg5), kThreadWidth, {Tone::dim});
         if (whole || out_->width() >= kShowsCpu) {

@@ -5,7 +5,7 @@
 #include "analysis/slot.h"
 #include "lines/line_printer.h"
 #include "registry/audio_class_registry.h"
-#include "scope/event_names.h"
+#include "scope/event_text.h"
 
 namespace sonaprobe::scope {
 
@@ -75,9 +75,10 @@ void addPlainOptions(CLI::App& app, PlainOptions& options, CLI::Option* plain) {
 void printPlainLines(Input& input, const Selection& selection, const TraceOptions& trace,
                      const PlainOptions& options, Output& out) {
     const CodeNames names = readCodeNames(options.decodeFile);
-    OutputLine line({.write = [](void* output, const char* text, size_t length) {
-                         static_cast<Output*>(output)->write({text, length});
-                     },
+    OutputLine line({.write =
+                         [](void* output, const char* text, size_t length) {
+                             static_cast<Output*>(output)->write({text, length});
+                         },
                      .context = &out});
     LinePrinter printer(lineOptionsOf(options), line,
                         options.decodeFile.empty() ? NameLookup{} : names.lookup());
@@ -98,7 +99,8 @@ void printPlainLines(Input& input, const Selection& selection, const TraceOption
                 }
                 if (kindOf(slot) != SlotKind::record) continue;
                 const Nanoseconds time = clock.read(slot).time;
-                if (selection.contains(slot, at, trace.kernelTime ? clock.kernelTime(slot) : time)) {
+                if (selection.contains(slot, at,
+                                       trace.kernelTime ? clock.kernelTime(slot) : time)) {
                     printer.print(slot);
                 }
             }

@@ -2,10 +2,9 @@
 
 #pragma once
 
+#include <CLI/CLI.hpp>
 #include <string>
 #include <vector>
-
-#include <CLI/CLI.hpp>
 
 #include "analysis/selection.h"
 #include "lines/line_options.h"

@@ -79,11 +79,12 @@ std::string bashCompletion(std::span<const CommandWords> commands) {
             text += "                " + joined(option.names, " | ") + ") " +
                     bashReplyOf(option.value) + "; return ;;\n";
         }
-        text += "            esac\n            if [[ $current == -* ]]; then\n"
-                "                COMPREPLY=($(compgen -W " +
-                quoted(joined(names)) + " -- \"$current\"))\n            else\n                " +
-                (command.operands.empty() ? ":" : bashReplyOf(command.operands.front())) +
-                "\n            fi\n            ;;\n";
+        text +=
+            "            esac\n            if [[ $current == -* ]]; then\n"
+            "                COMPREPLY=($(compgen -W " +
+            quoted(joined(names)) + " -- \"$current\"))\n            else\n                " +
+            (command.operands.empty() ? ":" : bashReplyOf(command.operands.front())) +
+            "\n            fi\n            ;;\n";
     }
     return text + "    esac\n} && complete -F _sonascope sonascope\n";
 }
@@ -142,7 +143,8 @@ std::string zshCompletion(std::span<const CommandWords> commands) {
             }
         }
         for (const std::string& operand : command.operands) {
-            text += "                " + quoted("*:" + operand + ":" + zshAction(operand)) + " \\\n";
+            text +=
+                "                " + quoted("*:" + operand + ":" + zshAction(operand)) + " \\\n";
         }
         text += "                && return\n            ;;\n";
     }
@@ -159,14 +161,13 @@ std::string fishCompletion(std::span<const CommandWords> commands) {
         text += "set -g __sonascope_" + kind + " " + joined(wordsOfKind(kind)) + "\n";
     }
     for (const CommandWords& command : commands) {
-        const std::string begin = "complete -c sonascope -n '__fish_seen_subcommand_from " +
-                                  command.name + "'";
+        const std::string begin =
+            "complete -c sonascope -n '__fish_seen_subcommand_from " + command.name + "'";
         text += "complete -c sonascope -n __fish_use_subcommand -a " + command.name + " -d " +
                 quoted(command.help) + "\n";
         const auto valueOf = [](const std::string& kind) {
             if (isPath(kind)) return std::string(" -F");
-            return wordsOfKind(kind).empty() ? std::string()
-                                             : " -a \"$__sonascope_" + kind + "\"";
+            return wordsOfKind(kind).empty() ? std::string() : " -a \"$__sonascope_" + kind + "\"";
         };
         for (const OptionWords& option : command.options) {
             text += begin;

@@ -42,8 +42,8 @@ std::vector<CommandWords> commandWords() {
     const CommandLine line = makeCommandLine();
     std::vector<CommandWords> all;
     for (const Command& command : commands()) {
-        CommandWords words{.name = command.name, .help = command.summary, .options = {},
-                           .operands = {}};
+        CommandWords words{
+            .name = command.name, .help = command.summary, .options = {}, .operands = {}};
         for (const CLI::Option* const option :
              line.app->get_subcommand(command.name)->get_options()) {
             if (option->get_positional()) {
