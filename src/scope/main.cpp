@@ -40,12 +40,15 @@ void checkCommand(const char* given) {
 std::string nearestOptions(const CLI::App& app) {
     const CLI::App* const chosen = app.get_subcommands().empty() ? &app : app.get_subcommands()[0];
     const std::vector<std::string> left = chosen->remaining();
+    const auto given = std::ranges::find_if(
+        left, [](const std::string& argument) { return argument.starts_with("--"); });
+    if (given == left.end()) return {};
     std::vector<std::string> names;
     for (const CLI::Option* const option : chosen->get_options()) {
         for (const std::string& name : option->get_lnames()) names.push_back("--" + name);
     }
     const std::vector<std::string_view> views(names.begin(), names.end());
-    return left.empty() ? "" : nearestPhrase(left.front(), views);
+    return nearestPhrase(given->substr(0, given->find('=')), views);
 }
 
 Status run(int argc, char** argv) {

@@ -136,6 +136,8 @@ def test_a_full_disk_leaves_no_file(trace, new):
 
 def test_ctrl_c_leaves_no_file(trace, new):
     with started(BUILD / "sonascope", "cut", "-", "-o", new, stdin=subprocess.PIPE) as process:
+        process.stdin.write(trace.read_bytes() * 20)
+        process.stdin.flush()
         wait_until(lambda: os.listdir(new.parent))
         process.send_signal(signal.SIGINT)
         assert process.wait() == -signal.SIGINT

@@ -32,7 +32,8 @@ def test_a_line_says_when_where_and_how_long(trace):
         "End - result: 0xe00002bc",
         "   0.001 000   +500 µs       0xa5  0  <- OrvelHDAPath::enable (0x10)  [1.00 ms]  "
         "End - stream: 0x0 channelID: 0 result: 0x00000000",
-        "   0.001 500                 0xb6  0     OrvelHDAPath::enable (0x10)",
+        "   0.001 500                 0xb6  0     OrvelHDAPath::enable (0x10)  "
+        "sampleRate: 0 bitsPerSample: 0 channelCount: 0 sampleFormat: 0x00000000",
     ]
 
 
