@@ -1,7 +1,9 @@
 // sonascope: answers from a raw trace file, for anybody.
 
 #include <algorithm>
+#include <fcntl.h>
 #include <new>
+#include <unistd.h>
 
 #include "analysis/nearest.h"
 #include "scope/command_line.h"
@@ -24,6 +26,15 @@ Status runCommand(CommandLine& line) {
         if (chosen->get_name() == commands()[i].name) return line.runs[i]();
     }
     return Status::trouble;
+}
+
+// A standard stream that is closed must not become a data file's descriptor.
+void fillStandardDescriptors() {
+    int file;
+    do {
+        file = open("/dev/null", O_RDONLY | O_CLOEXEC);
+    } while (file >= 0 && file <= STDERR_FILENO);
+    if (file >= 0) close(file);
 }
 
 // CLI11 takes a mistyped command for an operand.
@@ -52,6 +63,7 @@ std::string nearestOptions(const CLI::App& app) {
 }
 
 Status run(int argc, char** argv) {
+    fillStandardDescriptors();
     CommandLine line = makeCommandLine();
     try {
         checkCommand(argc > 1 ? argv[1] : nullptr);

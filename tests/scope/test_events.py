@@ -1,9 +1,8 @@
 """events: the reference in the terminal."""
 
-import json
-
 import pytest
 
+from schemas import valid
 from scope import scope
 
 
@@ -31,10 +30,11 @@ def test_all_words_must_be_there():
 
 def test_without_words_all_events_are_listed():
     assert sum(line.startswith("0x") for line in found()) == 585
+    assert len(valid("events", scope("events", "--json").stdout)["events"]) == 585
 
 
 def test_json_has_the_texts_with_their_values():
-    [event] = json.loads(scope("events", "0x05245C0C", "--json").stdout)["events"]
+    [event] = valid("events", scope("events", "0x05245C0C", "--json").stdout)["events"]
     assert (event["code"], event["name"], event["class"]) == (
         "0x05245C0C", "OrvelHDAPath::enable", "23")
     assert event["texts"][0] == {
