@@ -329,6 +329,7 @@ consteval Entry textEntry(uint8_t qualifiers, Condition condition, const char* f
             }
             const std::string_view words = text.substr(literalBegin, at - literalBegin);
             const std::string_view name = argument.name.empty() ? nameBefore(words) : argument.name;
+            if (name.empty()) refuse("a value without a name");
             add(fitted.piece, at, name);
             at += fitted.length;
         }

@@ -1,32 +1,11 @@
-// What an event's values are called, and which events tell of a failure.
+// Which events tell of a failure.
 
 #include "events/event.h"
 
 #include <gtest/gtest.h>
-#include <vector>
-
-#include "events/class_table.h"
-#include "events/decoders/decoders.h"
 
 namespace sonaprobe {
 namespace {
-
-TEST(EventTest, EveryValueHasAName) {
-    std::vector<const Decoder*> decoders(kClassTable.begin(), kClassTable.end());
-    decoders.push_back(&decoders::kAudioServer);
-    size_t values = 0;
-    for (const Decoder* decoder : decoders) {
-        if (decoder == nullptr) continue;
-        for (const Row& row : decoder->rows) {
-            for (const Piece& piece : decoder->piecesOf(row)) {
-                if (piece.reading == Reading::nothing) continue;
-                ++values;
-                EXPECT_NE(decoder->nameOf(piece), "") << decoder->text(row.text).view();
-            }
-        }
-    }
-    EXPECT_GT(values, 4000U);
-}
 
 struct Case {
     const char* what;
