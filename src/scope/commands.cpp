@@ -9,6 +9,7 @@ namespace {
 constexpr Command kCommands[] = {
     {"lines", "print the records as lines", setUpLines},
     {"stats", "where the time goes: calls and their times", setUpStats},
+    {"tree", "who calls whom, with counts and times", setUpTree},
 };
 
 }  // namespace

@@ -4,7 +4,6 @@
 
 #include <algorithm>
 #include <array>
-#include <cinttypes>
 
 #include "analysis/event_names.h"
 #include "scope/event_text.h"
@@ -65,12 +64,6 @@ constexpr std::array kColumns{
     StatisticsColumn{"unfinished-self", "unfinished self", Measure::duration, 150,
                      [](CallGroup& g) -> Number { return g.unfinishedSelf; }, true},
 };
-
-std::string threadText(uint64_t id) {
-    char text[24];
-    std::snprintf(text, sizeof text, "0x%08" PRIx64, id);
-    return text;
-}
 
 std::string objectText(const GroupKey& key) {
     return key.hasObject ? wordText(key.object) : "no object";
@@ -153,19 +146,11 @@ void StatisticsTable::sortBy(size_t column) {
     });
 }
 
-// Columns that say nothing are left out on a terminal.
-bool StatisticsTable::tells(size_t column) const {
-    return std::ranges::any_of(rows_,
-                               [column](const auto& row) { return row.numbers[column] > 0; });
-}
-
 void StatisticsTable::print(Output& out, size_t top) const {
-    std::vector<size_t> shown;
     std::vector<Column> columns;
-    for (size_t i = 0; i < kColumns.size(); ++i) {
-        if (out.terminal() && !tells(i)) continue;
-        shown.push_back(i);
-        columns.push_back({kColumns[i].head, Align::right, kColumns[i].shownFrom});
+    for (const StatisticsColumn& column : kColumns) {
+        columns.push_back(
+            {.head = column.head, .shownFrom = column.shownFrom, .mayBeLeftOut = true});
     }
     const std::vector<Column> nameColumns = nameColumnsOf(by_);
     columns.insert(columns.end(), nameColumns.begin(), nameColumns.end());
@@ -174,30 +159,32 @@ void StatisticsTable::print(Output& out, size_t top) const {
     const size_t printed = top == 0 ? rows_.size() : std::min(top, rows_.size());
     for (const StatisticsRow& row : std::span(rows_).first(printed)) {
         std::vector<Cell> cells;
-        for (const size_t i : shown) cells.push_back(cellOf(kColumns[i].measure, row.numbers[i]));
+        for (size_t i = 0; i < kColumns.size(); ++i) {
+            cells.push_back(cellOf(kColumns[i].measure, row.numbers[i]));
+        }
         for (Cell& name : namesOf(row.key, by_, *clock_)) cells.push_back(std::move(name));
         table.add(std::move(cells));
     }
-    if (printed < rows_.size()) table.add(tailCells(shown, printed, nameColumns.size()));
+    if (printed < rows_.size()) {
+        std::vector<Cell> cells = sumsAfter(printed);
+        cells.resize(columns.size() - 1, "");
+        cells.emplace_back(countText(rows_.size() - printed) + " more: --top 0", Style{Tone::dim});
+        table.add(std::move(cells));
+    }
     table.print(out);
 }
 
 // All rows after the first `printed` in one.
-std::vector<Cell> StatisticsTable::tailCells(const std::vector<size_t>& shown, size_t printed,
-                                             size_t nameCells) const {
-    const std::span<const StatisticsRow> tail = std::span(rows_).subspan(printed);
-    constexpr Style kDim{Tone::dim};
+std::vector<Cell> StatisticsTable::sumsAfter(size_t printed) const {
     std::vector<Cell> cells;
-    for (const size_t i : shown) {
+    for (size_t i = 0; i < kColumns.size(); ++i) {
         int64_t sum = 0;
-        for (const StatisticsRow& row : tail)
+        for (const StatisticsRow& row : std::span(rows_).subspan(printed)) {
             sum = saturated(Wide{sum} + row.numbers[i].value_or(0));
-        Cell cell = kColumns[i].sums ? cellOf(kColumns[i].measure, sum) : "";
-        cell.style = kDim;
-        cells.push_back(std::move(cell));
+        }
+        Cell& cell = cells.emplace_back(kColumns[i].sums ? cellOf(kColumns[i].measure, sum) : "");
+        cell.style = {Tone::dim};
     }
-    cells.resize(shown.size() + nameCells - 1, "");
-    cells.emplace_back(countText(tail.size()) + " more: --top 0", kDim);
     return cells;
 }
 

@@ -48,9 +48,7 @@ class StatisticsTable {
     Json toJson(size_t top) const;
 
   private:
-    bool tells(size_t column) const;
-    std::vector<Cell> tailCells(const std::vector<size_t>& shown, size_t printed,
-                                size_t nameCells) const;
+    std::vector<Cell> sumsAfter(size_t printed) const;
 
     GroupBy by_;
     const TraceClock* clock_;

@@ -1,0 +1,105 @@
+// sonascope tree: who calls whom.
+
+#include <map>
+
+#include "scope/event_lookup.h"
+#include "scope/event_text.h"
+#include "scope/options.h"
+#include "scope/records.h"
+#include "scope/tree_view.h"
+#include "scope/units.h"
+
+namespace sonaprobe::scope {
+
+namespace {
+
+constexpr size_t kTopOnTerminal = 30;
+
+struct Options {
+    TraceOptions trace;
+    OutputOptions output;
+    CallTree::Threads threads = CallTree::Threads::merged;
+    std::string path;
+    uint32_t depth = 24;
+    double least = 0;  // percent
+    std::optional<size_t> top;
+};
+
+class Sink : public CallSink {
+  public:
+    explicit Sink(CallTree::Threads threads) : tree(threads) {}
+
+    uint32_t opened(const TraceRecord&, const Call& call, const Call* parent) override {
+        return tree.open(call, parent == nullptr ? CallNode::kNone : parent->tag);
+    }
+    void closed(const Call& call, const Call*, const Closing& closing) override {
+        tree.close(call, closing);
+    }
+    void point(const TraceRecord&, const Moment&) override {}
+    void orphanEnd(const TraceRecord&, const Moment&) override {}
+
+    CallTree tree;
+};
+
+Status run(const Options& options) {
+    const std::vector<uint32_t> codes =
+        options.path.empty() ? std::vector<uint32_t>() : codesNamed(options.path, "--path");
+    Input input(options.trace.path);
+    Output out(options.output);
+    Sink sink(options.threads);
+    CallTracker tracker(sink);
+    trackCalls(input, tracker, [](const TraceRecord&, const Moment&) {});
+
+    const bool forPeople = out.terminal() && !out.json();
+    const TreeLimits limits{.depth = options.depth,
+                            .least = options.least / 100,
+                            .top = options.top.value_or(forPeople ? kTopOnTerminal : 0)};
+    Json document{{"schema", schemaName("tree")}};
+    const auto tell = [&](const char* key, const char* head, const CallTree& tree) {
+        const TreeView view(tree, tracker.clock(), limits);
+        if (out.json()) {
+            document[key] = view.toJson();
+        } else {
+            if (head != nullptr) out.line(out.styled(head, {Tone::head}));
+            view.print(out);
+        }
+    };
+    if (codes.empty()) {
+        tell("tree", nullptr, sink.tree);
+    } else {
+        tell("callers", "Callers, the nearest first:", sink.tree.callersOf(codes, options.depth));
+        if (!out.json()) out.line("");
+        tell("callees", "Calls inside:", sink.tree.calleesOf(codes));
+    }
+    if (out.json()) printJson(out, document);
+    out.finish();
+    return Status::done;
+}
+
+const std::map<std::string, CallTree::Threads> kThreads{{"all", CallTree::Threads::merged},
+                                                        {"thread", CallTree::Threads::apart}};
+
+}  // namespace
+
+Run setUpTree(CLI::App& app) {
+    const auto options = std::make_shared<Options>();
+    addTraceOptions(app, options->trace);
+    app.add_option("--by", options->threads,
+                   "one tree over all threads, or one for each: all, thread")
+        ->transform(CLI::CheckedTransformer(kThreads).description(""))
+        ->type_name("WHAT");
+    app.add_option("--path", options->path, "who calls this method, and what it calls")
+        ->type_name("EVENT");
+    app.add_option("--depth", options->depth, "levels to show; 24 if not given")->type_name("N");
+    app.add_option("--min", options->least, "show what has at least this percentage of the time")
+        ->type_name("PERCENT");
+    app.add_option("--top", options->top, "rows to show, 0 for all; on a terminal 30")
+        ->type_name("N");
+    addOutputOptions(app, options->output);
+    addExamples(app,
+                "  sonascope tree trace.raw --min 1\n"
+                "  sonascope tree trace.raw --path OrvelHDAPath::enable\n");
+    return [options] { return run(*options); };
+}
+
+}  // namespace sonaprobe::scope
