@@ -36,15 +36,15 @@ uint32_t CallTree::open(const Call& call, uint32_t parent) {
     return nodeOf(parent, call.code, call.thread);
 }
 
-void CallTree::close(const Call& call, const Closing& closing) {
+void CallTree::close(const Call& call, const Closing& closing, uint32_t node) {
     const CallNode one{.calls = 1,
                        .cutOff = closing.how == CallEnd::cutOff ? 1U : 0U,
                        .unfinished = closing.how == CallEnd::unfinished ? 1U : 0U,
                        .time = closing.lengthOf(call),
                        .self = closing.selfOf(call)};
-    nodes_[call.tag].add(one);
+    nodes_[node].add(one);
     if (threads_ == Threads::apart && call.depth == 0) {
-        CallNode& thread = nodes_[nodes_[call.tag].parent];
+        CallNode& thread = nodes_[nodes_[node].parent];
         thread.add(one);
         thread.self = 0;
     }

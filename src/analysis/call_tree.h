@@ -39,11 +39,11 @@ class CallTree {
 
     explicit CallTree(Threads threads = Threads::merged) : threads_(threads) {}
 
-    // For CallSink::opened(), with the tag of the call around it, or kNone: the call's tag.
+    // For CallSink::opened(), with the node of the call around it, or kNone: the call's node.
     uint32_t open(const Call& call, uint32_t parent);
 
-    // For CallSink::closed().
-    void close(const Call& call, const Closing& closing);
+    // For CallSink::closed(), with the call's node.
+    void close(const Call& call, const Closing& closing, uint32_t node);
 
     // Parents stand before their children.
     const std::vector<CallNode>& nodes() const { return nodes_; }

@@ -13,10 +13,6 @@ constexpr char lower(char letter) {
     return letter >= 'A' && letter <= 'Z' ? static_cast<char>(letter - 'A' + 'a') : letter;
 }
 
-bool holds(std::string_view name, std::string_view part) {
-    return !std::ranges::search(name, part, {}, lower, lower).empty();
-}
-
 // How many letters to change, insert or leave out.
 size_t distance(std::string_view one, std::string_view other) {
     std::vector<size_t> row(other.size() + 1);
@@ -39,6 +35,10 @@ bool sameName(std::string_view one, std::string_view other) {
     return std::ranges::equal(one, other, {}, lower, lower);
 }
 
+bool containsName(std::string_view text, std::string_view part) {
+    return part.empty() || !std::ranges::search(text, part, {}, lower, lower).empty();
+}
+
 std::vector<std::string_view> nearestNames(std::string_view given,
                                            std::span<const std::string_view> names, size_t most) {
     struct Found {
@@ -48,13 +48,13 @@ std::vector<std::string_view> nearestNames(std::string_view given,
     constexpr size_t kLeastPart = 3;  // shorter parts are held by too many names
     std::vector<Found> found;
     for (const std::string_view name : names) {
-        const bool part = given.size() >= kLeastPart && (holds(name, given) || holds(given, name));
+        const bool part =
+            given.size() >= kLeastPart && (containsName(name, given) || containsName(given, name));
         const size_t away = part ? 0 : distance(given, name);
         if (part || away <= (given.size() + 2) / 3) found.push_back({away, name});
     }
-    std::ranges::stable_sort(found, {}, [](const Found& one) {
-        return std::pair(one.distance, one.name.size());
-    });
+    std::ranges::stable_sort(
+        found, {}, [](const Found& one) { return std::pair(one.distance, one.name.size()); });
     std::vector<std::string_view> nearest;
     for (const Found& one : found) {
         if (nearest.size() < most && std::ranges::find(nearest, one.name) == nearest.end()) {

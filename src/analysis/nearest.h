@@ -11,6 +11,7 @@ namespace sonaprobe {
 
 // Without regard to the case of ASCII letters.
 bool sameName(std::string_view one, std::string_view other);
+bool containsName(std::string_view text, std::string_view part);
 
 // At most `most` of the names, the nearest first: those that hold the given one, then those that
 // some wrong, missing or surplus letters turn into it. None where nothing is near.

@@ -6,7 +6,7 @@
 #include <array>
 
 #include "analysis/event_names.h"
-#include "scope/event_text.h"
+#include "scope/event_names.h"
 #include "scope/units.h"
 
 namespace sonaprobe::scope {
@@ -69,22 +69,6 @@ std::string objectText(const GroupKey& key) {
     return key.hasObject ? wordText(key.object) : "no object";
 }
 
-Cell eventCell(uint32_t code) { return {eventText(code), {Tone::driver, hueOf(code)}}; }
-
-std::vector<Cell> namesOf(const GroupKey& key, GroupBy by, const TraceClock& clock) {
-    switch (by) {
-        case GroupBy::event: return {eventCell(key.code)};
-        case GroupBy::driver:
-            return {Cell(std::string(driverOf(key.code)), {Tone::driver, hueOf(key.code)})};
-        case GroupBy::thread: return {threadText(clock.threadId(key.thread))};
-        case GroupBy::cpu: return {std::to_string(key.cpu)};
-        case GroupBy::object: return {objectText(key)};
-        case GroupBy::threadAndEvent:
-            return {threadText(clock.threadId(key.thread)), eventCell(key.code)};
-    }
-    return {};
-}
-
 std::vector<Column> nameColumnsOf(GroupBy by) {
     const Column thread{"thread", Align::left};
     switch (by) {
@@ -105,19 +89,6 @@ Cell cellOf(Measure measure, Number number) {
     return measure == Measure::failures && *number > 0 ? Cell(text, {Tone::failure}) : Cell(text);
 }
 
-Json namesInJson(const GroupKey& key, GroupBy by, const TraceClock& clock) {
-    Json names;
-    const bool byThread = by == GroupBy::thread || by == GroupBy::threadAndEvent;
-    if (byThread) names["thread"] = wordText(clock.threadId(key.thread));
-    if (by == GroupBy::event || by == GroupBy::threadAndEvent) addEvent(names, key.code);
-    if (by == GroupBy::driver) names["driver"] = driverOf(key.code);
-    if (by == GroupBy::cpu) names["cpu"] = key.cpu;
-    if (by == GroupBy::object) {
-        names["object"] = key.hasObject ? Json(wordText(key.object)) : Json(nullptr);
-    }
-    return names;
-}
-
 std::string jsonNameOf(const StatisticsColumn& column) {
     std::string name = column.name;
     std::ranges::replace(name, '-', '_');
@@ -128,8 +99,9 @@ std::string jsonNameOf(const StatisticsColumn& column) {
 
 std::span<const StatisticsColumn> statisticsColumns() { return kColumns; }
 
-StatisticsTable::StatisticsTable(CallStatistics& statistics, GroupBy by, const TraceClock& clock)
-    : by_(by), clock_(&clock) {
+StatisticsTable::StatisticsTable(CallStatistics& statistics, GroupBy by, const TraceClock& clock,
+                                 const CodeNames& codeNames)
+    : by_(by), clock_(&clock), codeNames_(&codeNames) {
     for (CallGroup& group : statistics.groups()) {
         StatisticsRow& row = rows_.emplace_back();
         row.key = group.key;
@@ -162,7 +134,7 @@ void StatisticsTable::print(Output& out, size_t top) const {
         for (size_t i = 0; i < kColumns.size(); ++i) {
             cells.push_back(cellOf(kColumns[i].measure, row.numbers[i]));
         }
-        for (Cell& name : namesOf(row.key, by_, *clock_)) cells.push_back(std::move(name));
+        for (Cell& name : namesOf(row.key)) cells.push_back(std::move(name));
         table.add(std::move(cells));
     }
     if (printed < rows_.size()) {
@@ -172,6 +144,39 @@ void StatisticsTable::print(Output& out, size_t top) const {
         table.add(std::move(cells));
     }
     table.print(out);
+}
+
+Cell StatisticsTable::eventCell(uint32_t code) const {
+    return {eventName(code, *codeNames_), {Tone::driver, hueOf(code)}};
+}
+
+std::vector<Cell> StatisticsTable::namesOf(const GroupKey& key) const {
+    const auto threadCell = [&] { return Cell(shortWordText(clock_->threadId(key.thread))); };
+    switch (by_) {
+        case GroupBy::event: return {eventCell(key.code)};
+        case GroupBy::driver:
+            return {{std::string(driverOf(key.code)), {Tone::driver, hueOf(key.code)}}};
+        case GroupBy::thread: return {threadCell()};
+        case GroupBy::cpu: return {std::to_string(key.cpu)};
+        case GroupBy::object: return {objectText(key)};
+        case GroupBy::threadAndEvent: return {threadCell(), eventCell(key.code)};
+    }
+    return {};
+}
+
+Json StatisticsTable::namesInJson(const GroupKey& key) const {
+    Json names;
+    const bool hasThread = by_ == GroupBy::thread || by_ == GroupBy::threadAndEvent;
+    if (hasThread) names["thread"] = wordText(clock_->threadId(key.thread));
+    if (by_ == GroupBy::event || by_ == GroupBy::threadAndEvent) {
+        addEvent(names, key.code, *codeNames_);
+    }
+    if (by_ == GroupBy::driver) names["driver"] = driverOf(key.code);
+    if (by_ == GroupBy::cpu) names["cpu"] = key.cpu;
+    if (by_ == GroupBy::object) {
+        names["object"] = key.hasObject ? Json(wordText(key.object)) : Json(nullptr);
+    }
+    return names;
 }
 
 // All rows after the first `printed` in one.
@@ -192,7 +197,7 @@ Json StatisticsTable::toJson(size_t top) const {
     Json list = Json::array();
     const size_t listed = top == 0 ? rows_.size() : std::min(top, rows_.size());
     for (const StatisticsRow& row : std::span(rows_).first(listed)) {
-        Json& entry = list.emplace_back(namesInJson(row.key, by_, *clock_));
+        Json& entry = list.emplace_back(namesInJson(row.key));
         entry["finished"] = row.finished;
         for (size_t i = 0; i < kColumns.size(); ++i) {
             entry[jsonNameOf(kColumns[i])] = row.numbers[i] ? Json(*row.numbers[i]) : Json(nullptr);

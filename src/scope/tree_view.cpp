@@ -7,7 +7,7 @@
 #include <functional>
 #include <numeric>
 
-#include "scope/event_text.h"
+#include "scope/event_names.h"
 #include "scope/table.h"
 #include "scope/units.h"
 
@@ -70,8 +70,9 @@ double shareOf(Nanoseconds part, Nanoseconds whole) {
 
 }  // namespace
 
-TreeView::TreeView(const CallTree& tree, const TraceClock& clock, const TreeLimits& limits)
-    : nodes_(&tree.nodes()), clock_(&clock) {
+TreeView::TreeView(const CallTree& tree, const TraceClock& clock, const CodeNames& codeNames,
+                   const TreeLimits& limits)
+    : nodes_(&tree.nodes()), clock_(&clock), codeNames_(&codeNames) {
     const std::vector<Nanoseconds> weights = weightsOf(*nodes_);
     const Children children(*nodes_, weights);
     const std::span<const uint32_t> roots = children.of(CallNode::kNone);
@@ -98,8 +99,8 @@ TreeView::TreeView(const CallTree& tree, const TraceClock& clock, const TreeLimi
 }
 
 std::string TreeView::nameOf(const CallNode& node) const {
-    return node.code == CallNode::kThread ? "thread " + threadText(clock_->threadId(node.thread))
-                                          : eventText(node.code);
+    return node.code == CallNode::kThread ? "thread " + shortWordText(clock_->threadId(node.thread))
+                                          : eventName(node.code, *codeNames_);
 }
 
 void TreeView::print(Output& out) const {
@@ -147,7 +148,7 @@ Json TreeView::toJson() const {
         if (node.code == CallNode::kThread) {
             entry["thread"] = wordText(clock_->threadId(node.thread));
         } else {
-            addEvent(entry, node.code);
+            addEvent(entry, node.code, *codeNames_);
         }
         entry["calls"] = node.calls;
         entry["cut_off"] = node.cutOff;

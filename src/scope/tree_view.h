@@ -6,6 +6,7 @@
 #include <vector>
 
 #include "analysis/call_tree.h"
+#include "lines/code_names.h"
 #include "scope/json.h"
 #include "scope/output.h"
 
@@ -19,8 +20,9 @@ struct TreeLimits {
 
 class TreeView {
   public:
-    // The tree and the clock, which knows the threads by their numbers, must outlive this.
-    TreeView(const CallTree& tree, const TraceClock& clock, const TreeLimits& limits);
+    // All but the limits must outlive this. The clock knows the threads by their numbers.
+    TreeView(const CallTree& tree, const TraceClock& clock, const CodeNames& codeNames,
+             const TreeLimits& limits);
 
     void print(Output& out) const;
 
@@ -32,6 +34,7 @@ class TreeView {
 
     const std::vector<CallNode>* nodes_;
     const TraceClock* clock_;
+    const CodeNames* codeNames_;
     Nanoseconds whole_ = 0;        // the roots' time
     std::vector<uint32_t> shown_;  // nodes, each after its parent and the siblings before it
     uint64_t hidden_ = 0;          // how many are not shown
