@@ -48,8 +48,8 @@ std::vector<std::string_view> nearestNames(std::string_view given,
     constexpr size_t kLeastPart = 3;  // shorter parts are held by too many names
     std::vector<Found> found;
     for (const std::string_view name : names) {
-        const bool part =
-            given.size() >= kLeastPart && (containsName(name, given) || containsName(given, name));
+        if (name.empty()) continue;
+        const bool part = given.size() >= kLeastPart && containsName(name, given);
         const size_t away = part ? 0 : distance(given, name);
         if (part || away <= (given.size() + 2) / 3) found.push_back({away, name});
     }

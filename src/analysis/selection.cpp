@@ -5,7 +5,7 @@
 #include <algorithm>
 #include <limits>
 
-#include "analysis/call_tracker.h"
+#include "analysis/event_tables.h"
 #include "analysis/event_traits.h"
 #include "analysis/nearest.h"
 #include "analysis/spelled.h"
@@ -17,12 +17,13 @@ namespace sonaprobe {
 
 namespace {
 
-// Calls visit(decoder, row) for each event and each text of all decoders.
+// visit(decoder, row) for each event and each text.
 template <class Visit>
 void forEachRow(const Visit& visit) {
-    for (const Decoder* const decoder : allDecoders()) {
-        for (const Row& row : decoder->rows) visit(*decoder, row);
-    }
+    forEachEvent([&](const Decoder& decoder, const Row& event, std::span<const Row> texts) {
+        visit(decoder, event);
+        for (const Row& text : texts) visit(decoder, text);
+    });
 }
 
 std::string_view nameIn(const Decoder& decoder, const Row& row) {

@@ -46,7 +46,7 @@ std::optional<Bounds> boundsOf(const Histogram& histogram) {
 void CallReport::print(Output& out, const Histogram& histogram) const {
     std::string names;
     for (const uint32_t code : histogram.codes()) {
-        names += (names.empty() ? "" : ", ") + eventName(code, *codeNames_);
+        names += (names.empty() ? "" : ", ") + eventText(code, *codeNames_);
     }
     out.line("");
     out.line(out.styled("Times of " + names, {Tone::head}));
@@ -101,7 +101,7 @@ void CallReport::print(Output& out, const std::vector<LongCall>& calls) const {
         const uint32_t code = call.call.code;
         out.line(durationText(call.length()) + "  at " + timeText(call.shownStart) + "  thread " +
                  shortWordText(call.start.arg5) + "  " +
-                 out.styled(eventName(code, *codeNames_), {Tone::driver, hueOf(code)}));
+                 out.styled(eventText(code, *codeNames_), {Tone::driver, hueOf(code)}));
         const auto printRecord = [&](const char* arrow, uint64_t slot, const TraceRecord& record) {
             const bool failed = isFailure(decode(record));
             out.line(std::string("    ") + arrow + " " +

@@ -6,7 +6,7 @@
 
 #include "analysis/histogram.h"
 #include "analysis/longest_calls.h"
-#include "scope/event_names.h"
+#include "scope/event_text.h"
 #include "scope/output.h"
 
 namespace sonaprobe::scope {

@@ -35,7 +35,7 @@ class CallView : public CallSink {
         Nanoseconds last = 0;
     };
 
-    uint32_t opened(const TraceRecord&, const Call& call, const Call* parent) override;
+    uint32_t opened(const TraceRecord& record, const Call& call, const Call* parent) override;
     void closed(const Call& call, const Call* parent, const Closing& closing) override;
     void point(const TraceRecord&, const Moment&) override {}
     void orphanEnd(const TraceRecord&, const Moment&) override {}

@@ -8,7 +8,7 @@
 #include "events/log_text.h"
 #include "scope/call_view.h"
 #include "scope/escape.h"
-#include "scope/event_names.h"
+#include "scope/event_text.h"
 #include "scope/failure.h"
 #include "scope/json.h"
 #include "scope/styled_line.h"

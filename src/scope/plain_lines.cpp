@@ -5,7 +5,7 @@
 #include "analysis/slot.h"
 #include "lines/line_printer.h"
 #include "registry/audio_class_registry.h"
-#include "scope/event_names.h"
+#include "scope/event_text.h"
 
 namespace sonaprobe::scope {
 

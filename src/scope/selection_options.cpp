@@ -8,7 +8,7 @@
 #include "analysis/spelled.h"
 #include "scope/escape.h"
 #include "scope/failure.h"
-#include "scope/input.h"
+#include "scope/records.h"
 #include "scope/repeatable.h"
 
 namespace sonaprobe::scope {
@@ -57,10 +57,7 @@ class Survey : public CallSink {
   public:
     explicit Survey(const Criteria& criteria) : criteria_(&criteria) {}
 
-    uint32_t opened(const TraceRecord&, const Call& call, const Call*) override {
-        (void)call;
-        return 0;
-    }
+    uint32_t opened(const TraceRecord&, const Call&, const Call*) override { return 0; }
     void closed(const Call& call, const Call*, const Closing& closing) override {
         if (!criteria_->longer || closing.lengthOf(call) < *criteria_->longer) return;
         slots.push_back(call.startSlot);
@@ -80,15 +77,11 @@ void survey(Selection& selection, const TraceOptions& trace) {
     Survey found(selection.criteria());
     CallTracker tracker(found);
     Input input(trace.path);
-    for (auto slots = input.next(); !slots.empty(); slots = input.next()) {
-        for (const TraceRecord& slot : slots) {
-            const Moment* const moment = tracker.take(slot);
-            if (moment == nullptr || codeOf(slot.debugid) != kOverload) continue;
-            found.dropouts.push_back(trace.kernelTime ? tracker.clock().kernelTime(slot)
-                                                      : moment->time);
-        }
-    }
-    tracker.finish();
+    trackCalls(input, tracker, [&](const TraceRecord& record, const Moment& moment) {
+        if (codeOf(record.debugid) != kOverload) return;
+        found.dropouts.push_back(trace.kernelTime ? tracker.clock().kernelTime(record)
+                                                  : moment.time);
+    });
     std::ranges::sort(found.dropouts);
     std::ranges::sort(found.slots);
     selection.setDropouts(found.dropouts);

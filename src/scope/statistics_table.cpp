@@ -6,7 +6,7 @@
 #include <array>
 
 #include "analysis/event_names.h"
-#include "scope/event_names.h"
+#include "scope/event_text.h"
 #include "scope/units.h"
 
 namespace sonaprobe::scope {
@@ -147,7 +147,7 @@ void StatisticsTable::print(Output& out, size_t top) const {
 }
 
 Cell StatisticsTable::eventCell(uint32_t code) const {
-    return {eventName(code, *codeNames_), {Tone::driver, hueOf(code)}};
+    return {eventText(code, *codeNames_), {Tone::driver, hueOf(code)}};
 }
 
 std::vector<Cell> StatisticsTable::namesOf(const GroupKey& key) const {

@@ -7,7 +7,7 @@
 #include <functional>
 #include <numeric>
 
-#include "scope/event_names.h"
+#include "scope/event_text.h"
 #include "scope/table.h"
 #include "scope/units.h"
 
@@ -100,7 +100,7 @@ TreeView::TreeView(const CallTree& tree, const TraceClock& clock, const CodeName
 
 std::string TreeView::nameOf(const CallNode& node) const {
     return node.code == CallNode::kThread ? "thread " + shortWordText(clock_->threadId(node.thread))
-                                          : eventName(node.code, *codeNames_);
+                                          : eventText(node.code, *codeNames_);
 }
 
 void TreeView::print(Output& out) const {

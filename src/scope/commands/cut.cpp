@@ -70,16 +70,16 @@ Status run(Options& options) {
     TraceClock clock;
     Kept kept;
     forEachRecord(input, clock, [&](const TraceRecord& record, uint64_t slot, auto reading) {
-        const Nanoseconds time =
-            options.trace.kernelTime ? clock.kernelTime(record) : reading.time;
+        const Nanoseconds time = options.trace.kernelTime ? clock.kernelTime(record) : reading.time;
         if (!selection.contains(record, slot, time)) return;
         cutter.put(record, clock.ticksPerMicrosecond());
         if (kept.records++ == 0) kept.first = time;
         kept.last = time;
     });
     if (kept.records == 0) {
-        throw Failure{input.source().name() + ": no record is selected; " + escaped(options.newFile.path) +
-                      " is not written. The trace ends at " + timeText(clock.latest())};
+        throw Failure{input.source().name() + ": no record is selected; " +
+                      escaped(options.newFile.path) + " is not written. The trace ends at " +
+                      timeText(clock.latest())};
     }
     file.keep();
     print(options.output, options.newFile.path, kept);

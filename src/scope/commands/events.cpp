@@ -38,15 +38,8 @@ std::string nameOf(const Text& text) {
     return std::string(text.group) + "::" + std::string(text.method);
 }
 
-// An event without texts has no name in the catalogue's texts.
 std::string nameOf(const Entry& entry) {
     return std::string(entry.event.group) + "::" + std::string(entry.event.method);
-}
-
-std::vector<std::string> valuesOf(const Text& text) {
-    std::vector<std::string> values;
-    for (const events::NamedPiece& value : text.values) values.emplace_back(value.name);
-    return values;
 }
 
 // Everything in which words are looked for, line by line.
@@ -56,7 +49,7 @@ std::string searched(const Entry& entry) {
                       entry.traced->registryName + "\n";
     for (const Text& text : entry.event.texts) {
         all += nameOf(text) + "\n" + std::string(text.text) + "\n";
-        for (const std::string& value : valuesOf(text)) all += value + "\n";
+        for (const std::string_view value : text.values) all += std::string(value) + "\n";
     }
     return all;
 }
@@ -66,7 +59,8 @@ bool fits(const Entry& entry, const std::vector<std::string>& words) {
     return std::ranges::all_of(words, [&](const std::string& word) {
         // A code may be written with its qualifier, as lines have it.
         const auto number = spelledNumber(word);
-        if (number && word.starts_with("0x") && codeOf(static_cast<uint32_t>(*number)) == entry.event.code) {
+        if (number && word.starts_with("0x") &&
+            codeOf(static_cast<uint32_t>(*number)) == entry.event.code) {
             return true;
         }
         return containsName(all, word);
@@ -106,7 +100,7 @@ Json jsonOf(const Entry& entry) {
                          {"verbose", text.verbose},
                          {"name", nameOf(text)},
                          {"text", text.text},
-                         {"values", valuesOf(text)}});
+                         {"values", text.values}});
     }
     return {{"code", events::spellCode(entry.event.code)},
             {"name", nameOf(entry)},

@@ -2,7 +2,7 @@
 
 #include <map>
 
-#include "scope/event_names.h"
+#include "scope/event_text.h"
 #include "scope/record_filter.h"
 #include "scope/records.h"
 #include "scope/selection_options.h"

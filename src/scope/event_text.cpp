@@ -1,6 +1,6 @@
-// Names events.
+// Names of events.
 
-#include "scope/event_names.h"
+#include "scope/event_text.h"
 
 #include <array>
 #include <charconv>
@@ -18,9 +18,10 @@ namespace sonaprobe::scope {
 
 namespace {
 
-std::string nameOfUnknown(uint32_t code, const CodeNames& names) {
-    const char* const name = names.nameOf(code);
-    return name != nullptr && *name != '\0' ? escaped(name) : "code " + codeText(code);
+// What a code-name file calls the code, escaped; empty where it does not.
+std::string givenName(uint32_t code, const CodeNames& names) {
+    const char* const name = names.nameOf(codeOf(code));
+    return name == nullptr ? std::string() : escaped(name);
 }
 
 // Of "0x05245C0C" alone.
@@ -46,32 +47,33 @@ CodeNames readCodeNames(const std::string& path) {
     return names;
 }
 
-std::string eventName(const Event& event, const CodeNames& names) {
-    if (event.outcome != Outcome::unknown) {
-        std::string name(groupOf(event));
-        name += kNameSeparator;
-        name += methodOf(event);
-        return name;
+std::string eventText(uint32_t code, const CodeNames& names) {
+    const EventName name = nameOf(code);
+    if (name.full.empty()) {
+        const std::string given = givenName(code, names);
+        return given.empty() ? "code " + codeText(codeOf(code)) : given;
     }
-    return nameOfUnknown(codeOf(event.record->debugid), names);
+    std::string text(name.full);
+    if (name.ambiguous) text += ' ' + codeText(code);
+    return text;
 }
 
-std::string eventName(uint32_t code, const CodeNames& names) {
-    const EventName known = nameOf(code);
-    if (known.full.empty()) return nameOfUnknown(code, names);
-    std::string name(known.full);
-    if (known.ambiguous) name += ' ' + codeText(code);
+std::string eventName(const Event& event, const CodeNames& names) {
+    if (event.outcome == Outcome::unknown) return eventText(event.record->debugid, names);
+    std::string name(groupOf(event));
+    name += kNameSeparator;
+    name += methodOf(event);
     return name;
 }
 
 void addEvent(Json& entry, uint32_t code, const CodeNames& names) {
     entry["code"] = codeText(code);
-    const EventName known = nameOf(code);
-    if (!known.full.empty()) {
-        entry["driver"] = known.group;
-        entry["method"] = known.method;
-    } else if (names.nameOf(code) != nullptr) {
-        entry["name"] = nameOfUnknown(code, names);
+    const EventName name = nameOf(code);
+    if (!name.full.empty()) {
+        entry["driver"] = name.group;
+        entry["method"] = name.method;
+    } else if (const std::string given = givenName(code, names); !given.empty()) {
+        entry["name"] = given;
     }
 }
 
