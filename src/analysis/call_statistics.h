@@ -4,6 +4,7 @@
 
 #include <cstdint>
 #include <map>
+#include <optional>
 #include <string_view>
 #include <tsl/robin_map.h>
 #include <vector>
@@ -44,7 +45,8 @@ struct CallGroup {
 
     Nanoseconds cutOffSelf = 0;
     Nanoseconds unfinishedSelf = 0;
-    Nanoseconds busy = 0;  // of all calls of depth 0, however they ended
+    // By thread: time in which a call was open, however it ended.
+    std::optional<Nanoseconds> busy;
 
     uint64_t finished() const { return durations.count(); }
     double mean() const;

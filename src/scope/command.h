@@ -27,5 +27,7 @@ Run setUpCut(CLI::App& app);
 Run setUpEvents(CLI::App& app);
 Run setUpLines(CLI::App& app);
 Run setUpStats(CLI::App& app);
+Run setUpTree(CLI::App& app);
+Run setUpDiff(CLI::App& app);
 
 }  // namespace sonaprobe::scope

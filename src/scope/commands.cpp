@@ -9,6 +9,8 @@ namespace {
 constexpr Command kCommands[] = {
     {"lines", "print the records as lines", setUpLines},
     {"stats", "where the time goes: calls and their times", setUpStats},
+    {"tree", "who calls whom, with counts and times", setUpTree},
+    {"diff", "what changed from one trace to another", setUpDiff},
     {"cut", "keep a part of a trace as a file of its own", setUpCut},
     {"events", "search the reference of events", setUpEvents},
     {"completion", "print the completion of a shell", setUpCompletion},
