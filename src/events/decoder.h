@@ -4,6 +4,7 @@
 #pragma once
 
 #include <array>
+#include <cstddef>
 #include <cstdint>
 #include <span>
 #include <string_view>
@@ -52,6 +53,9 @@ struct Piece {
     uint8_t width = 0;
     uint8_t wordPair = 0;  // words only: which of the row's pairs
 };
+
+// Of one text.
+constexpr size_t kMaxPieces = 12;
 
 // A part of what a decoder keeps for all its rows: characters or pieces.
 struct Stretch {
