@@ -2,7 +2,6 @@
 
 #include <cerrno>
 #include <memory>
-#include <new>
 #include <optional>
 #include <string>
 #include <unistd.h>
@@ -84,8 +83,10 @@ int readNames(CodeNames& names, int file) {
 }  // namespace
 
 int sonaprobe_open_printer(sonaprobe_printer** printer) {
-    *printer = new (std::nothrow) sonaprobe_printer;
-    return *printer != nullptr ? 0 : -ENOMEM;
+    return orNoMemory([&] {
+        *printer = new sonaprobe_printer;
+        return 0;
+    });
 }
 
 void sonaprobe_close_printer(sonaprobe_printer* printer) { delete printer; }
