@@ -75,23 +75,14 @@ int printLine(const char*) {
     return result == 1 ? 0 : result;
 }
 
-struct Case {
-    const char* name;
-    int (*act)(const char* path);
-
-    friend void PrintTo(const Case& test, std::ostream* out) { *out << test.name; }
-};
-
-class NoMemory : public testing::TestWithParam<Case> {};
-
-TEST_P(NoMemory, IsAnErrorLikeOthers) {
+void expectErrorsOf(int (*act)(const char* path)) {
     const std::string path = testing::TempDir() + "no_memory_test.codes";
     std::ofstream(path) << "0x05250000 AName\n0x05250004 AnotherNameThatIsLongerThanTheFirst\n";
     const long before = allocated;
     int allowed = 0;
     for (;; ++allowed) {
         allocationsLeft = allowed;
-        const int result = GetParam().act(path.c_str());
+        const int result = act(path.c_str());
         allocationsLeft = kNever;
         ASSERT_EQ(allocated, before) << allowed;
         if (result == 0) break;
@@ -101,12 +92,10 @@ TEST_P(NoMemory, IsAnErrorLikeOthers) {
     ::unlink(path.c_str());
 }
 
-INSTANTIATE_TEST_SUITE_P(In, NoMemory,
-                         testing::Values(Case{"OpeningAFile", openFile},
-                                         Case{"OpeningMemory", openMemory},
-                                         Case{"OpeningNames", openNames},
-                                         Case{"PrintingALine", printLine}),
-                         [](const auto& test) { return test.param.name; });
+TEST(NoMemory, IsAnErrorOfOpeningAFile) { expectErrorsOf(openFile); }
+TEST(NoMemory, IsAnErrorOfOpeningMemory) { expectErrorsOf(openMemory); }
+TEST(NoMemory, IsAnErrorOfOpeningNames) { expectErrorsOf(openNames); }
+TEST(NoMemory, IsAnErrorOfPrintingALine) { expectErrorsOf(printLine); }
 
 }  // namespace
 }  // namespace sonaprobe::library
