@@ -16,7 +16,7 @@ MAY_INCLUDE = {
     "rawfile": ["record"],
     "trace": ["record", "platform"],
     "lines": ["events", "record"],
-    "analysis": ["events", "rawfile", "record"],
+    "analysis": ["events", "rawfile", "record", "registry"],
     "export": ["analysis", "events", "record"],
     "page": ["analysis", "events", "record"],
     "capi": [*_LIBRARY, "registry", "sonaprobe"],
