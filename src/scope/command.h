@@ -1,0 +1,31 @@
+// The commands of sonascope: one file each in commands/, one row each in the table of commands.cpp.
+
+#pragma once
+
+#include <CLI/CLI.hpp>
+#include <functional>
+#include <span>
+
+#include "scope/status.h"
+
+namespace sonaprobe::scope {
+
+// What a command does once its options are read.
+using Run = std::function<Status()>;
+
+struct Command {
+    const char* name;
+    const char* summary;          // a line of the list of commands
+    Run (*setUp)(CLI::App& app);  // adds the command's own options and operands
+};
+
+// In the order in which the help lists them.
+std::span<const Command> commands();
+
+Run setUpCompletion(CLI::App& app);
+Run setUpCut(CLI::App& app);
+Run setUpEvents(CLI::App& app);
+Run setUpLines(CLI::App& app);
+Run setUpStats(CLI::App& app);
+
+}  // namespace sonaprobe::scope

@@ -1,0 +1,21 @@
+// The table of commands.
+
+#include "scope/command.h"
+
+namespace sonaprobe::scope {
+
+namespace {
+
+constexpr Command kCommands[] = {
+    {"lines", "print the records as lines", setUpLines},
+    {"stats", "where the time goes: calls and their times", setUpStats},
+    {"cut", "keep a part of a trace as a file of its own", setUpCut},
+    {"events", "search the reference of events", setUpEvents},
+    {"completion", "print the completion of a shell", setUpCompletion},
+};
+
+}  // namespace
+
+std::span<const Command> commands() { return kCommands; }
+
+}  // namespace sonaprobe::scope
