@@ -106,7 +106,8 @@ int mapRing(int folder, uint16_t number, Ring& ring) {
     uint32_t entries = 0;
     const int error = checkHeader(file.number(), found, number, entries);
     if (error != 0) return error;
-    const size_t bytes = bytesOf(entries);
+    const auto bytes = static_cast<size_t>(bytesOf(entries));
+    if (bytes != bytesOf(entries)) return ENOMEM;  // more than a 32-bit program can address
     void* base = mmap(nullptr, bytes, PROT_READ | PROT_WRITE, MAP_SHARED, file.number(), 0);
     if (base == MAP_FAILED) return errno;
     guardMapping(base, bytes);
@@ -118,7 +119,7 @@ int mapRing(int folder, uint16_t number, Ring& ring) {
 void unmapRing(Ring& ring) {
     if (ring.entries != 0) {
         releaseMapping(ring.base);
-        munmap(ring.base, bytesOf(ring.entries));
+        munmap(ring.base, static_cast<size_t>(bytesOf(ring.entries)));
     }
     ring = Ring{};
 }
