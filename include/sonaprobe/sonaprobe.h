@@ -131,8 +131,8 @@ size_t sonaprobe_event_value_count(const sonaprobe_event* event);
 const sonaprobe_value* sonaprobe_event_value(const sonaprobe_event* event, size_t number);
 const sonaprobe_value* sonaprobe_event_value_named(const sonaprobe_event* event, const char* name);
 
-/* The value's name, as "pin nodeID", which no other value of the text has; empty where the text
- * gives it none. It holds as long as the event. */
+/* The value's name, as "pin nodeID", which no other value of the text has. It holds as long as the
+ * event. */
 const char* sonaprobe_value_name(const sonaprobe_value* value);
 
 /* How a text shows a value. Later versions may add readings. */

@@ -36,8 +36,8 @@ struct sonaprobe_printer {
 namespace {
 
 struct Flag {
-    sonaprobe_line_option option;
-    uint32_t LineOptions::*field;
+    sonaprobe_line_option option = SONAPROBE_LINE_TIME;
+    uint32_t LineOptions::*field = nullptr;
     bool isInverse = false;
 };
 

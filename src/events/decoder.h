@@ -16,7 +16,7 @@ namespace sonaprobe {
 
 // A bit field of one argument word: (word << dropHigh) >> dropLow, sign-extended on demand.
 struct Slice {
-    uint8_t word;          // 1 to 5, as in arg1 to arg5
+    uint8_t word = 1;      // 1 to 5, as in arg1 to arg5
     uint8_t dropHigh = 0;  // bits
     uint8_t dropLow = 0;   // bits
 

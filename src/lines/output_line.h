@@ -26,6 +26,8 @@ class OutputLine {
     // in pieces of this length.
     static constexpr size_t kFillRoom = kGathered + 4096;
 
+    // The buffer is written before it is read; to clear it would touch all of its pages.
+    // NOLINTNEXTLINE(cppcoreguidelines-pro-type-member-init)
     explicit OutputLine(Sink sink) : sink_(sink), at_(buffer_) {}
     OutputLine(const OutputLine&) = delete;
     OutputLine& operator=(const OutputLine&) = delete;

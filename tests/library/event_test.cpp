@@ -42,10 +42,7 @@ void expectSameValues(const sonaprobe_event* found, const Event& event) {
         const char* const begin = sonaprobe_value_text(value, &length);
         EXPECT_EQ(std::string(begin, length), expectedText);
         EXPECT_EQ(begin[length], '\0');
-        if (!expected.name.empty()) {
-            EXPECT_EQ(sonaprobe_event_value_named(found, std::string(expected.name).c_str()),
-                      value);
-        }
+        EXPECT_EQ(sonaprobe_event_value_named(found, std::string(expected.name).c_str()), value);
     }
     EXPECT_EQ(sonaprobe_event_value_count(found), count);
     EXPECT_EQ(sonaprobe_event_value(found, count), nullptr);
