@@ -39,9 +39,8 @@ TraceRecord slotAt(const std::byte* at, ByteOrder order) {
 }
 
 bool isNear(const TraceRecord& earlier, const TraceRecord& later) {
-    return later.timestamp >= earlier.timestamp
-               ? later.timestamp - earlier.timestamp <= kFarOn
-               : earlier.timestamp - later.timestamp <= kFarBack;
+    return later.timestamp >= earlier.timestamp ? later.timestamp - earlier.timestamp <= kFarOn
+                                                : earlier.timestamp - later.timestamp <= kFarBack;
 }
 
 Plausibility::Plausibility() : recordsOfClassWord_(0x10000) {}

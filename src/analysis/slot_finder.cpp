@@ -12,8 +12,8 @@ namespace sonaprobe {
 namespace {
 
 constexpr size_t kSlot = sizeof(TraceRecord);
-constexpr size_t kUnknownRun = 8;       // slots
-constexpr size_t kLeastUnknownRun = 4;  // at the end of the file
+constexpr size_t kUnknownRun = 8;        // slots
+constexpr size_t kLeastUnknownRun = 4;   // at the end of the file
 constexpr size_t kSearched = 2 * kSlot;  // bytes from an odd slot on
 constexpr size_t kLookAhead = kSearched + kUnknownRun * kSlot;
 constexpr uint64_t kMostDisorder = uint64_t{1} << 24;  // ticks: beyond, the clock has gone back
@@ -73,11 +73,12 @@ bool SlotFinder::familiarSlotsBeginAt(Place place) const {
     const SlotKind kind = kindOf(first);
     if (kind != SlotKind::record && kind != SlotKind::divisor) return false;
     if (plausibility_.doubts(first) != 0) return false;
+    if (kind == SlotKind::divisor) return true;
     if (buffer_.size() - place.at < 2 * kSlot) return !last_ || isNear(*last_, first);
     const TraceRecord second = slotAtPlace({place.at + kSlot, place.order});
     if (kindOf(second) == SlotKind::empty) return true;
     if (plausibility_.doubts(second) != 0) return false;
-    if (isRecord(first) && isRecord(second) && !isNear(first, second)) return false;
+    if (isRecord(second) && !isNear(first, second)) return false;
     return !isTorn(first, second);
 }
 
@@ -85,34 +86,48 @@ bool SlotFinder::unknownSlotsBeginAt(Place place) const {
     if (2 * certainSlots_ > slots_) return false;
     const size_t run = std::min((buffer_.size() - place.at) / kSlot, kUnknownRun);
     if (run < kLeastUnknownRun) return false;
-    const TraceRecord first = slotAtPlace(place);
-    TraceRecord before = first;
+    TraceRecord before = slotAtPlace(place);
     bool clockRuns = false;
     for (size_t n = 0; n < run; ++n) {
         const TraceRecord slot = slotAtPlace({place.at + n * kSlot, place.order});
-        if (!isRecord(slot) || plausibility_.doubts(slot) > 1 || !isNear(before, slot)) return false;
+        if (!isRecord(slot) || plausibility_.doubts(slot) > 1 || !isNear(before, slot))
+            return false;
         clockRuns = clockRuns || slot.timestamp != before.timestamp;
         before = slot;
     }
-    return clockRuns && !isTorn(first, slotAtPlace({place.at + kSlot, place.order}));
+    return clockRuns;
 }
 
 bool SlotFinder::slotsBeginAt(Place place) const {
-    return familiarSlotsBeginAt(place) || unknownSlotsBeginAt(place);
+    if (familiarSlotsBeginAt(place)) return true;
+    // A byte too early, a code may be taken for the processor; a byte too late seldom passes.
+    return unknownSlotsBeginAt(place) && !unknownSlotsBeginAt({place.at + 1, place.order}) &&
+           !isTorn(slotAtPlace(place), slotAtPlace({place.at + kSlot, place.order}));
 }
 
 // Where else than here slots begin, soon after an odd slot.
 std::optional<SlotFinder::Place> SlotFinder::otherBegin() const {
+    const TraceRecord here = slotAtPlace({at_, order_});
+    const bool clockJumps = last_ && !isNear(*last_, here);
     for (size_t skipped = 0; skipped < kSearched && skipped + kSlot <= left(); ++skipped) {
         for (const ByteOrder order : {order_, otherThan(order_)}) {
             if (order == order_ && skipped % kSlot == 0) continue;
             const Place place{at_ + skipped, order};
             if (familiarSlotsBeginAt(place)) return place;
+            if (clockJumps && isNear(*last_, slotAtPlace(place)) && slotsBeginAt(place))
+                return place;
         }
     }
-    const Place here{at_, otherThan(order_)};
-    if (!unknownSlotsBeginAt({at_, order_}) && unknownSlotsBeginAt(here)) return here;
+    const Place swapped{at_, otherThan(order_)};
+    if (!unknownSlotsBeginAt({at_, order_}) && unknownSlotsBeginAt(swapped)) return swapped;
     return std::nullopt;
+}
+
+// The doubts about the slot at at_ in its place.
+unsigned SlotFinder::doubtsHere(const TraceRecord& slot) const {
+    const unsigned doubts = plausibility_.doubts(slot) + (isFar(slot) ? 1 : 0);
+    if (!afterEmpty_ || left() < 2 * kSlot) return doubts;
+    return isTorn(slot, slotAtPlace({at_ + kSlot, order_})) ? kNoSlot : doubts;
 }
 
 std::optional<Found> SlotFinder::follow() {
@@ -120,7 +135,7 @@ std::optional<Found> SlotFinder::follow() {
     if (left() < kSlot) return takeRest(Found::What::cutSlot);
     const TraceRecord slot = slotAtPlace({at_, order_});
     if (isBegin_ || kindOf(slot) == SlotKind::empty) return takeSlot(slot);
-    const unsigned doubts = plausibility_.doubts(slot) + (isFar(slot) ? 1 : 0);
+    const unsigned doubts = doubtsHere(slot);
     if (doubts == 0) return takeSlot(slot);
     if (doubts < kNoSlot) {
         if (const std::optional<Place> place = otherBegin()) return goOnAt(*place);
@@ -166,6 +181,7 @@ Found SlotFinder::takeSlot(const TraceRecord& slot) {
     if (found.what != Found::What::empty) slots_++;
     if (found.what == Found::What::divisor && isCertain) certainSlots_++;
     isBegin_ = false;
+    afterEmpty_ = found.what == Found::What::empty;
     if (found.what != Found::What::record) return found;
 
     if (isCertain) certainSlots_++;

@@ -54,6 +54,7 @@ class SlotFinder {
     size_t left() const { return buffer_.size() - at_; }
     TraceRecord slotAtPlace(Place place) const;
     bool isFar(const TraceRecord& slot) const;
+    unsigned doubtsHere(const TraceRecord& slot) const;
     bool isTorn(const TraceRecord& first, const TraceRecord& second) const;
     bool slotsBeginAt(Place place) const;
     bool familiarSlotsBeginAt(Place place) const;
@@ -68,13 +69,14 @@ class SlotFinder {
 
     Plausibility plausibility_;
     std::vector<std::byte> buffer_;
-    size_t at_ = 0;               // of the buffer: what has not been told begins here
-    uint64_t bytesBefore_ = 0;    // of the file, before the buffer
+    size_t at_ = 0;             // of the buffer: what has not been told begins here
+    uint64_t bytesBefore_ = 0;  // of the file, before the buffer
     bool ended_ = false;
 
     ByteOrder order_ = ByteOrder::own;
     std::optional<uint64_t> damageBegin_;  // in the file, while slots are searched for
     bool isBegin_ = false;                 // at_ is where a search has found slots
+    bool afterEmpty_ = false;              // the slot before at_ was empty
 
     std::optional<TraceRecord> last_;  // record
     uint64_t latest_ = 0;              // time stamp since the clock last went back far
