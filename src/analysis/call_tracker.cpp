@@ -63,7 +63,7 @@ void CallTracker::takeEnd(const TraceRecord& record) {
         return;
     }
     closeDownTo(match->second, {CallEnd::cutOff, moment_.time, moment_.slot});
-    close(moment_.thread, {CallEnd::finished, moment_.time, moment_.slot});
+    close(moment_.thread, {CallEnd::finished, moment_.time, moment_.slot, &record});
 }
 
 void CallTracker::open(const TraceRecord& record) {
@@ -94,7 +94,7 @@ void CallTracker::open(const TraceRecord& record) {
         busy_.push_back(moment_.thread);
     }
     thread.innermost = place;
-    frame.call.tag = sink_->opened(frame.call, parent);
+    frame.call.tag = sink_->opened(record, frame.call, parent);
 }
 
 // The innermost call of the thread.

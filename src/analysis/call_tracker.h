@@ -40,6 +40,7 @@ struct Closing {
     CallEnd how;
     Nanoseconds time;
     uint64_t slot;  // of the record or divisor that ended it; the number of slots where none did
+    const TraceRecord* end = nullptr;  // the end record of a finished call
 
     Nanoseconds lengthOf(const Call& call) const { return saturated(Wide{time} - call.start); }
     Nanoseconds selfOf(const Call& call) const { return lengthOf(call) - call.inside; }
@@ -51,8 +52,9 @@ class CallSink {
   public:
     virtual ~CallSink() = default;
 
-    // A call opens inside `parent`, null where it is outermost; what this gives back is its tag.
-    virtual uint32_t opened(const Call& call, const Call* parent) = 0;
+    // The record opens a call inside `parent`, null where it is outermost; what this gives back is
+    // the call's tag.
+    virtual uint32_t opened(const TraceRecord& record, const Call& call, const Call* parent) = 0;
     virtual void closed(const Call& call, const Call* parent, const Closing& closing) = 0;
     virtual void point(const TraceRecord& record, const Moment& moment) = 0;
     virtual void orphanEnd(const TraceRecord& record, const Moment& moment) = 0;

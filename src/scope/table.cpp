@@ -45,11 +45,30 @@ size_t columnsOf(std::string_view text) {
 std::string fitted(const std::string& text, size_t width) {
     if (columnsOf(text) <= width || width == 0) return text;
     const size_t method = text.rfind("::");
-    if (method != std::string::npos && columnsOf(text) - method + 1 <= width) {
-        return firstColumns(text, width - (text.size() - method) - 1) + std::string(kDots) +
+    if (method != std::string::npos && leastFit(text) <= width) {
+        return firstColumns(text, width - leastFit(text)) + std::string(kDots) +
                text.substr(method);
     }
     return firstColumns(text, width - 1) + std::string(kDots);
+}
+
+size_t leastFit(const std::string& text) {
+    const size_t method = text.rfind("::");
+    if (method == std::string::npos) return std::min(columnsOf(text), kLeastShrunk);
+    return std::min(columnsOf(text), 1 + columnsOf(std::string_view(text).substr(method)));
+}
+
+size_t Table::widthOf(size_t column) const {
+    size_t width = columnsOf(columns_[column].head);
+    for (const auto& row : rows_) width = std::max(width, columnsOf(row[column].text));
+    return width;
+}
+
+size_t Table::leastWidthOf(size_t column) const {
+    if (!columns_[column].shrinks) return widthOf(column);
+    size_t width = columnsOf(columns_[column].head);
+    for (const auto& row : rows_) width = std::max(width, leastFit(row[column].text));
+    return width;
 }
 
 std::vector<size_t> Table::shownColumns(const Output& out) const {
@@ -57,23 +76,29 @@ std::vector<size_t> Table::shownColumns(const Output& out) const {
     for (size_t i = 0; i < columns_.size(); ++i) {
         if (out.width() == 0 || columns_[i].shownFrom <= out.width()) shown.push_back(i);
     }
+    if (out.width() == 0 || shown.empty()) return shown;
+
+    size_t needed = kGap * (shown.size() - 1);
+    for (const size_t column : shown) needed += leastWidthOf(column);
+    while (needed > out.width()) {
+        const auto last = std::ranges::max_element(
+            shown, {}, [this](size_t column) { return columns_[column].shownFrom; });
+        if (columns_[*last].shownFrom == 0) break;
+        needed -= kGap + leastWidthOf(*last);
+        shown.erase(last);
+    }
     return shown;
 }
 
 std::vector<size_t> Table::widths(const std::vector<size_t>& shown, const Output& out) const {
     std::vector<size_t> widths;
-    for (const size_t column : shown) {
-        size_t width = columnsOf(columns_[column].head);
-        for (const auto& row : rows_) width = std::max(width, columnsOf(row[column].text));
-        widths.push_back(width);
-    }
+    for (const size_t column : shown) widths.push_back(widthOf(column));
     if (out.width() == 0) return widths;
     const size_t total =
         std::accumulate(widths.begin(), widths.end(), kGap * (widths.size() - 1), std::plus<>());
     size_t excess = total > out.width() ? total - out.width() : 0;
     for (size_t i = 0; i < shown.size(); ++i) {
-        if (!columns_[shown[i]].shrinks || widths[i] <= kLeastShrunk) continue;
-        const size_t given = std::min(excess, widths[i] - kLeastShrunk);
+        const size_t given = std::min(excess, widths[i] - leastWidthOf(shown[i]));
         widths[i] -= given;
         excess -= given;
     }

@@ -15,7 +15,8 @@ enum class Align : uint8_t { left, right };
 struct Column {
     std::string head;  // with the unit, where all cells have the same
     Align align = Align::right;
-    // The least terminal width in which the column is shown. Piped output has all columns.
+    // The least terminal width in which the column is shown. Where names still need the room, those
+    // that are shown from the largest width give way. Piped output has all columns.
     unsigned shownFrom = 0;
     // Gives way where the terminal is too narrow: names, of which the method is kept whole.
     bool shrinks = false;
@@ -42,6 +43,8 @@ class Table {
   private:
     std::vector<size_t> shownColumns(const Output& out) const;
     std::vector<size_t> widths(const std::vector<size_t>& shown, const Output& out) const;
+    size_t widthOf(size_t column) const;
+    size_t leastWidthOf(size_t column) const;
 
     std::vector<Column> columns_;
     std::vector<std::vector<Cell>> rows_;
@@ -53,5 +56,8 @@ size_t columnsOf(std::string_view text);
 // The text in at most `width` columns: of "Group::method" the group is cut and the method kept
 // whole, any other text is cut at its end.
 std::string fitted(const std::string& text, size_t width);
+
+// The least width in which the text is as good as whole: that of its method, for "Group::method".
+size_t leastFit(const std::string& text);
 
 }  // namespace sonaprobe::scope

@@ -18,7 +18,7 @@ class Listing : public CallSink {
   public:
     const CallTracker* tracker = nullptr;
 
-    uint32_t opened(const Call&, const Call*) override { return calls_++; }
+    uint32_t opened(const TraceRecord&, const Call&, const Call*) override { return calls_++; }
 
     void closed(const Call& call, const Call* parent, const Closing& closing) override {
         std::printf("call\t%" PRIu32 "\t%" PRId64 "\t%" PRIx32 "\t%" PRIu64 "\t%" PRIu64

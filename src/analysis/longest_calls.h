@@ -1,0 +1,44 @@
+// The longest calls of a trace, with the records that started and ended them.
+
+#pragma once
+
+#include <cstdint>
+#include <tsl/robin_map.h>
+#include <vector>
+
+#include "analysis/call_tracker.h"
+
+namespace sonaprobe {
+
+struct LongCall {
+    Call call;
+    Closing closing;
+    TraceRecord start;
+    TraceRecord end;
+
+    Nanoseconds length() const { return closing.lengthOf(call); }
+};
+
+// Memory grows with the calls that are open at once and with the number that is kept.
+class LongestCalls {
+  public:
+    explicit LongestCalls(size_t kept) : kept_(kept) {}
+
+    // For CallSink, all calls.
+    void open(const TraceRecord& record, const Call& call);
+    void close(const Call& call, const Closing& closing, bool counts);
+
+    // The longest first; of equal ones, the one that started first.
+    std::vector<LongCall> sorted() const;
+
+  private:
+    struct Hash {
+        size_t operator()(uint64_t slot) const { return keyedHash(slot, 2); }
+    };
+
+    size_t kept_;
+    tsl::robin_map<uint64_t, TraceRecord, Hash> startBySlot_;  // of open calls
+    std::vector<LongCall> heap_;                               // the shortest on top
+};
+
+}  // namespace sonaprobe
