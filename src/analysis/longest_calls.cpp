@@ -23,7 +23,7 @@ void LongestCalls::close(const Call& call, const Closing& closing, bool counts) 
     if (kept_ == 0) return;
     const auto start = startBySlot_.find(call.startSlot);
     if (counts && closing.how == CallEnd::finished) {
-        const LongCall candidate{call, closing, start->second, *closing.end};
+        const LongCall candidate{call, closing.time, closing.slot, start->second, *closing.end};
         if (heap_.size() < kept_ || comesFirst(candidate, heap_.front())) {
             heap_.push_back(candidate);
             std::ranges::push_heap(heap_, comesFirst);

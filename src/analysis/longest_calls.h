@@ -12,11 +12,12 @@ namespace sonaprobe {
 
 struct LongCall {
     Call call;
-    Closing closing;
+    Nanoseconds endTime;
+    uint64_t endSlot;
     TraceRecord start;
     TraceRecord end;
 
-    Nanoseconds length() const { return closing.lengthOf(call); }
+    Nanoseconds length() const { return saturated(Wide{endTime} - call.start); }
 };
 
 // Memory grows with the calls that are open at once and with the number that is kept.

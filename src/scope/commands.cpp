@@ -8,6 +8,7 @@ namespace {
 
 constexpr Command kCommands[] = {
     {"lines", "print the records as lines", setUpLines},
+    {"stats", "where the time goes: calls and their times", setUpStats},
 };
 
 }  // namespace

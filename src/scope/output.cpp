@@ -11,10 +11,10 @@
 #include <sys/wait.h>
 #include <unistd.h>
 
+#include "record/trace_record.h"
 #include "scope/failure.h"
 #include "scope/pager.h"
 #include "scope/progress.h"
-#include "record/trace_record.h"
 
 namespace sonaprobe::scope {
 
