@@ -1,9 +1,8 @@
-// The events whose starts are points, gathered once from the decoders' tables.
+// What the texts of each event answer, gathered once from the decoders' tables.
 
 #include "analysis/event_traits.h"
 
 #include <array>
-#include <bitset>
 
 #include "analysis/event_tables.h"
 
@@ -13,28 +12,35 @@ namespace {
 
 // By event number, of each class, and of the audio server after them.
 constexpr size_t kServer = 64;
-using PointEvents = std::array<std::bitset<256>, kServer + 1>;
+using Qualifiers = std::array<std::array<uint8_t, 256>, kServer + 1>;
 
 constexpr size_t classOf(uint32_t code) {
     return classWordOf(code) == kAudioClassWord ? classIdOf(code) : kServer;
 }
 
-PointEvents gather() {
-    PointEvents points;
+Qualifiers gather() {
+    Qualifiers answered{};
     forEachEvent([&](const Decoder&, const Row& event, std::span<const Row> texts) {
-        uint8_t qualifiers = 0;
+        uint8_t& qualifiers = answered[classOf(event.code)][eventNumberOf(event.code)];
         for (const Row& text : texts) qualifiers |= text.qualifiers;
-        points[classOf(event.code)][eventNumberOf(event.code)] =
-            (qualifiers & kOnStart) != 0 && (qualifiers & kOnEnd) == 0;
     });
-    return points;
+    return answered;
+}
+
+uint8_t answeredBy(uint32_t code) {
+    static const Qualifiers answered = gather();
+    return decoderOf(code) == nullptr ? uint8_t{0} : answered[classOf(code)][eventNumberOf(code)];
 }
 
 }  // namespace
 
 bool startsArePoints(uint32_t code) {
-    static const PointEvents points = gather();
-    return decoderOf(code) != nullptr && points[classOf(code)][eventNumberOf(code)];
+    return (answeredBy(code) & (kOnStart | kOnEnd)) == kOnStart;
+}
+
+bool tracesBothEnds(uint32_t code) {
+    constexpr uint8_t kBoth = kOnStart | kOnEnd;
+    return (answeredBy(code) & kBoth) == kBoth;
 }
 
 }  // namespace sonaprobe

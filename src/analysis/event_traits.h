@@ -24,4 +24,7 @@ constexpr bool recurses(uint32_t code) {
 // Whether the event's starts are points: its texts answer starts, but no ends.
 bool startsArePoints(uint32_t code);
 
+// Whether its texts answer starts and ends alike: whoever traces the one traces the other.
+bool tracesBothEnds(uint32_t code);
+
 }  // namespace sonaprobe

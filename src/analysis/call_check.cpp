@@ -1,0 +1,141 @@
+// Signs of missing records. Each names two slots with the gap between them; signs whose slots
+// overlap are taken for one gap, which then lies between the closest of them.
+
+#include "analysis/call_check.h"
+
+#include <algorithm>
+
+#include "analysis/event_traits.h"
+
+namespace sonaprobe {
+
+namespace {
+
+constexpr uint32_t kOverload = 0x21040000;
+constexpr uint32_t kIoThread = 0x21040004;
+constexpr uint32_t kIoCycle = 0x21040008;
+constexpr uint32_t kClient = 0x2104000C;
+
+constexpr uint64_t kLeastRegular = 4;           // cycles, before a late one is a sign
+constexpr Nanoseconds kLatePeriods = 8;         // so many periods late
+constexpr Nanoseconds kLeastLate = 100'000'000;  // and this
+
+}  // namespace
+
+void CallCheck::take(const TraceRecord& slot, uint64_t number) {
+    // The tracker counts slots by itself: what is none counts as an invalid one.
+    TraceRecord none{};
+    none.debugid = kInvalidMarker;
+    while (tracker_.slots() < number) tracker_.take(none);
+    record_ = &slot;
+    tracker_.take(slot);
+    epoch_ = epochNow();
+}
+
+// Signs of before a step back of the clock, or of another divisor's time, prove nothing after it.
+uint64_t CallCheck::epochNow() const {
+    return tracker_.clock().stepsBack() + tracker_.clock().divisorChanges();
+}
+
+CallCheck::Thread& CallCheck::threadAt(uint32_t number) {
+    if (number >= threads_.size()) threads_.resize(number + 1);
+    return threads_[number];
+}
+
+// The cycle that ended last on the thread, null where that proves nothing.
+const CallCheck::Cycle* CallCheck::cycleBefore(const Thread& thread) const {
+    return thread.ended && thread.ended->epoch == epochNow() ? &*thread.ended : nullptr;
+}
+
+uint32_t CallCheck::opened(const TraceRecord& record, const Call& call, const Call* /*parent*/) {
+    ++counts_.opened;
+    Thread& thread = threadAt(call.thread);
+    if (tracesBothEnds(call.code)) thread.provable.push_back(call.startSlot);
+    if (call.code == kIoCycle) beginCycle(record, call);
+    if (call.code == kIoThread) thread.ended.reset();
+    return 0;
+}
+
+void CallCheck::closed(const Call& call, const Call* /*parent*/, const Closing& closing) {
+    Thread& thread = threadAt(call.thread);
+    const bool provable = tracesBothEnds(call.code);
+    if (provable) thread.provable.pop_back();
+    switch (closing.how) {
+        case CallEnd::finished:
+            ++counts_.finished;
+            if (call.code == kIoCycle) endCycle(thread, closing);
+            if (call.code == kIoThread) thread.ended.reset();
+            break;
+        case CallEnd::unfinished: ++counts_.unfinished; break;
+        case CallEnd::cutOff:
+            ++counts_.cutOff;
+            if (!provable || epochNow() != epoch_) break;
+            const bool byEnd = qualifierOf(record_->debugid) == Qualifier::end;
+            add(call.startSlot, closing.slot,
+                byEnd ? MissingSign::cutOffByEnd : MissingSign::cutOffByStart, call.code);
+            break;
+    }
+}
+
+void CallCheck::point(const TraceRecord& record, const Moment& moment) {
+    ++counts_.points;
+    if (codeOf(record.debugid) != kOverload) return;
+    Thread& thread = threadAt(moment.thread);
+    if (thread.ended) thread.ended->overloaded = true;
+}
+
+void CallCheck::orphanEnd(const TraceRecord& record, const Moment& moment) {
+    ++counts_.orphanEnds;
+    const uint32_t code = codeOf(record.debugid);
+    if (!tracesBothEnds(code)) return;
+    const Thread& thread = threadAt(moment.thread);
+    const Cycle* const before = cycleBefore(thread);
+    if (!thread.provable.empty()) {
+        // The start is missing, after that of the open call; or else the open call's end is.
+        add(thread.provable.back(), moment.slot, MissingSign::orphanEnd, code);
+    } else if ((code == kIoCycle || code == kClient) && before != nullptr) {
+        add(before->slot, moment.slot, MissingSign::orphanCycle, code);
+    }
+}
+
+void CallCheck::beginCycle(const TraceRecord& start, const Call& call) {
+    Thread& thread = threadAt(call.thread);
+    thread.open = {.start = call.start};
+    const Cycle* const before = cycleBefore(thread);
+    if (before == nullptr || before->overloaded) return;
+    const uint64_t sample = start.arg1;
+    const uint64_t buffer = start.arg3;
+    if (sample == before->nextSample) {
+        thread.open.period = saturated(Wide{call.start} - before->start);
+        thread.open.regular = before->regular + 1;
+        const Nanoseconds late = saturated(Wide{call.start} - before->end);
+        if (before->regular >= kLeastRegular && late > kLeastLate &&
+            late / kLatePeriods > before->period) {
+            add(before->slot, call.startSlot, MissingSign::clock, call.code);
+        }
+    } else if (buffer != 0 && sample > before->nextSample &&
+               (sample - before->nextSample) % buffer == 0) {
+        add(before->slot, call.startSlot, MissingSign::sampleTime, call.code);
+    }
+}
+
+void CallCheck::endCycle(Thread& thread, const Closing& closing) {
+    thread.ended = thread.open;
+    thread.ended->slot = closing.slot;
+    thread.ended->end = closing.time;
+    thread.ended->nextSample = closing.end->arg1;
+    thread.ended->epoch = epochNow();
+}
+
+// Signs come in the order of the slots before which the gap lies.
+void CallCheck::add(uint64_t after, uint64_t before, MissingSign sign, uint32_t code) {
+    if (!missing_.empty() && after < missing_.back().before) {
+        MissingStretch& stretch = missing_.back();
+        stretch.after = std::max(stretch.after, after);
+        ++stretch.signs;
+    } else if (missing_.size() < kMostStretches) {
+        missing_.push_back({after, before, sign, code, 1});
+    }
+}
+
+}  // namespace sonaprobe
