@@ -7,8 +7,6 @@
 #include <span>
 #include <unistd.h>
 
-#include "lines/dispatch.h"
-#include "lines/indentation.h"
 #include "probe/fatal_exit.h"
 #include "probe/output.h"
 #include "probe/settings.h"
@@ -44,7 +42,7 @@ void restartTracing() {
 }
 
 void print(const TraceRecord& record) {
-    dispatchRecord(&record);
+    linePrinter().print(record);
     takeSignal();
 }
 
@@ -67,7 +65,7 @@ void dumpOnceWithAlloc() {
 
     const TraceRead read = readTrace(room);
     if (read.result < 0) {
-        if (settings.verbose) printMessage(stdout, "CollectWithAlloc error %d\n", read.result);
+        if (settings.line.verbose) printMessage(stdout, "CollectWithAlloc error %d\n", read.result);
         fatalExit("trace facility failure, KERN_KDREADTR\n");
     }
     if (wasLogging) enableTracing(1);
@@ -81,15 +79,15 @@ void collectAndPrint() {
     const std::span<TraceRecord> room = roomFor(info.entries);
     const TraceRead read = readTrace(room);
     if (read.result < 0) {
-        if (settings.verbose) printMessage(stdout, "CollectTrace error %d\n", read.result);
+        if (settings.line.verbose) printMessage(stdout, "CollectTrace error %d\n", read.result);
         fatalExit(
             "trace facility failure, KERN_KDREADTR\n"
             "Try using a larger buffer size with --bufsize.\n");
     }
     if (info.flags & platform::kBufferWrapped) {
         restartTracing();
-        if (settings.verbose) printMessage(stdout, "Buffer has wrapped.\n");
-        resetIndentation();
+        if (settings.line.verbose) printMessage(stdout, "Buffer has wrapped.\n");
+        linePrinter().resetIndentation();
     }
     for (const TraceRecord& record : room.first(read.records)) print(record);
     flushOutput();
@@ -105,7 +103,7 @@ void writeRawRecords(std::FILE* rawFile) {
     int index = 0;
     for (const TraceRecord& record : room.first(read.records)) {
         if (record.debugid == kInvalidMarker) {
-            if (settings.verbose) printMessage(stdout, "Tracepoint %d is invalid.\n", index);
+            if (settings.line.verbose) printMessage(stdout, "Tracepoint %d is invalid.\n", index);
         } else {
             storeRecord(rawFile, record);
             print(record);

@@ -9,16 +9,15 @@
 #include <new>
 #include <unistd.h>
 
-#include "lines/output_line.h"
 #include "platform/platform.h"
 #include "probe/audio_flags.h"
 #include "probe/collection.h"
 #include "probe/fatal_exit.h"
 #include "probe/options.h"
 #include "probe/output.h"
+#include "probe/raw_reader.h"
 #include "probe/settings.h"
 #include "probe/signals.h"
-#include "rawfile/raw_reader.h"
 #include "rawfile/raw_writer.h"
 #include "trace/trace_facility.h"
 
@@ -58,9 +57,9 @@ void widenOutputPipe() {
 // there a larger buffer would keep a reader waiting.
 void gatherOutput() {
     if (settings.writeRaw || isatty(STDOUT_FILENO) != 0) return;
-    if (std::atexit([] { outputLine.handOver(); }) != 0) return;
+    if (std::atexit([] { outputLine().handOver(); }) != 0) return;
     widenOutputPipe();
-    outputLine.gather();
+    outputLine().gather();
     std::setvbuf(stdout, nullptr, _IONBF, 0);
 }
 
@@ -69,6 +68,7 @@ void readTimebase() {
     mach_timebase_info(&timebase);
     settings.tickDivisor =
         static_cast<double>(timebase.denom) / static_cast<double>(timebase.numer) * 1000.0;
+    linePrinter().setTicksPerMicrosecond(settings.tickDivisor);
 }
 
 // Every step may end the program; a signal is taken between two of them.
@@ -86,7 +86,7 @@ void setUpLiveTracing() {
     setupTraceBuffer();
     takeSignal();
     readTimebase();
-    if (settings.verbose) printBufferInfo();
+    if (settings.line.verbose) printBufferInfo();
     takeSignal();
     enableTracing(1);
     takeSignal();

@@ -61,7 +61,7 @@ extern "C" void onSignal(int number) {
 void end() {
     ending = 1;
     windowOpen = 0;
-    if (settings.verbose && noted != SIGPIPE) {
+    if (settings.line.verbose && noted != SIGPIPE) {
         printMessage(stdout, "Quiting on signal %d\n", static_cast<int>(noted));
     }
     fatalExit(nullptr);

@@ -73,7 +73,7 @@ void writeDivisorRecord(std::FILE* rawFile) {
     TraceRecord slot{};
     slot.timestamp = truncateToUnsigned(settings.tickDivisor);
     slot.debugid = kDivisorMarker;
-    if (settings.verbose) {
+    if (settings.line.verbose) {
         printMessage(stdout, "Inserting divisor %f as 0x%" PRIx64 "\n", settings.tickDivisor,
                      slot.timestamp);
     }

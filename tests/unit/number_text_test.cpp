@@ -1,5 +1,7 @@
 // Numbers as text: what printf makes of the same values.
 
+#include "events/number_text.h"
+
 #include <algorithm>
 #include <cinttypes>
 #include <cstdio>
@@ -8,8 +10,6 @@
 #include <random>
 #include <string>
 #include <vector>
-
-#include "events/number_text.h"
 
 namespace sonaprobe {
 namespace {

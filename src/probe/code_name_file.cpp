@@ -1,17 +1,13 @@
-// Lookup of code names: the file is scanned once and what a scan finds is remembered until the
-// file changes.
+// The code-name file of --decode: it is scanned once, and what the scan finds is remembered until
+// the file changes.
 
-#include "probe/code_names.h"
+#include "probe/code_name_file.h"
 
 #include <cerrno>
-#include <cstdlib>
-#include <cstring>
-#include <limits>
-#include <string>
 #include <sys/stat.h>
 #include <unistd.h>
-#include <unordered_map>
 
+#include "lines/code_names.h"
 #include "platform/coarse_clock.h"
 #include "probe/output.h"
 #include "probe/settings.h"
@@ -41,27 +37,10 @@ struct FileState {
     }
 };
 
-std::unordered_map<uint32_t, std::string> names;
+CodeNames names;
 FileState scannedState;
 bool scanned = false;
 int64_t lookedAt = 0;
-
-// One line of the file, or one piece of a long line: the first to name a code keeps it.
-void takePiece(char* piece) {
-    char* rest = piece;
-    const char* const token = strsep(&rest, "\t ");
-    const unsigned long code = std::strtoul(token, nullptr, 0);
-    if (code > std::numeric_limits<uint32_t>::max()) return;
-    const char* name = rest != nullptr ? rest : "";
-    if (rest != nullptr) {
-        char* at = rest;
-        for (; *at != '\0' && *at != '\n'; ++at) {
-            if (*at == '\t' || *at == ' ') ++name;
-        }
-        *at = '\0';
-    }
-    names.try_emplace(static_cast<uint32_t>(code), name);
-}
 
 // Reads into `block` what the file has at `offset`; a stream has it where it stands.
 ssize_t readBlock(int file, bool stream, char* block, size_t size, off_t offset) {
@@ -74,24 +53,14 @@ ssize_t readBlock(int file, bool stream, char* block, size_t size, off_t offset)
 
 void scanFile(int file, bool stream) {
     char block[16384];
-    char piece[kCodeNameRoom];
-    size_t length = 0;
-    const auto endPiece = [&] {
-        piece[length] = '\0';
-        takePiece(piece);
-        length = 0;
-    };
     names.clear();
     for (off_t offset = 0; !stream || offset < kStreamLimit;) {
         const ssize_t got = readBlock(file, stream, block, sizeof block, offset);
         if (got <= 0) break;
         offset += got;
-        for (ssize_t i = 0; i < got; ++i) {
-            piece[length++] = block[i];
-            if (block[i] == '\n' || length == sizeof piece - 1) endPiece();
-        }
+        names.take(block, static_cast<size_t>(got));
     }
-    if (length > 0) endPiece();
+    names.endFile();
 }
 
 void refreshNames() {
@@ -110,18 +79,19 @@ void refreshNames() {
     scanned = true;
 }
 
-}  // namespace
-
-const char* lookupCodeName(uint32_t code, char (&destination)[kCodeNameRoom]) {
+const char* findName(const void*, uint32_t code) {
     if (settings.decodeFile == nullptr) {
         std::fprintf(stderr, "Error opening file '%s'\n", settings.decodePath);
-        return destination;
+        return "";
     }
     refreshNames();
-    const auto found = names.find(code);
-    if (found == names.end()) return nullptr;
-    std::memcpy(destination, found->second.c_str(), found->second.size() + 1);
-    return destination;
+    return names.nameOf(code);
+}
+
+}  // namespace
+
+NameLookup codeNameLookup() {
+    return settings.decodePath[0] == '\0' ? NameLookup{} : NameLookup{.find = findName};
 }
 
 }  // namespace sonaprobe

@@ -1,4 +1,4 @@
-// Reading a raw trace file.
+// --read: a raw trace file's records as lines.
 
 #pragma once
 

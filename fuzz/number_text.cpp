@@ -1,13 +1,14 @@
 // The conversions of lines: each makes the text that printf makes and stays within the slack that
 // it claims behind it, in memory where one more byte is found.
 
+#include "events/number_text.h"
+
 #include <cinttypes>
 #include <cmath>
 #include <cstdarg>
 #include <memory>
 #include <string>
 
-#include "events/number_text.h"
 #include "fuzz.h"
 #include "lines/event_time.h"
 
@@ -86,6 +87,8 @@ int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
     compare(exact, [&](char* at) { return putText(at, {copy.get(), exact.size()}); });
 
     const auto time = std::make_unique<char[]>(kEventTimeRoom);
-    require(formatEventTime(value, time.get()).size() <= kEventTimeLength, "time texts are cut");
+    const uint32_t mode = value & 3;
+    require(EventTime().formatEventTime(value, mode, real, time.get()).size() <= kEventTimeLength,
+            "time texts are cut");
     return 0;
 }
