@@ -37,7 +37,7 @@ class TraceReport {
     // The clock's own time of the first record.
     Nanoseconds begin() const { return begin_; }
 
-    // The divisors in force, each once, by the slot in which each began first.
+    // The values of divisors, 0 aside, each with the slot in which it stands first.
     const std::map<uint64_t, uint64_t>& divisors() const { return divisors_; }
     const std::map<uint32_t, uint64_t>& recordsOfProcessor() const { return processors_; }
 

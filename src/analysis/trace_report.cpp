@@ -1,0 +1,88 @@
+// Counts what is in a trace.
+
+#include "analysis/trace_report.h"
+
+#include "analysis/event_traits.h"
+#include "events/event.h"
+
+namespace sonaprobe {
+
+namespace {
+
+constexpr uint32_t kWithoutEvent = ~0x3FFU;
+constexpr uint32_t kWithoutClass = 0xFFFF0000;
+
+uint32_t classOf(uint32_t debugid) {
+    const bool hasClass = decoderOf(debugid) != nullptr || classWordOf(debugid) == kAudioClassWord;
+    return debugid & (hasClass ? kWithoutEvent : kWithoutClass);
+}
+
+bool isPoint(uint32_t debugid) {
+    switch (qualifierOf(debugid)) {
+        case Qualifier::start: return startsArePoints(codeOf(debugid));
+        case Qualifier::end: return false;
+        default: return true;
+    }
+}
+
+uint64_t& countOf(OutcomeCounts& counts, Outcome outcome) {
+    switch (outcome) {
+        case Outcome::text: return counts.printed;
+        case Outcome::gated: return counts.verboseOnly;
+        case Outcome::silent: return counts.silent;
+        default: return counts.unclassified;
+    }
+}
+
+}  // namespace
+
+TraceReport::TraceReport(bool withCalls) {
+    if (withCalls) calls_.emplace();
+}
+
+void TraceReport::take(const Found& found) {
+    slots_.take(found);
+    const uint64_t slot = found.slotNumber();
+    switch (found.what) {
+        case Found::What::divisor:
+            if (found.slot.timestamp != 0) divisors_.try_emplace(found.slot.timestamp, slot);
+            calls_ ? calls_->take(found.slot, slot) : void(clock_.takeDivisor(found.slot.timestamp));
+            break;
+        case Found::What::record:
+            calls_ ? calls_->take(found.slot, slot) : void(clock_.read(found.slot));
+            takeRecord(found.slot, slot);
+            break;
+        default: break;
+    }
+}
+
+void TraceReport::takeRecord(const TraceRecord& record, uint64_t slot) {
+    if (slots_.records() == 1) begin_ = clock().kernelTime(record);
+    if (clock().stepsBack() != stepsBack_) {
+        stepsBack_ = clock().stepsBack();
+        const Nanoseconds back =
+            nanosecondsOf(latestTick_, record.timestamp, clock().ticksPerMicrosecond());
+        slots_.findings().add(
+            {.kind = FindingKind::stepBack, .slot = slot, .lastSlot = slot, .back = back});
+        latestTick_ = record.timestamp;
+    }
+    latestTick_ = std::max(latestTick_, record.timestamp);
+    ++processors_[record.cpuid];
+    ++classes_[classOf(record.debugid)];
+    ++countOf(outcomes_, decode(record).outcome);
+    if (isPoint(record.debugid)) ++points_;
+}
+
+void TraceReport::finish() {
+    slots_.finish();
+    if (!calls_) return;
+    calls_->finish();
+    for (const MissingStretch& stretch : calls_->missing()) {
+        slots_.findings().add({.kind = FindingKind::missingRecords,
+                               .slot = stretch.after,
+                               .lastSlot = stretch.before,
+                               .missing = stretch});
+    }
+}
+
+}  // namespace sonaprobe
