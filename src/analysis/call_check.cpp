@@ -11,13 +11,13 @@ namespace sonaprobe {
 
 namespace {
 
-constexpr uint32_t kOverload = 0x21040000;
-constexpr uint32_t kIoThread = 0x21040004;
-constexpr uint32_t kIoCycle = 0x21040008;
-constexpr uint32_t kClient = 0x2104000C;
+constexpr uint32_t kOverload = kAudioServerKey;
+constexpr uint32_t kIoThread = kAudioServerKey | 1 << 2;
+constexpr uint32_t kIoCycle = kAudioServerKey | 2 << 2;
+constexpr uint32_t kClient = kAudioServerKey | 3 << 2;
 
-constexpr uint64_t kLeastRegular = 4;           // cycles, before a late one is a sign
-constexpr Nanoseconds kLatePeriods = 8;         // so many periods late
+constexpr uint64_t kLeastRegular = 4;            // cycles, before a late one is a sign
+constexpr Nanoseconds kLatePeriods = 8;          // so many periods late
 constexpr Nanoseconds kLeastLate = 100'000'000;  // and this
 
 }  // namespace

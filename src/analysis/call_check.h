@@ -34,8 +34,8 @@ struct MissingStretch {
     uint64_t after;   // slot of the last record known to be before
     uint64_t before;  // slot of the first known to be after
     MissingSign sign;
-    uint32_t code;    // the event that showed it first
-    uint64_t signs;   // how many
+    uint32_t code;   // the event that showed it first
+    uint64_t signs;  // how many
 };
 
 class CallCheck final : private CallSink {
@@ -62,8 +62,8 @@ class CallCheck final : private CallSink {
         uint64_t nextSample = 0;  // as its end told
         Nanoseconds start = 0;
         Nanoseconds end = 0;
-        Nanoseconds period = 0;   // from the start of the cycle before
-        uint64_t regular = 0;     // cycles before it in a row that began where they should
+        Nanoseconds period = 0;  // from the start of the cycle before
+        uint64_t regular = 0;    // cycles before it in a row that began where they should
         uint64_t epoch = 0;
         bool overloaded = false;  // since its end
     };

@@ -12,13 +12,6 @@
 
 namespace sonaprobe {
 
-constexpr std::string_view kNameSeparator = "::";
-
-inline const Decoder* decoderOf(uint32_t debugid) {
-    if ((debugid & ~0x3FFU) == 0x21040000) return &decoders::kAudioServer;
-    return classWordOf(debugid) == kAudioClassWord ? kClassTable[classIdOf(debugid)] : nullptr;
-}
-
 // visit(decoder, event, texts) with the event's row and those of its texts.
 template <class Visit>
 void forEachEvent(const Visit& visit) {

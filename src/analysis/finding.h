@@ -11,33 +11,34 @@
 namespace sonaprobe {
 
 enum class FindingKind : uint8_t {
-    misaligned,       // slots begin at another place of their 64 bytes from here on
-    garbage,          // whole slots that are none
-    otherByteOrder,   // slots of a machine of the other byte order
-    cutSlot,          // the last slot is cut short
-    noDivisor,        // records without a divisor in force
+    misaligned,      // slots begin at another place of their 64 bytes from here on
+    garbage,         // whole slots that are none
+    otherByteOrder,  // slots of a machine of the other byte order
+    cutSlot,         // the last slot is cut short
+    noDivisor,       // records without a divisor in force
     zeroDivisor,
     repeatedDivisor,  // of the value that is in force
     invalidSlots,
     emptySlots,
-    stepBack,         // the clock
-    missingRecords,   // a suspicion: see MissingStretch
+    stepBack,        // the clock
+    missingRecords,  // a suspicion: see MissingStretch
 };
 constexpr size_t kFindingKinds = 11;
 
 struct Finding {
     FindingKind kind;
-    uint64_t slot;           // where it begins
-    uint64_t lastSlot;       // where it ends
-    uint64_t bytes = 0;      // misaligned, garbage, cutSlot: that are no slot
-    uint64_t goesOnAt = 0;   // misaligned: byte of the file at which slots go on
-    Nanoseconds back = 0;    // stepBack: to before the latest record, above 0
+    uint64_t slot;          // where it begins
+    uint64_t lastSlot;      // where it ends
+    uint64_t bytes = 0;     // misaligned, garbage, cutSlot: that are no slot
+    uint64_t goesOnAt = 0;  // misaligned: byte of the file at which slots go on
+    Nanoseconds back = 0;   // stepBack: to before the latest record, above 0
     MissingStretch missing{};
 
     uint64_t slots() const { return lastSlot - slot + 1; }
 };
 
-// The findings of one file. A file may be wrong in every slot: of each kind the first ones are kept.
+// The findings of one file. A file may be wrong in every slot: of each kind the first ones are
+// kept.
 class Findings {
   public:
     static constexpr size_t kMostKept = 1000;

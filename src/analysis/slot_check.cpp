@@ -67,7 +67,8 @@ void SlotCheck::takeOrder(const Found& slot) {
     const uint64_t number = slot.slotNumber();
     if (slot.order == ByteOrder::swapped) {
         if (order_ == ByteOrder::own) {
-            findings_.add({.kind = FindingKind::otherByteOrder, .slot = number, .lastSlot = number});
+            findings_.add(
+                {.kind = FindingKind::otherByteOrder, .slot = number, .lastSlot = number});
         }
         findings_.last(FindingKind::otherByteOrder)->lastSlot = number;
     }

@@ -22,9 +22,9 @@ class SlotCheck {
     const Findings& findings() const { return findings_; }
     Findings& findings() { return findings_; }
 
-    uint64_t slots() const { return slots_; }      // whole ones, of whatever kind
+    uint64_t slots() const { return slots_; }  // whole ones, of whatever kind
     uint64_t records() const { return records_; }
-    uint64_t kept() const { return kept_; }        // slots
+    uint64_t kept() const { return kept_; }  // slots
 
   private:
     void settleDamage(bool slotsGoOn);

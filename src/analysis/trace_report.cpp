@@ -9,12 +9,11 @@ namespace sonaprobe {
 
 namespace {
 
-constexpr uint32_t kWithoutEvent = ~0x3FFU;
 constexpr uint32_t kWithoutClass = 0xFFFF0000;
 
 uint32_t classOf(uint32_t debugid) {
     const bool hasClass = decoderOf(debugid) != nullptr || classWordOf(debugid) == kAudioClassWord;
-    return debugid & (hasClass ? kWithoutEvent : kWithoutClass);
+    return hasClass ? classKeyOf(debugid) : debugid & kWithoutClass;
 }
 
 bool isPoint(uint32_t debugid) {
@@ -46,7 +45,8 @@ void TraceReport::take(const Found& found) {
     switch (found.what) {
         case Found::What::divisor:
             if (found.slot.timestamp != 0) divisors_.try_emplace(found.slot.timestamp, slot);
-            calls_ ? calls_->take(found.slot, slot) : void(clock_.takeDivisor(found.slot.timestamp));
+            calls_ ? calls_->take(found.slot, slot)
+                   : void(clock_.takeDivisor(found.slot.timestamp));
             break;
         case Found::What::record:
             calls_ ? calls_->take(found.slot, slot) : void(clock_.read(found.slot));

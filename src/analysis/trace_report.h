@@ -41,7 +41,8 @@ class TraceReport {
     const std::map<uint64_t, uint64_t>& divisors() const { return divisors_; }
     const std::map<uint32_t, uint64_t>& recordsOfProcessor() const { return processors_; }
 
-    // By debug id without event number and qualifier; without class, too, where it is no audio code.
+    // By debug id without event number and qualifier; without class, too, where it is no audio
+    // code.
     const std::map<uint32_t, uint64_t>& recordsOfClass() const { return classes_; }
     const OutcomeCounts& outcomes() const { return outcomes_; }
     uint64_t points() const { return points_; }

@@ -30,7 +30,9 @@ std::span<const Command> commands();
 Run setUpCompletion(CLI::App& app);
 Run setUpCut(CLI::App& app);
 Run setUpEvents(CLI::App& app);
+Run setUpInfo(CLI::App& app);
 Run setUpLines(CLI::App& app);
+Run setUpRepair(CLI::App& app);
 Run setUpStats(CLI::App& app);
 
 }  // namespace sonaprobe::scope

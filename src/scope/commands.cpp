@@ -7,8 +7,10 @@ namespace sonaprobe::scope {
 namespace {
 
 constexpr Command kCommands[] = {
+    {"info", "what is in a file, and is it sound", setUpInfo},
     {"lines", "print the records as lines", setUpLines},
     {"stats", "where the time goes: calls and their times", setUpStats},
+    {"repair", "write a file anew without what is broken", setUpRepair},
 };
 
 }  // namespace
