@@ -28,7 +28,8 @@ void CallCheck::take(const TraceRecord& slot, uint64_t number) {
     none.debugid = kInvalidMarker;
     while (tracker_.slots() < number) tracker_.take(none);
     record_ = &slot;
-    tracker_.take(slot);
+    const Moment* const moment = tracker_.take(slot);
+    if (moment != nullptr) silences_.take(number, moment->time);
     epoch_ = epochNow();
 }
 
@@ -63,7 +64,7 @@ void CallCheck::closed(const Call& call, const Call* /*parent*/, const Closing& 
     switch (closing.how) {
         case CallEnd::finished:
             ++counts_.finished;
-            if (call.code == kIoCycle) endCycle(thread, closing);
+            if (call.code == kIoCycle) endCycle(call, closing);
             if (call.code == kIoThread) thread.ended.reset();
             break;
         case CallEnd::unfinished: ++counts_.unfinished; break;
@@ -81,6 +82,7 @@ void CallCheck::point(const TraceRecord& record, const Moment& moment) {
     ++counts_.points;
     if (codeOf(record.debugid) != kOverload) return;
     Thread& thread = threadAt(moment.thread);
+    thread.open.overloaded = true;
     if (thread.ended) thread.ended->overloaded = true;
 }
 
@@ -100,38 +102,64 @@ void CallCheck::orphanEnd(const TraceRecord& record, const Moment& moment) {
 
 void CallCheck::beginCycle(const TraceRecord& start, const Call& call) {
     Thread& thread = threadAt(call.thread);
-    thread.open = {.start = call.start};
+    Cycle& cycle = thread.open;
+    silences_.take(call.startSlot, call.start);
+    cycle = {.sample = start.arg1, .buffer = start.arg3, .start = call.start};
     const Cycle* const before = cycleBefore(thread);
     if (before == nullptr || before->overloaded) return;
-    const uint64_t sample = start.arg1;
-    const uint64_t buffer = start.arg3;
-    if (sample == before->nextSample) {
-        thread.open.period = saturated(Wide{call.start} - before->start);
-        thread.open.regular = before->regular + 1;
-        const Nanoseconds late = saturated(Wide{call.start} - before->end);
-        if (before->regular >= kLeastRegular && late > kLeastLate &&
-            late / kLatePeriods > before->period) {
-            add(before->slot, call.startSlot, MissingSign::clock, call.code);
-        }
-    } else if (buffer != 0 && sample > before->nextSample &&
-               (sample - before->nextSample) % buffer == 0) {
-        add(before->slot, call.startSlot, MissingSign::sampleTime, call.code);
+    if (cycle.sample != before->nextSample) {
+        addSkip(cycle.sample - before->nextSample, *before, before->slot, call.startSlot);
+        return;
+    }
+    cycle.period = saturated(Wide{call.start} - before->start);
+    cycle.regular = before->regular + 1;
+    const Nanoseconds late = saturated(Wide{call.start} - before->end);
+    if (before->regular >= kLeastRegular && late > kLeastLate &&
+        late / kLatePeriods > before->period) {
+        add(before->slot, call.startSlot, MissingSign::clock, call.code);
     }
 }
 
-void CallCheck::endCycle(Thread& thread, const Closing& closing) {
-    thread.ended = thread.open;
-    thread.ended->slot = closing.slot;
-    thread.ended->end = closing.time;
-    thread.ended->nextSample = closing.end->arg1;
-    thread.ended->epoch = epochNow();
+void CallCheck::endCycle(const Call& call, const Closing& closing) {
+    Thread& thread = threadAt(call.thread);
+    Cycle& cycle = thread.open;
+    silences_.take(closing.slot, closing.time);
+    cycle.slot = closing.slot;
+    cycle.end = closing.time;
+    cycle.nextSample = closing.end->arg1;
+    cycle.epoch = epochNow();
+    // Without an overload, what its end tells is the sample time one buffer on.
+    if (!cycle.overloaded) {
+        addSkip(cycle.nextSample - cycle.sample - cycle.buffer, cycle, call.startSlot,
+                closing.slot);
+    }
+    thread.ended = cycle;
+    thread.ended->overloaded = false;
 }
 
-// Signs come in the order of the slots before which the gap lies.
+// So many samples are left out between two slots: cycles are missing if these are whole buffers.
+// All threads are silent where their records are missing, for longer than between two cycles if
+// several are.
+void CallCheck::addSkip(uint64_t samples, const Cycle& cycle, uint64_t after, uint64_t before) {
+    constexpr uint64_t kMostBuffers = uint64_t{1} << 20;  // more is another position, or none
+    if (samples == 0 || cycle.buffer == 0 || samples % cycle.buffer != 0) return;
+    const uint64_t buffers = samples / cycle.buffer;
+    if (buffers > kMostBuffers) return;
+    const Silence* const silence = silences_.longestSince(after);
+    const Nanoseconds least = static_cast<Nanoseconds>(buffers - 1) * cycle.period;
+    if (buffers > 1 && cycle.period > 0 && silence != nullptr && silence->length >= least) {
+        after = silence->after;
+        before = silence->before;
+    }
+    add(after, before, MissingSign::sampleTime, kIoCycle);
+}
+
+// Signs come in the order of the slots before which the gap lies, or nearly.
 void CallCheck::add(uint64_t after, uint64_t before, MissingSign sign, uint32_t code) {
-    if (!missing_.empty() && after < missing_.back().before) {
+    if (!missing_.empty() && after < missing_.back().before && missing_.back().after < before) {
         MissingStretch& stretch = missing_.back();
         stretch.after = std::max(stretch.after, after);
+        stretch.before = std::min(stretch.before, before);
         ++stretch.signs;
     } else if (missing_.size() < kMostStretches) {
         missing_.push_back({after, before, sign, code, 1});

@@ -7,6 +7,7 @@
 #include <vector>
 
 #include "analysis/call_tracker.h"
+#include "analysis/silences.h"
 
 namespace sonaprobe {
 
@@ -25,7 +26,7 @@ enum class MissingSign : uint8_t {
     cutOffByStart,  // one of the audio server's that began again before its end
     orphanEnd,      // an end without a start, while another call is open
     orphanCycle,    // the same of a server's cycle or client, after a cycle that was whole
-    sampleTime,     // a cycle began whole buffers later than the one before told
+    sampleTime,     // of cycles: whole buffers are left out
     clock,          // a cycle began much later, at the sample time that the one before told
 };
 
@@ -59,13 +60,15 @@ class CallCheck final : private CallSink {
     // A cycle of the audio server.
     struct Cycle {
         uint64_t slot = 0;        // of its end
-        uint64_t nextSample = 0;  // as its end told
+        uint64_t sample = 0;      // time of its start
+        uint64_t buffer = 0;      // samples
+        uint64_t nextSample = 0;  // time of the next one's start, as its end told
         Nanoseconds start = 0;
         Nanoseconds end = 0;
         Nanoseconds period = 0;  // from the start of the cycle before
         uint64_t regular = 0;    // cycles before it in a row that began where they should
         uint64_t epoch = 0;
-        bool overloaded = false;  // since its end
+        bool overloaded = false;  // since its start
     };
     struct Thread {
         std::vector<uint64_t> provable;  // slots of open calls that trace both ends
@@ -82,7 +85,8 @@ class CallCheck final : private CallSink {
     Thread& threadAt(uint32_t number);
     const Cycle* cycleBefore(const Thread& thread) const;
     void beginCycle(const TraceRecord& start, const Call& call);
-    void endCycle(Thread& thread, const Closing& closing);
+    void endCycle(const Call& call, const Closing& closing);
+    void addSkip(uint64_t samples, const Cycle& cycle, uint64_t after, uint64_t before);
     void add(uint64_t after, uint64_t before, MissingSign sign, uint32_t code);
 
     CallTracker tracker_;
@@ -90,6 +94,7 @@ class CallCheck final : private CallSink {
     uint64_t epoch_ = 0;                   // counts the clock's steps back and new divisors
     CallCounts counts_;
     std::vector<Thread> threads_;
+    Silences silences_;
     std::vector<MissingStretch> missing_;
 };
 

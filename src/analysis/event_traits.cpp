@@ -34,9 +34,7 @@ uint8_t answeredBy(uint32_t code) {
 
 }  // namespace
 
-bool startsArePoints(uint32_t code) {
-    return (answeredBy(code) & (kOnStart | kOnEnd)) == kOnStart;
-}
+bool startsArePoints(uint32_t code) { return (answeredBy(code) & (kOnStart | kOnEnd)) == kOnStart; }
 
 bool tracesBothEnds(uint32_t code) {
     constexpr uint8_t kBoth = kOnStart | kOnEnd;
