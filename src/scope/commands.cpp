@@ -10,7 +10,10 @@ constexpr Command kCommands[] = {
     {"info", "what is in a file, and is it sound", setUpInfo},
     {"lines", "print the records as lines", setUpLines},
     {"stats", "where the time goes: calls and their times", setUpStats},
+    {"cut", "keep a part of a trace as a file of its own", setUpCut},
     {"repair", "write a file anew without what is broken", setUpRepair},
+    {"events", "search the reference of events", setUpEvents},
+    {"completion", "print the completion of a shell", setUpCompletion},
 };
 
 }  // namespace

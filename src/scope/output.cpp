@@ -95,6 +95,10 @@ void Output::flush() {
     throw systemFailure("could not write to standard output");
 }
 
+void Output::show() {
+    if (terminal_) flush();
+}
+
 void Output::finish() {
     flush();
     // Some file systems tell of a full disk only now.

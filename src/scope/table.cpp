@@ -11,19 +11,10 @@ namespace {
 
 constexpr size_t kGap = 2;
 constexpr size_t kLeastShrunk = 8;
-constexpr std::string_view kDots = "…";
+constexpr const char* kDots = "…";
 
 constexpr bool beginsCharacter(char byte) {
     return (static_cast<unsigned char>(byte) & 0xC0) != 0x80;
-}
-
-// The first `count` characters.
-std::string firstColumns(const std::string& text, size_t count) {
-    size_t at = 0;
-    for (; at < text.size(); ++at) {
-        if (beginsCharacter(text[at]) && count-- == 0) break;
-    }
-    return text.substr(0, at);
 }
 
 void put(std::string& line, const Output& out, const Cell& cell, Align align, size_t width,
@@ -42,14 +33,22 @@ size_t columnsOf(std::string_view text) {
     return static_cast<size_t>(std::ranges::count_if(text, beginsCharacter));
 }
 
+std::string_view firstColumns(std::string_view text, size_t columns) {
+    size_t at = 0;
+    for (; at < text.size(); ++at) {
+        if (beginsCharacter(text[at]) && columns-- == 0) break;
+    }
+    return text.substr(0, at);
+}
+
 std::string fitted(const std::string& text, size_t width) {
     if (columnsOf(text) <= width || width == 0) return text;
     const size_t method = text.rfind("::");
     if (method != std::string::npos && leastFit(text) <= width) {
-        return firstColumns(text, width - leastFit(text)) + std::string(kDots) +
+        return std::string(firstColumns(text, width - leastFit(text))) + kDots +
                text.substr(method);
     }
-    return firstColumns(text, width - 1) + std::string(kDots);
+    return std::string(firstColumns(text, width - 1)) + kDots;
 }
 
 size_t leastFit(const std::string& text) {

@@ -53,6 +53,9 @@ class Table {
 // Characters that a text takes on a terminal; it is UTF-8 without control characters.
 size_t columnsOf(std::string_view text);
 
+// As much of the text's beginning as takes at most so many columns.
+std::string_view firstColumns(std::string_view text, size_t columns);
+
 // The text in at most `width` columns: of "Group::method" the group is cut and the method kept
 // whole, any other text is cut at its end.
 std::string fitted(const std::string& text, size_t width);

@@ -35,11 +35,14 @@ struct Text {
     std::string_view method;
     std::string_view text;
     std::span<const Piece> pieces;
-    std::vector<Words> wordPairs = {};  // in the order of the pieces' numbers
+    std::vector<Words> wordPairs = {};          // in the order of the pieces' numbers
+    std::vector<std::string_view> values = {};  // the names of the text's values, in their order
 };
 
 struct Event {
     uint32_t code;
+    std::string_view group;
+    std::string_view method;
     std::vector<Text> texts = {};
 };
 

@@ -35,16 +35,24 @@ std::vector<TracedClass> tracedClasses() {
 
 namespace {
 
+std::string_view groupOf(const Decoder& decoder, const Row& row) {
+    return decoder.text(row.name).view().substr(0, row.groupLength);
+}
+
+std::string_view methodOf(const Decoder& decoder, const Row& row) {
+    return decoder.text(row.name).view().substr(row.groupLength + kNameSeparator.size());
+}
+
 Text textOf(const Decoder& decoder, const Row& row) {
-    const std::string_view name = decoder.text(row.name).view();
     Text text{.qualifiers = row.qualifiers,
               .verbose = row.verbose,
               .condition = row.condition,
-              .group = name.substr(0, row.groupLength),
-              .method = name.substr(row.groupLength + 2),
+              .group = groupOf(decoder, row),
+              .method = methodOf(decoder, row),
               .text = decoder.text(row.text).view(),
               .pieces = decoder.piecesOf(row)};
     for (const Piece& piece : text.pieces) {
+        if (piece.reading != Reading::nothing) text.values.push_back(decoder.nameOf(piece));
         if (piece.reading != Reading::words || piece.wordPair < text.wordPairs.size()) continue;
         const auto& [notZero, zero] = decoder.wordsOf(row, piece);
         text.wordPairs.push_back({decoder.text(notZero).view(), decoder.text(zero).view()});
@@ -59,7 +67,8 @@ std::vector<Event> eventsOf(const TracedClass& traced) {
     if (traced.isSilent()) return events;
     for (const Row& row : traced.decoder->rows) {
         if (row.isEvent()) {
-            events.push_back({row.code});
+            const Decoder& decoder = *traced.decoder;
+            events.push_back({row.code, groupOf(decoder, row), methodOf(decoder, row)});
         } else {
             events.back().texts.push_back(textOf(*traced.decoder, row));
         }
