@@ -1,0 +1,50 @@
+"""events: the reference in the terminal."""
+
+import json
+import re
+
+import pytest
+
+from scope import scope
+
+
+def found(*words):
+    result = scope("events", *words)
+    assert (result.stderr, result.returncode) == ("", 0)
+    return result.stdout.splitlines()
+
+
+@pytest.mark.parametrize("words", [["0x05245C0C"], ["0x05245c0d"], ["OrvelHDAPath::enable"],
+                                   ["hdap", "channelConfig", "stream:"]])
+def test_an_event_is_found_by_code_name_text_and_value(words):
+    assert found(*words)[:3] == [
+        "0x05245C0C  OrvelHDAPath::enable",
+        "    start   Start - stream: %p channelID: %d channelConfig: %d",
+        "    end     End - stream: %p channelID: %d result: 0x%08x",
+    ]
+
+
+def test_all_words_must_be_there():
+    codes = {line[:10] for line in found("timed", "OUT") if line.startswith("0x")}
+    assert codes and codes < {line[:10] for line in found("timed") if line.startswith("0x")}
+
+
+def test_without_words_all_events_are_listed():
+    assert sum(line.startswith("0x") for line in found()) == 585
+
+
+def test_json_has_the_texts_with_their_values():
+    [event] = json.loads(scope("events", "0x05245C0C", "--json").stdout)["events"]
+    assert (event["code"], event["name"], event["class"]) == (
+        "0x05245C0C", "OrvelHDAPath::enable", "23")
+    assert event["texts"][0] == {
+        "on": "start", "if": "", "verbose": False, "name": "OrvelHDAPath::enable",
+        "text": "Start - stream: %p channelID: %d channelConfig: %d",
+        "values": ["stream", "channelID", "channelConfig"]}
+
+
+def test_nothing_found_names_the_nearest():
+    result = scope("events", "setPathFromat")
+    assert (result.stdout, result.returncode) == ("", 2)
+    assert re.fullmatch("sonascope: no event fits 'setPathFromat'; the nearest is "
+                        "'setPathFormat'\n", result.stderr)
