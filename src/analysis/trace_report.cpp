@@ -2,6 +2,8 @@
 
 #include "analysis/trace_report.h"
 
+#include <algorithm>
+
 #include "analysis/event_traits.h"
 #include "events/event.h"
 
@@ -22,6 +24,11 @@ bool isPoint(uint32_t debugid) {
         case Qualifier::end: return false;
         default: return true;
     }
+}
+
+bool losesRecords(FindingKind kind) {
+    return kind == FindingKind::misaligned || kind == FindingKind::garbage ||
+           kind == FindingKind::invalidSlots || kind == FindingKind::emptySlots;
 }
 
 uint64_t& countOf(OutcomeCounts& counts, Outcome outcome) {
@@ -77,7 +84,14 @@ void TraceReport::finish() {
     slots_.finish();
     if (!calls_) return;
     calls_->finish();
+    const std::vector<Finding> known = findings().all();
     for (const MissingStretch& stretch : calls_->missing()) {
+        // Where slots are broken it is no wonder that records are missing.
+        const bool explained = std::ranges::any_of(known, [&](const Finding& finding) {
+            return losesRecords(finding.kind) && finding.lastSlot >= stretch.after &&
+                   finding.slot <= stretch.before;
+        });
+        if (explained) continue;
         slots_.findings().add({.kind = FindingKind::missingRecords,
                                .slot = stretch.after,
                                .lastSlot = stretch.before,

@@ -117,7 +117,6 @@ std::vector<std::string> wrapped(const std::string& text, size_t width) {
 }  // namespace
 
 const char* nameOf(FindingKind kind) { return textOf(kind).name; }
-const char* keyOf(FindingKind kind) { return textOf(kind).key; }
 const char* adviceOf(FindingKind kind) { return textOf(kind).advice; }
 const char* repairOf(FindingKind kind) { return textOf(kind).repair; }
 
@@ -171,6 +170,15 @@ Json jsonOf(const Finding& finding) {
     return entry;
 }
 
+Json notListedOf(const Findings& findings) {
+    Json counts = Json::object();
+    for (const KindText& kind : kKinds) {
+        const uint64_t count = findings.count(kind.kind);
+        if (count > Findings::kMostKept) counts[kind.key] = count - Findings::kMostKept;
+    }
+    return counts;
+}
+
 void printFindings(Output& out, const Findings& findings,
                    const std::function<std::string(const Finding&)>& tell) {
     constexpr size_t kLeastWidth = 20;
@@ -199,7 +207,7 @@ void printFindings(Output& out, const Findings& findings,
     for (const KindText& kind : kKinds) {
         const uint64_t count = findings.count(kind.kind);
         if (count <= Findings::kMostKept) continue;
-        out.line(countText(count - Findings::kMostKept) + " more: " + kind.name);
+        out.line("and " + countText(count - Findings::kMostKept) + " more: " + kind.name);
     }
 }
 

@@ -13,9 +13,6 @@ namespace sonaprobe::scope {
 // "cut last slot".
 const char* nameOf(FindingKind kind);
 
-// "cut_slot", in JSON.
-const char* keyOf(FindingKind kind);
-
 // What it is and what follows from it: "the last slot has 36 of its 64
 // bytes".
 std::string meaningOf(const Finding& finding);
@@ -28,6 +25,9 @@ const char* repairOf(FindingKind kind);
 
 // "kind", "slot", "last_slot", and what else is known of it.
 Json jsonOf(const Finding& finding);
+
+// How many more there were of the kinds of which not all are kept, by their JSON names.
+Json notListedOf(const Findings& findings);
 
 // Findings as a block of lines: the slot, the name, then what `tell` says of each. On a terminal
 // long texts go on below themselves; elsewhere each finding is one line.

@@ -81,7 +81,7 @@ std::string processorsText(const std::map<uint32_t, uint64_t>& processors) {
         uint32_t last = first;
         while (++at != processors.end() && at->first == last + 1) last = at->first;
         text += (text.back() == ':' ? " " : ", ") + std::to_string(first);
-        if (last != first) text += "-" + std::to_string(last);
+        if (last != first) text += (last == first + 1 ? ", " : "-") + std::to_string(last);
     }
     return text;
 }
@@ -221,6 +221,8 @@ Json jsonOf(const FileReport& file) {
         described["advice"] = adviceOf(finding.kind);
         entry["findings"].push_back(described);
     }
+    const Json notListed = notListedOf(report.findings());
+    if (!notListed.empty()) entry["findings_not_listed"] = notListed;
     return entry;
 }
 
