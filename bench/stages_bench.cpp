@@ -191,16 +191,17 @@ void rawRead(State& state) {
 BENCHMARK(rawRead);
 
 void rawWrite(State& state) {
-    std::FILE* const file = std::tmpfile();
-    if (file == nullptr) return state.SkipWithError("no temporary file");
+    char path[] = "/tmp/sonaprobe-bench-XXXXXX";
+    const int file = ::mkstemp(path);
+    if (file < 0) return state.SkipWithError("no temporary file");
+    ::unlink(path);
+    RawWriter writer(file, {.lost = [](const TraceRecord&, int) { std::abort(); }});
     const TraceRecord record = recordOf(0x05245C0C);
     for (auto _ : state) {
-        lseek(fileno(file), 0, SEEK_SET);
-        for (int64_t i = 0; i < kFileRecords; ++i) storeRecord(file, record);
+        lseek(file, 0, SEEK_SET);
+        for (int64_t i = 0; i < kFileRecords; ++i) writer.store(record);
     }
-    storeHeldRecords(file);
     state.SetItemsProcessed(state.iterations() * kFileRecords);
-    std::fclose(file);
 }
 BENCHMARK(rawWrite);
 

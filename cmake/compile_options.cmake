@@ -49,11 +49,8 @@ if(SONAPROBE_TIDY)
   set(CMAKE_CXX_CLANG_TIDY ${SONAPROBE_CLANG_TIDY})
 endif()
 
-# A room of src/ (or a tool's folder) as a static library: sonaprobe_room(NAME sources...). It goes
-# into programs alone: -fPIE instead of CMake's -fPIC, which finds each variable through a table.
+# A room of src/ (or a tool's folder) as a static library: sonaprobe_room(NAME sources...).
 function(sonaprobe_room name)
   add_library(sonaprobe_${name} STATIC ${ARGN})
-  set_target_properties(sonaprobe_${name} PROPERTIES POSITION_INDEPENDENT_CODE OFF)
-  target_compile_options(sonaprobe_${name} PRIVATE -fPIE)
   target_link_libraries(sonaprobe_${name} PUBLIC sonaprobe_options)
 endfunction()

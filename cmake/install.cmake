@@ -21,6 +21,17 @@ function(compressed source target)
   set_property(GLOBAL APPEND PROPERTY SONAPROBE_COMPRESSED ${output})
 endfunction()
 
+# install_for_zsh(FILE NAME): Debian's zsh looks for packages' functions in a folder of their own.
+function(install_for_zsh file name)
+  install(
+    CODE "set(folder site-functions)
+          if(CMAKE_INSTALL_PREFIX STREQUAL \"/usr\")
+            set(folder vendor-completions)
+          endif()
+          file(INSTALL \"${file}\" RENAME ${name}
+               DESTINATION \"\${CMAKE_INSTALL_PREFIX}/${CMAKE_INSTALL_DATADIR}/zsh/\${folder}\")")
+endfunction()
+
 file(MAKE_DIRECTORY ${PROJECT_BINARY_DIR}/install)
 compressed(cmake/debian/changelog changelog.gz)
 foreach(program ${programs})
@@ -30,15 +41,30 @@ foreach(program ${programs})
           DESTINATION ${CMAKE_INSTALL_MANDIR}/man8)
   install(FILES completion/bash/${program}
           DESTINATION ${CMAKE_INSTALL_DATADIR}/bash-completion/completions)
-  # Debian's zsh looks for packages' functions in a folder of their own.
-  install(
-    CODE "set(folder site-functions)
-          if(CMAKE_INSTALL_PREFIX STREQUAL \"/usr\")
-            set(folder vendor-completions)
-          endif()
-          file(INSTALL \"${PROJECT_SOURCE_DIR}/completion/zsh/_${program}\"
-               DESTINATION \"\${CMAKE_INSTALL_PREFIX}/${CMAKE_INSTALL_DATADIR}/zsh/\${folder}\")")
+  install_for_zsh(${PROJECT_SOURCE_DIR}/completion/zsh/_${program} _${program})
 endforeach()
+
+# sonascope is for everybody; its completion is printed by itself, from the tables of its parser.
+compressed(man/sonascope.1 sonascope.1.gz)
+install(TARGETS sonascope RUNTIME DESTINATION ${CMAKE_INSTALL_BINDIR})
+install(FILES ${PROJECT_BINARY_DIR}/install/sonascope.1.gz
+        DESTINATION ${CMAKE_INSTALL_MANDIR}/man1)
+foreach(shell bash zsh fish)
+  set(output ${PROJECT_BINARY_DIR}/install/sonascope.${shell})
+  add_custom_command(
+    OUTPUT ${output}
+    COMMAND sonascope completion ${shell} > ${output}
+    DEPENDS sonascope
+    VERBATIM)
+  list(APPEND completions ${output})
+endforeach()
+add_custom_target(sonascope_completion ALL DEPENDS ${completions})
+install(FILES ${PROJECT_BINARY_DIR}/install/sonascope.bash RENAME sonascope
+        DESTINATION ${CMAKE_INSTALL_DATADIR}/bash-completion/completions)
+install(FILES ${PROJECT_BINARY_DIR}/install/sonascope.fish
+        DESTINATION ${CMAKE_INSTALL_DATADIR}/fish/vendor_completions.d)
+install_for_zsh(${PROJECT_BINARY_DIR}/install/sonascope.zsh _sonascope)
+
 get_property(compressed_files GLOBAL PROPERTY SONAPROBE_COMPRESSED)
 add_custom_target(sonaprobe_install_files DEPENDS ${compressed_files})
 # Whoever has built the programs alone can install them.
@@ -46,7 +72,7 @@ add_dependencies(sonaprobe sonaprobe_install_files)
 
 file(GLOB pages CONFIGURE_DEPENDS ${PROJECT_SOURCE_DIR}/docs/*.md)
 install(FILES README.md ${pages} DESTINATION ${SONAPROBE_DOC_DIR})
-install(DIRECTORY docs/sample DESTINATION ${SONAPROBE_DOC_DIR})
+install(DIRECTORY docs/sample docs/schema DESTINATION ${SONAPROBE_DOC_DIR})
 install(FILES cmake/debian/copyright ${PROJECT_BINARY_DIR}/install/changelog.gz
         DESTINATION ${SONAPROBE_DOC_DIR})
 

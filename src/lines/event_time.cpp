@@ -48,7 +48,7 @@ char* putKernelTime(char* at, uint64_t microseconds) {
 
 }  // namespace
 
-char* LocalTimeText::put(char* at, int64_t microseconds, int64_t delta) {
+inline char* LocalTimeText::put(char* at, int64_t microseconds, int64_t delta) {
     const std::time_t now = std::time(nullptr);
     const auto stamp = static_cast<uint64_t>(microseconds) - base_;
     const auto step = static_cast<uint64_t>(delta);

@@ -1,7 +1,6 @@
 // The main sequence: checks, options, then the first run mode that applies.
 
 #include <cerrno>
-#include <csignal>
 #include <cstdio>
 #include <cstdlib>
 #include <fcntl.h>
@@ -15,10 +14,10 @@
 #include "probe/fatal_exit.h"
 #include "probe/options.h"
 #include "probe/output.h"
+#include "probe/raw_file.h"
 #include "probe/raw_reader.h"
 #include "probe/settings.h"
 #include "probe/signals.h"
-#include "rawfile/raw_writer.h"
 #include "trace/trace_facility.h"
 
 namespace sonaprobe {
@@ -100,11 +99,9 @@ void setUpLiveTracing() {
 }
 
 [[noreturn]] void writeForEver() {
-    settings.rawFile = std::fopen(settings.rawPath, "wb+");
-    if (settings.rawFile == nullptr) fatalExit("Can't open file!\n");
-    writeDivisorRecord(settings.rawFile);
+    RawWriter& rawFile = openRawFile();
     for (;;) {
-        writeRawRecords(settings.rawFile);
+        writeRawRecords(rawFile);
         sleepBetweenPasses();
     }
 }
@@ -135,8 +132,8 @@ int run(int argc, char** argv) {
         beginEnding();
         return EXIT_SUCCESS;
     }
-    endOnBrokenPipe();
-    std::signal(SIGXFSZ, SIG_IGN);  // a file that grows too large is a failed write like others
+    ignoreWriteSignals();
+    if (!settings.noLog) endOnBrokenPipe();
     setUpLiveTracing();
     if (settings.noLog) {
         beginEnding();

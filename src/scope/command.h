@@ -6,14 +6,9 @@
 #include <functional>
 #include <span>
 
-namespace sonaprobe::scope {
+#include "scope/status.h"
 
-// How the program ends, as version control and diff do it.
-enum class Status : int {
-    done = 0,
-    findings = 1,  // what was asked for is answered, and something was found: see each command
-    trouble = 2,   // input unreadable, output not written, command line not understood
-};
+namespace sonaprobe::scope {
 
 // What a command does once its options are read.
 using Run = std::function<Status()>;

@@ -12,7 +12,7 @@ from conftest import run_program
 from option_table import options
 
 SOURCE = pathlib.Path(os.environ["SONAPROBE_SOURCE_DIR"])
-PAGES = sorted((SOURCE / "man").glob("*.8"))
+PAGES = sorted((SOURCE / "man").glob("*.[18]"))
 PAGE = SOURCE / "man/sonaprobe.8"
 
 
@@ -50,7 +50,7 @@ def messages():
     """The fixed beginnings of the messages that the program writes about failures."""
     found = set()
     for path in sorted((SOURCE / "src").rglob("*.cpp")):
-        if "standin" in path.parts or path.name in ("usage.cpp", "audio_class_registry.cpp"):
+        if {"standin", "scope"} & set(path.parts) or path.name in ("usage.cpp", "audio_class_registry.cpp"):
             continue
         for call in re.findall(r"(?:fatalExit\(|printMessage\(stderr,|fprintf\(stderr,)(.*?)\);",
                                path.read_text(), re.DOTALL):
@@ -80,5 +80,5 @@ def test_the_simulators_commands_and_options_are_explained():
 
 @pytest.mark.parametrize("page", PAGES, ids=lambda page: page.name)
 def test_a_page_refers_to_no_page_that_is_missing(page):
-    own = set(re.findall(r"^\.Xr (sonaprobe\S*) 8", page.read_text(), re.MULTILINE))
+    own = set(re.findall(r"^\.Xr (sona\S*) [18]", page.read_text(), re.MULTILINE))
     assert own and own <= {p.stem for p in PAGES}

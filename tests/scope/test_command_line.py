@@ -30,8 +30,8 @@ def test_the_version_is_the_projects():
     ([], "A subcommand is required; see sonascope --help"),
     (["evnts"], "there is no command 'evnts'; the nearest is 'events'; see sonascope --help"),
     (["lines"], "FILE is required; see sonascope lines --help"),
-    (["lines", "--frm", "3s", "f"], "The following arguments were not expected: f 3s --frm; the "
-     "nearest is '--from'; see sonascope lines --help"),
+    (["lines", "f", "--frm=3s"], "The following argument was not expected: --frm=3s; the nearest is "
+     "'--from'; see sonascope lines --help"),
     (["cut", "trace.raw"], "--output is required; see sonascope cut --help"),
     (["completion", "tcsh"], "no completion for 'tcsh'; there is one for bash, fish and zsh"),
     (["lines", "f", "--plain", "--json"], "--plain and --json do not go together; give one of them"),

@@ -10,6 +10,7 @@ import pytest
 from conftest import BUILD
 from processes import started, wait_until
 from records import DIVISOR_MARKER, unpack
+from schemas import valid
 from scope import ENABLE, OVERLOAD, POINT, TICKS, divisor, nested_calls, pack, record, scope
 
 
@@ -37,6 +38,13 @@ def test_from_is_included_and_to_is_not(trace, new):
     assert (result.stderr, result.returncode) == ("", 0)
     assert [time for _, time in slots(new)] == [100, 500]
     assert new.read_bytes()[:64] == divisor()
+
+
+def test_json_tells_what_was_kept(trace, new):
+    result = scope("cut", trace, "--from", "100us", "-o", new, "--json")
+    assert valid("cut", result.stdout) == {
+        "schema": "sonascope/cut/1", "file": str(new), "records": 4, "first_ns": 100_000,
+        "last_ns": 1_500_000}
 
 
 def test_all_of_a_sound_trace_is_that_trace(trace, new):
@@ -134,8 +142,17 @@ def test_a_full_disk_leaves_no_file(trace, new):
     assert (result.returncode, os.listdir(new.parent)) == (2, [])
 
 
+def test_a_closed_standard_output_is_no_way_into_the_new_file(trace, new):
+    command = f"{BUILD}/sonascope cut {trace} -o {new} >&-"
+    result = subprocess.run(["sh", "-c", command], stderr=subprocess.PIPE, text=True, check=False)
+    assert result.stderr == "sonascope: could not write to standard output: Bad file descriptor\n"
+    assert new.read_bytes() == trace.read_bytes()
+
+
 def test_ctrl_c_leaves_no_file(trace, new):
     with started(BUILD / "sonascope", "cut", "-", "-o", new, stdin=subprocess.PIPE) as process:
+        process.stdin.write(trace.read_bytes() * 20)
+        process.stdin.flush()
         wait_until(lambda: os.listdir(new.parent))
         process.send_signal(signal.SIGINT)
         assert process.wait() == -signal.SIGINT

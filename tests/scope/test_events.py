@@ -1,10 +1,8 @@
 """events: the reference in the terminal."""
 
-import json
-import re
-
 import pytest
 
+from schemas import valid
 from scope import scope
 
 
@@ -25,16 +23,18 @@ def test_an_event_is_found_by_code_name_text_and_value(words):
 
 
 def test_all_words_must_be_there():
-    codes = {line[:10] for line in found("timed", "OUT") if line.startswith("0x")}
-    assert codes and codes < {line[:10] for line in found("timed") if line.startswith("0x")}
+    both = [line for line in found("timed", "OUT", "hdad") if line.startswith("0x")]
+    assert both and all("OrvelHDADriver::" in line for line in both)
+    assert len(both) < sum(line.startswith("0x") for line in found("hdad"))
 
 
 def test_without_words_all_events_are_listed():
     assert sum(line.startswith("0x") for line in found()) == 585
+    assert len(valid("events", scope("events", "--json").stdout)["events"]) == 585
 
 
 def test_json_has_the_texts_with_their_values():
-    [event] = json.loads(scope("events", "0x05245C0C", "--json").stdout)["events"]
+    [event] = valid("events", scope("events", "0x05245C0C", "--json").stdout)["events"]
     assert (event["code"], event["name"], event["class"]) == (
         "0x05245C0C", "OrvelHDAPath::enable", "23")
     assert event["texts"][0] == {
@@ -46,5 +46,5 @@ def test_json_has_the_texts_with_their_values():
 def test_nothing_found_names_the_nearest():
     result = scope("events", "setPathFromat")
     assert (result.stdout, result.returncode) == ("", 2)
-    assert re.fullmatch("sonascope: no event fits 'setPathFromat'; the nearest is "
-                        "'setPathFormat'\n", result.stderr)
+    assert result.stderr == ("sonascope: no event fits 'setPathFromat'; the nearest are "
+                             "'setPathFormat' and 'setPathSetFormat'\n")

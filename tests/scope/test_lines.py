@@ -5,6 +5,7 @@ import json
 import pytest
 
 from records import pack
+from schemas import valid
 from scope import ENABLE, END, FORMAT, OVERLOAD, POINT, START, divisor, nested_calls, record, scope
 
 
@@ -32,7 +33,8 @@ def test_a_line_says_when_where_and_how_long(trace):
         "End - result: 0xe00002bc",
         "   0.001 000   +500 µs       0xa5  0  <- OrvelHDAPath::enable (0x10)  [1.00 ms]  "
         "End - stream: 0x0 channelID: 0 result: 0x00000000",
-        "   0.001 500                 0xb6  0     OrvelHDAPath::enable (0x10)",
+        "   0.001 500                 0xb6  0     OrvelHDAPath::enable (0x10)  "
+        "sampleRate: 0 bitsPerSample: 0 channelCount: 0 sampleFormat: 0x00000000",
     ]
 
 
@@ -81,7 +83,7 @@ def test_control_characters_of_a_file_are_escaped(trace):
     (["--cpu", "3"], []),
 ])
 def test_selection(options, times, trace):
-    found = [json.loads(line) for line in lines(trace, "--json", *options)[1:]]
+    found = [valid("lines", line) for line in lines(trace, "--json", *options)[1:]]
     assert [one["time_ns"] // 1000 for one in found] == times
 
 
@@ -93,7 +95,7 @@ def test_selection_reads_a_pipe_twice_where_it_must(trace):
 
 
 def test_json_says_all_that_a_line_says(trace):
-    header, *documents = [json.loads(line) for line in lines(trace, "--json")]
+    header, *documents = [valid("lines", line) for line in lines(trace, "--json")]
     assert header == {"schema": "sonascope/lines/1", "file": str(trace)}
     assert documents[2] == {
         "slot": 3, "time_ns": 500_000, "thread": "0x00000000000000a5", "cpu": 0,
@@ -105,7 +107,7 @@ def test_json_says_all_that_a_line_says(trace):
 
 def test_values_of_64_bits_are_strings(trace):
     trace.write_bytes(divisor() + record(0x05240C18, START, 0, a2=(1 << 64) - 1, a3=1 << 63))
-    [document] = [json.loads(line) for line in lines(trace, "--json")[1:]]
+    [document] = [valid("lines", line) for line in lines(trace, "--json")[1:]]
     assert document["values"]["powerStateOrdinal"] == "-1"
     assert document["values"]["device"] == "0x0000000000000010"
     assert document["values"]["currentPowerState"] == str(-(1 << 63))
@@ -131,7 +133,7 @@ def test_an_overload_is_inside_the_calls_around_it(trace):
     trace.write_bytes(b"".join([
         divisor(), record(0x21040008, START, 0), record(OVERLOAD, START, 10),
         record(0x21040008, END, 20), record(ENABLE, END, 30)]))
-    found = [json.loads(line) for line in lines(trace, "--json")[1:]]
+    found = [valid("lines", line) for line in lines(trace, "--json")[1:]]
     assert [one["depth"] for one in found] == [0, 1, 0, 0]
     assert ["duration_ns" in one for one in found] == [False, False, True, False]
 
@@ -139,7 +141,7 @@ def test_an_overload_is_inside_the_calls_around_it(trace):
 def test_a_step_back_cuts_calls_off(trace):
     trace.write_bytes(b"".join([divisor(), record(ENABLE, START, 500), record(FORMAT, POINT, 0),
                                 pack(ENABLE | END, t=24_000_024, a1=0x10, a5=0xA5)]))
-    found = [json.loads(line) for line in lines(trace, "--json")[1:]]
+    found = [valid("lines", line) for line in lines(trace, "--json")[1:]]
     assert [one["depth"] for one in found] == [0, 0, 0]
     assert [one["time_ns"] for one in found] == [0, 0, 1000]
     assert "duration_ns" not in found[2]
