@@ -79,7 +79,6 @@ void CallCheck::closed(const Call& call, const Call* /*parent*/, const Closing& 
 }
 
 void CallCheck::point(const TraceRecord& record, const Moment& moment) {
-    ++counts_.points;
     if (codeOf(record.debugid) != kOverload) return;
     Thread& thread = threadAt(moment.thread);
     thread.open.overloaded = true;
@@ -91,12 +90,14 @@ void CallCheck::orphanEnd(const TraceRecord& record, const Moment& moment) {
     const uint32_t code = codeOf(record.debugid);
     if (!tracesBothEnds(code)) return;
     const Thread& thread = threadAt(moment.thread);
-    const Cycle* const before = cycleBefore(thread);
-    if (!thread.provable.empty()) {
-        // The start is missing, after that of the open call; or else the open call's end is.
-        add(thread.provable.back(), moment.slot, MissingSign::orphanEnd, code);
-    } else if ((code == kIoCycle || code == kClient) && before != nullptr) {
+    // The start is missing, after that of the open call; or else the open call's end is.
+    const uint64_t openSince = thread.provable.empty() ? 0 : thread.provable.back();
+    // Cycles do not overlap: the start is missing after the end of the one before.
+    const Cycle* const before = code == kIoCycle || code == kClient ? cycleBefore(thread) : nullptr;
+    if (before != nullptr && before->slot > openSince) {
         add(before->slot, moment.slot, MissingSign::orphanCycle, code);
+    } else if (!thread.provable.empty()) {
+        add(openSince, moment.slot, MissingSign::orphanEnd, code);
     }
 }
 
@@ -108,6 +109,7 @@ void CallCheck::beginCycle(const TraceRecord& start, const Call& call) {
     const Cycle* const before = cycleBefore(thread);
     if (before == nullptr || before->overloaded) return;
     if (cycle.sample != before->nextSample) {
+        if (before->regular == 0) return;
         addSkip(cycle.sample - before->nextSample, *before, before->slot, call.startSlot);
         return;
     }
@@ -129,7 +131,7 @@ void CallCheck::endCycle(const Call& call, const Closing& closing) {
     cycle.nextSample = closing.end->arg1;
     cycle.epoch = epochNow();
     // Without an overload, what its end tells is the sample time one buffer on.
-    if (!cycle.overloaded) {
+    if (!cycle.overloaded && cycle.regular > 0) {
         addSkip(cycle.nextSample - cycle.sample - cycle.buffer, cycle, call.startSlot,
                 closing.slot);
     }

@@ -17,7 +17,6 @@ struct CallCounts {
     uint64_t cutOff = 0;
     uint64_t unfinished = 0;
     uint64_t orphanEnds = 0;
-    uint64_t points = 0;
 };
 
 // What shows that records are missing.

@@ -38,7 +38,7 @@ std::vector<Finding> Findings::all() const {
 
 Finding* Findings::last(FindingKind kind) {
     const Kind& known = kinds_[static_cast<size_t>(kind)];
-    return known.count == 0 ? nullptr : &all_[known.last];
+    return known.count == 0 || known.count > kMostKept ? nullptr : &all_[known.last];
 }
 
 }  // namespace sonaprobe

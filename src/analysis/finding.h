@@ -54,7 +54,7 @@ class Findings {
     // How many there were of a kind, with those that were not kept.
     uint64_t count(FindingKind kind) const { return kinds_[static_cast<size_t>(kind)].count; }
 
-    // The last one of a kind, null where there is none; to be extended.
+    // The last one of a kind, to be extended; null where there is none, or it was not kept.
     Finding* last(FindingKind kind);
 
   private:

@@ -65,12 +65,11 @@ void SlotCheck::settleDamage(bool slotsGoOn) {
 
 void SlotCheck::takeOrder(const Found& slot) {
     const uint64_t number = slot.slotNumber();
-    if (slot.order == ByteOrder::swapped) {
-        if (order_ == ByteOrder::own) {
-            findings_.add(
-                {.kind = FindingKind::otherByteOrder, .slot = number, .lastSlot = number});
-        }
-        findings_.last(FindingKind::otherByteOrder)->lastSlot = number;
+    if (slot.order == ByteOrder::swapped && order_ == ByteOrder::own) {
+        findings_.add({.kind = FindingKind::otherByteOrder, .slot = number, .lastSlot = number});
+    } else if (slot.order == ByteOrder::swapped) {
+        Finding* const known = findings_.last(FindingKind::otherByteOrder);
+        if (known != nullptr) known->lastSlot = number;
     }
     order_ = slot.order;
 }

@@ -68,6 +68,7 @@ bool SlotFinder::isTorn(const TraceRecord& first, const TraceRecord& second) con
     return first.timestamp + disorder_ < latest_ || first.timestamp > second.timestamp + disorder_;
 }
 
+// Whether there is no doubt of two slots in a row, of one that ends the file, or of a divisor.
 bool SlotFinder::familiarSlotsBeginAt(Place place) const {
     const TraceRecord first = slotAtPlace(place);
     const SlotKind kind = kindOf(first);
@@ -82,6 +83,7 @@ bool SlotFinder::familiarSlotsBeginAt(Place place) const {
     return !isTorn(first, second);
 }
 
+// Whether there is little doubt of several slots in a row, in a file that has few certain ones.
 bool SlotFinder::unknownSlotsBeginAt(Place place) const {
     if (2 * certainSlots_ > slots_) return false;
     const size_t run = std::min((buffer_.size() - place.at) / kSlot, kUnknownRun);
@@ -90,8 +92,9 @@ bool SlotFinder::unknownSlotsBeginAt(Place place) const {
     bool clockRuns = false;
     for (size_t n = 0; n < run; ++n) {
         const TraceRecord slot = slotAtPlace({place.at + n * kSlot, place.order});
-        if (!isRecord(slot) || plausibility_.doubts(slot) > 1 || !isNear(before, slot))
+        if (!isRecord(slot) || plausibility_.doubts(slot) > 1 || !isNear(before, slot)) {
             return false;
+        }
         clockRuns = clockRuns || slot.timestamp != before.timestamp;
         before = slot;
     }
@@ -114,8 +117,9 @@ std::optional<SlotFinder::Place> SlotFinder::otherBegin() const {
             if (order == order_ && skipped % kSlot == 0) continue;
             const Place place{at_ + skipped, order};
             if (familiarSlotsBeginAt(place)) return place;
-            if (clockJumps && isNear(*last_, slotAtPlace(place)) && slotsBeginAt(place))
+            if (clockJumps && isNear(*last_, slotAtPlace(place)) && slotsBeginAt(place)) {
                 return place;
+            }
         }
     }
     const Place swapped{at_, otherThan(order_)};

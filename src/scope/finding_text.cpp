@@ -82,7 +82,7 @@ std::string missingText(const MissingStretch& stretch) {
             text += "the clock jumps, and the sample times of " + event + " do not";
             break;
     }
-    if (stretch.signs > 1) text += "; " + countText(stretch.signs - 1) + " more such signs";
+    if (stretch.signs > 1) text += "; " + countOf(stretch.signs - 1, "more sign");
     return text;
 }
 

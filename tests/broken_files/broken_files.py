@@ -177,6 +177,14 @@ FILES = [
            ["slot 1  missing records?  between slots 1 and 2: OrvelHDAPath::enable ended without a "
             f"start inside another call. {LARGER}"],
            joined(SLOTS[:2], SLOTS[3:]), stays=["missing_records"]),
+    Broken("cycle-end-missing", joined(SLOTS[:12], SLOTS[13:]),
+           ["slot 9  missing records?  between slots 9 and 12: QuorraHAL::IOCycle did not end "
+            f"before it began anew. {LARGER}"],
+           joined(SLOTS[:12], SLOTS[13:]), stays=["missing_records"]),
+    Broken("cycle-start-missing", joined(SLOTS[:13], SLOTS[14:]),
+           ["slot 12  missing records?  between slots 12 and 15: QuorraHAL::IOCycle ended without a "
+            f"start; 1 more sign. {LARGER}"],
+           joined(SLOTS[:13], SLOTS[14:]), stays=["missing_records"]),
     Broken("cycles-missing", joined(SLOTS[:13], SLOTS[25:]),
            ["slot 12  missing records?  between slots 12 and 13: QuorraHAL::IOCycle began whole "
             f"buffers later than the one before told. {LARGER}"],

@@ -1,18 +1,13 @@
 """Each broken file: what info says of it, and that repair makes the file of it that it should."""
 
 import gzip
-import json
-import os
-import pathlib
 import subprocess
 
-import jsonschema
 import pytest
 
 from broken_files import FILES, OTHERS, SLOTS, WHOLE, joined
 from conftest import BUILD, run_program
-
-SCHEMAS = pathlib.Path(os.environ["SONAPROBE_SOURCE_DIR"]) / "docs/schema"
+from schemas import valid
 
 
 def scope(*arguments, **options):
@@ -22,10 +17,7 @@ def scope(*arguments, **options):
 def checked_json(command, *arguments):
     """What a command prints with --json, which its schema allows; and its status."""
     result = scope(command, "--json", *arguments)
-    document = json.loads(result.stdout)
-    schema = json.loads((SCHEMAS / f"{command}.schema.json").read_text())
-    jsonschema.validate(document, schema)
-    return document, result.returncode
+    return valid(command, result.stdout), result.returncode
 
 
 def file_of(folder, name, data):

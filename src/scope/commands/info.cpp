@@ -5,6 +5,7 @@
 #include "analysis/trace_report.h"
 #include "events/class_table.h"
 #include "registry/audio_class_registry.h"
+#include "scope/command.h"
 #include "scope/escape.h"
 #include "scope/failure.h"
 #include "scope/finding_text.h"
@@ -73,10 +74,12 @@ std::string divisorText(const TraceReport& report) {
     return text.empty() ? "none; 1,000 ticks a microsecond assumed" : text + " ticks a microsecond";
 }
 
-// "6: 0-3, 5, 7".
+// "6: 0-3, 5, 7"; the first ones of many.
 std::string processorsText(const std::map<uint32_t, uint64_t>& processors) {
     std::string text = countText(processors.size()) + ":";
+    constexpr size_t kRoom = 50;
     for (auto at = processors.begin(); at != processors.end();) {
+        if (text.size() > kRoom) return text + ", …";
         const uint32_t first = at->first;
         uint32_t last = first;
         while (++at != processors.end() && at->first == last + 1) last = at->first;

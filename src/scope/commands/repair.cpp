@@ -1,6 +1,7 @@
 // sonascope repair: a new file without what is broken.
 
 #include "analysis/slot_check.h"
+#include "scope/command.h"
 #include "scope/escape.h"
 #include "scope/failure.h"
 #include "scope/finding_text.h"
