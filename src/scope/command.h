@@ -29,5 +29,7 @@ Run setUpInfo(CLI::App& app);
 Run setUpLines(CLI::App& app);
 Run setUpRepair(CLI::App& app);
 Run setUpStats(CLI::App& app);
+Run setUpTree(CLI::App& app);
+Run setUpDiff(CLI::App& app);
 
 }  // namespace sonaprobe::scope

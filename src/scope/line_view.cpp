@@ -9,7 +9,6 @@
 #include "scope/call_view.h"
 #include "scope/escape.h"
 #include "scope/event_text.h"
-#include "scope/failure.h"
 #include "scope/json.h"
 #include "scope/styled_line.h"
 #include "scope/units.h"
@@ -212,10 +211,9 @@ void printLines(Input& input, const Selection& selection, const TraceOptions& tr
         }
         out.show();
     }
-    if (calls.clock().assumedDivisor()) {
-        warn(input.source().name() +
-             ": no divisor before the first record; 1000 ticks a microsecond are assumed");
-    }
+    out.finish();
+    warnOfDamage(input);
+    warnOfAssumedDivisor(input, calls.clock());
 }
 
 }  // namespace sonaprobe::scope

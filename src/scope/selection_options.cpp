@@ -50,7 +50,7 @@ std::vector<uint64_t> numbersOf(const char* option, const std::vector<std::strin
     return numbers;
 }
 
-constexpr uint32_t kOverload = 0x21040010;
+constexpr uint32_t kOverload = 0x21040000;
 
 // Finds the dropouts, and the slots of calls that are long enough.
 class Survey : public CallSink {

@@ -15,7 +15,10 @@ def found(*words):
 @pytest.mark.parametrize("words", [["0x05245C0C"], ["0x05245c0d"], ["OrvelHDAPath::enable"],
                                    ["hdap", "channelConfig", "stream:"]])
 def test_an_event_is_found_by_code_name_text_and_value(words):
-    assert found(*words)[:3] == [
+    printed = found(*words)
+    assert printed[4] == ("    values  stream, channelID, channelConfig, result, sampleRate, "
+                          "bitsPerSample, channelCount, sampleFormat")
+    assert printed[:3] == [
         "0x05245C0C  OrvelHDAPath::enable",
         "    start   Start - stream: %p channelID: %d channelConfig: %d",
         "    end     End - stream: %p channelID: %d result: 0x%08x",
