@@ -30,8 +30,9 @@ class OutputLine {
     OutputLine(const OutputLine&) = delete;
     OutputLine& operator=(const OutputLine&) = delete;
 
-    // From now on lines are handed over several at a time.
-    void gather() { handOverAt_ = kGathered; }
+    // From now on lines are handed over several at a time, once they take so many bytes; 0: one by
+    // one.
+    void gather(size_t bytes = kGathered) { handOverAt_ = bytes; }
 
     // Hands over what there is. To be called before anything else goes to the sink's end, before
     // that is flushed, and at the end.
@@ -63,6 +64,11 @@ class OutputLine {
     // Ends the line with "\n" and hands it over, or keeps it to be gathered.
     void end() {
         *at_++ = '\n';
+        endText();
+    }
+
+    // The same for a text that brings its own line end, or goes without.
+    void endText() {
         if (used() >= handOverAt_) handOver();
     }
 

@@ -6,7 +6,6 @@
 #include <cstring>
 
 #include "events/number_text.h"
-#include "probe/options.h"
 
 namespace sonaprobe {
 

@@ -1,8 +1,8 @@
 """The texts of the decoder tables speak one language: one shape, one word and one form per thing.
 
 A text is an optional beginning ("Start - ", "End - ", "ERROR: "), phrases, each followed by " - ",
-and `name: value` pairs. RULES says the rest. Exempt are the texts in given_texts.txt, but for the
-order of their arguments.
+and `name: value` pairs. RULES says the rest. Exempt are the texts in tests/given, but for the order
+of their arguments.
 """
 
 import collections
@@ -15,6 +15,7 @@ import typing
 import pytest
 
 from conftest import run_program
+from given import settled_texts
 
 SOURCE = pathlib.Path(os.environ["SONAPROBE_SOURCE_DIR"])
 
@@ -270,20 +271,13 @@ def fixture_texts():
 
 @pytest.fixture(name="given", scope="module")
 def fixture_given():
-    lines = (SOURCE / "tests/golden/given_texts.txt").read_text().splitlines()
-    pairs = [tuple(line.split(" ", 1)) for line in lines if line and not line.startswith("#")]
-    assert len(pairs) == len(set(pairs)), "a text stands there twice"
-    return set(pairs)
+    return {(number, text.replace("\t", r"\t")) for number, text in settled_texts()}
 
 
 def test_texts_keep_the_rules(texts, given):
     assert len(texts) > 1800
     broken = [f"{rule}: 0x{text.code} {text.on} {text.text}" for rule, text in check(texts, given)]
     assert broken == [], "\n".join(f"{rule}: {RULES[rule]}" for rule in RULES)
-
-
-def test_given_texts_are_printed(texts, given):
-    assert given - {(text.number, text.text) for text in texts} == set()
 
 
 # A row of a class without event 255: the rule that it breaks, its qualifier, text and arguments.

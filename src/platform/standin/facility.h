@@ -1,7 +1,8 @@
 // The operations of the trace facility. Each returns 0 or an errno: those named with it, an armed
-// one, EPERM (not root, or the files are not to be trusted: lastRefusal() tells) or ENOMEM (no room
-// for the state). getBufferInfo() and readRecords() trust a look at the files for a tenth of a
-// second, all others look each time.
+// one, EPERM (not root, or the files are not to be trusted: lastRefusal() tells), ENOMEM (no room
+// for the state), EINTR (a signal came while another process was at an operation) or EIO (a file
+// was cut short meanwhile). getBufferInfo() and readRecords() trust a look at the files for a tenth
+// of a second, all others look each time.
 //
 // One operation of all processes runs at a time, and is exact against producers. The first process
 // that changes the facility owns it until it removes it or ends: EBUSY for any other.

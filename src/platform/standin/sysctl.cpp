@@ -6,7 +6,9 @@
 #include <string_view>
 
 #include "calls.h"
+#include "platform/standin/attachment.h"
 #include "platform/standin/facility.h"
+#include "platform/standin/notice.h"
 
 namespace {
 
@@ -86,6 +88,10 @@ int audioFlags(OldBuffer old, const void* newValue, size_t newLength) {
 
 int answer(int error) {
     if (error == 0) return 0;
+    const standin::Refusal& refusal = standin::lastRefusal();
+    if (error == EPERM && *refusal.path != '\0') {
+        standin::tellRefusal(refusal.path, refusal.reason);
+    }
     errno = error;
     return -1;
 }
