@@ -42,4 +42,11 @@ inline bool startsArePoints(uint32_t code) {
     return event != nullptr && (event->answered & kOnStart) != 0 && (event->answered & kOnEnd) == 0;
 }
 
+// Whether its texts answer starts and ends alike: whoever traces the one traces the other.
+inline bool tracesBothEnds(uint32_t code) {
+    constexpr uint8_t kBoth = kOnStart | kOnEnd;
+    const Row* const event = eventRowOf(code);
+    return event != nullptr && (event->answered & kBoth) == kBoth;
+}
+
 }  // namespace sonaprobe
