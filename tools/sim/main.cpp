@@ -21,6 +21,10 @@ constexpr Command kCommands[] = {
      runPlay},
     {"write", "SCENARIO FILE [--records N] [--seed N]",
      "write a scenario into a raw file: N records (once through)", runWrite},
+    {"write dropouts", "FILE [--cause KIND,...] [--count N] [--level L] [--seed N] [--truth FILE]",
+     "write a raw file with N dropouts (9) whose causes are known (of all kinds), easy, medium\n"
+     "        (the default) or hard to find, and what they are into another FILE",
+     runWriteDropouts},
     {"scenarios", "", "list the scenarios", runScenarios},
     {"hold", "", "own the facility, as another tool would, until a signal", runHold},
     {"fail", "OPERATION ERRNO [--times N] [--after N]",
