@@ -1,0 +1,123 @@
+// Counts and times by group.
+
+#include "analysis/call_statistics.h"
+
+#include <algorithm>
+
+#include "analysis/event_names.h"
+#include "analysis/event_traits.h"
+
+namespace sonaprobe {
+
+namespace {
+
+// Of a call's tag: whether it is inside no call of the same group. The rest is its group.
+constexpr uint32_t kOutermost = 1U << 31;
+
+constexpr uint64_t nestingKey(uint32_t thread, uint32_t group) {
+    return uint64_t{thread} << 32 | group;
+}
+
+void addTo(Nanoseconds& sum, Nanoseconds more) { sum = saturated(Wide{sum} + more); }
+
+}  // namespace
+
+double CallGroup::mean() const {
+    return finished() == 0 ? 0 : static_cast<double>(total) / static_cast<double>(finished());
+}
+
+GroupKey CallStatistics::keyOf(const TraceRecord& record, uint32_t thread) {
+    const uint32_t code = codeOf(record.debugid);
+    switch (by_) {
+        case GroupBy::event: return {.code = code};
+        case GroupBy::driver: return {.code = driverCodeOf(code)};
+        case GroupBy::thread: return {.thread = thread};
+        case GroupBy::cpu: return {.cpu = record.cpuid};
+        case GroupBy::object:
+            return {.object = objectOf(record), .hasObject = hasObject(record.debugid)};
+        case GroupBy::threadAndEvent: return {.code = code, .thread = thread};
+    }
+    return {};
+}
+
+uint32_t CallStatistics::driverCodeOf(uint32_t code) {
+    const auto [known, isNew] = driverCodes_.try_emplace(code, code);
+    if (isNew) known.value() = firstCodes_.try_emplace(driverOf(code), code).first->second;
+    return known->second;
+}
+
+uint32_t CallStatistics::groupOf(const TraceRecord& record, uint32_t thread) {
+    const GroupKey key = keyOf(record, thread);
+    const auto [found, isNew] = groupByKey_.try_emplace(key, static_cast<uint32_t>(groups_.size()));
+    if (isNew) groups_.emplace_back().key = key;
+    return found->second;
+}
+
+uint32_t CallStatistics::opened(const TraceRecord& record, const Call& call, const Call*) {
+    const uint32_t group = groupOf(record, call.thread);
+    ++groups_[group].calls;
+    const auto nesting = nesting_.try_emplace(nestingKey(call.thread, group), 0).first;
+    return nesting.value()++ == 0 ? group | kOutermost : group;
+}
+
+void CallStatistics::closed(const Call& call, const Call*, const Closing& closing) {
+    const uint32_t number = call.tag & ~kOutermost;
+    const bool outermost = (call.tag & kOutermost) != 0;
+    const auto nesting = nesting_.find(nestingKey(call.thread, number));
+    if (outermost) {
+        nesting_.erase(nesting);
+    } else {
+        --nesting.value();
+    }
+
+    CallGroup& group = groups_[number];
+    const Nanoseconds length = closing.lengthOf(call);
+    const Nanoseconds self = closing.selfOf(call);
+    if (call.depth == 0) addTo(group.busy, length);
+    switch (closing.how) {
+        case CallEnd::finished:
+            group.durations.add(length);
+            addTo(group.total, length);
+            addTo(group.self, self);
+            if (outermost) addTo(group.outermost, length);
+            ++finished_;
+            keepRoom(group);
+            break;
+        case CallEnd::cutOff:
+            ++group.cutOff;
+            addTo(group.cutOffSelf, self);
+            break;
+        case CallEnd::unfinished:
+            ++group.unfinished;
+            addTo(group.unfinishedSelf, self);
+            break;
+    }
+}
+
+// To be asked after each finished call of the group.
+void CallStatistics::keepRoom(CallGroup& group) {
+    if (finished_ == exactCalls_ + 1) {
+        for (CallGroup& each : groups_) each.durations.becomeSketch();
+    } else if (finished_ > exactCalls_) {
+        group.durations.becomeSketch();
+    }
+}
+
+void CallStatistics::point(const TraceRecord& record, const Moment& moment) {
+    ++groups_[groupOf(record, moment.thread)].points;
+}
+
+void CallStatistics::orphanEnd(const TraceRecord& record, const Moment& moment) {
+    ++groups_[groupOf(record, moment.thread)].orphanEnds;
+}
+
+void CallStatistics::failure(const TraceRecord& record, const Moment& moment) {
+    ++groups_[groupOf(record, moment.thread)].failures;
+}
+
+bool CallStatistics::isSketch() const {
+    return std::ranges::any_of(groups_,
+                               [](const auto& group) { return group.durations.isSketch(); });
+}
+
+}  // namespace sonaprobe

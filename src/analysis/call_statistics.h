@@ -1,0 +1,103 @@
+// Statistics of calls, in groups of what they have in common.
+
+#pragma once
+
+#include <cstdint>
+#include <map>
+#include <string_view>
+#include <tsl/robin_map.h>
+#include <vector>
+
+#include "analysis/call_tracker.h"
+#include "analysis/durations.h"
+
+namespace sonaprobe {
+
+enum class GroupBy : uint8_t { event, driver, thread, cpu, object, threadAndEvent };
+
+// What the calls of a group have in common; 0 what they need not. Of a driver, `code` is the first
+// of its codes that the trace has.
+struct GroupKey {
+    uint64_t object = 0;
+    uint32_t code = 0;
+    uint32_t thread = 0;  // the clock's number
+    uint32_t cpu = 0;
+    bool hasObject = false;
+
+    bool operator==(const GroupKey&) const = default;
+};
+
+struct CallGroup {
+    GroupKey key;
+    uint64_t calls = 0;  // all starts that opened one
+    uint64_t cutOff = 0;
+    uint64_t unfinished = 0;
+    uint64_t points = 0;
+    uint64_t orphanEnds = 0;
+    uint64_t failures = 0;  // records that tell of one
+
+    // Of finished calls.
+    Durations durations;
+    Nanoseconds total = 0;
+    Nanoseconds self = 0;
+    Nanoseconds outermost = 0;  // the total of those not inside a call of the same group
+
+    Nanoseconds cutOffSelf = 0;
+    Nanoseconds unfinishedSelf = 0;
+    Nanoseconds busy = 0;  // of all calls of depth 0, however they ended
+
+    uint64_t finished() const { return durations.count(); }
+    double mean() const;
+};
+
+class CallStatistics : public CallSink {
+  public:
+    // Percentiles are exact for so many calls; beyond, large groups keep a sketch.
+    static constexpr uint64_t kExactCalls = 50'000'000;
+
+    explicit CallStatistics(GroupBy by, uint64_t exactCalls = kExactCalls)
+        : by_(by), exactCalls_(exactCalls) {}
+
+    uint32_t opened(const TraceRecord& record, const Call& call, const Call* parent) override;
+    void closed(const Call& call, const Call* parent, const Closing& closing) override;
+    void point(const TraceRecord& record, const Moment& moment) override;
+    void orphanEnd(const TraceRecord& record, const Moment& moment) override;
+
+    // A record, of whatever kind, that tells of a failure.
+    void failure(const TraceRecord& record, const Moment& moment);
+
+    // In the order in which they appeared.
+    std::vector<CallGroup>& groups() { return groups_; }
+    const std::vector<CallGroup>& groups() const { return groups_; }
+
+    // Whether percentiles of some group are told by a sketch.
+    bool isSketch() const;
+
+  private:
+    struct KeyHash {
+        size_t operator()(const GroupKey& key) const {
+            return keyedHash(key.object ^ uint64_t{key.cpu} << 32,
+                             uint64_t{key.thread} << 32 | key.code | (key.hasObject ? 1 : 0));
+        }
+    };
+    struct ValueHash {
+        size_t operator()(uint64_t value) const { return keyedHash(value, 1); }
+    };
+
+    GroupKey keyOf(const TraceRecord& record, uint32_t thread);
+    uint32_t groupOf(const TraceRecord& record, uint32_t thread);
+    uint32_t driverCodeOf(uint32_t code);
+    void keepRoom(CallGroup& group);
+
+    GroupBy by_;
+    uint64_t exactCalls_;
+    uint64_t finished_ = 0;
+    std::vector<CallGroup> groups_;
+    tsl::robin_map<GroupKey, uint32_t, KeyHash> groupByKey_;
+    std::map<std::string_view, uint32_t> firstCodes_;  // of each driver
+    tsl::robin_map<uint32_t, uint32_t, ValueHash> driverCodes_;
+    // How many calls of a group are open on a thread.
+    tsl::robin_map<uint64_t, uint32_t, ValueHash> nesting_;
+};
+
+}  // namespace sonaprobe

@@ -1,0 +1,70 @@
+// How long the calls of one kind took: every length, or a sketch of all.
+
+#pragma once
+
+#include <array>
+#include <cstdint>
+#include <memory>
+#include <span>
+#include <vector>
+
+#include "analysis/trace_clock.h"
+
+namespace sonaprobe {
+
+// Counts by size, with kSteps sizes from one power of two to the next. Lengths up to kSteps are
+// kept as they are.
+class DurationSketch {
+  public:
+    static constexpr unsigned kStepBits = 8;
+    static constexpr uint64_t kSteps = 1ULL << kStepBits;
+
+    // A length told by a sketch is off by no more than this share of itself.
+    static constexpr double kError = 1.0 / (2.0 * kSteps);
+
+    // What a sketch takes where every size occurs, as a number of lengths.
+    static constexpr uint64_t kMostRoom = kSteps * (64 - kStepBits);
+
+    void add(uint64_t length);
+
+    // The length of the given rank, 1 the shortest.
+    uint64_t atRank(uint64_t rank) const;
+
+    // How many have this as their highest bit; bit 0 counts those of 0 as well.
+    std::array<uint64_t, 64> byHighestBit() const;
+
+  private:
+    // By the number of low bits that are left out.
+    std::array<std::unique_ptr<std::array<uint64_t, kSteps>>, 64 - kStepBits + 1> counts_;
+};
+
+class Durations {
+  public:
+    void add(Nanoseconds length);
+
+    // Keeps counts by size instead of every length from where they are smaller.
+    void becomeSketch();
+
+    uint64_t count() const { return count_; }
+    Nanoseconds max() const { return max_; }
+
+    // Nearest rank: the shortest length that at least this share of all does not exceed. There is
+    // at least one.
+    Nanoseconds percentile(unsigned percent);
+
+    // How many lengths have this as their highest bit; bit 0 counts those of 0 as well.
+    std::array<uint64_t, 64> byHighestBit() const;
+
+    // In no order; empty in a sketch.
+    std::span<const uint64_t> lengths() const { return lengths_; }
+
+    bool isSketch() const { return sketch_ != nullptr; }
+
+  private:
+    std::vector<uint64_t> lengths_;
+    std::unique_ptr<DurationSketch> sketch_;
+    uint64_t count_ = 0;
+    Nanoseconds max_ = 0;
+};
+
+}  // namespace sonaprobe

@@ -1,0 +1,27 @@
+// What an event's code says of its records before any is looked at.
+
+#pragma once
+
+#include <cstdint>
+
+#include "record/trace_record.h"
+
+namespace sonaprobe {
+
+// Whether arg1 is the object that traced.
+constexpr bool hasObject(uint32_t code) { return classWordOf(code) == kAudioClassWord; }
+
+// The object of a record, 0 where its code has none.
+constexpr uint64_t objectOf(const TraceRecord& record) {
+    return hasObject(record.debugid) ? record.arg1 : 0;
+}
+
+// The audio server's IOThread, IOCycle and Client: a start says that the one before is over.
+constexpr bool recurses(uint32_t code) {
+    return code != 0x21040004 && code != 0x21040008 && code != 0x2104000C;
+}
+
+// Whether the event's starts are points: its texts answer starts, but no ends.
+bool startsArePoints(uint32_t code);
+
+}  // namespace sonaprobe

@@ -1,0 +1,90 @@
+// The time of each record of a trace, in nanoseconds, and the threads that its records come from.
+
+#pragma once
+
+#include <cstdint>
+#include <tsl/robin_map.h>
+#include <vector>
+
+#include "analysis/keyed_hash.h"
+#include "record/trace_record.h"
+
+namespace sonaprobe {
+
+// They saturate.
+using Nanoseconds = int64_t;
+
+Nanoseconds saturated(Wide nanoseconds);
+
+// From one tick of the trace clock to a later one, rounded down; below 0 where it is an earlier
+// one. The divisor is not 0.
+Nanoseconds nanosecondsOf(uint64_t laterTick, uint64_t earlierTick, uint64_t ticksPerMicrosecond);
+
+class TraceClock {
+  public:
+    struct Reading {
+        Nanoseconds time;  // from the first record; never less than before on the same thread
+        uint32_t thread;   // threads are numbered in the order in which they appear
+        // The clock stepped back here, so calls that are open end at `latestBefore`, and time goes
+        // on from there.
+        bool restarted;
+        Nanoseconds latestBefore;
+    };
+
+    // A divisor slot's value; 0 is ignored. Whether another value takes over: calls that are open
+    // end at latest(), and time goes on from there.
+    bool takeDivisor(uint64_t ticksPerMicrosecond);
+
+    // The next record of the file. Records of other threads may be somewhat out of order.
+    Reading read(const TraceRecord& record);
+
+    // The trace clock's own time of a record just read.
+    Nanoseconds kernelTime(const TraceRecord& record) const {
+        return nanosecondsOf(record.timestamp, 0, divisor_);
+    }
+
+    uint64_t ticksPerMicrosecond() const { return divisor_; }
+
+    // Whether a record was read before any divisor: 1000 ticks a microsecond are assumed there.
+    bool assumedDivisor() const { return assumedDivisor_; }
+
+    // The latest time of all records so far.
+    Nanoseconds latest() const { return latest_; }
+
+    uint64_t stepsBack() const { return stepsBack_; }
+
+    // Records earlier than the latest that are no step back, as several processors write them.
+    uint64_t disordered() const { return disordered_; }
+
+    size_t threads() const { return threads_.size(); }
+    uint64_t threadId(uint32_t thread) const { return threads_[thread].id; }
+
+  private:
+    static constexpr uint64_t kAssumedDivisor = 1000;
+
+    struct Thread {
+        uint64_t id;
+        Nanoseconds last;
+    };
+    struct Hash {
+        size_t operator()(uint64_t id) const { return keyedHash(id, 0); }
+    };
+
+    uint32_t threadOf(uint64_t id);
+    Nanoseconds timeOf(uint64_t tick);
+
+    uint64_t divisor_ = kAssumedDivisor;
+    bool divisorKnown_ = false;
+    bool assumedDivisor_ = false;
+    bool anchored_ = false;
+    uint64_t anchorTick_ = 0;  // the time was anchor_ at this tick
+    Nanoseconds anchor_ = 0;
+    Nanoseconds latest_ = 0;
+    uint64_t stepsBack_ = 0;
+    uint64_t disordered_ = 0;
+    uint32_t lastThread_ = 0;
+    std::vector<Thread> threads_;
+    tsl::robin_map<uint64_t, uint32_t, Hash> threadById_;
+};
+
+}  // namespace sonaprobe

@@ -1,0 +1,35 @@
+// The commands of sonascope: one file each in commands/, one row each in the table of commands.cpp.
+
+#pragma once
+
+#include <CLI/CLI.hpp>
+#include <functional>
+#include <span>
+
+namespace sonaprobe::scope {
+
+// How the program ends, as version control and diff do it.
+enum class Status : int {
+    done = 0,
+    findings = 1,  // what was asked for is answered, and something was found: see each command
+    trouble = 2,   // input unreadable, output not written, command line not understood
+};
+
+// What a command does once its options are read.
+using Run = std::function<Status()>;
+
+struct Command {
+    const char* name;
+    const char* summary;          // a line of the list of commands
+    Run (*setUp)(CLI::App& app);  // adds the command's own options and operands
+};
+
+// In the order in which the help lists them.
+std::span<const Command> commands();
+
+Run setUpCompletion(CLI::App& app);
+Run setUpCut(CLI::App& app);
+Run setUpEvents(CLI::App& app);
+Run setUpLines(CLI::App& app);
+
+}  // namespace sonaprobe::scope

@@ -1,0 +1,42 @@
+// Escaping for terminals.
+
+#include "scope/escape.h"
+
+#include <algorithm>
+
+namespace sonaprobe::scope {
+
+namespace {
+
+constexpr bool isPlain(char character) { return character >= ' ' && character <= '~'; }
+
+void putEscaped(std::string& out, char character) {
+    constexpr char kDigits[] = "0123456789abcdef";
+    switch (character) {
+        case '\n': out += "\\n"; return;
+        case '\t': out += "\\t"; return;
+        case '\r': out += "\\r"; return;
+        default: break;
+    }
+    const auto byte = static_cast<unsigned char>(character);
+    out += "\\x";
+    out += kDigits[byte >> 4];
+    out += kDigits[byte & 15];
+}
+
+}  // namespace
+
+std::string escaped(std::string_view text) {
+    if (std::ranges::all_of(text, isPlain)) return std::string(text);
+    std::string out;
+    for (const char character : text) {
+        if (isPlain(character)) {
+            out += character;
+        } else {
+            putEscaped(out, character);
+        }
+    }
+    return out;
+}
+
+}  // namespace sonaprobe::scope

@@ -1,0 +1,49 @@
+// A trace as commands read it: its slots in the order of the file.
+
+#pragma once
+
+#include <cstddef>
+#include <cstdint>
+#include <span>
+#include <string>
+#include <vector>
+
+#include "scope/byte_source.h"
+#include "scope/progress.h"
+#include "record/trace_record.h"
+
+namespace sonaprobe::scope {
+
+class Input {
+  public:
+    // A path, or "-" for standard input. Throws a Failure where that cannot be opened.
+    explicit Input(const std::string& path);
+
+    // The next slots, divisors, invalid and empty ones included; none at the end. They hold until
+    // the next call. Throws a Failure where the file cannot be read.
+    std::span<const TraceRecord> next();
+
+    // The number of the first slot of what next() returned last.
+    uint64_t firstSlot() const { return firstSlot_; }
+
+    // At the end: the bytes of a last slot that is cut short.
+    size_t cutBytes() const { return rest_; }
+
+    const ByteSource& source() const { return source_; }
+
+  private:
+    static constexpr size_t kBlockSlots = 4096;
+
+    ByteSource source_;
+    Progress progress_;
+    std::vector<TraceRecord> block_;
+    size_t given_ = 0;  // slots that next() returned last
+    size_t rest_ = 0;   // bytes of the block after them
+    uint64_t firstSlot_ = 0;
+};
+
+// At the end, for commands that have no findings: tells on standard error what is wrong with packed
+// data.
+void warnOfDamage(const Input& input);
+
+}  // namespace sonaprobe::scope

@@ -1,0 +1,123 @@
+// Writes beside the final name and renames.
+
+#include "scope/new_file.h"
+
+#include <array>
+#include <cerrno>
+#include <climits>
+#include <csignal>
+#include <cstdio>
+#include <cstdlib>
+#include <cstring>
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include "scope/escape.h"
+#include "scope/failure.h"
+
+namespace sonaprobe::scope {
+
+namespace {
+
+// What a signal that ends the program removes; empty where there is nothing.
+std::array<char, PATH_MAX> leftover{};
+
+constexpr int kEndingSignals[] = {SIGINT, SIGTERM, SIGHUP};
+
+void removeAndEnd(int signal) {
+    unlink(leftover.data());
+    std::signal(signal, SIG_DFL);
+    std::raise(signal);
+}
+
+void removeOnSignals(const std::string& path) {
+    if (path.size() >= leftover.size()) return;
+    std::memcpy(leftover.data(), path.c_str(), path.size() + 1);
+    for (const int signal : kEndingSignals) {
+        // One that is ignored, as under nohup, stays ignored.
+        if (std::signal(signal, removeAndEnd) == SIG_IGN) std::signal(signal, SIG_IGN);
+    }
+}
+
+void forgetOnSignals() {
+    for (const int signal : kEndingSignals) {
+        if (std::signal(signal, SIG_DFL) == SIG_IGN) std::signal(signal, SIG_IGN);
+    }
+}
+
+// Where a symbolic link points to, or the path itself.
+std::string targetOf(const std::string& path) {
+    char target[PATH_MAX];
+    return realpath(path.c_str(), target) != nullptr ? target : path;
+}
+
+mode_t usualMode() {
+    const mode_t mask = umask(0);
+    umask(mask);
+    return 0666 & ~mask;
+}
+
+}  // namespace
+
+NewFile::NewFile(const std::string& path, bool force, const FileBytes& input)
+    : path_(targetOf(path)), name_(escaped(path)), force_(force) {
+    struct stat status {};
+    if (stat(path_.c_str(), &status) == 0) {
+        if (input.isFileOf(path_)) {
+            throw Failure{name_ + " is the input itself; give another name to write to"};
+        }
+        if (!S_ISREG(status.st_mode)) {
+            throw Failure{name_ + " is no regular file; give another name to write to"};
+        }
+        if (!force) throw Failure{name_ + " exists; give --force to write over it"};
+    }
+    temporary_ = path_ + ".XXXXXX";
+    file_ = mkstemp(temporary_.data());
+    if (file_ < 0) throw systemFailure("could not write " + name_);
+    removeOnSignals(temporary_);
+    fchmod(file_, usualMode());
+}
+
+NewFile::~NewFile() {
+    if (file_ < 0) return;
+    close(file_);
+    unlink(temporary_.c_str());
+    forgetOnSignals();
+}
+
+void NewFile::write(std::span<const std::byte> bytes) {
+    gathered_.append(reinterpret_cast<const char*>(bytes.data()), bytes.size());
+    if (gathered_.size() >= kGathered) flush();
+}
+
+void NewFile::flush() {
+    for (std::string_view rest = gathered_; !rest.empty();) {
+        const ssize_t written = ::write(file_, rest.data(), rest.size());
+        if (written < 0 && errno == EINTR) continue;
+        if (written < 0) throw systemFailure("could not write " + name_);
+        rest.remove_prefix(static_cast<size_t>(written));
+    }
+    gathered_.clear();
+}
+
+void NewFile::keep() {
+    flush();
+    // A name must not stand for data that a power cut could still take.
+    if (fsync(file_) != 0) throw systemFailure("could not write " + name_);
+    if (force_) {
+        if (rename(temporary_.c_str(), path_.c_str()) != 0) {
+            throw systemFailure("could not write " + name_);
+        }
+    } else {
+        // Unlike a renamed one, a linked file takes no place that somebody has taken meanwhile.
+        if (link(temporary_.c_str(), path_.c_str()) != 0) {
+            throw systemFailure("could not write " + name_);
+        }
+        unlink(temporary_.c_str());
+    }
+    close(file_);
+    file_ = -1;
+    forgetOnSignals();
+}
+
+}  // namespace sonaprobe::scope

@@ -1,0 +1,43 @@
+// A file that a command writes: it gets its name once it is whole, and never takes another's place
+// without --force.
+
+#pragma once
+
+#include <cstddef>
+#include <span>
+#include <string>
+
+#include "scope/file_bytes.h"
+
+namespace sonaprobe::scope {
+
+class NewFile {
+  public:
+    // Makes a file beside `path`. Throws a Failure where that is not possible, where `path` is the
+    // input, or where it exists and `force` is false. Ctrl-C leaves nothing.
+    NewFile(const std::string& path, bool force, const FileBytes& input);
+    // Removes what has been written, unless it was kept.
+    ~NewFile();
+    NewFile(const NewFile&) = delete;
+    NewFile& operator=(const NewFile&) = delete;
+
+    // Throws a Failure where the disk is full.
+    void write(std::span<const std::byte> bytes);
+
+    // Writes what is left and gives the file its name. Throws a Failure.
+    void keep();
+
+  private:
+    static constexpr size_t kGathered = 1 << 20;
+
+    void flush();
+
+    std::string path_;
+    std::string name_;       // as messages name it
+    std::string temporary_;  // where it is written
+    bool force_;
+    int file_ = -1;
+    std::string gathered_;
+};
+
+}  // namespace sonaprobe::scope

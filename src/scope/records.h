@@ -1,0 +1,28 @@
+// The records of a trace, one after the other, with their slots and times.
+
+#pragma once
+
+#include "analysis/slot.h"
+#include "analysis/trace_clock.h"
+#include "scope/failure.h"
+#include "scope/input.h"
+
+namespace sonaprobe::scope {
+
+// Visits each record in the order of the file: visit(record, slot, reading), with the slot's number
+// and the clock's reading. Divisors go to the clock; invalid and empty slots are passed over.
+template <class Visit>
+void forEachRecord(Input& input, TraceClock& clock, const Visit& visit) {
+    for (auto slots = input.next(); !slots.empty(); slots = input.next()) {
+        uint64_t number = input.firstSlot();
+        for (const TraceRecord& slot : slots) {
+            const SlotKind kind = kindOf(slot);
+            if (kind == SlotKind::divisor) clock.takeDivisor(slot.timestamp);
+            if (kind == SlotKind::record) visit(slot, number, clock.read(slot));
+            ++number;
+        }
+    }
+    warnOfDamage(input);
+}
+
+}  // namespace sonaprobe::scope
