@@ -31,5 +31,6 @@ Run setUpCompletion(CLI::App& app);
 Run setUpCut(CLI::App& app);
 Run setUpEvents(CLI::App& app);
 Run setUpLines(CLI::App& app);
+Run setUpWhy(CLI::App& app);
 
 }  // namespace sonaprobe::scope

@@ -8,6 +8,7 @@ namespace {
 
 constexpr Command kCommands[] = {
     {"lines", "print the records as lines", setUpLines},
+    {"why", "name the cause of each dropout", setUpWhy},
 };
 
 }  // namespace
