@@ -157,7 +157,8 @@ std::optional<Holder> holderAmong(const Calls& calls, const Silence& silence, co
     }
     if (best) return best;
     for (const SeenCall& call : calls) {
-        if (call.end <= silence.end + kTracedAfter) continue;
+        // A call that never ends has lost its end, and proves nothing.
+        if (!call.finished || call.end <= silence.end + kTracedAfter) continue;
         const Fit whole = fitOf(call, silence);
         for (const SeenCall& step : calls) {
             if (!step.finished || step.depth <= call.depth || !isInside(step, call)) continue;

@@ -48,7 +48,7 @@ void IoObserver::take(const TraceRecord& slot) {
 
 IoTrace IoObserver::finish() {
     completeScenes(true);
-    tracker_.finish();
+    tracker_.finish();  // which ends the calls that are open in scenes, too
     const TraceClock& clock = tracker_.clock();
     for (uint32_t thread = 0; thread < clock.threads(); ++thread) {
         trace_.threadIds.push_back(clock.threadId(thread));
@@ -83,15 +83,16 @@ uint32_t IoObserver::opened(const TraceRecord& record, const Call& call, const C
         tag = freeTags_.back();
         freeTags_.pop_back();
     }
-    open_[tag] = {.start = call.start,
-                  .end = call.start,
-                  .startSlot = call.startSlot,
-                  .endSlot = call.startSlot,
-                  .code = call.code,
-                  .cpu = call.cpu,
-                  .thread = call.thread,
-                  .depth = call.depth,
-                  .finished = false};
+    open_[tag].isOpen = true;
+    open_[tag].call = {.start = call.start,
+                       .end = call.start,
+                       .startSlot = call.startSlot,
+                       .endSlot = call.startSlot,
+                       .code = call.code,
+                       .cpu = call.cpu,
+                       .thread = call.thread,
+                       .depth = call.depth,
+                       .finished = false};
     if (call.code == server::kIoThread) serverOf(call.thread).rate = record.arg2;
     if (call.code == server::kIoCycle) beginCycle(record, call);
     return tag;
@@ -119,13 +120,19 @@ void IoObserver::beginCycle(const TraceRecord& record, const Call& call) {
 }
 
 void IoObserver::closed(const Call& call, const Call*, const Closing& closing) {
-    SeenCall seen = open_[call.tag];
-    freeTags_.push_back(call.tag);
+    OpenCall& opened = open_[call.tag];
+    SeenCall& seen = opened.call;
     seen.end = closing.time;
     seen.endSlot = closing.slot;
     seen.finished = closing.how == CallEnd::finished;
-    open_[call.tag].code = 0;
+    for (const size_t overload : opened.scenes) {
+        std::vector<SeenCall>& calls = trace_.overloads[overload].scene.calls;
+        *std::ranges::lower_bound(calls, seen.startSlot, {}, &SeenCall::startSlot) = seen;
+    }
     recentCalls_.push_back(seen);
+    opened.isOpen = false;
+    opened.scenes.clear();
+    freeTags_.push_back(call.tag);
 
     if (call.code == server::kIoCycle) {
         if (seen.finished) {
@@ -233,12 +240,12 @@ void IoObserver::forget() {
 void IoObserver::completeScenes(bool all) {
     while (!pending_.empty() && (all || pending_.front().to < latest_)) {
         const Pending& next = pending_.front();
-        trace_.overloads[next.overload].scene = sceneFrom(next.from, next.to);
+        trace_.overloads[next.overload].scene = sceneFrom(next.overload, next.from, next.to);
         pending_.pop_front();
     }
 }
 
-Scene IoObserver::sceneFrom(Nanoseconds from, Nanoseconds to) const {
+Scene IoObserver::sceneFrom(size_t overload, Nanoseconds from, Nanoseconds to) {
     Scene scene;
     for (auto record = recent_.rbegin(); record != recent_.rend(); ++record) {
         if (record->time < from - kLateRecords) break;
@@ -250,11 +257,10 @@ Scene IoObserver::sceneFrom(Nanoseconds from, Nanoseconds to) const {
         if (call->end < from - kLateRecords) break;
         if (from <= call->end && call->start <= to) scene.calls.push_back(*call);
     }
-    for (const SeenCall& call : open_) {
-        if (call.code == 0 || call.start > to) continue;
-        scene.calls.push_back(call);
-        scene.calls.back().end = latest_;
-        scene.calls.back().endSlot = tracker_.slots();
+    for (OpenCall& open : open_) {
+        if (!open.isOpen || open.call.start > to) continue;
+        open.scenes.push_back(overload);
+        scene.calls.push_back(open.call);
     }
     std::ranges::sort(scene.calls, {}, &SeenCall::startSlot);
     return scene;

@@ -88,7 +88,7 @@ struct SeenRecord {
     bool orphan = false;  // an end whose start is missing
 };
 
-// A call with both its ends; one that is open when the scene ends has the scene's.
+// A call that touches a scene, with its end wherever that is.
 struct SeenCall {
     Nanoseconds start;
     Nanoseconds end;
@@ -176,14 +176,19 @@ class IoObserver final : private CallSink {
     void takeOverload(const TraceRecord& record, const Moment& moment);
     void forget();
     void completeScenes(bool all);
-    Scene sceneFrom(Nanoseconds from, Nanoseconds to) const;
+    Scene sceneFrom(size_t overload, Nanoseconds from, Nanoseconds to);
 
     CallTracker tracker_;
     IoTrace trace_;
     std::vector<Server> servers_;  // by thread
     std::deque<SeenRecord> recent_;
     std::deque<SeenCall> recentCalls_;  // in the order of their ends
-    std::vector<SeenCall> open_;        // by tag
+    struct OpenCall {
+        SeenCall call;
+        bool isOpen = false;
+        std::vector<size_t> scenes{};  // of these overloads, which have to be told of its end
+    };
+    std::vector<OpenCall> open_;  // by tag
     std::vector<uint32_t> freeTags_;
     struct Pending {
         size_t overload;
