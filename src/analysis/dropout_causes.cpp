@@ -28,11 +28,15 @@ constexpr double kTargetOff = 0.1;
 // A gap is no pause where it is so many times longer than nearly all others.
 constexpr int kLostInGaps = 3;
 constexpr unsigned kNearlyAll = 99;
+constexpr Nanoseconds kOrphansAfter = 20'000'000;
 
 // What work on a processor has to fill of an excess, and to leave no doubt.
 constexpr double kFilled = 0.8;
 constexpr double kFilledWhole = 0.93;
 constexpr size_t kLeastWork = 4;  // records
+
+// An engine change that covers so much of a silence did it, whenever it ended.
+constexpr double kAcross = 0.9;
 
 // An excess that is such a part of all leaves no other place.
 constexpr double kNearlyAllExcess = 0.7;
@@ -66,7 +70,8 @@ struct Gap {
     Nanoseconds end = 0;
     uint64_t slotBefore = 0;
     uint64_t slotAfter = 0;
-    size_t explains = 0;  // threads that go on after it with an end without a start
+    size_t explains = 0;  // threads that have an end without a start after it
+    bool standsOut = false;  // twice as long as any other in its neighbourhood
 
     Nanoseconds length() const { return end - begin; }
 };
@@ -89,7 +94,7 @@ class Judge {
 
   private:
     Verdict judgeCycle(const Layout& layout, size_t carried) const;
-    std::optional<Verdict> withoutCycle() const;
+    std::optional<Verdict> afterGap(Nanoseconds from, Nanoseconds until, bool hasCycle) const;
     std::optional<Verdict> lostRecords(const Layout& layout) const;
     std::optional<Verdict> clock(const Layout& layout) const;
     std::optional<Verdict> carriedOn(const Layout& layout, size_t carried) const;
@@ -184,24 +189,30 @@ Layout Judge::layOut(size_t number, Nanoseconds until) const {
 std::optional<Gap> Judge::largestGap(Nanoseconds begin, Nanoseconds end) const {
     const std::vector<SeenRecord>& records = scene_.records;
     std::optional<Gap> best;
-    std::map<uint32_t, bool> goesOnOrphaned;  // by thread: whether its next record is such an end
-    size_t orphaned = 0;
+    Nanoseconds second = 0;
+    std::map<uint32_t, Nanoseconds> orphans;  // by thread: when its next end without start comes
     uint64_t firstSlot = UINT64_MAX;
     for (size_t i = records.size(); i-- > 1;) {
         const SeenRecord& record = records[i];
-        bool& isOrphaned = goesOnOrphaned[record.thread];
-        const bool tells = record.orphan && codeOf(record.debugid) != server::kIoThread;
-        orphaned = orphaned - (isOrphaned ? 1 : 0) + (tells ? 1 : 0);
-        isOrphaned = tells;
+        if (record.orphan && codeOf(record.debugid) != server::kIoThread) {
+            orphans[record.thread] = record.time;
+        }
         firstSlot = std::min(firstSlot, record.slot);
         const SeenRecord& last = records[i - 1];
         if (record.time <= begin || last.time >= end) continue;
-        const Gap gap{last.time, record.time, last.slot, firstSlot, orphaned};
+        Gap gap{.begin = last.time, .end = record.time, .slotBefore = last.slot, .slotAfter = firstSlot};
+        for (const auto& [thread, time] : orphans) {
+            if (time < end + kOrphansAfter) ++gap.explains;
+        }
         if (!best ||
             std::pair(gap.explains, gap.length()) > std::pair(best->explains, best->length())) {
+            if (best) second = std::max(second, best->length());
             best = gap;
+        } else {
+            second = std::max(second, gap.length());
         }
     }
+    if (best) best->standsOut = best->length() > 2 * second;
     return best;
 }
 
@@ -213,44 +224,46 @@ Verdict Judge::lostAt(const Gap& gap, Certainty certainty) const {
             .evidence = {gap.slotBefore, gap.slotAfter, overload_.slot}};
 }
 
-// No cycle is known for the dropout: something of it is lost.
-std::optional<Verdict> Judge::withoutCycle() const {
-    const SeenRecord* before = nullptr;  // the thread's last record that fits
-    const SeenRecord* orphan = nullptr;
+// The gap after which the thread had an end without a start: an orphan Client or IOCycle end from
+// `from` to `until`, or the dropout itself where it has no cycle.
+std::optional<Verdict> Judge::afterGap(Nanoseconds from, Nanoseconds until, bool hasCycle) const {
+    const SeenRecord* witness = nullptr;
+    const SeenRecord* before = nullptr;  // the thread's last record that fits, before the witness
+    const SeenRecord* lastOfCycle = nullptr;
     for (const SeenRecord& record : scene_.records) {
-        if (record.thread != overload_.thread) continue;
-        if (record.slot >= overload_.slot) break;
-        if (!record.orphan && record.debugid == (server::kIoCycle | 2)) orphan = nullptr;
-        if (record.orphan && isOfCycle(codeOf(record.debugid)) && orphan == nullptr) {
-            orphan = &record;
+        const uint32_t code = codeOf(record.debugid);
+        if (record.thread != overload_.thread || !server::isServer(code)) continue;
+        if (record.time > until) break;
+        const bool isOverload = !hasCycle && record.slot == overload_.slot;
+        const bool isOrphan = record.orphan && isOfCycle(code);
+        if (isOverload || (isOrphan && record.time >= from)) {
+            // A lost cycle may have had whole clients after the gap; a lost client stands alone.
+            const bool ofClient = code == server::kClient;
+            if (witness == nullptr) witness = &record;
+            if (!ofClient) before = lastOfCycle;
+            break;
         }
-        if (orphan == nullptr) before = &record;
+        before = &record;
+        // An earlier client's end that lacks its start belongs to the same lost cycle.
+        if (isOrphan && code == server::kClient) {
+            lastOfCycle = before;
+        }
+        if (code == server::kIoCycle) lastOfCycle = &record;
     }
+    if (witness == nullptr) return {};
     const Nanoseconds begin = before == nullptr ? scene_.records.front().time : before->time;
-    const auto gap = largestGap(begin, orphan == nullptr ? overload_.time : orphan->time);
+    const auto gap = largestGap(begin, witness->time);
     if (!gap) return Verdict{.cause = DropoutCause::lostRecords, .share = 1};
-    const bool proven = orphan != nullptr && before != nullptr && gap->explains > 0;
-    Verdict lost = lostAt(*gap, proven ? Certainty::shown : Certainty::likely);
-    if (orphan != nullptr) lost.evidence.push_back(orphan->slot);
+    const bool shown = witness->orphan && before != nullptr && gap->standsOut && isLong(*gap);
+    Verdict lost = lostAt(*gap, shown ? Certainty::shown : Certainty::likely);
+    lost.evidence.push_back(witness->slot);
     return lost;
 }
 
 std::optional<Verdict> Judge::lostRecords(const Layout& layout) const {
     const IoCycle& cycle = *layout.cycle;
     const Nanoseconds from = std::min(layout.due, cycle.begin);
-    Nanoseconds before = from;
-    for (const SeenRecord& record : scene_.records) {
-        if (record.thread != timed_.io->thread || record.time < from) continue;
-        if (record.time > layout.until) break;
-        if (record.orphan && isOfCycle(codeOf(record.debugid))) {
-            const auto gap = largestGap(before, record.time);
-            if (!gap) break;
-            Verdict lost = lostAt(*gap, Certainty::shown);
-            lost.evidence.push_back(record.slot);
-            return lost;
-        }
-        before = record.time;
-    }
+    if (const auto lost = afterGap(from, layout.until, true)) return lost;
     // The gap may have merged two cycles, or lie before one that begins in the air.
     const bool endsElsewhere =
         cycle.told && cycle.finished && cycle.told->sample != cycle.sample + cycle.frames;
@@ -260,18 +273,16 @@ std::optional<Verdict> Judge::lostRecords(const Layout& layout) const {
     if (!gap || gap->length() < (layout.until - from) / 20) return {};
     if (gap->explains > 0 || isLong(*gap)) return lostAt(*gap, Certainty::likely);
     if (!endsElsewhere || !layout.dueKnown) return {};
-    // The server leaves out cycles that it cannot reach any more, and asks in time for the next
-    // one. Two merged cycles have the second one's target, or a next one that is late already.
+    // The server leaves out cycles that it cannot reach any more. Two merged cycles have the second
+    // one's target.
     const Nanoseconds skipped = static_cast<Nanoseconds>(
         static_cast<double>(cycle.told->sample - cycle.sample - cycle.frames) *
         timed_.perFrame(layout.number));
-    const bool targetKnown = overload_.targetHost && overload_.cycle == layout.number;
     const bool otherTarget =
-        targetKnown && std::abs(*overload_.targetHost - layout.deadline - skipped) <
-                           cycle.budget / 10;
-    const bool lateAlready = !targetKnown && cycle.told->host < cycle.end;
-    if (!otherTarget && !lateAlready) return {};
-    return lostAt(*gap, otherTarget ? Certainty::likely : Certainty::possible);
+        overload_.targetHost && overload_.cycle == layout.number &&
+        std::abs(*overload_.targetHost - layout.deadline - skipped) < cycle.budget / 10;
+    if (!otherTarget) return {};
+    return lostAt(*gap, Certainty::likely);
 }
 
 // Whether a stamp has moved the target of a cycle that was in time.
@@ -377,7 +388,9 @@ std::optional<Verdict> Judge::engineChange(const Layout& layout,
                                                   silence.end, timed_.io->thread)) {
         const Nanoseconds covered =
             std::min(change.end, silence.end) - std::max(change.start, silence.begin);
-        if (ratio(covered, silence.length()) >= 0.5) return verdictOf(change, Certainty::likely);
+        if (ratio(covered, silence.length()) >= kAcross) {
+            return verdictOf(change, Certainty::possible);
+        }
         // A change that another call takes back, or completes, as the thread goes on.
         const Usual& usual = timed_.usualOf(place.owner);
         if (change.start - silence.begin > usual.most()) continue;
@@ -478,7 +491,9 @@ Verdict Judge::judgeCycle(const Layout& layout, size_t carried) const {
 Verdict Judge::judge() const {
     Verdict verdict{};
     if (overload_.cycle == kNoCycle) {
-        verdict = withoutCycle().value_or(Verdict{});
+        // Something of its cycle is lost; from where on is told by the first end without a start.
+        const auto lost = afterGap(scene_.records.front().time, overload_.time, false);
+        verdict = lost.value_or(Verdict{.cause = DropoutCause::lostRecords, .share = 1});
     } else {
         verdict = judgeCycle(layOut(overload_.cycle, overload_.time), 0);
     }

@@ -314,7 +314,7 @@ BusyProcessor workOn(const Scene& scene, const Silence& silence, uint32_t ioThre
     busy.firstSlot = busiest->first->slot;
     busy.firstCode = codeOf(busiest->first->debugid);
     for (const SeenCall& call : scene.calls) {
-        if (call.thread != busy.thread || call.cpu != busy.cpu) continue;
+        if (call.thread != busy.thread || call.cpu != busy.cpu || !call.finished) continue;
         if (call.end <= silence.begin || call.start >= silence.end) continue;
         busy.firstCall = call;
         break;  // calls stand in the order of their starts

@@ -236,7 +236,7 @@ bool IoThread::playCycle(std::optional<Cause> cause) {
         usual += client.usual + (client.call != nullptr ? us(80) : 0);
     }
     const Ticks deadline = due_ + budget_;
-    const bool nearMiss = !cause && score_.oneIn(kNearMisses);
+    const bool nearMiss = !cause && !carried_ && score_.oneIn(kNearMisses);
     const bool slow = !cause && !nearMiss && !carried_ && score_.oneIn(kSlowClients);
     const bool passesOn = cause && level_.carried != 0 && score_.oneIn(level_.carried);
     Ticks over = hundredths(

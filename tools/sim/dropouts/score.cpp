@@ -75,7 +75,8 @@ std::vector<Ticket> Score::inOrder() const {
         if (!isLost) order.push_back(ticket);
     }
     const auto arrivalOf = [&](Ticket ticket) {
-        return arrivals_.empty() ? records_[ticket].timestamp : arrivals_[ticket];
+        const Ticks time = records_[ticket].timestamp;
+        return std::pair(arrivals_.empty() ? time : arrivals_[ticket], time);
     };
     // Records of one thread at one time stay in the order in which they were traced.
     std::ranges::stable_sort(order, {}, arrivalOf);
