@@ -126,8 +126,10 @@ class Judge {
 Layout Judge::layOut(size_t number, Nanoseconds until) const {
     const std::vector<IoCycle>& cycles = timed_.io->cycles;
     const IoCycle& cycle = cycles[number];
-    Layout layout{.cycle = &cycle, .number = number, .dueKnown = cycle.due.has_value()};
-    layout.due = cycle.due.value_or(cycle.begin);
+    // Where the end of the cycle before is missing, the line of the cycles before it tells as well.
+    const auto due = cycle.due ? cycle.due : timed_.timeOf(cycle.sample, cycle.begin);
+    Layout layout{.cycle = &cycle, .number = number, .dueKnown = due.has_value()};
+    layout.due = due.value_or(cycle.begin);
     layout.deadline = layout.due + cycle.budget;
     layout.until = cycle.finished ? std::min(until, cycle.end) : until;
 

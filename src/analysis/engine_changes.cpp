@@ -20,6 +20,8 @@ struct Entry {
 // device away from I/O or gives it another format; calls that only change power, volume or what an
 // engine offers do not.
 constexpr std::array kChanges = std::to_array<Entry>({
+    {0x052410DC, pause},        // PlexoEngine::setState
+    {0x05241160, pause},        // PlexoEngine::waitForEngineResume: it is paused meanwhile
     {0x0524548C, stop},         // OrvelHDADriver::deactivateAudioEngine
     {0x0524549C, stop},         // OrvelHDADriver::destructExtOutputEngine
     {0x052454BC, pause},        // OrvelHDADriver::protectedPowerChange_sleep pauses all engines
@@ -45,9 +47,13 @@ constexpr std::array kChanges = std::to_array<Entry>({
     {0x05249488, deviceLost},   // OrvelUSBAudioEngine::willTerminate
     {0x0524980C, stop},         // OrvelUSBAudioStream::stop
     {0x05249840, reconfigure},  // OrvelUSBAudioStream::controlledFormatChange
+    {0x0524986C, stop},         // OrvelUSBAudioStream::closeStreamInterface
     {0x052498C0, stop},         // OrvelUSBAudioStream::stopUSBStream
     {0x052498C4, deviceLost},   // OrvelUSBAudioStream::willTerminate
     {0x05249914, reconfigure},  // OrvelUSBAudioStream::resyncAudio stops and restarts the stream
+    {0x0524991C, reconfigure},  // OrvelUSBAudioStream::ConfigureNewAlternateInterface
+    {0x05249928, stop},         // OrvelUSBAudioStream::protectedCloseInterface
+    {0x05249930, stop},         // OrvelUSBAudioStream::closeInterface
     {0x0524A400, stop},         // Audio2Engine::stopAudioEngine
     {0x0524A404, pause},        // Audio2Engine::pauseAudioEngine
     {0x0524A410, stop},         // Audio2Engine::stop

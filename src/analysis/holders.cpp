@@ -15,7 +15,8 @@ namespace {
 // A holder's end may be traced a little after it gave back what it held.
 constexpr Nanoseconds kTracedAfter = 30'000;
 
-// Of a silence, what its holder has to cover, and each of two holders one after the other.
+// Of what a silence is longer than usual, its holder has to cover so much; of the silence, each of
+// two holders one after the other.
 constexpr double kLeastCover = 0.6;
 constexpr double kLeastPart = 0.2;
 
@@ -146,8 +147,8 @@ Holder makeHolder(const Calls& calls, const SeenCall& outer, const Silence& sile
 
 // The holder among a thread's calls, if there is one.
 std::optional<Holder> holderAmong(const Calls& calls, const Silence& silence, const Usual& usual) {
-    const auto least =
-        static_cast<Nanoseconds>(kLeastCover * static_cast<double>(silence.length()));
+    const Nanoseconds excess = silence.length() - std::min(usual.median, silence.length());
+    const auto least = static_cast<Nanoseconds>(kLeastCover * static_cast<double>(excess));
     std::optional<Holder> best;
     for (const SeenCall& call : calls) {
         if (!call.finished || overlap(call, silence.begin, silence.end) < least) continue;

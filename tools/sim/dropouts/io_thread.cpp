@@ -100,6 +100,7 @@ std::optional<IoThread::Delay> IoThread::waitForHolder(Ticks length,
 
     const DriverAct& act = pick();
     Ticket culprit = kNoTicket;
+    Ticks holdsFrom = begin;
     Ticks until = past;
     if (kind == 0) {
         // The holder waits itself, for another one.
@@ -109,11 +110,12 @@ std::optional<IoThread::Delay> IoThread::waitForHolder(Ticks length,
         culprit = score_.find(*played, root.culprit | kStart);
         until = played->end + score_.chance(us(5), us(30));
     } else if (kind == 1) {
-        // Another one holds the gate first, for the smaller part.
+        // Another one holds a gate first, for the smaller part.
         const Ticks first = now_ + hundredths(length, score_.chance(20, 40));
-        holdUntil(pick(), begin - score_.chance(us(100), us(900)), first);
+        const auto other = holdUntil(pick(), begin - score_.chance(us(100), us(900)), first);
+        if (other && score_.oneIn(2)) holdsFrom = other->end - score_.chance(us(20), us(200));
     }
-    const auto played = holdUntil(act, begin, until);
+    const auto played = holdUntil(act, holdsFrom, until);
     if (!played) return {};
     if (culprit == kNoTicket) culprit = score_.find(*played, act.culprit | kStart);
     Ticks released = played->end;
