@@ -14,15 +14,11 @@
 #include "events/catalog.h"
 #include "events/sample_record.h"
 #include "events/spelling.h"
-#include "lines/dispatch.h"
-#include "lines/event_time.h"
-#include "lines/indentation.h"
-#include "lines/output_line.h"
+#include "lines/code_names.h"
+#include "lines/line_printer.h"
 #include "lines/prefix.h"
-#include "probe/code_names.h"
-#include "probe/settings.h"
-#include "rawfile/raw_reader.h"
 #include "rawfile/raw_writer.h"
+#include "rawfile/slot_reader.h"
 
 namespace sonaprobe {
 namespace {
@@ -49,42 +45,52 @@ TraceRecord recordOf(uint32_t debugid) {
     return record;
 }
 
-void useDefaults() {
-    settings = Settings{};
-    settings.verbose = 1;
-    settings.includeHAL = 1;
-    resetIndentation();
+LineOptions everything() {
+    LineOptions options;
+    options.verbose = 1;
+    options.includeHAL = 1;
+    return options;
+}
+
+OutputLine& nowhere() {
+    static OutputLine line({.write = [](void*, const char* text, size_t length) {
+        std::fwrite(text, 1, length, stdout);
+    }});
+    return line;
 }
 
 // Time goes on, a delta of seven digits and less, as in a trace.
-void dispatchOften(State& state, TraceRecord record) {
+void printOften(State& state, const LineOptions& options, TraceRecord record) {
+    LinePrinter printer(options, nowhere());
     for (auto _ : state) {
         record.timestamp += kTicksBetween;
-        dispatchRecord(&record);
+        printer.print(record);
         benchmark::ClobberMemory();
     }
 }
 
-void dispatchOfFilteredClass(State& state) {
-    useDefaults();
-    settings.filterOut.insert(20);
-    dispatchOften(state, recordOf(0x05245028));
+void recordOfFilteredClass(State& state) {
+    LineOptions options = everything();
+    options.filterOut.insert(20);
+    printOften(state, options, recordOf(0x05245028));
 }
-BENCHMARK(dispatchOfFilteredClass);
+BENCHMARK(recordOfFilteredClass);
 
-void dispatchOfSilentClass(State& state) {
-    useDefaults();
-    dispatchOften(state, recordOf(kSilentClass));
+void recordOfSilentClass(State& state) { printOften(state, everything(), recordOf(kSilentClass)); }
+BENCHMARK(recordOfSilentClass);
+
+void decodeAlone(State& state) {
+    const TraceRecord record = recordOf(0x05245028);
+    for (auto _ : state) benchmark::DoNotOptimize(decode(record));
 }
-BENCHMARK(dispatchOfSilentClass);
+BENCHMARK(decodeAlone);
 
 void timeText(State& state, uint32_t mode, uint64_t ticksBetween) {
-    useDefaults();
-    settings.timeMode = mode;
+    EventTime time;
     char text[kEventTimeRoom];
     uint64_t timestamp = kRecord.timestamp;
     for (auto _ : state) {
-        benchmark::DoNotOptimize(formatEventTime(timestamp, text));
+        benchmark::DoNotOptimize(time.formatEventTime(timestamp, mode, 1000.0, text));
         timestamp += ticksBetween;
     }
 }
@@ -93,19 +99,19 @@ BENCHMARK_CAPTURE(timeText, localNear, kLocalTime, kFewTicksBetween);
 BENCHMARK_CAPTURE(timeText, kernel, kKernelTime, kTicksBetween);
 
 void prefix(State& state, uint32_t timeMode, uint32_t otherColumns) {
-    useDefaults();
-    settings.timeMode = timeMode;
-    settings.showCodes = settings.showCpu = otherColumns;
+    LineState line{.options = everything(), .line = nowhere(), .names = {}};
+    line.options.timeMode = timeMode;
+    line.options.showCodes = line.options.showCpu = otherColumns;
     std::vector<TraceRecord> records(1000, recordOf(0x05245C0C));
     for (size_t i = 0; i < records.size(); ++i) records[i].timestamp += i * kTicksBetween;
-    char* const begin = outputLine.cursor();
+    char* const begin = nowhere().cursor();
     static constexpr char kName[20 + kTextBlock] = "OrvelHDAPath::enable";
     constexpr EventName name{{kName, 20}, 12};
     size_t next = 0;
     for (auto _ : state) {
         const TraceRecord& record = records[next++ % records.size()];
-        printEventPrefix(headerOf(record), name, record.arg1);
-        outputLine.moveTo(begin);
+        printEventPrefix(line, headerOf(record), name, record.arg1);
+        nowhere().moveTo(begin);
         benchmark::ClobberMemory();
     }
 }
@@ -115,12 +121,12 @@ BENCHMARK_CAPTURE(prefix, allColumns, kLocalTime, 1);
 
 // Whole lines, without time column, by what fills their texts.
 void line(State& state, uint32_t debugid, uint64_t arg4) {
-    useDefaults();
-    settings.timeMode = 0;
-    settings.indent = 0;
+    LineOptions options = everything();
+    options.timeMode = 0;
+    options.indent = 0;
     TraceRecord record = recordOf(debugid);
     record.arg4 = arg4;
-    dispatchOften(state, record);
+    printOften(state, options, record);
 }
 BENCHMARK_CAPTURE(line, plainDecimals, 0x05248CD4, 2);
 BENCHMARK_CAPTURE(line, wideDecimals, 0x21040009, 512);
@@ -131,36 +137,30 @@ BENCHMARK_CAPTURE(line, fourTimes, 0x05249850, 0);
 BENCHMARK_CAPTURE(line, fourCharacters, 0x0524B470, 4);
 BENCHMARK_CAPTURE(line, ticks, 0x0524A804, 640);
 
-void unclassifiedLine(State& state) {
-    useDefaults();
-    dispatchOften(state, recordOf(0x05243015));
-}
+void unclassifiedLine(State& state) { printOften(state, everything(), recordOf(0x05243015)); }
 BENCHMARK(unclassifiedLine);
 
 void basicLine(State& state) {
-    useDefaults();
-    settings.basicFormat = 1;
-    dispatchOften(state, recordOf(0x05243015));
+    LineOptions options = everything();
+    options.basicFormat = 1;
+    printOften(state, options, recordOf(0x05243015));
 }
 BENCHMARK(basicLine);
 
 // A code of a file of 5,000 lines; every look-up has another code.
 void codeNameLookup(State& state) {
     constexpr uint32_t kLines = 5000;
-    useDefaults();
-    settings.decodeFile = std::tmpfile();
-    if (settings.decodeFile == nullptr) return state.SkipWithError("no temporary file");
+    CodeNames names;
     for (uint32_t i = 0; i < kLines; ++i) {
-        std::fprintf(settings.decodeFile, "0x%08x\tName_of_%u\n", 0x01300000 + 4 * i, i);
+        char line[64];
+        names.take(line, static_cast<size_t>(std::snprintf(
+                             line, sizeof line, "0x%08x\tName_of_%u\n", 0x01300000 + 4 * i, i)));
     }
-    std::fflush(settings.decodeFile);
     uint32_t next = 0;
     for (auto _ : state) {
-        char name[kCodeNameRoom] = {};
-        benchmark::DoNotOptimize(lookupCodeName(0x01300000 + 4 * next, name));
+        benchmark::DoNotOptimize(names.nameOf(0x01300000 + 4 * next));
         next = next + 7 < kLines ? next + 7 : 0;
     }
-    std::fclose(settings.decodeFile);
 }
 BENCHMARK(codeNameLookup);
 
@@ -168,7 +168,6 @@ constexpr int64_t kFileRecords = 100'000;
 
 // A file of records that print nothing, so that reading alone is seen.
 void rawRead(State& state) {
-    useDefaults();
     char path[] = "/tmp/sonaprobe-bench-XXXXXX";
     const int file = mkstemp(path);
     const std::vector<TraceRecord> records(kFileRecords, recordOf(kSilentClass));
@@ -176,7 +175,14 @@ void rawRead(State& state) {
     if (file < 0 || ::write(file, records.data(), size) != static_cast<ssize_t>(size)) {
         state.SkipWithError("no temporary file");
     } else {
-        for (auto _ : state) readRawFile(path);
+        LinePrinter printer(everything(), nowhere());
+        for (auto _ : state) {
+            lseek(file, 0, SEEK_SET);
+            SlotReader reader(file);
+            for (auto slots = reader.next(); !slots.empty(); slots = reader.next()) {
+                for (const TraceRecord& slot : slots) printer.takeSlot(slot);
+            }
+        }
         state.SetItemsProcessed(state.iterations() * kFileRecords);
     }
     ::close(file);
@@ -185,25 +191,26 @@ void rawRead(State& state) {
 BENCHMARK(rawRead);
 
 void rawWrite(State& state) {
-    useDefaults();
-    std::FILE* const file = std::tmpfile();
-    if (file == nullptr) return state.SkipWithError("no temporary file");
+    char path[] = "/tmp/sonaprobe-bench-XXXXXX";
+    const int file = ::mkstemp(path);
+    if (file < 0) return state.SkipWithError("no temporary file");
+    ::unlink(path);
+    RawWriter writer(file, {.lost = [](const TraceRecord&, int) { std::abort(); }});
     const TraceRecord record = recordOf(0x05245C0C);
     for (auto _ : state) {
-        lseek(fileno(file), 0, SEEK_SET);
-        for (int64_t i = 0; i < kFileRecords; ++i) storeRecord(file, record);
+        lseek(file, 0, SEEK_SET);
+        for (int64_t i = 0; i < kFileRecords; ++i) writer.store(record);
     }
-    storeHeldRecords(file);
     state.SetItemsProcessed(state.iterations() * kFileRecords);
-    std::fclose(file);
 }
 BENCHMARK(rawWrite);
 
 // Every text of every class, a whole line with all its columns; the label is the slowest's code.
 void slowestText(State& state) {
     constexpr int kTimes = 500;
-    useDefaults();
-    settings.indent = 0;
+    LineOptions options = everything();
+    options.indent = 0;
+    LinePrinter printer(options, nowhere());
     std::vector<TraceRecord> records;
     for (const events::TracedClass& traced : events::tracedClasses()) {
         const auto samples = events::sampleRecords(traced);
@@ -220,7 +227,7 @@ void slowestText(State& state) {
             const double begin = seconds();
             for (int n = 0; n < kTimes; ++n) {
                 records[i].timestamp += kTicksBetween;
-                dispatchRecord(&records[i]);
+                printer.print(records[i]);
             }
             least[i] = std::min(least[i], (seconds() - begin) / kTimes);
         }

@@ -1,32 +1,15 @@
 // The code-name file: any bytes name the codes that a plain scan from the start finds, and no
 // others.
 
-#include "probe/code_names.h"
+#include "lines/code_names.h"
 
 #include <map>
 #include <string>
-#include <sys/mman.h>
-#include <sys/stat.h>
-#include <time.h>
-#include <unistd.h>
 
 #include "fuzz.h"
-#include "probe/settings.h"
 
 using namespace sonaprobe;
 using fuzz::require;
-
-// The clock by which a look at the file grows old: a second a look.
-extern "C" {
-int __real_clock_gettime(clockid_t clock, timespec* time);
-
-int __wrap_clock_gettime(clockid_t clock, timespec* time) {
-    if (clock != CLOCK_MONOTONIC_COARSE) return __real_clock_gettime(clock, time);
-    static time_t looks = 0;
-    *time = {.tv_sec = ++looks, .tv_nsec = 0};
-    return 0;
-}
-}
 
 namespace {
 
@@ -45,7 +28,7 @@ std::map<unsigned long, std::string> scan(std::span<const uint8_t> bytes) {
     std::string piece;
     for (const uint8_t byte : bytes) {
         piece += static_cast<char>(byte);
-        if (byte != '\n' && piece.size() < kCodeNameRoom - 1) continue;
+        if (byte != '\n' && piece.size() < kMaxCodeName) continue;
         takePiece(piece, names);
         piece.clear();
     }
@@ -53,34 +36,23 @@ std::map<unsigned long, std::string> scan(std::span<const uint8_t> bytes) {
     return names;
 }
 
-// The one file of all inputs: each is a change of it.
-void fill(std::span<const uint8_t> bytes) {
-    static const int file = memfd_create("codes", MFD_CLOEXEC);
-    static time_t changes = 0;
-    if (settings.decodeFile == nullptr) settings.decodeFile = fdopen(file, "r");
-    const auto length = static_cast<ssize_t>(bytes.size());
-    const timespec modified{.tv_sec = ++changes, .tv_nsec = 0};
-    const timespec times[] = {modified, modified};
-    require(settings.decodeFile != nullptr && ftruncate(file, 0) == 0 &&
-                pwrite(file, bytes.data(), bytes.size(), 0) == length && futimens(file, times) == 0,
-            "the file can be written");
-}
-
 }  // namespace
 
 int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
-    fill({data, size});
+    CodeNames codeNames;
+    const size_t cut = size > 0 ? data[0] % size : 0;
+    const auto* const bytes = reinterpret_cast<const char*>(data);
+    codeNames.take(bytes, cut);
+    codeNames.take(bytes + cut, size - cut);
+    codeNames.endFile();
     const auto names = scan({data, size});
-    size_t looked = 0;
     for (const auto& [code, name] : names) {
-        if (code > UINT32_MAX || ++looked > 32) break;
-        char room[kCodeNameRoom] = {};
-        const char* const found = lookupCodeName(static_cast<uint32_t>(code), room);
+        if (code > UINT32_MAX) break;
+        const char* const found = codeNames.nameOf(static_cast<uint32_t>(code));
         require(found != nullptr && found == name, "a code has the first name of it in the file");
     }
     for (const uint32_t code : {0U, 4U, 0x01300004U, 0xFFFFFFFFU}) {
-        char room[kCodeNameRoom] = {};
-        require((lookupCodeName(code, room) == nullptr) == !names.contains(code),
+        require((codeNames.nameOf(code) == nullptr) == !names.contains(code),
                 "a code that the file does not name has no name");
     }
     return 0;

@@ -6,11 +6,9 @@
 #include <unistd.h>
 
 #include "fuzz.h"
-#include "lines/indentation.h"
-#include "lines/output_line.h"
-#include "probe/settings.h"
-#include "rawfile/raw_reader.h"
-#include "record/trace_record.h"
+#include "lines/code_names.h"
+#include "lines/line_printer.h"
+#include "rawfile/slot_reader.h"
 
 using namespace sonaprobe;
 using fuzz::Input;
@@ -20,69 +18,37 @@ namespace {
 
 constexpr size_t kOptionBytes = 64;
 
-// What came out since the counts were set to 0.
+// What came out.
 struct Printed {
     size_t lines = 0;
-    size_t bytes = 0;
     char last = '\n';
 };
-Printed printed;
 
-ssize_t count(void*, const char* text, size_t size) {
+void count(void* context, const char* text, size_t size) {
+    Printed& printed = *static_cast<Printed*>(context);
     printed.lines += static_cast<size_t>(std::count(text, text + size, '\n'));
-    printed.bytes += size;
     if (size > 0) printed.last = text[size - 1];
-    return static_cast<ssize_t>(size);
 }
 
-std::FILE* codeFile() {
-    constexpr char kLines[] =
-        "0x01300004 fault\n0x01300008\tpage fault\n0x21040000 HAL\n0 nothing\n0x0130000C\n"
-        "0x05243014 a name with seven blanks in it  and more than sixty-three characters on the "
-        "line\n0xFFFFFFFC last";
-    const int file = memfd_create("codes", MFD_CLOEXEC);
-    require(write(file, kLines, sizeof kLines - 1) == ssize_t{sizeof kLines - 1}, "codes written");
-    return fdopen(file, "r");
+const CodeNames& codeNames() {
+    static const CodeNames names = [] {
+        constexpr char kLines[] =
+            "0x01300004 fault\n0x01300008\tpage fault\n0x21040000 HAL\n0 nothing\n0x0130000C\n"
+            "0x05243014 a name with seven blanks in it  and more than sixty-three characters on "
+            "the line\n0xFFFFFFFC last";
+        CodeNames result;
+        result.take(kLines, sizeof kLines - 1);
+        result.endFile();
+        return result;
+    }();
+    return names;
 }
 
-void apply(Input options) {
-    static std::FILE* const codes = codeFile();
-    settings = Settings{};
-    const auto flags = options.number<uint32_t>();
-    unsigned bit = 0;
-    const auto next = [&] { return flags >> bit++ & 1; };
-    settings.timeMode = next() | next() << 1;
-    for (uint32_t* field : {&settings.verbose, &settings.showThread, &settings.showGroup,
-                            &settings.showMethod, &settings.showPointer, &settings.indent,
-                            &settings.showCodes, &settings.showCpu, &settings.basicFormat,
-                            &settings.noSeparator, &settings.includeHAL, &settings.showHistoric}) {
-        *field = next();
-    }
-    if (next() != 0) settings.printMask |= kPrintAll;
-    if (next() != 0) {
-        std::strcpy(settings.decodePath, "codes");
-        settings.decodeFile = codes;
-    }
-    const bool out = next() != 0;
-    const bool except = next() != 0;
-    const auto outOf = options.number<uint64_t>();
-    const auto exceptOf = options.number<uint64_t>();
-    for (uint32_t id = 0; id < 64; ++id) {
-        if (out && (outOf >> id & 1) != 0) settings.filterOut.insert(id);
-        if (except && (exceptOf >> id & 1) != 0) settings.filterAllExcept.insert(id);
-    }
-    settings.tickDivisor = static_cast<double>(options.number<uint64_t>());
-
-    resetIndentation();
-    // Where the line's buffer comes to its end.
-    if (const auto depth = options.number<uint16_t>(); depth > 0xFF00) {
-        constexpr int kBufferEnd = 4096;
-        char* const begin = outputLine.cursor();
-        for (int i = kBufferEnd - 128 + (depth & 0xFF); i > 0; --i) {
-            indentIn();
-            outputLine.moveTo(begin);
-        }
-    }
+// Starts until a line's indentation ends near the end of the buffer, whose lines are gathered.
+void nest(LinePrinter& printer, uint64_t depth) {
+    TraceRecord start{};
+    start.debugid = 0x05245C0D;
+    for (; depth > 0; --depth) printer.print(start);
 }
 
 // A file, or a pipe where it fits into one.
@@ -97,39 +63,67 @@ int fileOf(std::span<const uint8_t> bytes, bool pipeWanted) {
         return ends[0];
     }
     const int file = memfd_create("trace", MFD_CLOEXEC);
-    require(write(file, bytes.data(), bytes.size()) == length, "the file takes it");
+    require(pwrite(file, bytes.data(), bytes.size(), 0) == length, "the file takes it");
     return file;
 }
 
 }  // namespace
 
 int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
-    static const bool redirected = [] {
-        stdout = fopencookie(nullptr, "w",
-                             {.read = nullptr, .write = count, .seek = nullptr, .close = nullptr});
-        return stdout != nullptr;
-    }();
-    require(redirected, "standard output is counted");
-
     Input input(data, size);
-    const auto options = input.bytes(kOptionBytes);
+    const auto optionBytes = input.bytes(kOptionBytes);
     const auto bytes = input.rest();
-    apply({options.data(), options.size()});
-    std::fflush(stdout);
-    printed = {};
+    Input choice(optionBytes.data(), optionBytes.size());
 
-    const bool pipeWanted = options.size() == kOptionBytes && (options.back() & 1) != 0;
+    const auto flags = choice.number<uint32_t>();
+    unsigned bit = 0;
+    const auto next = [&] { return flags >> bit++ & 1; };
+    LineOptions options;
+    options.timeMode = next() | next() << 1;
+    for (uint32_t* field :
+         {&options.verbose, &options.showThread, &options.showGroup, &options.showMethod,
+          &options.showPointer, &options.indent, &options.showCodes, &options.showCpu,
+          &options.basicFormat, &options.noSeparator, &options.includeHAL, &options.showHistoric}) {
+        *field = next();
+    }
+    if (next() != 0) options.printMask |= kPrintAll;
+    const bool named = next() != 0;
+    const bool out = next() != 0;
+    const bool except = next() != 0;
+    const bool gathered = next() != 0;
+    const auto outOf = choice.number<uint64_t>();
+    const auto exceptOf = choice.number<uint64_t>();
+    for (uint32_t id = 0; id < 64; ++id) {
+        if (out && (outOf >> id & 1) != 0) options.filterOut.insert(id);
+        if (except && (exceptOf >> id & 1) != 0) options.filterAllExcept.insert(id);
+    }
+
+    Printed printed;
+    OutputLine line({.write = count, .context = &printed});
+    if (gathered) line.gather();
+    LinePrinter printer(options, line, named ? codeNames().lookup() : NameLookup{});
+    printer.setTicksPerMicrosecond(static_cast<double>(choice.number<uint64_t>()));
+    // The depth is rare: it costs as much as its lines are long.
+    if (const auto depth = choice.number<uint16_t>(); depth > 0xFFF0) {
+        nest(printer, OutputLine::kFillRoom - 8 * (depth & 0xFU));
+        line.handOver();
+        printed = {};
+    }
+
+    const bool pipeWanted = optionBytes.size() == kOptionBytes && (optionBytes.back() & 1) != 0;
     const int file = fileOf(bytes, pipeWanted);
-    char path[32];
-    std::snprintf(path, sizeof path, "/proc/self/fd/%d", file);
-    readRawFile(path);
+    SlotReader reader(file);
+    for (auto slots = reader.next(); !slots.empty(); slots = reader.next()) {
+        for (const TraceRecord& slot : slots) printer.takeSlot(slot);
+    }
     close(file);
-    std::fflush(stdout);
+    line.handOver();
 
     // Texts that print characters print any byte, a line end among them.
     if (std::ranges::find(bytes, uint8_t{'\n'}) == bytes.end()) {
         require(printed.lines <= bytes.size() / sizeof(TraceRecord), "a slot prints one line");
     }
     require(printed.last == '\n', "all lines are whole");
+    require(reader.cutBytes() == bytes.size() % sizeof(TraceRecord), "the rest is a cut slot");
     return 0;
 }

@@ -11,8 +11,11 @@ namespace sonaprobe {
 
 namespace {
 
-// Of a call's tag: whether it is inside no call of the same group. The rest is its group.
+// Of a call's tag: whether it is inside no call of the same group, and whether its start is
+// selected. The rest is its group.
 constexpr uint32_t kOutermost = 1U << 31;
+constexpr uint32_t kSelected = 1U << 30;
+constexpr uint32_t kGroup = kSelected - 1;
 
 constexpr uint64_t nestingKey(uint32_t thread, uint32_t group) {
     return uint64_t{thread} << 32 | group;
@@ -46,22 +49,22 @@ uint32_t CallStatistics::driverCodeOf(uint32_t code) {
     return known->second;
 }
 
-uint32_t CallStatistics::groupOf(const TraceRecord& record, uint32_t thread) {
+uint32_t CallStatistics::numberOf(const TraceRecord& record, uint32_t thread) {
     const GroupKey key = keyOf(record, thread);
     const auto [found, isNew] = groupByKey_.try_emplace(key, static_cast<uint32_t>(groups_.size()));
     if (isNew) groups_.emplace_back().key = key;
     return found->second;
 }
 
-uint32_t CallStatistics::opened(const TraceRecord& record, const Call& call, const Call*) {
-    const uint32_t group = groupOf(record, call.thread);
-    ++groups_[group].calls;
+uint32_t CallStatistics::open(const TraceRecord& record, const Call& call, bool selected) {
+    const uint32_t group = numberOf(record, call.thread);
     const auto nesting = nesting_.try_emplace(nestingKey(call.thread, group), 0).first;
-    return nesting.value()++ == 0 ? group | kOutermost : group;
+    const bool outermost = nesting.value()++ == 0;
+    return group | (outermost ? kOutermost : 0) | (selected ? kSelected : 0);
 }
 
-void CallStatistics::closed(const Call& call, const Call*, const Closing& closing) {
-    const uint32_t number = call.tag & ~kOutermost;
+bool CallStatistics::close(const Call& call, const Closing& closing, bool endSelected) {
+    const uint32_t number = call.tag & kGroup;
     const bool outermost = (call.tag & kOutermost) != 0;
     const auto nesting = nesting_.find(nestingKey(call.thread, number));
     if (outermost) {
@@ -69,8 +72,10 @@ void CallStatistics::closed(const Call& call, const Call*, const Closing& closin
     } else {
         --nesting.value();
     }
+    if ((call.tag & kSelected) == 0 && !endSelected) return false;
 
     CallGroup& group = groups_[number];
+    ++group.calls;
     const Nanoseconds length = closing.lengthOf(call);
     const Nanoseconds self = closing.selfOf(call);
     if (call.depth == 0) addTo(group.busy, length);
@@ -92,6 +97,7 @@ void CallStatistics::closed(const Call& call, const Call*, const Closing& closin
             addTo(group.unfinishedSelf, self);
             break;
     }
+    return true;
 }
 
 // To be asked after each finished call of the group.
@@ -103,16 +109,16 @@ void CallStatistics::keepRoom(CallGroup& group) {
     }
 }
 
-void CallStatistics::point(const TraceRecord& record, const Moment& moment) {
-    ++groups_[groupOf(record, moment.thread)].points;
+void CallStatistics::countPoint(const TraceRecord& record, uint32_t thread) {
+    ++groups_[numberOf(record, thread)].points;
 }
 
-void CallStatistics::orphanEnd(const TraceRecord& record, const Moment& moment) {
-    ++groups_[groupOf(record, moment.thread)].orphanEnds;
+void CallStatistics::countOrphanEnd(const TraceRecord& record, uint32_t thread) {
+    ++groups_[numberOf(record, thread)].orphanEnds;
 }
 
-void CallStatistics::failure(const TraceRecord& record, const Moment& moment) {
-    ++groups_[groupOf(record, moment.thread)].failures;
+void CallStatistics::countFailure(const TraceRecord& record, uint32_t thread) {
+    ++groups_[numberOf(record, thread)].failures;
 }
 
 bool CallStatistics::isSketch() const {

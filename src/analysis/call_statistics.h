@@ -50,7 +50,9 @@ struct CallGroup {
     double mean() const;
 };
 
-class CallStatistics : public CallSink {
+// What of a trace is counted: the caller, a CallSink, says of each record whether it is selected. A
+// call counts where its start or its end is.
+class CallStatistics {
   public:
     // Percentiles are exact for so many calls; beyond, large groups keep a sketch.
     static constexpr uint64_t kExactCalls = 50'000'000;
@@ -58,17 +60,19 @@ class CallStatistics : public CallSink {
     explicit CallStatistics(GroupBy by, uint64_t exactCalls = kExactCalls)
         : by_(by), exactCalls_(exactCalls) {}
 
-    uint32_t opened(const TraceRecord& record, const Call& call, const Call* parent) override;
-    void closed(const Call& call, const Call* parent, const Closing& closing) override;
-    void point(const TraceRecord& record, const Moment& moment) override;
-    void orphanEnd(const TraceRecord& record, const Moment& moment) override;
+    // For CallSink::opened(): the call's tag.
+    uint32_t open(const TraceRecord& record, const Call& call, bool selected);
 
-    // A record, of whatever kind, that tells of a failure.
-    void failure(const TraceRecord& record, const Moment& moment);
+    // For CallSink::closed(); whether the call counts.
+    bool close(const Call& call, const Closing& closing, bool endSelected);
+
+    // The groups of records that are selected.
+    void countPoint(const TraceRecord& record, uint32_t thread);
+    void countOrphanEnd(const TraceRecord& record, uint32_t thread);
+    void countFailure(const TraceRecord& record, uint32_t thread);
 
     // In the order in which they appeared.
     std::vector<CallGroup>& groups() { return groups_; }
-    const std::vector<CallGroup>& groups() const { return groups_; }
 
     // Whether percentiles of some group are told by a sketch.
     bool isSketch() const;
@@ -85,7 +89,7 @@ class CallStatistics : public CallSink {
     };
 
     GroupKey keyOf(const TraceRecord& record, uint32_t thread);
-    uint32_t groupOf(const TraceRecord& record, uint32_t thread);
+    uint32_t numberOf(const TraceRecord& record, uint32_t thread);
     uint32_t driverCodeOf(uint32_t code);
     void keepRoom(CallGroup& group);
 

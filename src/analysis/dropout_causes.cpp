@@ -226,31 +226,29 @@ Verdict Judge::lostAt(const Gap& gap, Certainty certainty) const {
             .evidence = {gap.slotBefore, gap.slotAfter, overload_.slot}};
 }
 
-// The gap after which the thread had an end without a start: an orphan Client or IOCycle end from
-// `from` to `until`, or the dropout itself where it has no cycle.
+// What an end without a start proves: of a client or cycle from `from` to `until`, or the dropout
+// itself where it has no cycle.
 std::optional<Verdict> Judge::afterGap(Nanoseconds from, Nanoseconds until, bool hasCycle) const {
     const SeenRecord* witness = nullptr;
-    const SeenRecord* before = nullptr;  // the thread's last record that fits, before the witness
+    const SeenRecord* before = nullptr;  // the last record before the gap
+    const SeenRecord* last = nullptr;    // of the thread, by the server
     const SeenRecord* lastOfCycle = nullptr;
     for (const SeenRecord& record : scene_.records) {
         const uint32_t code = codeOf(record.debugid);
+        // A driver's calls may stand inside a client that began in the gap.
         if (record.thread != overload_.thread || !server::isServer(code)) continue;
-        if (record.time > until) break;
-        const bool isOverload = !hasCycle && record.slot == overload_.slot;
-        const bool isOrphan = record.orphan && isOfCycle(code);
-        if (isOverload || (isOrphan && record.time >= from)) {
-            // A lost cycle may have had whole clients after the gap; a lost client stands alone.
-            const bool ofClient = code == server::kClient;
-            if (witness == nullptr) witness = &record;
-            if (!ofClient) before = lastOfCycle;
-            break;
+        if (record.time > until || record.slot > overload_.slot) break;
+        const bool isOrphan = record.orphan && isOfCycle(code) && record.time >= from;
+        const bool isAlone = !hasCycle && record.slot == overload_.slot;
+        if (witness == nullptr && (isOrphan || isAlone)) {
+            witness = &record;
+            // In a cycle that began in the gap, whole clients may have come after it.
+            before = code == server::kClient ? last : lastOfCycle;
         }
-        before = &record;
-        // An earlier client's end that lacks its start belongs to the same lost cycle.
-        if (isOrphan && code == server::kClient) {
-            lastOfCycle = before;
-        }
+        const bool endsWhole = !record.orphan && record.debugid == (server::kIoCycle | 2);
+        if (!hasCycle && endsWhole) witness = nullptr;
         if (code == server::kIoCycle) lastOfCycle = &record;
+        last = &record;
     }
     if (witness == nullptr) return {};
     const Nanoseconds begin = before == nullptr ? scene_.records.front().time : before->time;

@@ -7,14 +7,6 @@
 
 namespace sonaprobe {
 
-namespace {
-
-unsigned highestBitOf(uint64_t length) {
-    return length == 0 ? 0 : static_cast<unsigned>(std::bit_width(length)) - 1;
-}
-
-}  // namespace
-
 // Row 0 holds lengths below kSteps; row n > 0 those whose highest bit is kStepBits + n - 1, by the
 // kStepBits bits after it.
 void DurationSketch::add(uint64_t length) {
@@ -45,18 +37,6 @@ uint64_t DurationSketch::atRank(uint64_t rank) const {
     return middle;
 }
 
-std::array<uint64_t, 64> DurationSketch::byHighestBit() const {
-    std::array<uint64_t, 64> counts{};
-    for (size_t row = 0; row < counts_.size(); ++row) {
-        if (counts_[row] == nullptr) continue;
-        for (uint64_t step = 0; step < kSteps; ++step) {
-            const size_t bit = row == 0 ? highestBitOf(step) : kStepBits + row - 1;
-            counts[bit] += (*counts_[row])[step];
-        }
-    }
-    return counts;
-}
-
 void Durations::add(Nanoseconds length) {
     const auto positive = static_cast<uint64_t>(length);
     if (sketch_ != nullptr) {
@@ -84,13 +64,6 @@ Nanoseconds Durations::percentile(unsigned percent) {
     const auto place = lengths_.begin() + static_cast<std::ptrdiff_t>(rank - 1);
     std::nth_element(lengths_.begin(), place, lengths_.end());
     return static_cast<Nanoseconds>(*place);
-}
-
-std::array<uint64_t, 64> Durations::byHighestBit() const {
-    if (sketch_ != nullptr) return sketch_->byHighestBit();
-    std::array<uint64_t, 64> counts{};
-    for (const uint64_t length : lengths_) ++counts[highestBitOf(length)];
-    return counts;
 }
 
 }  // namespace sonaprobe

@@ -30,9 +30,6 @@ class DurationSketch {
     // The length of the given rank, 1 the shortest.
     uint64_t atRank(uint64_t rank) const;
 
-    // How many have this as their highest bit; bit 0 counts those of 0 as well.
-    std::array<uint64_t, 64> byHighestBit() const;
-
   private:
     // By the number of low bits that are left out.
     std::array<std::unique_ptr<std::array<uint64_t, kSteps>>, 64 - kStepBits + 1> counts_;
@@ -51,9 +48,6 @@ class Durations {
     // Nearest rank: the shortest length that at least this share of all does not exceed. There is
     // at least one.
     Nanoseconds percentile(unsigned percent);
-
-    // How many lengths have this as their highest bit; bit 0 counts those of 0 as well.
-    std::array<uint64_t, 64> byHighestBit() const;
 
     // In no order; empty in a sketch.
     std::span<const uint64_t> lengths() const { return lengths_; }

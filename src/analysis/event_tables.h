@@ -6,18 +6,9 @@
 #include <span>
 
 #include "events/class_table.h"
-#include "events/decoder.h"
 #include "events/decoders/decoders.h"
-#include "record/trace_record.h"
 
 namespace sonaprobe {
-
-constexpr std::string_view kNameSeparator = "::";
-
-inline const Decoder* decoderOf(uint32_t debugid) {
-    if ((debugid & ~0x3FFU) == 0x21040000) return &decoders::kAudioServer;
-    return classWordOf(debugid) == kAudioClassWord ? kClassTable[classIdOf(debugid)] : nullptr;
-}
 
 // visit(decoder, event, texts) with the event's row and those of its texts.
 template <class Visit>

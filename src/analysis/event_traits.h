@@ -4,6 +4,7 @@
 
 #include <cstdint>
 
+#include "events/class_table.h"
 #include "record/trace_record.h"
 
 namespace sonaprobe {
@@ -21,7 +22,18 @@ constexpr bool recurses(uint32_t code) {
     return code != 0x21040004 && code != 0x21040008 && code != 0x2104000C;
 }
 
+// The event's row, null where no decoder knows it.
+inline const Row* eventRowOf(uint32_t code) {
+    const Decoder* const decoder = decoderOf(code);
+    const size_t rowAfterEvent =
+        decoder == nullptr ? 0 : decoder->rowAfterEvent[eventNumberOf(code)];
+    return rowAfterEvent == 0 ? nullptr : &decoder->rows[rowAfterEvent - 1];
+}
+
 // Whether the event's starts are points: its texts answer starts, but no ends.
-bool startsArePoints(uint32_t code);
+inline bool startsArePoints(uint32_t code) {
+    const Row* const event = eventRowOf(code);
+    return event != nullptr && (event->answered & kOnStart) != 0 && (event->answered & kOnEnd) == 0;
+}
 
 }  // namespace sonaprobe

@@ -2,8 +2,6 @@
 
 #include "events/class_table.h"
 
-#include "events/decoders/decoders.h"
-
 namespace sonaprobe {
 
 using namespace decoders;

@@ -1,5 +1,5 @@
-// A decoder as data: what the row vocabulary (rows.h) builds while the program is compiled and the
-// interpreter (decode.cpp) reads for each record.
+// A decoder as data: what the row vocabulary (row_vocabulary.h) builds while the program is
+// compiled and decode() and the log text read for each record.
 
 #pragma once
 
@@ -48,6 +48,7 @@ struct Piece {
     bool signExtend = false;
     bool zeroFill = false;
     bool alternate = false;
+    bool isResult = false;  // the value is a result: 0 is success
     uint8_t width = 0;
     uint8_t wordPair = 0;  // words only: which of the row's pairs
 };
@@ -80,12 +81,17 @@ constexpr uint8_t kOnEnd = 1U << 2;
 constexpr uint8_t kOnOther = 1U << 0 | 1U << 3;
 constexpr uint8_t kOnAny = kOnStart | kOnEnd | kOnOther;
 
+// What stands between group and method in a name.
+inline constexpr std::string_view kNameSeparator = "::";
+
 // An event (qualifiers is 0: code and name), or one of the texts that follow their event, in the
 // order in which they are asked.
 struct Row {
     uint32_t code = 0;
     uint8_t qualifiers = 0;
-    bool verbose = false;  // selected as ever, printed only under --verbose
+    uint8_t answered = 0;       // of an event: the qualifiers that its texts answer
+    bool verbose = false;       // selected as ever, printed only under --verbose
+    bool tellsFailure = false;  // in words; a result that is not 0 tells of one too
     Condition condition;
     Stretch name;              // "Group::method"
     uint16_t groupLength = 0;  // of the name
@@ -96,15 +102,25 @@ struct Row {
     constexpr bool isEvent() const { return qualifiers == 0; }
 };
 
+// Who sees the lines of a decoder.
+enum class Gate : uint8_t {
+    open,         // everybody
+    audioServer,  // who asks for the audio server's (--HAL)
+    historic,     // who asks for class 0, as no option of sonaprobe does
+    shut,         // nobody: its events are known, and silent
+};
+
 // Rows refer to the rest by its place, so that no address in them has to be set when the program
 // starts.
 struct Decoder {
     uint32_t codeBase;
     std::string_view group;
     bool hasObject = true;  // arg1 is the object pointer of the prefix
+    Gate gate = Gate::open;
     std::span<const Row> rows;
     const char* characters;
     const Piece* pieces;
+    const Stretch* names;  // of the values, one for each of the pieces
     const WordPair* wordPairs;
     std::array<uint16_t, 256> rowAfterEvent{};  // by event number; 0 where there is no such event
 
@@ -114,6 +130,10 @@ struct Decoder {
 
     constexpr std::span<const Piece> piecesOf(const Row& row) const {
         return {pieces + row.pieces.begin, row.pieces.length};
+    }
+    // The name of the value of one of the decoder's own pieces.
+    constexpr std::string_view nameOf(const Piece& piece) const {
+        return text(names[&piece - pieces]).view();
     }
     constexpr const WordPair& wordsOf(const Row& row, const Piece& piece) const {
         return wordPairs[row.wordPairs + piece.wordPair];

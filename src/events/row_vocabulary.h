@@ -11,6 +11,7 @@
 //   verbose(...)                         a text that prints only under --verbose
 //   under("OtherMethod", ...)            a text with a method of its own
 //   ofGroup("OtherGroup", ...)           a text, or an event with all its texts, of another group
+//   failure(...)                         a text whose words tell that something failed
 //
 // A text is a printf format without line end and its arguments. An argument is a slice, a1 to a5,
 // lo(a3), hi(a3), byte(1, a4), as it is or in one of the readings
@@ -21,6 +22,11 @@
 //   ticks                                                %f
 //   character                                            %c
 //   seconds(earlier, later)                              %llu, %lld
+//
+// A value's name is what the text calls it: in "pin nodeID: %d" the words before the colon, back to
+// a value, a mark (" - ", ",", ":", a bracket) or the "Start" or "End" that opens the text. Where
+// the text has no such name, or one of more than two words, named("x", argument) gives one. A value
+// called result, returned or returning is a result: 0 is success.
 //
 // A table ends as a decoder: `decoder<kRows, "Group">(audioClass(23), 3)` of three events,
 // `withoutObject(...)` where arg1 is no object, `silentDecoder<kRows>()`.
@@ -34,8 +40,9 @@
 #include <concepts>
 
 #include "events/decoder.h"
+#include "events/log_text.h"
 #include "events/number_text.h"
-#include "lines/output_line.h"
+#include "record/trace_record.h"
 
 namespace sonaprobe::rows {
 
@@ -46,8 +53,7 @@ constexpr size_t kMaxPieces = 12;
 constexpr size_t kMaxStretch = 255;  // characters before a value
 constexpr size_t kMaxWordPairs = 2;
 
-// The longest text leaves room for the columns before it.
-static_assert(kMaxPieces * (kMaxStretch + kMaxNumberLength) + 512 <= OutputLine::kTextRoom);
+static_assert(kMaxPieces * (kMaxStretch + kMaxNumberLength) + kTextBlock <= kLogTextRoom);
 
 // The two words of %s, as the vocabulary spells them.
 struct Words {
@@ -67,6 +73,7 @@ struct Entry {
     uint8_t pieceCount = 0;
     uint8_t wordPairCount = 0;
     std::array<Piece, kMaxPieces> pieces{};
+    std::array<std::string_view, kMaxPieces> names{};  // empty where the piece has no value
     std::array<Words, kMaxWordPairs> wordPairs{};
 };
 
@@ -75,6 +82,7 @@ struct Argument {
     Reading reading = Reading::nothing;  // nothing: as the conversion says
     Slice later{1};
     Words words{};
+    std::string_view name{};  // empty: as the text calls it
 };
 
 constexpr Argument a1{{1}};
@@ -129,6 +137,13 @@ consteval Argument seconds(Argument earlier, Argument later) {
     earlier = read(earlier, Reading::seconds);
     earlier.later = later.slice;
     return earlier;
+}
+
+// An argument whose value has a name of its own.
+consteval Argument named(const char* name, Argument argument) {
+    argument.name = name;
+    if (argument.name.empty()) refuse("an empty name");
+    return argument;
 }
 
 consteval Condition is(Argument argument, uint64_t value) {
@@ -225,6 +240,39 @@ consteval Fitted fitArgument(std::string_view text, const Argument& argument) {
     return fitted;
 }
 
+// The name that the words before a value give it, or nothing: see the top of this file.
+consteval std::string_view nameBefore(std::string_view words) {
+    const auto endsWith = [&](std::string_view end) {
+        return words.size() >= end.size() && words.substr(words.size() - end.size()) == end;
+    };
+    const auto dropEnd = [&](std::string_view end) {
+        if (endsWith(end)) words.remove_suffix(end.size());
+    };
+    dropEnd("0x");
+    dropEnd(" ");
+    if (!endsWith(":")) return {};
+    words.remove_suffix(1);
+    // "boost(mV)" is called boost, "getState()" getState.
+    if (endsWith(")")) words = words.substr(0, words.rfind('('));
+
+    for (const std::string_view mark : {" - ", "- ", ", ", ". ", ": ", "; ", "> ", "(", ")", "["}) {
+        const size_t at = words.rfind(mark);
+        if (at != words.npos) words.remove_prefix(at + mark.size());
+    }
+    for (const std::string_view opening : {"Start ", "End ", "Begin "}) {
+        if (goesOnWith(words, opening)) words.remove_prefix(opening.size());
+    }
+    while (goesOnWith(words, " ")) words.remove_prefix(1);
+    return std::ranges::count(words, ' ') < 2 ? words : std::string_view{};
+}
+
+// A result's name ends with the word; "mResult" is no result of the call.
+constexpr bool isResultName(std::string_view name) {
+    const size_t blank = name.rfind(' ');
+    if (blank != name.npos) name.remove_prefix(blank + 1);
+    return name == "result" || name == "returned" || name == "returning";
+}
+
 // Splits a text into pieces, one argument after the other, and checks all that can be wrong.
 consteval Entry textEntry(uint8_t qualifiers, Condition condition, const char* format,
                           std::span<const Argument> arguments) {
@@ -236,12 +284,17 @@ consteval Entry textEntry(uint8_t qualifiers, Condition condition, const char* f
 
     size_t literalBegin = 0;
     size_t used = 0;
-    const auto add = [&](Piece piece, size_t literalEnd) {
+    const auto add = [&](Piece piece, size_t literalEnd, std::string_view name = {}) {
         if (entry.pieceCount == kMaxPieces) refuse("a text of too many pieces");
         if (literalEnd - literalBegin > kMaxStretch)
             refuse("a text with too long a stretch of words");
         piece.literalBegin = static_cast<uint16_t>(literalBegin);
         piece.literalLength = static_cast<uint8_t>(literalEnd - literalBegin);
+        piece.isResult = isResultName(name);
+        for (size_t i = 0; !name.empty() && i < entry.pieceCount; ++i) {
+            if (entry.names[i] == name) refuse("a text with two values of one name");
+        }
+        entry.names[entry.pieceCount] = name;
         entry.pieces[entry.pieceCount++] = piece;
     };
     for (size_t at = 0; at < text.size();) {
@@ -267,7 +320,9 @@ consteval Entry textEntry(uint8_t qualifiers, Condition condition, const char* f
                 entry.wordPairs[pair] = argument.words;
                 fitted.piece.wordPair = static_cast<uint8_t>(pair);
             }
-            add(fitted.piece, at);
+            const std::string_view words = text.substr(literalBegin, at - literalBegin);
+            const std::string_view name = argument.name.empty() ? nameBefore(words) : argument.name;
+            add(fitted.piece, at, name);
             at += fitted.length;
         }
         literalBegin = at;
@@ -325,7 +380,7 @@ consteval Entry value(uint64_t n, const char* format, std::same_as<Argument> aut
 }
 
 consteval Entry event(uint32_t code, const char* method) {
-    if ((code & 3) != 0) refuse("a code with qualifier bits");
+    if (codeOf(code) != code) refuse("a code with qualifier bits");
     Entry entry;
     entry.row.code = code;
     entry.method = method;
@@ -335,6 +390,12 @@ consteval Entry event(uint32_t code, const char* method) {
 consteval Entry verbose(Entry entry) {
     if (entry.row.isEvent()) refuse("verbose() wraps a text");
     entry.row.verbose = true;
+    return entry;
+}
+
+consteval Entry failure(Entry entry) {
+    if (entry.row.isEvent()) refuse("failure() wraps a text");
+    entry.row.tellsFailure = true;
     return entry;
 }
 
@@ -352,7 +413,7 @@ consteval Entry ofGroup(const char* group, Entry entry) {
 // The code base of an audio class: what its codes have above the event number.
 consteval uint32_t audioClass(uint32_t id) {
     if (id > 63) refuse("an audio class id is 0 to 63");
-    return 0x05240000 | id << 10;
+    return audioClassKey(id);
 }
 
 // Whether no record that `later` would answer gets past `earlier`.
@@ -372,6 +433,7 @@ struct Table {
     std::array<Row, kRows> rows{};
     std::array<char, kCharacters + kTextBlock> characters{};
     std::array<Piece, kPieces> pieces{};
+    std::array<Stretch, kPieces> names{};
     std::array<WordPair, kWordPairs> wordPairs{};
 };
 
@@ -393,7 +455,7 @@ struct NameParts {
     std::string_view group;
     std::string_view method;
 
-    constexpr size_t length() const { return group.size() + 2 + method.size(); }
+    constexpr size_t length() const { return group.size() + kNameSeparator.size() + method.size(); }
 };
 
 constexpr bool hasOwnName(const Entry& entry) {
@@ -413,6 +475,7 @@ consteval size_t charactersOf(std::span<const Entry> entries, std::string_view g
         const Entry& entry = entries[i];
         if (hasOwnName(entry)) sum += nameOf(entry, entries[eventOf(entries, i)], group).length();
         sum += entry.text.size();
+        for (size_t n = 0; n < entry.pieceCount; ++n) sum += entry.names[n].size();
         for (const Words& words : entry.wordPairs) sum += words.notZero.size() + words.zero.size();
     }
     return checkedLength(sum);
@@ -456,7 +519,7 @@ inline constexpr auto kTable = [] {
             const NameParts name = nameOf(entry, kEntries[event], kGroup.view());
             row.name = pack(name.group);
             row.groupLength = row.name.length;
-            pack("::");
+            pack(kNameSeparator);
             pack(name.method);
             row.name.length = static_cast<uint16_t>(name.length());
         } else {
@@ -465,7 +528,11 @@ inline constexpr auto kTable = [] {
         }
         row.text = pack(entry.text);
         row.pieces = {pieces, entry.pieceCount};
-        for (size_t n = 0; n < entry.pieceCount; ++n) table.pieces[pieces++] = entry.pieces[n];
+        for (size_t n = 0; n < entry.pieceCount; ++n) {
+            table.names[pieces] = pack(entry.names[n]);
+            table.pieces[pieces++] = entry.pieces[n];
+        }
+        if (!row.isEvent()) table.rows[event].answered |= row.qualifiers;
         row.wordPairs = wordPairs;
         for (size_t n = 0; n < entry.wordPairCount; ++n) {
             const auto& [notZero, zero] = entry.wordPairs[n];
@@ -483,6 +550,7 @@ constexpr Decoder withTable(uint32_t codeBase) {
             .rows = table.rows,
             .characters = table.characters.data(),
             .pieces = table.pieces.data(),
+            .names = table.names.data(),
             .wordPairs = table.wordPairs.data()};
 }
 
@@ -496,13 +564,17 @@ consteval Decoder decoder(uint32_t codeBase, size_t events) {
     uint32_t lastCode = 0;
     size_t eventRow = 0;
     for (size_t i = 0; i < rows.size(); ++i) {
+        const size_t methodAt = rows[i].groupLength + kNameSeparator.size();
+        if (rows[i].groupLength == 0 || rows[i].name.length == methodAt) {
+            refuse("a name that lacks its group or its method");
+        }
         if (rows[i].isEvent()) {
-            if ((rows[i].code & ~0x3FFU) != codeBase) refuse("a code of another class");
+            if (classKeyOf(rows[i].code) != codeBase) refuse("a code of another class");
             if (seen > 0 && rows[i].code <= lastCode) refuse("codes out of order");
             lastCode = rows[i].code;
             eventRow = i;
             ++seen;
-            result.rowAfterEvent[(rows[i].code >> 2) & 0xFF] = static_cast<uint16_t>(i + 1);
+            result.rowAfterEvent[eventNumberOf(rows[i].code)] = static_cast<uint16_t>(i + 1);
             continue;
         }
         for (size_t earlier = eventRow + 1; earlier < i; ++earlier) {
@@ -516,9 +588,16 @@ consteval Decoder decoder(uint32_t codeBase, size_t events) {
 // A decoder that knows every event of its class and prints none of them.
 template <const auto& kEntries>
 consteval Decoder silentDecoder() {
-    Decoder result = withTable<kEntries, "">(kEntries[0].row.code & ~0x3FFU);
+    Decoder result = withTable<kEntries, "">(classKeyOf(kEntries[0].row.code));
+    result.gate = Gate::shut;
     result.rowAfterEvent.fill(1);
     return result;
+}
+
+// A decoder whose lines only some see.
+consteval Decoder gated(Gate gate, Decoder decoder) {
+    decoder.gate = gate;
+    return decoder;
 }
 
 // A decoder whose arg1 is a value like the others, not an object pointer.

@@ -7,80 +7,34 @@
 #include <ctime>
 
 #include "events/number_text.h"
-#include "probe/settings.h"
+#include "lines/line_options.h"
 #include "record/truncate.h"
 
 namespace sonaprobe {
 
 namespace {
 
-int64_t lastMicroseconds = 0;
-int64_t lastDelta = 0;
-
 char* putInTen(char* at, int64_t value) {
     return value >= 0 ? putUnsignedInTen(at, static_cast<uint64_t>(value))
                       : putSigned(at, value, 10);
 }
 
-// "hh:mm:ss [1234567890][      1234 us]" as it was printed last. Between records that are near in
-// time only the last four digits of the two numbers change, which are made side by side.
-class LocalTimeText {
-  public:
-    char* put(char* at, int64_t microseconds, int64_t delta) {
-        const std::time_t now = std::time(nullptr);
-        const auto stamp = static_cast<uint64_t>(microseconds) - base_;
-        const auto step = static_cast<uint64_t>(delta);
-        const bool near = stamp < kFourDigits && step < kFourDigits;
-        if (!near || now != second_) return putWhole(at, now, microseconds, delta);
+constexpr uint64_t kFourDigits = 10'000;
+constexpr uint64_t kTenDigits = 10'000'000'000;
+constexpr size_t kClock = 8;
+constexpr size_t kStampFour = 16;
+constexpr size_t kStepFour = 28;
 
-        std::memcpy(at, text_, sizeof text_);
-        const uint64_t fours = digits::fourDigitsEach(stamp | step << 32);
-        const unsigned leading = digits::leadingZeroBits<4>(fours >> 32);
-        const uint64_t shown = (fours + digits::kZeros) ^ digits::zerosToBlanks(leading) << 32;
-        const auto stampText = static_cast<uint32_t>(shown);
-        const auto stepText = static_cast<uint32_t>(shown >> 32);
-        std::memcpy(at + kStampFour, &stampText, sizeof stampText);
-        std::memcpy(at + kStepFour, &stepText, sizeof stepText);
-        return at + sizeof text_;
+// "hh:mm:ss" as the zone has it that is now in force, which may change while a trace runs.
+void putClock(std::time_t now, char* text) {
+    tzset();
+    std::tm local;
+    if (localtime_r(&now, &local) == nullptr) return;
+    char clock[kClock + 1];
+    if (std::strftime(clock, sizeof clock, "%H:%M:%S", &local) == kClock) {
+        std::memcpy(text, clock, kClock);
     }
-
-  private:
-    static constexpr uint64_t kFourDigits = 10'000;
-    static constexpr uint64_t kTenDigits = 10'000'000'000;
-    static constexpr uint64_t kFarFromAll = uint64_t{1} << 63;
-    static constexpr size_t kClock = 8;
-    static constexpr size_t kStampFour = 16;
-    static constexpr size_t kStepFour = 28;
-
-    // Keeps the text where its numbers leave room for another last four digits: the stamp has
-    // five to ten, the step at most four. Not inlined, to keep put() short.
-    [[gnu::noinline]] char* putWhole(char* at, std::time_t now, int64_t microseconds,
-                                     int64_t delta) {
-        if (now != second_) {
-            constexpr size_t kHour = 11;  // in "Sat Nov 21 10:11:22 2026\n"
-            second_ = now;
-            if (const char* date = std::ctime(&now)) std::memcpy(text_, date + kHour, kClock);
-        }
-        char* end = putText(at, {text_, kClock});
-        end = putInTen(putText(end, " ["), microseconds);
-        end = putInTen(putText(end, "]["), delta);
-        end = putText(end, " us]");
-        const auto stamp = static_cast<uint64_t>(microseconds);
-        base_ = kFarFromAll;
-        if (stamp >= kFourDigits && stamp < kTenDigits &&
-            static_cast<uint64_t>(delta) < kFourDigits) {
-            base_ = stamp - stamp % kFourDigits;
-            std::memcpy(text_, at, sizeof text_);
-        }
-        return end;
-    }
-
-    char text_[36] = {' ', ' ', ' ', ' ', ' ', ' ', ' ', ' '};
-    std::time_t second_ = 0;
-    uint64_t base_ = kFarFromAll;  // the stamp without its last four digits
-};
-
-constinit LocalTimeText localTimeText;
+}
 
 // Seconds within the minute and milliseconds, a point, microseconds: eight digits in all.
 char* putKernelTime(char* at, uint64_t microseconds) {
@@ -94,25 +48,60 @@ char* putKernelTime(char* at, uint64_t microseconds) {
 
 }  // namespace
 
-std::string_view formatEventTime(uint64_t timestamp, char* destination) {
-    const double elapsed = static_cast<double>(timestamp) / settings.tickDivisor;
+char* LocalTimeText::put(char* at, int64_t microseconds, int64_t delta) {
+    const std::time_t now = std::time(nullptr);
+    const auto stamp = static_cast<uint64_t>(microseconds) - base_;
+    const auto step = static_cast<uint64_t>(delta);
+    const bool near = stamp < kFourDigits && step < kFourDigits;
+    if (!near || now != second_) return putWhole(at, now, microseconds, delta);
+
+    std::memcpy(at, text_, sizeof text_);
+    const uint64_t fours = digits::fourDigitsEach(stamp | step << 32);
+    const unsigned leading = digits::leadingZeroBits<4>(fours >> 32);
+    const uint64_t shown = (fours + digits::kZeros) ^ digits::zerosToBlanks(leading) << 32;
+    const auto stampText = static_cast<uint32_t>(shown);
+    const auto stepText = static_cast<uint32_t>(shown >> 32);
+    std::memcpy(at + kStampFour, &stampText, sizeof stampText);
+    std::memcpy(at + kStepFour, &stepText, sizeof stepText);
+    return at + sizeof text_;
+}
+
+// Keeps the text where its numbers leave room for another last four digits: the stamp has five to
+// ten, the step at most four. Not inlined, to keep put() short.
+[[gnu::noinline]] char* LocalTimeText::putWhole(char* at, std::time_t now, int64_t microseconds,
+                                                int64_t delta) {
+    if (now != second_) {
+        second_ = now;
+        putClock(now, text_);
+    }
+    char* end = putText(at, {text_, kClock});
+    end = putInTen(putText(end, " ["), microseconds);
+    end = putInTen(putText(end, "]["), delta);
+    end = putText(end, " us]");
+    const auto stamp = static_cast<uint64_t>(microseconds);
+    base_ = kFarFromAll;
+    if (stamp >= kFourDigits && stamp < kTenDigits && static_cast<uint64_t>(delta) < kFourDigits) {
+        base_ = stamp - stamp % kFourDigits;
+        std::memcpy(text_, at, sizeof text_);
+    }
+    return end;
+}
+
+std::string_view EventTime::formatEventTime(uint64_t timestamp, uint32_t timeMode,
+                                            double ticksPerMicrosecond, char* destination) {
+    const double elapsed = static_cast<double>(timestamp) / ticksPerMicrosecond;
     const int64_t microseconds = truncateToSigned(elapsed);
-    lastDelta = lastMicroseconds != 0 ? microseconds - lastMicroseconds : 0;
-    lastMicroseconds = microseconds;
+    lastDelta_ = lastMicroseconds_ != 0 ? microseconds - lastMicroseconds_ : 0;
+    lastMicroseconds_ = microseconds;
 
     char* end = destination;
-    if (settings.timeMode & kLocalTime) {
-        end = localTimeText.put(destination, lastMicroseconds, lastDelta);
-    } else if (settings.timeMode & kKernelTime) {
+    if (timeMode & kLocalTime) {
+        end = localTime_.put(destination, lastMicroseconds_, lastDelta_);
+    } else if (timeMode & kKernelTime) {
         end = putKernelTime(destination, truncateToUnsigned(elapsed));
     }
     const auto length = static_cast<size_t>(end - destination);
     return {destination, std::min(length, kEventTimeLength)};
-}
-
-uint64_t elapsedSeconds(uint64_t earlier, uint64_t later) {
-    return truncateToUnsigned(static_cast<double>(later - earlier) / settings.tickDivisor) /
-           1'000'000;
 }
 
 }  // namespace sonaprobe

@@ -1,5 +1,5 @@
-// The line being printed: assembled in one buffer and handed to standard output in one call, alone
-// or together with the lines before it.
+// The line being printed: assembled in one buffer and handed to a sink in one call, alone or
+// together with the lines before it.
 
 #pragma once
 
@@ -8,32 +8,51 @@
 #include <cstring>
 
 #include "events/block_text.h"
+#include "events/log_text.h"
 
 namespace sonaprobe {
 
+// Where lines go: whole lines, or, of a line with an endless indentation, its pieces in order.
+struct Sink {
+    void (*write)(void* context, const char* text, size_t length);
+    void* context = nullptr;
+};
+
 class OutputLine {
   public:
-    // What a line may hold beside its indentation: all columns and the longest text stay below it.
-    static constexpr size_t kTextRoom = 4096;
+    // What lines that are gathered may take before they are handed over.
+    static constexpr size_t kGathered = 65536;
+    // The indentation that fits into the buffer of a line that is not gathered; more is handed over
+    // in pieces of this length.
+    static constexpr size_t kFillRoom = kGathered + 4096;
+
+    explicit OutputLine(Sink sink) : sink_(sink), at_(buffer_) {}
+    OutputLine(const OutputLine&) = delete;
+    OutputLine& operator=(const OutputLine&) = delete;
 
     // From now on lines are handed over several at a time.
     void gather() { handOverAt_ = kGathered; }
 
-    // Hands over what there is. To be called before anything else goes to standard output, before
-    // it is flushed, and at the end.
-    void handOver();
+    // Hands over what there is. To be called before anything else goes to the sink's end, before
+    // that is flushed, and at the end.
+    void handOver() {
+        const auto length = used();
+        at_ = buffer_;
+        if (length > 0) sink_.write(sink_.context, buffer_, length);
+    }
 
-    // Drops what there is: the next line begins behind a line end.
+    // Drops what there is: the next line begins after a line end.
     void beginAnew() {
         at_ = buffer_;
         *at_++ = '\n';
     }
 
-    // Where the next character goes. A writer takes the cursor, writes, and puts it back.
+    // Where the next character goes. A writer takes the cursor, writes, and puts it back. All
+    // columns and the longest text fit, whatever the indentation was.
     char* cursor() { return at_; }
     void moveTo(char* at) { at_ = at; }
 
-    // Any number of blanks; more than the buffer holds go to standard output in pieces.
+    // Any number of blanks; more than the buffer holds go to the sink in pieces.
     void blanks(uint64_t count) {
         if (count > room()) count = spill(count);
         std::memset(at_, ' ', kTextBlock);
@@ -48,18 +67,16 @@ class OutputLine {
     }
 
   private:
-    static constexpr size_t kGathered = 65536;
-    static constexpr size_t kFillRoom = kGathered + 4096;  // lines before this one, and blanks
+    static constexpr size_t kColumns = 512;  // before the text, the name among them
 
     size_t used() const { return static_cast<size_t>(at_ - buffer_); }
     size_t room() const { return used() < kFillRoom ? kFillRoom - used() : 0; }
     uint64_t spill(uint64_t count);
 
+    Sink sink_;
     size_t handOverAt_ = 0;
-    char buffer_[kFillRoom + kTextRoom] = {};
-    char* at_ = buffer_;
+    char* at_;
+    char buffer_[kFillRoom + kColumns + kLogTextRoom];
 };
-
-extern OutputLine outputLine;
 
 }  // namespace sonaprobe

@@ -6,11 +6,13 @@
 #include <cstdint>
 
 #include "events/block_text.h"
+#include "lines/line_state.h"
 #include "record/trace_record.h"
 
 namespace sonaprobe {
 
-// "Group::method", and how many characters the group has.
+// "Group::method", and how many characters the group has: no fewer than the separator stand after
+// it.
 struct EventName {
     BlockText text;
     size_t groupLength = 0;
@@ -28,8 +30,8 @@ constexpr EventHeader headerOf(const TraceRecord& record) {
     return {record.timestamp, record.arg5, record.debugid, record.cpuid};
 }
 
-// Puts the prefix on the line being printed, each column ended by a blank, as the settings switch
-// them; an object of 0 has no column. The LOG text follows if the result is true, as it always is.
-bool printEventPrefix(EventHeader header, EventName name, uint64_t object);
+// Puts the prefix on the line being printed, each column ended by a blank, as the options switch
+// them; an object of 0 has no column. The LOG text follows.
+void printEventPrefix(LineState& state, EventHeader header, EventName name, uint64_t object);
 
 }  // namespace sonaprobe

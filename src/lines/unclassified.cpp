@@ -3,11 +3,7 @@
 #include "lines/unclassified.h"
 
 #include "events/number_text.h"
-#include "lines/event_time.h"
-#include "lines/output_line.h"
 #include "lines/prefix.h"
-#include "probe/code_names.h"
-#include "probe/settings.h"
 
 namespace sonaprobe {
 
@@ -47,30 +43,32 @@ std::string_view reversedMark(Qualifier qualifier) {
     }
 }
 
-void printMarkedLine(const TraceRecord& record, std::string_view kind) {
-    char* at = outputLine.cursor();
-    at += formatEventTime(record.timestamp, at).size();
+void printMarkedLine(LineState& state, const TraceRecord& record, std::string_view kind) {
+    char* at = state.line.cursor();
+    at += state.time
+              .formatEventTime(record.timestamp, state.options.timeMode, state.ticksPerMicrosecond,
+                               at)
+              .size();
     *at++ = ' ';
     at = putText(at, reversedMark(qualifierOf(record.debugid)));
     *at++ = ' ';
     at = putText(at, kind);
     at = putSplitCode(at, record.debugid);
     at = putText(at, "  ");
-    outputLine.moveTo(putRawWords(at, record, Thread::blankFilled));
-    outputLine.end();
+    state.line.moveTo(putRawWords(at, record, Thread::blankFilled));
+    state.line.end();
 }
 
-void printNamedLine(const TraceRecord& record) {
-    char method[kCodeNameRoom] = {};
-    char name[2 + kCodeNameRoom + kTextBlock] = "::";
-    const char* const found = lookupCodeName(codeOf(record.debugid), method);
-    const char* const end = found != nullptr
-                                ? putText(name + 2, found)
-                                : putSplitCode(putText(name + 2, "U-"), record.debugid);
+void printNamedLine(LineState& state, const TraceRecord& record) {
+    char name[kNameSeparator.size() + kMaxCodeName + kTextBlock] = {};
+    const char* const found = state.names(codeOf(record.debugid));
+    char* const method = putText(name, kNameSeparator);
+    const char* const end = found != nullptr ? putText(method, found)
+                                             : putSplitCode(putText(method, "U-"), record.debugid);
     const BlockText text{name, static_cast<size_t>(end - name)};
-    if (!printEventPrefix(headerOf(record), {text}, 0)) return;
-    outputLine.moveTo(putRawWords(outputLine.cursor(), record, Thread::blankFilled));
-    outputLine.end();
+    printEventPrefix(state, headerOf(record), {text}, 0);
+    state.line.moveTo(putRawWords(state.line.cursor(), record, Thread::blankFilled));
+    state.line.end();
 }
 
 // "%<width>.1f" of the microseconds. Rounding in integers gives printf's digits, except half-way
@@ -108,41 +106,39 @@ char* putBasicName(char* at, uint32_t debugid, const char* name) {
 
 }  // namespace
 
-void printUnclassifiedRecord(const TraceRecord* record) {
-    if (classWordOf(record->debugid) == kAudioClassWord) {
-        printMarkedLine(*record, "F-");
-    } else if ((settings.printMask & kPrintAll) == 0) {
+void printUnclassifiedRecord(LineState& state, const TraceRecord& record) {
+    if (classWordOf(record.debugid) == kAudioClassWord) {
+        printMarkedLine(state, record, "F-");
+    } else if ((state.options.printMask & kPrintAll) == 0) {
         return;
-    } else if (settings.decodePath[0] != '\0') {
-        printNamedLine(*record);
+    } else if (state.names) {
+        printNamedLine(state, record);
     } else {
-        printMarkedLine(*record, "U-");
+        printMarkedLine(state, record, "U-");
     }
 }
 
-void printBasicRecord(const TraceRecord* record) {
-    static uint64_t first = 0;  // 0 while none is held, so a first stamp of 0 is not held
-    static uint64_t previous = 0;
-    if (first == 0) first = previous = record->timestamp;
-    const bool decode = settings.decodePath[0] != '\0';
-    char nameRoom[kCodeNameRoom] = {};
-    const char* const name = decode ? lookupCodeName(codeOf(record->debugid), nameRoom) : nullptr;
+void printBasicRecord(LineState& state, const TraceRecord& record) {
+    if (state.firstTimestamp == 0) {
+        state.firstTimestamp = state.previousTimestamp = record.timestamp;
+    }
+    const char* const name = state.names ? state.names(codeOf(record.debugid)) : nullptr;
 
-    char* at = outputLine.cursor();
-    at = putMicroseconds(at, record->timestamp - first, 10);
+    char* at = state.line.cursor();
+    at = putMicroseconds(at, record.timestamp - state.firstTimestamp, 10);
     *at++ = ' ';
-    at = putMicroseconds(at, record->timestamp - previous, 5);
-    previous = record->timestamp;
+    at = putMicroseconds(at, record.timestamp - state.previousTimestamp, 5);
+    state.previousTimestamp = record.timestamp;
     at = putText(at, "  ");
-    if (decode) {
-        at = putBasicName(at, record->debugid, name);
+    if (state.names) {
+        at = putBasicName(at, record.debugid, name);
         *at++ = ' ';
     } else {
-        at = putHexDigits(putText(at, "0x"), record->debugid, 8);
+        at = putHexDigits(putText(at, "0x"), record.debugid, 8);
         at = putText(at, "  ");
     }
-    outputLine.moveTo(putRawWords(at, *record, Thread::zeroFilled));
-    outputLine.end();
+    state.line.moveTo(putRawWords(at, record, Thread::zeroFilled));
+    state.line.end();
 }
 
 }  // namespace sonaprobe

@@ -34,7 +34,7 @@ void setFlags(uint32_t flags) {
 
 void setAudioDebugFlags() {
     if (!settings.enableAudioTracing) {
-        if (settings.verbose) printMessage(stdout, "Will not enable Audio tracing.\n");
+        if (settings.line.verbose) printMessage(stdout, "Will not enable Audio tracing.\n");
         return;
     }
     AudioDebugFlagsRequest reply{};

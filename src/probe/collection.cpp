@@ -7,8 +7,6 @@
 #include <span>
 #include <unistd.h>
 
-#include "lines/dispatch.h"
-#include "lines/indentation.h"
 #include "probe/fatal_exit.h"
 #include "probe/output.h"
 #include "probe/settings.h"
@@ -44,8 +42,28 @@ void restartTracing() {
 }
 
 void print(const TraceRecord& record) {
-    dispatchRecord(&record);
+    linePrinter().print(record);
     takeSignal();
+}
+
+bool isInvalid(const TraceRecord& record) { return record.debugid == kInvalidMarker; }
+
+// Stores a block of records, so that what is said of one that was lost stands before its line, and
+// prints all of them, for what is stored is also printed. The first has this index in its pass.
+void storeAndPrint(RawWriter& rawFile, std::span<const TraceRecord> block, size_t firstIndex) {
+    for (const TraceRecord& record : block) {
+        if (!isInvalid(record)) rawFile.store(record);
+    }
+    rawFile.writeHeld();
+    size_t index = firstIndex;
+    for (const TraceRecord& record : block) {
+        if (!isInvalid(record)) {
+            linePrinter().print(record);
+        } else if (settings.line.verbose) {
+            printMessage(stdout, "Tracepoint %zu is invalid.\n", index);
+        }
+        ++index;
+    }
 }
 
 }  // namespace
@@ -67,7 +85,7 @@ void dumpOnceWithAlloc() {
 
     const TraceRead read = readTrace(room);
     if (read.result < 0) {
-        if (settings.verbose) printMessage(stdout, "CollectWithAlloc error %d\n", read.result);
+        if (settings.line.verbose) printMessage(stdout, "CollectWithAlloc error %d\n", read.result);
         fatalExit("trace facility failure, KERN_KDREADTR\n");
     }
     if (wasLogging) enableTracing(1);
@@ -81,38 +99,33 @@ void collectAndPrint() {
     const std::span<TraceRecord> room = roomFor(info.entries);
     const TraceRead read = readTrace(room);
     if (read.result < 0) {
-        if (settings.verbose) printMessage(stdout, "CollectTrace error %d\n", read.result);
+        if (settings.line.verbose) printMessage(stdout, "CollectTrace error %d\n", read.result);
         fatalExit(
             "trace facility failure, KERN_KDREADTR\n"
             "Try using a larger buffer size with --bufsize.\n");
     }
     if (info.flags & platform::kBufferWrapped) {
         restartTracing();
-        if (settings.verbose) printMessage(stdout, "Buffer has wrapped.\n");
-        resetIndentation();
+        if (settings.line.verbose) printMessage(stdout, "Buffer has wrapped.\n");
+        linePrinter().resetIndentation();
     }
     for (const TraceRecord& record : room.first(read.records)) print(record);
     flushOutput();
 }
 
-void writeRawRecords(std::FILE* rawFile) {
+void writeRawRecords(RawWriter& rawFile) {
     const KernelBufferInfo info = bufferInfo();
     const std::span<TraceRecord> room = roomFor(info.entries);
     const TraceRead read = readTrace(room);
     if (read.result < 0) fatalExit("trace facility failure, KERN_KDREADTR\n");
     if (info.flags & platform::kBufferWrapped) restartTracing();
 
-    int index = 0;
-    for (const TraceRecord& record : room.first(read.records)) {
-        if (record.debugid == kInvalidMarker) {
-            if (settings.verbose) printMessage(stdout, "Tracepoint %d is invalid.\n", index);
-        } else {
-            storeRecord(rawFile, record);
-            print(record);
-        }
-        ++index;
+    const std::span<const TraceRecord> records = room.first(read.records);
+    for (size_t next = 0; next < records.size(); next += RawWriter::kBlockSlots) {
+        const size_t count = std::min(records.size() - next, RawWriter::kBlockSlots);
+        storeAndPrint(rawFile, records.subspan(next, count), next);
+        takeSignal();
     }
-    storeHeldRecords(rawFile);
 }
 
 void sleepBetweenPasses() {

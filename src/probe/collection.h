@@ -2,9 +2,9 @@
 
 #pragma once
 
-#include <cstdio>
-
 namespace sonaprobe {
+
+class RawWriter;
 
 // --dump: one read of the facility as it stands, into a buffer of the kernel buffer's size.
 void dumpOnceWithAlloc();
@@ -12,8 +12,8 @@ void dumpOnceWithAlloc();
 // One pass of the live print mode.
 void collectAndPrint();
 
-// One pass of the live write mode: each valid record is stored in the raw file and printed.
-void writeRawRecords(std::FILE* rawFile);
+// One pass of the live write mode: each valid record is stored in the raw file, then printed.
+void writeRawRecords(RawWriter& rawFile);
 
 // The 20 ms between two live passes.
 void sleepBetweenPasses();

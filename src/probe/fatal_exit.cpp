@@ -7,9 +7,9 @@
 
 #include "probe/audio_flags.h"
 #include "probe/output.h"
+#include "probe/raw_file.h"
 #include "probe/settings.h"
 #include "probe/signals.h"
-#include "rawfile/raw_writer.h"
 #include "trace/trace_facility.h"
 
 namespace sonaprobe {

@@ -1,7 +1,6 @@
 // The main sequence: checks, options, then the first run mode that applies.
 
 #include <cerrno>
-#include <csignal>
 #include <cstdio>
 #include <cstdlib>
 #include <fcntl.h>
@@ -9,17 +8,16 @@
 #include <new>
 #include <unistd.h>
 
-#include "lines/output_line.h"
 #include "platform/platform.h"
 #include "probe/audio_flags.h"
 #include "probe/collection.h"
 #include "probe/fatal_exit.h"
 #include "probe/options.h"
 #include "probe/output.h"
+#include "probe/raw_file.h"
+#include "probe/raw_reader.h"
 #include "probe/settings.h"
 #include "probe/signals.h"
-#include "rawfile/raw_reader.h"
-#include "rawfile/raw_writer.h"
 #include "trace/trace_facility.h"
 
 namespace sonaprobe {
@@ -58,9 +56,9 @@ void widenOutputPipe() {
 // there a larger buffer would keep a reader waiting.
 void gatherOutput() {
     if (settings.writeRaw || isatty(STDOUT_FILENO) != 0) return;
-    if (std::atexit([] { outputLine.handOver(); }) != 0) return;
+    if (std::atexit([] { outputLine().handOver(); }) != 0) return;
     widenOutputPipe();
-    outputLine.gather();
+    outputLine().gather();
     std::setvbuf(stdout, nullptr, _IONBF, 0);
 }
 
@@ -69,6 +67,7 @@ void readTimebase() {
     mach_timebase_info(&timebase);
     settings.tickDivisor =
         static_cast<double>(timebase.denom) / static_cast<double>(timebase.numer) * 1000.0;
+    linePrinter().setTicksPerMicrosecond(settings.tickDivisor);
 }
 
 // Every step may end the program; a signal is taken between two of them.
@@ -86,7 +85,7 @@ void setUpLiveTracing() {
     setupTraceBuffer();
     takeSignal();
     readTimebase();
-    if (settings.verbose) printBufferInfo();
+    if (settings.line.verbose) printBufferInfo();
     takeSignal();
     enableTracing(1);
     takeSignal();
@@ -100,11 +99,9 @@ void setUpLiveTracing() {
 }
 
 [[noreturn]] void writeForEver() {
-    settings.rawFile = std::fopen(settings.rawPath, "wb+");
-    if (settings.rawFile == nullptr) fatalExit("Can't open file!\n");
-    writeDivisorRecord(settings.rawFile);
+    RawWriter& rawFile = openRawFile();
     for (;;) {
-        writeRawRecords(settings.rawFile);
+        writeRawRecords(rawFile);
         sleepBetweenPasses();
     }
 }
@@ -135,8 +132,8 @@ int run(int argc, char** argv) {
         beginEnding();
         return EXIT_SUCCESS;
     }
-    endOnBrokenPipe();
-    std::signal(SIGXFSZ, SIG_IGN);  // a file that grows too large is a failed write like others
+    ignoreWriteSignals();
+    if (!settings.noLog) endOnBrokenPipe();
     setUpLiveTracing();
     if (settings.noLog) {
         beginEnding();

@@ -23,7 +23,7 @@ constexpr const char* kShortOptions = "Ab:ad::ctksgmufiTLw::r:CHI:1:2:BSDRF:X:vV
 
 // A message on standard output, if --verbose has been met already.
 [[gnu::format(printf, 1, 2)]] void say(const char* format, ...) {
-    if (!settings.verbose) return;
+    if (!settings.line.verbose) return;
     va_list values;
     va_start(values, format);
     std::vprintf(format, values);
@@ -56,7 +56,7 @@ void openDecodeFile(const char* path) {
         std::fprintf(stderr, "There was a problem opening the file at '%s'\n", settings.decodePath);
         return;
     }
-    settings.printMask |= kPrintAll;
+    settings.line.printMask |= kPrintAll;
     say("Using '%s' file to decode other tracepoints\n", settings.decodePath);
 }
 
@@ -87,7 +87,7 @@ uint32_t addClass(ClassIdSet& set, const char* text) {
 }
 
 void setVerbose() {
-    settings.verbose = 1;
+    settings.line.verbose = 1;
     say("Verbose mode ON\n");
 }
 
@@ -109,33 +109,33 @@ constexpr Option kOptions[] = {
     {"bufsize",   'b', kRequired, setBufferSize},
     {"buffer",    'b', kRequired, setBufferSize},
     {"size",      'b', kRequired, setBufferSize},
-    {"all",       'a', kNone,     [](Text) { settings.printMask |= kPrintAll;     say("Setting print mask to 0x%08x\n", settings.printMask); }},
+    {"all",       'a', kNone,     [](Text) { settings.line.printMask |= kPrintAll;     say("Setting print mask to 0x%08x\n", settings.line.printMask); }},
     {"decode",    'd', kOptional, openDecodeFile},
-    {"codes",     'c', kNone,     [](Text) { settings.showCodes = 1;              say("Will display codes\n"); }},
+    {"codes",     'c', kNone,     [](Text) { settings.line.showCodes = 1;              say("Will display codes\n"); }},
     {"time",      't', kNone,     [](Text) {                                      say("Will display local time\n"); }},
-    {"kernel",    'k', kNone,     [](Text) { settings.timeMode = kKernelTime;     say("Will display kernel time\n"); }},
-    {"nostamp",   's', kNone,     [](Text) { settings.timeMode &= ~kLocalTime;    say("Will NOT display time stamps\n"); }},
-    {"nogroup",   'g', kNone,     [](Text) { settings.showGroup = 0;              say("Will NOT display group name\n"); }},
-    {"nomethod",  'm', kNone,     [](Text) { settings.showMethod = 0;             say("Will NOT display method name\n"); }},
-    {"noptr",     'u', kNone,     [](Text) { settings.showPointer = 0;            say("Will NOT display Audio pointer\n"); }},
+    {"kernel",    'k', kNone,     [](Text) { settings.line.timeMode = kKernelTime;     say("Will display kernel time\n"); }},
+    {"nostamp",   's', kNone,     [](Text) { settings.line.timeMode &= ~kLocalTime;    say("Will NOT display time stamps\n"); }},
+    {"nogroup",   'g', kNone,     [](Text) { settings.line.showGroup = 0;              say("Will NOT display group name\n"); }},
+    {"nomethod",  'm', kNone,     [](Text) { settings.line.showMethod = 0;             say("Will NOT display method name\n"); }},
+    {"noptr",     'u', kNone,     [](Text) { settings.line.showPointer = 0;            say("Will NOT display Audio pointer\n"); }},
     {"timers",    'f', kNone,     [](Text) { settings.showTimers = 1;             say("Will print the RootHubTimer fired messages\n"); }},
-    {"indentOff", 'i', kNone,     [](Text) { settings.indent = 0;                 say("Will NOT indent\n"); }},
+    {"indentOff", 'i', kNone,     [](Text) { settings.line.indent = 0;                 say("Will NOT indent\n"); }},
     {"notrace",   'T', kNone,     [](Text) { settings.enableAudioTracing = 0;     say("Will NOT enable Audio tracing\n"); }},
     {"nolog",     'L', kNone,     [](Text) { settings.noLog = 1;                  say("Will disable printing of Audio tracepoint logging\n"); }},
     {"write",     'w', kOptional, setWritePath},
     {"read",      'r', kRequired, setReadPath},
-    {"cpu",       'C', kNone,     [](Text) { settings.showCpu = 1;                say("Will display CPU number\n"); }},
-    {"HAL",       'A', kNone,     [](Text) { settings.includeHAL = 1;             say("Setting HAL LOG to 0x%08x\n", settings.includeHAL); }},
-    {"thread",    'H', kNone,     [](Text) { settings.showThread = 0;             say("Will NOT display thread\n"); }},
+    {"cpu",       'C', kNone,     [](Text) { settings.line.showCpu = 1;                say("Will display CPU number\n"); }},
+    {"HAL",       'A', kNone,     [](Text) { settings.line.includeHAL = 1;             say("Setting HAL LOG to 0x%08x\n", settings.line.includeHAL); }},
+    {"thread",    'H', kNone,     [](Text) { settings.line.showThread = 0;             say("Will NOT display thread\n"); }},
     {"interest",  'I', kRequired, [](Text a) { settings.interestType = number(a);   say("Setting interest to 0x%x\n", settings.interestType); }},
     {"value1",    '1', kRequired, [](Text a) { settings.interestValue1 = number(a); say("Setting interest value 1 to %u\n", settings.interestValue1); }},
     {"value2",    '2', kRequired, [](Text a) { settings.interestValue2 = number(a); say("Setting interest value 2 to %u\n", settings.interestValue2); }},
-    {"basic",     'B', kNone,     [](Text) { settings.basicFormat = 1;            say("Will using basic formatting\n"); }},
-    {"nosep",     'S', kNone,     [](Text) { settings.noSeparator = 1;            say("Will NOT separate LOG from method during formatting.\n"); }},
+    {"basic",     'B', kNone,     [](Text) { settings.line.basicFormat = 1;            say("Will using basic formatting\n"); }},
+    {"nosep",     'S', kNone,     [](Text) { settings.line.noSeparator = 1;            say("Will NOT separate LOG from method during formatting.\n"); }},
     {"dump",      'D', kNone,     [](Text) { settings.dumpOnce = 1;               say("Will dump trace buffer and exit.\n"); }},
     {"register",  'R', kNone,     [](Text) { settings.showReadReg = 1;            say("Will output ReadReg tracepoints"); }},
-    {"filter-out",        'F', kRequired, [](Text a) { say("Filtering out audioclass %u\n", addClass(settings.filterOut, a)); }},
-    {"filter-all-except", 'X', kRequired, [](Text a) { say("Filtering all audioclass except %u\n", addClass(settings.filterAllExcept, a)); }},
+    {"filter-out",        'F', kRequired, [](Text a) { say("Filtering out audioclass %u\n", addClass(settings.line.filterOut, a)); }},
+    {"filter-all-except", 'X', kRequired, [](Text a) { say("Filtering all audioclass except %u\n", addClass(settings.line.filterAllExcept, a)); }},
     {"verbose",     'v', kNone,   [](Text) { setVerbose(); }},
     {"version",     'V', kNone,   [](Text) { printVersion(); }},
     {"listclasses", 'l', kNone,   [](Text) { AudioClassRegistry::ListClasses(); }},

@@ -8,7 +8,8 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
-#include "lines/output_line.h"
+#include "probe/code_name_file.h"
+#include "probe/settings.h"
 #include "probe/signals.h"
 
 namespace sonaprobe {
@@ -22,10 +23,24 @@ void turnToNowhere(int descriptor) {
     close(nowhere);
 }
 
+void writeToStandardOutput(void*, const char* text, size_t length) {
+    if (std::fwrite(text, 1, length, stdout) < length) outputFailed(stdout);
+}
+
 }  // namespace
 
+OutputLine& outputLine() {
+    static OutputLine line({.write = writeToStandardOutput});
+    return line;
+}
+
+LinePrinter& linePrinter() {
+    static LinePrinter printer(settings.line, outputLine(), codeNameLookup());
+    return printer;
+}
+
 void printMessage(std::FILE* stream, const char* format, ...) {
-    if (stream == stdout) outputLine.handOver();
+    if (stream == stdout) outputLine().handOver();
     va_list values;
     va_start(values, format);
     if (std::vfprintf(stream, format, values) < 0) outputFailed(stream);
@@ -38,7 +53,7 @@ void outputFailed(std::FILE* stream) {
     if (givenUp) {
         turnToNowhere(fileno(stream));
     } else if (stream == stdout) {
-        outputLine.beginAnew();
+        outputLine().beginAnew();
     }
     std::clearerr(stream);
 }
@@ -54,7 +69,7 @@ int openNowhere() {
 }
 
 void flushOutput() {
-    outputLine.handOver();
+    outputLine().handOver();
     if (std::fflush(nullptr) != 0) outputFailed(stdout);
 }
 

@@ -1,10 +1,18 @@
-// What is written to standard output and standard error, and its failures.
+// What is written to standard output and standard error, event lines and messages, and its
+// failures.
 
 #pragma once
 
 #include <cstdio>
 
+#include "lines/line_printer.h"
+
 namespace sonaprobe {
+
+// The line that goes to standard output, and the printer of the program's lines on it, which takes
+// its options from the settings when it is asked for first.
+OutputLine& outputLine();
+LinePrinter& linePrinter();
 
 // printf to standard output or standard error for all that is no event line.
 [[gnu::format(printf, 2, 3)]] void printMessage(std::FILE* stream, const char* format, ...);

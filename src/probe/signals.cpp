@@ -24,26 +24,37 @@ volatile std::sig_atomic_t timerStarted = 0;
 volatile std::sig_atomic_t timerTicks = 0;
 bool brokenPipeEnds = false;
 
-// signal() restarts a write that waits; the timer's signal does not.
-void startBreakOffTimer() {
-    if (timerStarted != 0) return;
-    timerStarted = 1;
-    constexpr timeval kPeriod{.tv_sec = 0, .tv_usec = 300'000};
-    constexpr itimerval kTimer{.it_interval = kPeriod, .it_value = kPeriod};
-    setitimer(ITIMER_REAL, &kTimer, nullptr);
-}
-
 constexpr int kPatience = 2;  // ticks
 
 // To be called at all breaks off a write that waits.
 extern "C" void breakOff(int) {
     const int savedErrno = errno;
-    if (timerStarted != 0 && timerTicks <= kPatience) {
+    if (timerTicks <= kPatience) {
         timerTicks = timerTicks + 1;
         if (timerTicks == kPatience) giveUpStream(STDOUT_FILENO);
         if (timerTicks > kPatience) giveUpStream(STDERR_FILENO);
     }
     errno = savedErrno;
+}
+
+// signal() restarts a write that waits; the timer's signal does not.
+void startBreakOffTimer() {
+    if (timerStarted != 0) return;
+    timerStarted = 1;
+    struct sigaction action {};
+    action.sa_handler = breakOff;  // no SA_RESTART
+    sigaction(SIGALRM, &action, nullptr);
+    constexpr timeval kPeriod{.tv_sec = 0, .tv_usec = 300'000};
+    constexpr itimerval kTimer{.it_interval = kPeriod, .it_value = kPeriod};
+    setitimer(ITIMER_REAL, &kTimer, nullptr);
+}
+
+// The timer's signal does what it always does until the timer needs it. Blocked, that is nothing:
+// to ignore it comes to the same, and lets the timer through later.
+void letTimerThrough() {
+    sigset_t blocked;
+    sigprocmask(SIG_BLOCK, nullptr, &blocked);
+    if (sigismember(&blocked, SIGALRM) == 1) std::signal(SIGALRM, SIG_IGN);
 }
 
 extern "C" void onSignal(int number) {
@@ -61,7 +72,7 @@ extern "C" void onSignal(int number) {
 void end() {
     ending = 1;
     windowOpen = 0;
-    if (settings.verbose && noted != SIGPIPE) {
+    if (settings.line.verbose && noted != SIGPIPE) {
         printMessage(stdout, "Quiting on signal %d\n", static_cast<int>(noted));
     }
     fatalExit(nullptr);
@@ -70,9 +81,7 @@ void end() {
 }  // namespace signals
 
 void installSignalHandlers() {
-    struct sigaction action {};
-    action.sa_handler = signals::breakOff;  // no SA_RESTART
-    sigaction(SIGALRM, &action, nullptr);
+    signals::letTimerThrough();
     sigset_t handled;
     sigemptyset(&handled);
     sigaddset(&handled, SIGALRM);
@@ -83,10 +92,12 @@ void installSignalHandlers() {
     sigprocmask(SIG_UNBLOCK, &handled, nullptr);
 }
 
-void endOnBrokenPipe() {
+void ignoreWriteSignals() {
     std::signal(SIGPIPE, SIG_IGN);
-    signals::brokenPipeEnds = true;
+    std::signal(SIGXFSZ, SIG_IGN);
 }
+
+void endOnBrokenPipe() { signals::brokenPipeEnds = true; }
 
 void beginEnding() { signals::ending = 1; }
 

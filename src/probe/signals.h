@@ -1,6 +1,6 @@
 // How the four signals and a broken pipe end the program: at once in a declared window, where the
-// program waits, everywhere else between two records or two set-up steps. So no code but the
-// windows needs to be safe against a signal.
+// program waits, everywhere else between two records, two blocks of stored records or two set-up
+// steps. So no code but the windows needs to be safe against a signal.
 
 #pragma once
 
@@ -11,6 +11,10 @@ namespace sonaprobe {
 // SIGINT, SIGQUIT, SIGHUP and SIGTERM from now on end the program through fatalExit, also where it
 // was started with them blocked.
 void installSignalHandlers();
+
+// A write to a pipe that nobody reads, or to a file that grows too large, fails from now on like
+// others: no signal of it ends the program.
+void ignoreWriteSignals();
 
 // From now on a broken pipe on standard output ends the program as a signal does, silently.
 void endOnBrokenPipe();
@@ -26,7 +30,7 @@ bool isEnding();
 // output is given up by then, standard error, which may have to say so, after 0.9 s.
 bool isOutOfTime();
 
-// Ends the program if a signal was noted. For the places between two records or set-up steps.
+// Ends the program if a signal was noted. For the places between two records, blocks or steps.
 void takeSignal();
 
 // Notes that nobody reads standard output any more, if that ends the program.

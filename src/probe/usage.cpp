@@ -5,6 +5,7 @@
 #include <cstdio>
 #include <cstdlib>
 
+#include "probe/output.h"
 #include "probe/settings.h"
 
 namespace sonaprobe {
@@ -87,7 +88,7 @@ constexpr const char* kUsageFormat =
 
 }  // namespace
 
-void printVersion() { std::printf("sonaprobe version:  %s\n", kVersion); }
+void printVersion() { printMessage(stdout, "sonaprobe version:  %s\n", kVersion); }
 
 void printUsage() {
     std::fprintf(stderr, kUsageFormat, settings.programName, kDefaultDecodePath);

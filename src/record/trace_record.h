@@ -37,6 +37,14 @@ constexpr uint32_t classWordOf(uint32_t debugid) { return debugid >> 16; }
 constexpr uint32_t classIdOf(uint32_t debugid) { return (debugid >> 10) & 0x3F; }
 constexpr uint32_t eventNumberOf(uint32_t debugid) { return (debugid >> 2) & 0xFF; }
 
+// A debug id without qualifier and event number: what all records of a class have in common.
+constexpr uint32_t classKeyOf(uint32_t debugid) { return debugid & ~0x3FFU; }
+
 constexpr uint32_t kAudioClassWord = 0x0524;
+constexpr uint32_t kAudioServerKey = 0x21040000;
+constexpr uint32_t kHistoricClass = 0;
+
+// The class key of an audio class, whose id is 0 to 63.
+constexpr uint32_t audioClassKey(uint32_t classId) { return kAudioClassWord << 16 | classId << 10; }
 
 }  // namespace sonaprobe

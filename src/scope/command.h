@@ -31,6 +31,8 @@ Run setUpCompletion(CLI::App& app);
 Run setUpCut(CLI::App& app);
 Run setUpEvents(CLI::App& app);
 Run setUpLines(CLI::App& app);
+Run setUpStats(CLI::App& app);
+Run setUpTree(CLI::App& app);
 Run setUpWhy(CLI::App& app);
 
 }  // namespace sonaprobe::scope

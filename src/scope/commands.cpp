@@ -8,7 +8,12 @@ namespace {
 
 constexpr Command kCommands[] = {
     {"lines", "print the records as lines", setUpLines},
+    {"stats", "where the time goes: calls and their times", setUpStats},
+    {"tree", "who calls whom, with counts and times", setUpTree},
     {"why", "name the cause of each dropout", setUpWhy},
+    {"cut", "keep a part of a trace as a file of its own", setUpCut},
+    {"events", "search the reference of events", setUpEvents},
+    {"completion", "print the completion of a shell", setUpCompletion},
 };
 
 }  // namespace

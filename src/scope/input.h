@@ -8,9 +8,9 @@
 #include <string>
 #include <vector>
 
+#include "record/trace_record.h"
 #include "scope/byte_source.h"
 #include "scope/progress.h"
-#include "record/trace_record.h"
 
 namespace sonaprobe::scope {
 

@@ -1,9 +1,9 @@
 // sonascope: answers from a raw trace file, for anybody.
 
-#include <cstdio>
-#include <iostream>
+#include <algorithm>
 #include <new>
 
+#include "analysis/nearest.h"
 #include "scope/command_line.h"
 #include "scope/escape.h"
 #include "scope/failure.h"
@@ -26,14 +26,40 @@ Status runCommand(CommandLine& line) {
     return Status::trouble;
 }
 
+// CLI11 takes a mistyped command for an operand.
+void checkCommand(const char* given) {
+    if (given == nullptr || *given == '-') return;
+    std::vector<std::string_view> names;
+    for (const Command& command : commands()) names.emplace_back(command.name);
+    if (std::ranges::find(names, given) != names.end()) return;
+    throw Failure{"there is no command '" + escaped(given) + "'" + nearestPhrase(given, names) +
+                  "; see sonascope --help"};
+}
+
+// What an option that there is not may have meant to be.
+std::string nearestOptions(const CLI::App& app) {
+    const CLI::App* const chosen = app.get_subcommands().empty() ? &app : app.get_subcommands()[0];
+    const std::vector<std::string> left = chosen->remaining();
+    std::vector<std::string> names;
+    for (const CLI::Option* const option : chosen->get_options()) {
+        for (const std::string& name : option->get_lnames()) names.push_back("--" + name);
+    }
+    const std::vector<std::string_view> views(names.begin(), names.end());
+    return left.empty() ? "" : nearestPhrase(left.front(), views);
+}
+
 Status run(int argc, char** argv) {
     CommandLine line = makeCommandLine();
     try {
+        checkCommand(argc > 1 ? argv[1] : nullptr);
         line.app->parse(argc, argv);
         return runCommand(line);
     } catch (const CLI::Success& request) {  // --help
         line.app->exit(request);
         return Status::done;
+    } catch (const CLI::ExtrasError& error) {
+        warn(escaped(error.what()) + nearestOptions(*line.app) + "; see " + nameOf(*line.app) +
+             " --help");
     } catch (const CLI::Error& error) {
         warn(escaped(error.what()) + "; see " + nameOf(*line.app) + " --help");
     } catch (const Failure& failure) {

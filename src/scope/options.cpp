@@ -2,9 +2,21 @@
 
 #include "scope/options.h"
 
-#include <map>
+#include "scope/escape.h"
+#include "scope/failure.h"
 
 namespace sonaprobe::scope {
+
+namespace {
+
+ColorWhen colorWhen(const std::string& text) {
+    if (text == "always") return ColorWhen::always;
+    if (text == "never") return ColorWhen::never;
+    if (text == "auto") return ColorWhen::automatic;
+    throw Failure{"--color: '" + escaped(text) + "' is not always, never or auto"};
+}
+
+}  // namespace
 
 void addTraceOptions(CLI::App& app, TraceOptions& options) {
     app.add_option("FILE", options.path, "a raw file, packed or not, or - for standard input")
@@ -16,11 +28,10 @@ void addTraceOptions(CLI::App& app, TraceOptions& options) {
 }
 
 void addOutputOptions(CLI::App& app, OutputOptions& options) {
-    const std::map<std::string, ColorWhen> when{
-        {"auto", ColorWhen::automatic}, {"always", ColorWhen::always}, {"never", ColorWhen::never}};
     app.add_flag("--json", options.json, "print JSON, for programs");
-    app.add_option("--color", options.color, "always, never or auto: on a terminal alone")
-        ->transform(CLI::CheckedTransformer(when).description(""))
+    app.add_option_function<std::string>(
+           "--color", [&](const std::string& when) { options.color = colorWhen(when); },
+           "always, never or auto: on a terminal alone")
         ->type_name("WHEN");
     app.add_flag("--no-pager", options.noPager, "print to the terminal without a pager");
 }

@@ -11,10 +11,10 @@
 #include <sys/wait.h>
 #include <unistd.h>
 
+#include "record/trace_record.h"
 #include "scope/failure.h"
 #include "scope/pager.h"
 #include "scope/progress.h"
-#include "record/trace_record.h"
 
 namespace sonaprobe::scope {
 
@@ -93,6 +93,10 @@ void Output::flush() {
     if (flushed()) return;
     if (errno == EPIPE) throw Failure{"", pager_ > 0 ? Status::done : Status::trouble};
     throw systemFailure("could not write to standard output");
+}
+
+void Output::show() {
+    if (terminal_) flush();
 }
 
 void Output::finish() {

@@ -46,6 +46,9 @@ class Output {
     void write(std::string_view text);
     void line(std::string_view text);
 
+    // On a terminal, writes what is gathered: a person watches it come.
+    void show();
+
     // The text with the escape sequences of its style around it, where there is colour.
     std::string styled(std::string_view text, Style style) const;
 

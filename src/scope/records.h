@@ -2,6 +2,7 @@
 
 #pragma once
 
+#include "analysis/call_tracker.h"
 #include "analysis/slot.h"
 #include "analysis/trace_clock.h"
 #include "scope/failure.h"
@@ -22,6 +23,20 @@ void forEachRecord(Input& input, TraceClock& clock, const Visit& visit) {
             ++number;
         }
     }
+    warnOfDamage(input);
+}
+
+// Takes each slot into the tracker, whose sink hears of the calls, and then visits the records:
+// visit(record, moment).
+template <class Visit>
+void trackCalls(Input& input, CallTracker& tracker, const Visit& visit) {
+    for (auto slots = input.next(); !slots.empty(); slots = input.next()) {
+        for (const TraceRecord& slot : slots) {
+            const Moment* const moment = tracker.take(slot);
+            if (moment != nullptr) visit(slot, *moment);
+        }
+    }
+    tracker.finish();
     warnOfDamage(input);
 }
 

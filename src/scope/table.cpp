@@ -11,19 +11,10 @@ namespace {
 
 constexpr size_t kGap = 2;
 constexpr size_t kLeastShrunk = 8;
-constexpr std::string_view kDots = "…";
+constexpr const char* kDots = "…";
 
 constexpr bool beginsCharacter(char byte) {
     return (static_cast<unsigned char>(byte) & 0xC0) != 0x80;
-}
-
-// The first `count` characters.
-std::string firstColumns(const std::string& text, size_t count) {
-    size_t at = 0;
-    for (; at < text.size(); ++at) {
-        if (beginsCharacter(text[at]) && count-- == 0) break;
-    }
-    return text.substr(0, at);
 }
 
 void put(std::string& line, const Output& out, const Cell& cell, Align align, size_t width,
@@ -42,38 +33,80 @@ size_t columnsOf(std::string_view text) {
     return static_cast<size_t>(std::ranges::count_if(text, beginsCharacter));
 }
 
+std::string_view firstColumns(std::string_view text, size_t columns) {
+    size_t at = 0;
+    for (; at < text.size(); ++at) {
+        if (beginsCharacter(text[at]) && columns-- == 0) break;
+    }
+    return text.substr(0, at);
+}
+
 std::string fitted(const std::string& text, size_t width) {
     if (columnsOf(text) <= width || width == 0) return text;
     const size_t method = text.rfind("::");
-    if (method != std::string::npos && columnsOf(text) - method + 1 <= width) {
-        return firstColumns(text, width - (text.size() - method) - 1) + std::string(kDots) +
+    if (method != std::string::npos && leastFit(text) <= width) {
+        return std::string(firstColumns(text, width - leastFit(text))) + kDots +
                text.substr(method);
     }
-    return firstColumns(text, width - 1) + std::string(kDots);
+    return std::string(firstColumns(text, width - 1)) + kDots;
+}
+
+size_t leastFit(const std::string& text) {
+    const size_t method = text.rfind("::");
+    if (method == std::string::npos) return std::min(columnsOf(text), kLeastShrunk);
+    return std::min(columnsOf(text), 1 + columnsOf(std::string_view(text).substr(method)));
+}
+
+bool Table::tells(size_t column) const {
+    return !columns_[column].mayBeLeftOut || std::ranges::any_of(rows_, [&](const auto& row) {
+        const std::string& text = row[column].text;
+        return !text.empty() && text != "0" && text != "0 ns" && text != "-";
+    });
+}
+
+size_t Table::widthOf(size_t column) const {
+    size_t width = columnsOf(columns_[column].head);
+    for (const auto& row : rows_) width = std::max(width, columnsOf(row[column].text));
+    return width;
+}
+
+size_t Table::leastWidthOf(size_t column) const {
+    if (!columns_[column].shrinks) return widthOf(column);
+    size_t width = columnsOf(columns_[column].head);
+    for (const auto& row : rows_) width = std::max(width, leastFit(row[column].text));
+    return width;
 }
 
 std::vector<size_t> Table::shownColumns(const Output& out) const {
     std::vector<size_t> shown;
     for (size_t i = 0; i < columns_.size(); ++i) {
-        if (out.width() == 0 || columns_[i].shownFrom <= out.width()) shown.push_back(i);
+        if (out.width() == 0 || (columns_[i].shownFrom <= out.width() && tells(i))) {
+            shown.push_back(i);
+        }
+    }
+    if (out.width() == 0 || shown.empty()) return shown;
+
+    size_t needed = kGap * (shown.size() - 1);
+    for (const size_t column : shown) needed += leastWidthOf(column);
+    while (needed > out.width()) {
+        const auto last = std::ranges::max_element(
+            shown, {}, [this](size_t column) { return columns_[column].shownFrom; });
+        if (columns_[*last].shownFrom == 0) break;
+        needed -= kGap + leastWidthOf(*last);
+        shown.erase(last);
     }
     return shown;
 }
 
 std::vector<size_t> Table::widths(const std::vector<size_t>& shown, const Output& out) const {
     std::vector<size_t> widths;
-    for (const size_t column : shown) {
-        size_t width = columnsOf(columns_[column].head);
-        for (const auto& row : rows_) width = std::max(width, columnsOf(row[column].text));
-        widths.push_back(width);
-    }
+    for (const size_t column : shown) widths.push_back(widthOf(column));
     if (out.width() == 0) return widths;
     const size_t total =
         std::accumulate(widths.begin(), widths.end(), kGap * (widths.size() - 1), std::plus<>());
     size_t excess = total > out.width() ? total - out.width() : 0;
     for (size_t i = 0; i < shown.size(); ++i) {
-        if (!columns_[shown[i]].shrinks || widths[i] <= kLeastShrunk) continue;
-        const size_t given = std::min(excess, widths[i] - kLeastShrunk);
+        const size_t given = std::min(excess, widths[i] - leastWidthOf(shown[i]));
         widths[i] -= given;
         excess -= given;
     }

@@ -15,10 +15,13 @@ enum class Align : uint8_t { left, right };
 struct Column {
     std::string head;  // with the unit, where all cells have the same
     Align align = Align::right;
-    // The least terminal width in which the column is shown. Piped output has all columns.
+    // The least terminal width in which the column is shown. Where names still need the room, those
+    // that are shown from the largest width give way. Piped output has all columns.
     unsigned shownFrom = 0;
     // Gives way where the terminal is too narrow: names, of which the method is kept whole.
     bool shrinks = false;
+    // Left out on a terminal where all its cells are "0", "0 ns", "-" or empty.
+    bool mayBeLeftOut = false;
 };
 
 struct Cell {
@@ -42,6 +45,9 @@ class Table {
   private:
     std::vector<size_t> shownColumns(const Output& out) const;
     std::vector<size_t> widths(const std::vector<size_t>& shown, const Output& out) const;
+    bool tells(size_t column) const;
+    size_t widthOf(size_t column) const;
+    size_t leastWidthOf(size_t column) const;
 
     std::vector<Column> columns_;
     std::vector<std::vector<Cell>> rows_;
@@ -50,8 +56,14 @@ class Table {
 // Characters that a text takes on a terminal; it is UTF-8 without control characters.
 size_t columnsOf(std::string_view text);
 
+// As much of the text's beginning as takes at most so many columns.
+std::string_view firstColumns(std::string_view text, size_t columns);
+
 // The text in at most `width` columns: of "Group::method" the group is cut and the method kept
 // whole, any other text is cut at its end.
 std::string fitted(const std::string& text, size_t width);
+
+// The least width in which the text is as good as whole: that of its method, for "Group::method".
+size_t leastFit(const std::string& text);
 
 }  // namespace sonaprobe::scope

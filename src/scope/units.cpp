@@ -74,6 +74,8 @@ std::string shareText(double share) {
 
 std::string wordText(uint64_t word) { return printed("0x%016" PRIx64, word); }
 
+std::string shortWordText(uint64_t word) { return printed("0x%" PRIx64, word); }
+
 std::string codeText(uint32_t code) { return printed("0x%08" PRIX32, code); }
 
 }  // namespace sonaprobe::scope

@@ -22,6 +22,9 @@ std::string shareText(double share);
 // "0x0000000005245c0c": an address or another 64-bit word.
 std::string wordText(uint64_t word);
 
+// "0x5245c0c": the same for people.
+std::string shortWordText(uint64_t word);
+
 // "0x05245C0C": an event's code, as the reference of events spells it.
 std::string codeText(uint32_t code);
 

@@ -5,7 +5,6 @@
 #include <cstdio>
 #include <cstdlib>
 #include <cstring>
-#include <unistd.h>
 
 namespace sonaprobe::differential {
 
@@ -19,7 +18,7 @@ constexpr uint32_t kNamedCodes[] = {
 
 // Codes as octal, decimal and hexadecimal numbers; names with blanks within and around; lines
 // without name, without number, empty, of two codes, and longer than a lookup reads at once.
-constexpr const char* kLines =
+constexpr std::string_view kLines =
     "0x01300004\tVM_fault\n"
     "0x01300008 Page fault\n"
     "0x0130000C \t  DBG_behind_blanks\n"
@@ -43,26 +42,15 @@ constexpr const char* kLines =
     "\t0xDEADBEEC leading_tab\n"
     "0xDEADBEEC no_line_end";
 
-constexpr char kPath[] = "/tmp/sonaprobe-codes-XXXXXX";
-char path[sizeof kPath];
-
-void removeFile() { unlink(path); }
-
 }  // namespace
 
-const char* codeFilePath() {
-    if (path[0] != '\0') return path;
-    std::memcpy(path, kPath, sizeof kPath);
-    std::FILE* const file = fdopen(mkstemp(path), "w");
-    if (file == nullptr || std::fputs(kLines, file) < 0 || std::fclose(file) != 0) std::abort();
-    std::atexit(removeFile);
-    return path;
-}
+std::string_view codeFileText() { return kLines; }
 
 std::span<const uint32_t> namedCodes() { return kNamedCodes; }
 
 std::optional<std::string> scanForName(uint32_t code) {
-    std::FILE* const file = std::fopen(codeFilePath(), "r");
+    std::string text(kLines);
+    std::FILE* const file = fmemopen(text.data(), text.size(), "r");
     std::optional<std::string> found;
     char line[64];
     while (!found && std::fgets(line, sizeof line, file) != nullptr) {

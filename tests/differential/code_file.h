@@ -6,11 +6,11 @@
 #include <optional>
 #include <span>
 #include <string>
+#include <string_view>
 
 namespace sonaprobe::differential {
 
-// Writes the file, once a process; its path.
-const char* codeFilePath();
+std::string_view codeFileText();
 
 // Codes that the file names, or nearly.
 std::span<const uint32_t> namedCodes();

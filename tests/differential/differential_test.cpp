@@ -8,18 +8,14 @@
 #include <gtest/gtest.h>
 #include <span>
 
-#include "captured_output.h"
-#include "lines/dispatch.h"
-#include "lines/indentation.h"
+#include "collected_lines.h"
 #include "option_set.h"
 #include "record_maker.h"
 #include "reference.h"
+#include "without_clock.h"
 
 namespace sonaprobe::differential {
 namespace {
-
-// As long-lived as what the program keeps between two records.
-Reference reference;
 
 // Texts that print characters print any byte, a line end among them.
 bool holdsLineEnd(const TraceRecord& record) {
@@ -28,18 +24,14 @@ bool holdsLineEnd(const TraceRecord& record) {
 }
 
 void expectSameLines(const OptionSet& options, const std::vector<TraceRecord>& records) {
-    apply(options);
-    resetIndentation();
-    reference.resetIndentation();
-    CapturedOutput output;
-    for (const TraceRecord& record : records) {
-        dispatchRecord(&record);
-        output.endPart();
-    }
-    const std::vector<std::string> lines = output.finish();
+    CollectedLines printed;
+    OutputLine output(printed.sink());
+    LinePrinter printer = printerOf(options, output);
+    Reference reference;
     for (size_t i = 0; i < records.size(); ++i) {
-        const std::string line =
-            options.localTime && !options.basic ? withoutClock(lines[i]) : lines[i];
+        printer.print(records[i]);
+        const std::string whole = printed.take();
+        const std::string line = options.localTime && !options.basic ? withoutClock(whole) : whole;
         ASSERT_EQ(line, reference.print(options, records[i]))
             << "seed " << seedOfRun() << ", options " << options.text() << ", record " << i
             << " of the batch:\n"
@@ -62,18 +54,29 @@ TEST(Differential, RandomRecordsPrintWhatTheReferencePrints) {
     }
 }
 
+// Lines whose indentation ends around the end of the output line's buffer.
 TEST(Differential, NestingDeeperThanALineBufferPrintsWhatTheReferencePrints) {
-    constexpr size_t kDepth = 4500;
-    TraceRecord start{};
-    start.debugid = 0x05245C0D;
-    TraceRecord end{};
-    end.debugid = 0x05245C0E;
-    TraceRecord other{};
-    other.debugid = 0x05245C0C;
-    std::vector<TraceRecord> records(kDepth, start);
-    records.push_back(other);
-    records.insert(records.end(), kDepth + 2, end);
-    expectSameLines({}, records);
+    constexpr uint64_t kAround = 200;
+    constexpr uint64_t kDepth = OutputLine::kFillRoom - kAround;
+    const OptionSet options;
+    TraceRecord record{};
+    CollectedLines printed;
+    OutputLine output(printed.sink());
+    LinePrinter printer = printerOf(options, output);
+    Reference reference(kDepth);
+    const auto expectSameLine = [&](uint32_t debugid) {
+        record.debugid = debugid;
+        printer.print(record);
+        ASSERT_EQ(withoutClock(printed.take()), reference.print(options, record));
+    };
+    record.debugid = 0x05245C0D;
+    for (uint64_t depth = 0; depth < kDepth; ++depth) {
+        printer.print(record);
+        printed.text.clear();
+    }
+    for (uint64_t i = 0; i < 2 * kAround; ++i) expectSameLine(0x05245C0D);
+    expectSameLine(0x05245C0C);
+    for (uint64_t i = 0; i < 2 * kAround; ++i) expectSameLine(0x05245C0E);
 }
 
 }  // namespace

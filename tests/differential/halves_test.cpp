@@ -1,51 +1,38 @@
 // A raw file prints what its two halves print, one read after the other in one run.
 
-#include <cstdio>
-#include <cstdlib>
-#include <fstream>
 #include <gtest/gtest.h>
-#include <sys/wait.h>
+#include <sys/mman.h>
 #include <unistd.h>
 
-#include "captured_output.h"
+#include "collected_lines.h"
 #include "option_set.h"
-#include "rawfile/raw_reader.h"
+#include "rawfile/slot_reader.h"
 #include "record_maker.h"
+#include "without_clock.h"
 
 namespace sonaprobe::differential {
 namespace {
 
-std::string fileName(const char* part) {
-    return testing::TempDir() + "halves-" + std::to_string(getpid()) + '-' + part;
-}
-
-void writeSlots(const std::string& path, std::span<const TraceRecord> slots) {
-    std::ofstream file(path, std::ios::binary);
-    file.write(reinterpret_cast<const char*>(slots.data()),
-               static_cast<std::streamsize>(slots.size_bytes()));
-    ASSERT_TRUE(file.flush());
-}
-
-// Reads the files in a process of its own, which starts from this one's state, and returns what
-// it prints, with every time of day masked.
-std::string printedFrom(const OptionSet& options, const std::vector<std::string>& paths) {
-    const std::string resultPath = fileName("result");
-    std::fflush(stdout);
-    apply(options);
-    const pid_t child = fork();
-    if (child == 0) {
-        if (std::freopen(resultPath.c_str(), "w", stdout) == nullptr) _exit(1);
-        for (const std::string& path : paths) readRawFile(path.c_str());
-        _exit(std::fflush(stdout) == 0 ? 0 : 1);
-    }
-    int status = -1;
-    EXPECT_EQ(waitpid(child, &status, 0), child);
-    EXPECT_EQ(status, 0);
-
-    std::ifstream result(resultPath);
+// What one printer prints of the slots, read part by part, with every time of day masked.
+std::string printedFrom(const OptionSet& options,
+                        const std::vector<std::span<const TraceRecord>>& parts) {
+    CollectedLines printed;
+    OutputLine output(printed.sink());
+    LinePrinter printer = printerOf(options, output);
     std::string text;
-    for (std::string line; std::getline(result, line);) text += withoutClock(line) + '\n';
-    unlink(resultPath.c_str());
+    for (const auto part : parts) {
+        const int file = memfd_create("slots", MFD_CLOEXEC);
+        const auto length = static_cast<ssize_t>(part.size_bytes());
+        EXPECT_EQ(pwrite(file, part.data(), part.size_bytes(), 0), length);
+        SlotReader reader(file);
+        for (auto slots = reader.next(); !slots.empty(); slots = reader.next()) {
+            for (const TraceRecord& slot : slots) {
+                printer.takeSlot(slot);
+                text += withoutClock(printed.take());
+            }
+        }
+        close(file);
+    }
     return text;
 }
 
@@ -62,21 +49,16 @@ TraceRecord randomSlot(Random& random, RecordMaker& maker) {
 TEST(Halves, PrintWhatTheWholeFilePrints) {
     Random random(seedOfRun());
     RecordMaker maker(random);
-    const std::string whole = fileName("whole");
-    const std::string first = fileName("first");
-    const std::string second = fileName("second");
     for (int round = 0; round < 20; ++round) {
         const OptionSet options = randomOptions(random);
-        std::vector<TraceRecord> slots(1 + random.below(5000));
-        for (TraceRecord& slot : slots) slot = randomSlot(random, maker);
+        std::vector<TraceRecord> made(1 + random.below(5000));
+        for (TraceRecord& slot : made) slot = randomSlot(random, maker);
+        const std::span<const TraceRecord> slots = made;
         const size_t cut = random.below(slots.size() + 1);
-        writeSlots(whole, slots);
-        writeSlots(first, std::span(slots).first(cut));
-        writeSlots(second, std::span(slots).subspan(cut));
-        ASSERT_EQ(printedFrom(options, {whole}), printedFrom(options, {first, second}))
+        ASSERT_EQ(printedFrom(options, {slots}),
+                  printedFrom(options, {slots.first(cut), slots.subspan(cut)}))
             << "seed " << seedOfRun() << ", round " << round << ", options " << options.text();
     }
-    for (const std::string& path : {whole, first, second}) unlink(path.c_str());
 }
 
 }  // namespace

@@ -2,12 +2,8 @@
 
 #include "option_set.h"
 
-#include <cstdio>
-#include <cstdlib>
-#include <cstring>
-
 #include "code_file.h"
-#include "probe/settings.h"
+#include "lines/code_names.h"
 
 namespace sonaprobe::differential {
 
@@ -70,32 +66,35 @@ OptionSet randomOptions(Random& random) {
     return options;
 }
 
-void apply(const OptionSet& options) {
-    if (settings.decodeFile != nullptr) std::fclose(settings.decodeFile);
-    settings = Settings{};
-    settings.verbose = options.verbose;
-    settings.timeMode =
-        (options.kernelTime ? kKernelTime : 0U) | (options.localTime ? kLocalTime : 0U);
-    settings.showThread = options.thread;
-    settings.showGroup = options.group;
-    settings.showMethod = options.method;
-    settings.showPointer = options.pointer;
-    settings.indent = options.indent;
-    settings.showCodes = options.codes;
-    settings.showCpu = options.cpu;
-    settings.basicFormat = options.basic;
-    settings.noSeparator = !options.separator;
-    settings.includeHAL = options.hal;
-    settings.showHistoric = options.historic;
-    if (options.all) settings.printMask |= kPrintAll;
-    if (options.decode) {
-        std::strcpy(settings.decodePath, codeFilePath());
-        settings.decodeFile = std::fopen(settings.decodePath, "r");
-        if (settings.decodeFile == nullptr) std::abort();
-    }
-    for (const uint32_t id : options.filterOut) settings.filterOut.insert(id);
-    for (const uint32_t id : options.filterAllExcept) settings.filterAllExcept.insert(id);
-    settings.tickDivisor = options.divisor;
+LinePrinter printerOf(const OptionSet& options, OutputLine& line) {
+    static const CodeNames names = [] {
+        CodeNames result;
+        const std::string_view text = codeFileText();
+        result.take(text.data(), text.size());
+        result.endFile();
+        return result;
+    }();
+    LineOptions result{
+        .timeMode = (options.kernelTime ? kKernelTime : 0U) | (options.localTime ? kLocalTime : 0U),
+        .showThread = options.thread,
+        .showGroup = options.group,
+        .showMethod = options.method,
+        .showPointer = options.pointer,
+        .indent = options.indent,
+        .showCodes = options.codes,
+        .showCpu = options.cpu,
+        .basicFormat = options.basic,
+        .noSeparator = !options.separator,
+        .verbose = options.verbose,
+        .includeHAL = options.hal,
+        .showHistoric = options.historic,
+    };
+    if (options.all) result.printMask |= kPrintAll;
+    for (const uint32_t id : options.filterOut) result.filterOut.insert(id);
+    for (const uint32_t id : options.filterAllExcept) result.filterAllExcept.insert(id);
+    LinePrinter printer(result, line, options.decode ? names.lookup() : NameLookup{});
+    printer.setTicksPerMicrosecond(options.divisor);
+    return printer;
 }
 
 }  // namespace sonaprobe::differential

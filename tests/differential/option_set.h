@@ -1,4 +1,4 @@
-// A set of options, as the reference reads it and as the program's settings hold it.
+// A set of options, as the reference reads it and as the printer takes it.
 
 #pragma once
 
@@ -6,6 +6,7 @@
 #include <set>
 #include <string>
 
+#include "lines/line_printer.h"
 #include "random.h"
 
 namespace sonaprobe::differential {
@@ -36,7 +37,7 @@ struct OptionSet {
 
 OptionSet randomOptions(Random& random);
 
-// Makes them the program's settings.
-void apply(const OptionSet& options);
+// A printer of these options.
+LinePrinter printerOf(const OptionSet& options, OutputLine& line);
 
 }  // namespace sonaprobe::differential

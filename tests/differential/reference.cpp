@@ -53,14 +53,14 @@ bool passesFilters(const OptionSet& options, uint32_t classId) {
     return options.filterOut.count(classId) == 0;
 }
 
-bool holds(const Condition& condition, const TraceRecord& record) {
+bool isMet(const Condition& condition, const TraceRecord& record) {
     if (condition.test == Test::always) return true;
     const uint64_t value = valueOf(record, condition.slice);
     return condition.test == Test::equals ? value == condition.value : value != 0;
 }
 
 bool answers(const Row& text, const TraceRecord& record) {
-    return (text.qualifiers >> record.debugid % 4 & 1) != 0 && holds(text.condition, record);
+    return (text.qualifiers >> record.debugid % 4 & 1) != 0 && isMet(text.condition, record);
 }
 
 // arg1 to arg5 and the processor, behind a name or code.

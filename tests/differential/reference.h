@@ -16,10 +16,10 @@ namespace sonaprobe::differential {
 // program sees. The time of day stands as HH:MM:SS in its lines.
 class Reference {
   public:
+    explicit Reference(int64_t depth = 0) : depth_(depth) {}
+
     // What the record prints, with its line end; empty if it prints nothing.
     std::string print(const OptionSet& options, const TraceRecord& record);
-
-    void resetIndentation() { depth_ = 0; }
 
   private:
     std::string decoded(const Decoder& decoder, const TraceRecord& record);
@@ -30,7 +30,7 @@ class Reference {
     std::string timeText(uint64_t timestamp);
 
     const OptionSet* options_ = nullptr;
-    int64_t depth_ = 0;
+    int64_t depth_;
     int64_t lastMicroseconds_ = 0;
     uint64_t firstStamp_ = 0;
     uint64_t previousStamp_ = 0;

@@ -1,10 +1,12 @@
 """How the program ends: on signals and on failures, at start-up, in the passes, in the cleanup."""
 
 import errno
+import os
 import signal
 
 import pytest
 
+from conftest import PATIENCE
 from host import (DISABLE, ENABLE, GET_FLAGS, GETBUF, MALLOC, READTR, REEXEC, REMOVE, SET_FLAGS,
                   SETBUF, SETREG, SETUP, TIMEBASE, WRAPPED, fail, host, info, read_of, stop_at)
 
@@ -149,22 +151,43 @@ def test_a_second_signal_during_the_cleanup_changes_nothing(host, call, nth):
     assert (result.stderr, result.returncode) == ("", 0)
 
 
-@pytest.mark.parametrize("mode", ["", "-wtrace"])
-def test_a_signal_in_a_pass_is_taken_behind_a_whole_record(host, mode):
+# What is stored is also printed, and records are stored together.
+@pytest.mark.parametrize("mode, count", [("", 1), ("-wtrace", 3)])
+def test_a_signal_in_a_pass_is_taken_after_a_whole_record_and_all_stored_with_it(host, mode, count):
     result = host.run(f"-s -H -S {mode}", FLAGS_BEFORE, info(9),
                       host.read("0x05245C0E a2=1\n0x05245C0E a2=2\n0x05245C0E a2=3"),
                       stop_at(READTR))
     assert result.calls[-3:] == [DISABLE, REMOVE, RESTORE]
     assert result.stdout.splitlines()[1:] == [
-        "<- OrvelHDAPath::enable End - stream: 0x1 channelID: 0 result: 0x00000000"]
+        f"<- OrvelHDAPath::enable End - stream: {number:#x} channelID: 0 result: 0x00000000"
+        for number in range(1, count + 1)]
     if mode:
-        assert (host.folder / "trace").stat().st_size == 2 * 64
+        assert (host.folder / "trace").stat().st_size == (1 + count) * 64
 
 
 def test_a_signal_before_nolog_has_left_undoes_the_set_up(host):
     result = host.run("-L", FLAGS_BEFORE, stop_at(ENABLE))
     assert result.calls == SET_UP + [DISABLE, REMOVE, RESTORE]
     assert result.returncode == 0
+
+
+def run_whose_reader_goes_away_at(host, call, options):
+    """The run of a program that stands still at a call until nobody reads its output any more."""
+    host.start(options, FLAGS_BEFORE, info(1), stop_at(call, by=signal.SIGSTOP))
+    os.waitid(os.P_PID, host.process.pid, os.WSTOPPED)
+    host.process.stdout.close()
+    host.process.send_signal(signal.SIGCONT)
+    status = host.process.wait(timeout=PATIENCE)
+    return host.calls(), host.process.stderr.read(), status
+
+
+def test_nolog_leaves_its_set_up_though_nobody_reads_what_it_says(host):
+    assert run_whose_reader_goes_away_at(host, TIMEBASE, "-v -L") == (VERBOSE_SET_UP, "", 0)
+
+
+def test_a_pipe_that_is_closed_before_the_first_line_ends_the_set_up(host):
+    assert run_whose_reader_goes_away_at(host, REEXEC, "") == (
+        through(SET_FLAGS, SET_UP) + [REMOVE, RESTORE], "", 0)
 
 
 def test_before_the_handlers_stand_a_signal_has_its_default_action(host):

@@ -3,6 +3,7 @@ the others, and a run that goes on."""
 
 import errno
 import pathlib
+import re
 import resource
 import subprocess
 
@@ -100,6 +101,21 @@ def test_records_that_cannot_be_stored_are_printed_all_the_same(stage):
                             *(message(errno.ENOSPC, number) for number in range(1, 2001))]
     assert run.printed() == stage.read("-s", "-H", "-r", posted)
     assert left_behind() == {}
+
+
+def test_the_message_of_a_record_that_is_not_stored_stands_before_its_line(stage):
+    both = stage.folder / "both"
+    with both.open("a") as outputs:
+        run = stage.start("-s", "-H", "-S", "-w/dev/full", stdout=outputs, stderr=outputs)
+    count = 1500  # more than are stored together
+    stage.post(events(1, count))
+    until(lambda: both.read_text().count("timestamp") == count, "each record had its message")
+    assert run.end() == 0
+    told = re.findall(r"(timestamp|stream:) (\w+)", both.read_text())
+    place = {word: at for at, word in enumerate(told)}
+    assert len(place) == 2 * count
+    for number in map(hex, range(1, count + 1)):
+        assert place["timestamp", number] < place["stream:", number]
 
 
 def test_a_raw_file_is_emptied_at_the_start(stage):

@@ -40,6 +40,17 @@ def wait_until_stuck(process):
     until(stuck, "the program was stuck")
 
 
+def full_pipe():
+    """A pipe that takes no more bytes: its two ends."""
+    ours, theirs = os.pipe()
+    os.set_blocking(theirs, False)
+    with contextlib.suppress(BlockingIOError):
+        while os.write(theirs, bytes(4096)):
+            pass
+    os.set_blocking(theirs, True)
+    return ours, theirs
+
+
 @pytest.mark.parametrize("number", FOUR)
 @pytest.mark.parametrize("verbose", [(), ("-v",)])
 def test_a_signal_ends_the_run_in_order(stage, number, verbose):
@@ -190,6 +201,30 @@ def test_signals_that_were_blocked_at_the_start_end_a_run_whose_output_is_stuck(
     assert left_behind() == {}
 
 
+def set_alarm():
+    signal.setitimer(signal.ITIMER_REAL, 0.3)
+
+
+def block_alarm():
+    signal.pthread_sigmask(signal.SIG_BLOCK, [signal.SIGALRM])
+    set_alarm()
+
+
+@pytest.mark.parametrize("options", [(), ("-wtrace",), ("-rfifo",)], ids=" ".join)
+def test_an_alarm_has_its_default_action_until_a_signal_ends_the_run(stage, options):
+    os.mkfifo(stage.folder / "fifo")
+    run = stage.start(*options, tracing=False, preexec_fn=set_alarm)
+    assert run.process.wait(timeout=PATIENCE) == -signal.SIGALRM
+    sim("reset")
+
+
+def test_an_alarm_that_was_blocked_at_the_start_ends_nothing(stage):
+    run = stage.start(preexec_fn=block_alarm)
+    time.sleep(0.5)
+    assert run.end() == 0
+    assert left_behind() == {}
+
+
 def test_a_signal_during_a_dump_has_its_default_action(stage):
     assert run_program("-L", "-b", 100_000).returncode == 0
     stage.post("\n".join(EVENT.format(n) for n in range(1, 30_001)))
@@ -249,19 +284,16 @@ def test_a_broken_pipe_ends_the_run_as_a_signal_does_but_silently(stage, ignored
     assert left_behind() == {}
 
 
-def test_a_broken_pipe_ends_a_run_whose_raw_file_is_a_full_pipe(stage):
-    fifo = stage.folder / "fifo"
-    os.mkfifo(fifo)
+def test_a_broken_pipe_ends_a_run_whose_standard_error_is_stuck(stage):
+    stuck, errors = full_pipe()
     ours, theirs = os.pipe()
-    run = stage.start(f"-w{fifo}", stdout=theirs)
-    os.close(theirs)
-    os.close(ours)
-    stage.post("0x07010004\n" * 1000)  # these leave room for few slots and print nothing
-    until(lambda: status()["pending"] == "0", "the slots were stored")
-    run.send(signal.SIGSTOP)  # so that one pass finds all of them
-    stage.post((EVENT.format(1) + "\n") * 1000)
+    run = stage.start(stdout=theirs, stderr=errors)
+    for end in (theirs, ours, errors):
+        os.close(end)
+    sim("fail", "debug.Audio.set", "EPERM")  # has its message
     begin = time.monotonic()
-    run.send(signal.SIGCONT)
+    stage.post(EVENT.format(1))
     assert run.process.wait(timeout=PATIENCE) == 0
     assert time.monotonic() - begin < SOON
-    assert left_behind() == {}
+    os.close(stuck)
+    assert left_behind() == {"audio-debug-flags": "1"}

@@ -43,6 +43,17 @@ constexpr Entry kRow = start("%s", either(a2, FAULT(WORD_32 ".", WORD_32), "shor
 constexpr Entry kRow = start("slept: %llu s", seconds(a2, FAULT(nanos(a3), a3)));
 #endif
 
+// Names of values.
+
+#ifdef TWO_VALUES_OF_ONE_NAME  // a text with two values of one name
+constexpr Entry kRow =
+    start("nodeID: %d nodeID: %d", lo(a2), FAULT(lo(a3), named("old nodeID", lo(a3))));
+#endif
+
+#ifdef EMPTY_NAME  // an empty name
+constexpr Entry kRow = start("node %d", named(FAULT("", "node"), lo(a2)));
+#endif
+
 // Conversions and what fills them.
 
 #ifdef UNKNOWN_CONVERSION  // an unknown conversion
@@ -150,6 +161,10 @@ constexpr Entry kRow = sel(FAULT(256, 255), "Start");
 constexpr Entry kRow = verbose(FAULT(event(0x05245C0C, "enable"), start("Start")));
 #endif
 
+#ifdef FAILING_EVENT  // failure() wraps a text
+constexpr Entry kRow = failure(FAULT(event(0x05245C0C, "enable"), other("ERROR: timed out")));
+#endif
+
 #ifdef EVENT_UNDER_A_METHOD  // under() wraps a text
 constexpr Entry kRow = under("runVerb", FAULT(event(0x05245C0C, "enable"), start("Start")));
 #endif
@@ -212,6 +227,16 @@ constexpr auto kMethod = [] {
     return method;
 }();
 constexpr Entry kRows[] = {event(0x05245C0C, kMethod.data())};
+constexpr Decoder kDecoder = decoder<kRows, "OrvelHDAPath">(audioClass(23), 1);
+#endif
+
+#ifdef NAME_WITHOUT_GROUP  // a name that lacks its group or its method
+constexpr Entry kRows[] = {event(0x05245C0C, "enable")};
+constexpr Decoder kDecoder = decoder<kRows, FAULT("", "OrvelHDAPath")>(audioClass(23), 1);
+#endif
+
+#ifdef NAME_WITHOUT_METHOD  // a name that lacks its group or its method
+constexpr Entry kRows[] = {event(0x05245C0C, FAULT("", "enable"))};
 constexpr Decoder kDecoder = decoder<kRows, "OrvelHDAPath">(audioClass(23), 1);
 #endif
 

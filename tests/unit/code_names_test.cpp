@@ -1,8 +1,8 @@
-// Code-name lookup against a plain scan of the file by fgets and strsep, over random files.
+// Code names against a plain scan of the file by fgets and strsep, over random files.
 
-#include "probe/code_names.h"
+#include "lines/code_names.h"
 
-#include <chrono>
+#include <algorithm>
 #include <cstdio>
 #include <cstdlib>
 #include <cstring>
@@ -10,9 +10,7 @@
 #include <optional>
 #include <random>
 #include <string>
-#include <thread>
-
-#include "probe/settings.h"
+#include <vector>
 
 namespace sonaprobe {
 namespace {
@@ -20,7 +18,7 @@ namespace {
 // The scan that the file's format is defined by.
 std::optional<std::string> scanFor(uint32_t code, std::FILE* file) {
     std::rewind(file);
-    char line[kCodeNameRoom];
+    char line[kMaxCodeName + 1];
     while (std::fgets(line, sizeof line, file) != nullptr) {
         char* rest = line;
         const char* const token = strsep(&rest, "\t ");
@@ -69,81 +67,63 @@ std::string randomFile(std::mt19937& random) {
     return text;
 }
 
-class CodeNames : public testing::Test {
-  protected:
-    void SetUp() override {
-        settings = {};
-        settings.decodeFile = std::tmpfile();
+// The names of a file that comes in blocks of random lengths.
+CodeNames namesOf(const std::string& text) {
+    static std::mt19937 random(1);
+    CodeNames names;
+    for (size_t begin = 0; begin < text.size();) {
+        const size_t length = std::min<size_t>(text.size() - begin, 1 + random() % 100);
+        names.take(text.data() + begin, length);
+        begin += length;
     }
-    void TearDown() override { std::fclose(settings.decodeFile); }
+    names.endFile();
+    return names;
+}
 
-    // What a lookup has seen of the file holds for 20 ms, by a clock that ticks in several.
-    static void rewriteFile(const std::string& text) {
-        std::this_thread::sleep_for(std::chrono::milliseconds(35));
-        std::FILE* const file = settings.decodeFile;
-        std::rewind(file);
-        ASSERT_EQ(ftruncate(fileno(file), 0), 0);
-        ASSERT_EQ(std::fwrite(text.data(), 1, text.size(), file), text.size());
-        ASSERT_EQ(std::fflush(file), 0);
-    }
+std::optional<std::string> lookedUp(const CodeNames& names, uint32_t code) {
+    const char* const name = names.lookup()(code);
+    return name != nullptr ? std::optional<std::string>(name) : std::nullopt;
+}
 
-    static std::optional<std::string> lookedUp(uint32_t code) {
-        char room[kCodeNameRoom] = {};
-        const char* const name = lookupCodeName(code, room);
-        return name != nullptr ? std::optional<std::string>(name) : std::nullopt;
-    }
-};
-
-TEST_F(CodeNames, AreThoseOfAPlainScan) {
+TEST(CodeNames, AreThoseOfAPlainScan) {
     std::mt19937 random(1);
-    for (int round = 0; round < 60; ++round) {
-        const std::string text = randomFile(random);
-        rewriteFile(text);
-        for (uint32_t code = 0; code <= kCodes; ++code) {
-            ASSERT_EQ(lookedUp(code), scanFor(code, settings.decodeFile))
+    for (int round = 0; round < 200; ++round) {
+        std::string text = randomFile(random);
+        std::FILE* const file = fmemopen(text.data(), std::max<size_t>(text.size(), 1), "r");
+        const CodeNames names = namesOf(text);
+        std::vector<uint32_t> codes{0xFFFFFFFF, 0U - 5U};  // "-5" is no 32-bit number
+        for (uint32_t code = 0; code <= kCodes; ++code) codes.push_back(code);
+        for (const uint32_t code : codes) {
+            ASSERT_EQ(lookedUp(names, code), text.empty() ? std::nullopt : scanFor(code, file))
                 << "code " << code << " in\n"
                 << text;
         }
-        for (const uint32_t code : {0xFFFFFFFFU, 0U - 5U}) {  // "-5" is no 32-bit number
-            ASSERT_EQ(lookedUp(code), scanFor(code, settings.decodeFile)) << text;
-        }
+        std::fclose(file);
     }
 }
 
-TEST_F(CodeNames, ALineOfMoreThan63CharactersIsSeveralLines) {
-    rewriteFile("0x8 " + std::string(59, 'n') + "0x9 second_piece\n");
-    EXPECT_EQ(lookedUp(8), std::string(59, 'n'));
-    EXPECT_EQ(lookedUp(9), "second_piece");
-    rewriteFile("0x8 " + std::string(58, 'n') + "\n0x9 next_line\n");
-    EXPECT_EQ(lookedUp(8), std::string(58, 'n'));
-    EXPECT_EQ(lookedUp(9), "next_line");
+TEST(CodeNames, ALineOfMoreThan63CharactersIsSeveralLines) {
+    EXPECT_EQ(lookedUp(namesOf("0x8 " + std::string(59, 'n') + "0x9 second_piece\n"), 8),
+              std::string(59, 'n'));
+    EXPECT_EQ(lookedUp(namesOf("0x8 " + std::string(59, 'n') + "0x9 second_piece\n"), 9),
+              "second_piece");
+    EXPECT_EQ(lookedUp(namesOf("0x8 " + std::string(58, 'n') + "\n0x9 next_line\n"), 8),
+              std::string(58, 'n'));
+    EXPECT_EQ(lookedUp(namesOf("0x8 " + std::string(58, 'n') + "\n0x9 next_line\n"), 9),
+              "next_line");
 }
 
-TEST_F(CodeNames, BlankAndWordyLinesHaveTheCodeZero) {
-    rewriteFile("0x4 four\n\n# comment\n");
-    EXPECT_EQ(lookedUp(0), "");
-    rewriteFile("0x4 four\nwordy line\n");
-    EXPECT_EQ(lookedUp(0), "line");
-    rewriteFile("0x4 four\n leading\n");
-    EXPECT_EQ(lookedUp(0), "leading");
-    rewriteFile("0x4 four\n");
-    EXPECT_EQ(lookedUp(0), std::nullopt);
+TEST(CodeNames, BlankAndWordyLinesHaveTheCodeZero) {
+    EXPECT_EQ(lookedUp(namesOf("0x4 four\n\n# comment\n"), 0), "");
+    EXPECT_EQ(lookedUp(namesOf("0x4 four\nwordy line\n"), 0), "line");
+    EXPECT_EQ(lookedUp(namesOf("0x4 four\n leading\n"), 0), "leading");
+    EXPECT_EQ(lookedUp(namesOf("0x4 four\n"), 0), std::nullopt);
 }
 
-TEST_F(CodeNames, ANameEndsWithItsLineOrTheFile) {
-    rewriteFile("0x4 last_line_without_end");
-    EXPECT_EQ(lookedUp(4), "last_line_without_end");
-    rewriteFile("0x4\n0x8 eight\n");
-    EXPECT_EQ(lookedUp(4), "");
-    EXPECT_EQ(lookedUp(8), "eight");
-}
-
-TEST_F(CodeNames, AChangeOfTheFileIsSeen) {
-    rewriteFile("0x4 before\n");
-    EXPECT_EQ(lookedUp(4), "before");
-    rewriteFile("0x8 after\n");
-    EXPECT_EQ(lookedUp(4), std::nullopt);
-    EXPECT_EQ(lookedUp(8), "after");
+TEST(CodeNames, ANameEndsWithItsLineOrTheFile) {
+    EXPECT_EQ(lookedUp(namesOf("0x4 last_line_without_end"), 4), "last_line_without_end");
+    EXPECT_EQ(lookedUp(namesOf("0x4\n0x8 eight\n"), 4), "");
+    EXPECT_EQ(lookedUp(namesOf("0x4\n0x8 eight\n"), 8), "eight");
 }
 
 }  // namespace

@@ -12,11 +12,10 @@
 #include <random>
 #include <string>
 
-#include "captured_output.h"
-#include "lines/output_line.h"
+#include "collected_lines.h"
+#include "events/log_text.h"
 #include "lines/prefix.h"
 #include "lines/unclassified.h"
-#include "probe/settings.h"
 
 namespace sonaprobe {
 namespace {
@@ -24,16 +23,12 @@ namespace {
 constexpr uint64_t kMostTicks = std::numeric_limits<uint64_t>::max();
 constexpr double kInfinity = std::numeric_limits<double>::infinity();
 
-class EventTime : public testing::Test {
+class TimeText : public testing::Test {
   protected:
-    void SetUp() override {
-        settings = {};
-        text(0);  // forgets the last stamp
-    }
-
-    static std::string text(uint64_t timestamp) {
+    std::string text(uint64_t timestamp) {
         char room[kEventTimeRoom];
-        return std::string(formatEventTime(timestamp, room));
+        return std::string(state.time.formatEventTime(timestamp, state.options.timeMode,
+                                                      state.ticksPerMicrosecond, room));
     }
     static TraceRecord recordAt(uint64_t timestamp) {
         TraceRecord record{};
@@ -42,24 +37,30 @@ class EventTime : public testing::Test {
         return record;
     }
 
-    // Without the eight characters of the wall clock and the blank behind them.
-    static std::string numbers(uint64_t timestamp) { return text(timestamp).substr(9); }
+    // Without the eight characters of the wall clock and the blank after them.
+    std::string numbers(uint64_t timestamp) { return text(timestamp).substr(9); }
+
+    void forgetLastStamp() { state.time = {}; }
+
+    CollectedLines printed;
+    OutputLine line{printed.sink()};
+    LineState state{.options = {}, .line = line, .names = {}};
 };
 
-TEST_F(EventTime, TheFirstDeltaIsZeroAndEachOtherOneCountsFromTheLast) {
-    settings.tickDivisor = 24.0;
+TEST_F(TimeText, TheFirstDeltaIsZeroAndEachOtherOneCountsFromTheLast) {
+    state.ticksPerMicrosecond = 24.0;
     EXPECT_EQ(numbers(24'000'000), "[   1000000][         0 us]");
     EXPECT_EQ(numbers(24'000'240), "[   1000010][        10 us]");
     EXPECT_EQ(numbers(24'000'000), "[   1000000][       -10 us]");
 }
 
 // Near stamps share most of their text; each must come out as if it stood alone.
-TEST_F(EventTime, WalksOfNearAndFarStampsAreThoseOfPrintf) {
+TEST_F(TimeText, WalksOfNearAndFarStampsAreThoseOfPrintf) {
     constexpr uint64_t kStarts[] = {1, 9'998, 10'000, 99'990'000, 9'999'989'990, 10'000'000'000};
     std::mt19937 random(1);
     for (const uint64_t start : kStarts) {
-        SetUp();
-        settings.tickDivisor = 1.0;
+        forgetLastStamp();
+        state.ticksPerMicrosecond = 1.0;
         auto before = static_cast<int64_t>(start);
         text(start);
         for (int step = 0; step < 2'000; ++step) {
@@ -75,28 +76,27 @@ TEST_F(EventTime, WalksOfNearAndFarStampsAreThoseOfPrintf) {
     }
 }
 
-TEST_F(EventTime, EveryCallCountsWhateverFormIsPrinted) {
+TEST_F(TimeText, EveryCallCountsWhateverFormIsPrinted) {
     for (const uint32_t mode : {0U, kKernelTime, kLocalTime, kKernelTime | kLocalTime}) {
-        settings.timeMode = mode;
+        state.options.timeMode = mode;
         text(5'000'000);
-        settings.timeMode = kLocalTime;
+        state.options.timeMode = kLocalTime;
         EXPECT_EQ(numbers(6'000'000), "[      6000][      1000 us]") << mode;
     }
 }
 
-TEST_F(EventTime, ModeZeroWritesNothing) {
-    settings.timeMode = 0;
+TEST_F(TimeText, ModeZeroWritesNothing) {
     char room[kEventTimeRoom] = "as it was";
-    EXPECT_EQ(formatEventTime(5'000'000, room), "");
+    EXPECT_EQ(state.time.formatEventTime(5'000'000, 0, 1000.0, room), "");
     EXPECT_STREQ(room, "as it was");
 }
 
-TEST_F(EventTime, TheLocalFormWinsOverTheKernelForm) {
-    settings.timeMode = kKernelTime | kLocalTime;
+TEST_F(TimeText, TheLocalFormWinsOverTheKernelForm) {
+    state.options.timeMode = kKernelTime | kLocalTime;
     EXPECT_EQ(numbers(5'000'000), "[      5000][         0 us]");
 }
 
-TEST_F(EventTime, TheClockIsThatOfPrinting) {
+TEST_F(TimeText, TheClockIsThatOfPrinting) {
     const auto clock = [] {
         const std::time_t now = std::time(nullptr);
         char room[9];
@@ -109,14 +109,14 @@ TEST_F(EventTime, TheClockIsThatOfPrinting) {
     EXPECT_TRUE(shown == before || shown == after) << before << " " << shown << " " << after;
 }
 
-TEST_F(EventTime, TheKernelFormDropsMinutesAndShowsNoSeparator) {
-    settings.timeMode = kKernelTime;
+TEST_F(TimeText, TheKernelFormDropsMinutesAndShowsNoSeparator) {
+    state.options.timeMode = kKernelTime;
     EXPECT_EQ(text(61'234'567'000), "01234.567");
     EXPECT_EQ(text(12'345'678'000), "12345.678");
     EXPECT_EQ(text(0), "00000.000");
 }
 
-TEST_F(EventTime, StaysDefinedBeyondTheArithmetic) {
+TEST_F(TimeText, StaysDefinedBeyondTheArithmetic) {
     constexpr struct {
         double divisor;
         uint64_t timestamp;
@@ -132,16 +132,17 @@ TEST_F(EventTime, StaysDefinedBeyondTheArithmetic) {
         {18446744073709551616.0, kMostTicks, "[         1][         0 us]", "00000.001"},
     };
     for (const auto& [divisor, timestamp, local, kernel] : kCases) {
-        SetUp();
-        settings.tickDivisor = divisor;
+        forgetLastStamp();
+        state.ticksPerMicrosecond = divisor;
+        state.options.timeMode = kLocalTime;
         EXPECT_EQ(numbers(timestamp), local) << divisor;
-        settings.timeMode = kKernelTime;
+        state.options.timeMode = kKernelTime;
         EXPECT_EQ(text(timestamp), kernel) << divisor;
     }
 }
 
-TEST_F(EventTime, IsCutToItsLength) {
-    settings.tickDivisor = 1.0;
+TEST_F(TimeText, IsCutToItsLength) {
+    state.ticksPerMicrosecond = 1.0;
     text(1);
     EXPECT_EQ(numbers(kMostTicks), "[9223372036854775807][922337203685");
     EXPECT_EQ(numbers(1), "[         1][-9223372036854775806 ");
@@ -149,31 +150,22 @@ TEST_F(EventTime, IsCutToItsLength) {
 }
 
 // Without a time column a decoded line asks for no time text, an unclassified one does.
-TEST_F(EventTime, WithoutTimeColumnUnclassifiedLinesCountAndDecodedOnesDoNot) {
+TEST_F(TimeText, WithoutTimeColumnUnclassifiedLinesCountAndDecodedOnesDoNot) {
     text(5'000'000);
-    settings.timeMode = 0;
-    capturedOutput([] {
-        printEventPrefix({.timestamp = 6'000'000, .thread = 0, .debugid = 0, .cpuid = 0}, {}, 0);
-        outputLine.end();
-    });
-    settings.timeMode = kLocalTime;
+    state.options.timeMode = 0;
+    printEventPrefix(state, headerOf(recordAt(6'000'000)), {}, 0);
+    state.options.timeMode = kLocalTime;
     EXPECT_EQ(numbers(7'000'000), "[      7000][      2000 us]");
 
-    settings.timeMode = 0;
-    capturedOutput([] {
-        const TraceRecord record = recordAt(8'000'000);
-        printUnclassifiedRecord(&record);
-    });
-    settings.timeMode = kLocalTime;
+    state.options.timeMode = 0;
+    printUnclassifiedRecord(state, recordAt(8'000'000));
+    state.options.timeMode = kLocalTime;
     EXPECT_EQ(numbers(9'000'000), "[      9000][      1000 us]");
 }
 
-TEST_F(EventTime, TheBasicLayoutDoesNotCount) {
+TEST_F(TimeText, TheBasicLayoutDoesNotCount) {
     text(5'000'000);
-    capturedOutput([] {
-        const TraceRecord record = recordAt(6'000'000);
-        printBasicRecord(&record);
-    });
+    printBasicRecord(state, recordAt(6'000'000));
     EXPECT_EQ(numbers(7'000'000), "[      7000][      2000 us]");
 }
 
@@ -195,10 +187,8 @@ TEST(ElapsedSeconds, AreWholeSecondsOfTheTraceClock) {
         {0.0, 5, 5, 0},
         {NAN, 0, 1, 0},
     };
-    settings = {};
     for (const auto& [divisor, earlier, later, expected] : kCases) {
-        settings.tickDivisor = divisor;
-        EXPECT_EQ(elapsedSeconds(earlier, later), expected) << divisor << " " << later;
+        EXPECT_EQ(elapsedSeconds(earlier, later, divisor), expected) << divisor << " " << later;
     }
 }
 

@@ -6,7 +6,7 @@
 #include <random>
 #include <string>
 
-#include "captured_output.h"
+#include "collected_lines.h"
 #include "events/number_text.h"
 
 namespace sonaprobe {
@@ -18,42 +18,42 @@ TEST(OutputLine, PrintsRandomTextsAndBlanksUnchanged) {
     std::mt19937 random(1);
     for (int round = 0; round < 200; ++round) {
         std::string expected;
-        const std::string printed = capturedOutput([&] {
-            OutputLine line;
-            if (round % 2 != 0) line.gather();
-            for (int lines = 0; lines < 5; ++lines) {
-                const std::string before(random() % 300, 'b');
-                const std::string after(random() % 3000, 'a');
-                const size_t blanks = random() % 2 != 0 ? random() % 150'000 : random() % 40;
-                put(line, before);
-                line.blanks(blanks);
-                put(line, after);
-                line.end();
-                expected.append(before).append(blanks, ' ').append(after) += '\n';
-            }
-            line.handOver();
-        });
-        ASSERT_EQ(printed, expected);
+        CollectedLines printed;
+        OutputLine line(printed.sink());
+        if (round % 2 != 0) line.gather();
+        for (int lines = 0; lines < 5; ++lines) {
+            const std::string before(random() % 300, 'b');
+            const std::string after(random() % 3000, 'a');
+            const size_t blanks = random() % 2 != 0 ? random() % 150'000 : random() % 40;
+            put(line, before);
+            line.blanks(blanks);
+            put(line, after);
+            line.end();
+            expected.append(before).append(blanks, ' ').append(after) += '\n';
+        }
+        line.handOver();
+        ASSERT_EQ(printed.text, expected);
     }
 }
 
 TEST(OutputLine, HoldsEveryNumberOfBlanksAroundItsRoom) {
-    for (const uint64_t room : {4096U, 65'536U, 69'632U, 139'264U}) {
+    for (const uint64_t room :
+         {4096UL, OutputLine::kGathered, OutputLine::kFillRoom, 2 * OutputLine::kFillRoom}) {
         for (uint64_t blanks = room - 16; blanks <= room + 16; ++blanks) {
-            const std::string printed = capturedOutput([&] {
-                OutputLine line;
-                put(line, "->");
-                line.blanks(blanks);
-                put(line, "text");
-                line.end();
-            });
-            ASSERT_EQ(printed, "->" + std::string(blanks, ' ') + "text\n");
+            CollectedLines printed;
+            OutputLine line(printed.sink());
+            put(line, "->");
+            line.blanks(blanks);
+            put(line, "text");
+            line.end();
+            ASSERT_EQ(printed.text, "->" + std::string(blanks, ' ') + "text\n");
         }
     }
 }
 
 TEST(OutputLine, GathersWholeLinesAndKeepsTheirOrder) {
-    OutputLine line;
+    CollectedLines printed;
+    OutputLine line(printed.sink());
     line.gather();
     const std::string text(3999, 't');
     std::string lines;
@@ -64,18 +64,25 @@ TEST(OutputLine, GathersWholeLinesAndKeepsTheirOrder) {
             line.end();
         }
     };
-    EXPECT_EQ(capturedOutput([&] { printLines(16); }), "");
-    EXPECT_EQ(capturedOutput([&] { line.handOver(); }), lines);
-    EXPECT_EQ(capturedOutput([&] { printLines(18); }), lines + text + '\n');
-    EXPECT_EQ(capturedOutput([&] { line.handOver(); }), text + '\n');
-    EXPECT_EQ(capturedOutput([&] { line.handOver(); }), "");
+    printLines(16);
+    EXPECT_EQ(printed.take(), "");
+    line.handOver();
+    EXPECT_EQ(printed.take(), lines);
+    printLines(18);
+    EXPECT_EQ(printed.take(), lines + text + '\n');
+    line.handOver();
+    EXPECT_EQ(printed.take(), text + '\n');
+    line.handOver();
+    EXPECT_EQ(printed.take(), "");
 }
 
 TEST(OutputLine, PrintsNothingBeforeItsEnd) {
-    OutputLine line;
-    const std::string before = capturedOutput([&] { put(line, "text"); });
-    EXPECT_EQ(before, "");
-    EXPECT_EQ(capturedOutput([&] { line.end(); }), "text\n");
+    CollectedLines printed;
+    OutputLine line(printed.sink());
+    put(line, "text");
+    EXPECT_EQ(printed.text, "");
+    line.end();
+    EXPECT_EQ(printed.text, "text\n");
 }
 
 }  // namespace

@@ -5,9 +5,7 @@
 #include <gtest/gtest.h>
 #include <string>
 
-#include "captured_output.h"
-#include "lines/output_line.h"
-#include "probe/settings.h"
+#include "collected_lines.h"
 
 namespace sonaprobe {
 namespace {
@@ -23,20 +21,21 @@ struct Name {
     size_t length;
 };
 
-std::string nameColumn(const std::string& group, const std::string& method) {
-    settings.timeMode = 0;
-    settings.showThread = 0;
-    settings.indent = 0;
+std::string nameColumn(const std::string& group, const std::string& method,
+                       uint32_t showGroup = 1) {
     const Name name(group + "::" + method);
-    const std::string line = capturedOutput([&] {
-        EXPECT_TRUE(printEventPrefix({}, {name.text(), group.size()}, 0));
-        outputLine.end();
-    });
-    return line.substr(3, line.size() - 4);  // between mark and line end
+    CollectedLines printed;
+    OutputLine line(printed.sink());
+    LineState state{
+        .options = {.timeMode = 0, .showThread = 0, .showGroup = showGroup, .indent = 0},
+        .line = line,
+        .names = {}};
+    printEventPrefix(state, {}, {name.text(), group.size()}, 0);
+    line.end();
+    return printed.text.substr(3, printed.text.size() - 4);  // between mark and line end
 }
 
 TEST(NameColumn, IsCutAt73Characters) {
-    settings = {};
     const std::string m40(40, 'm');
     EXPECT_EQ(nameColumn(std::string(31, 'g'), m40), std::string(31, 'g') + "::" + m40 + " ");
     EXPECT_EQ(nameColumn(std::string(32, 'g'), m40),
@@ -44,7 +43,6 @@ TEST(NameColumn, IsCutAt73Characters) {
 }
 
 TEST(NameColumn, IsCutInGroupAndSeparatorToo) {
-    settings = {};
     EXPECT_EQ(nameColumn(std::string(71, 'g'), "method"), std::string(71, 'g') + ":: ");
     EXPECT_EQ(nameColumn(std::string(72, 'g'), "method"), std::string(72, 'g') + ": ");
     EXPECT_EQ(nameColumn(std::string(73, 'g'), "method"), std::string(73, 'g') + " ");
@@ -52,9 +50,7 @@ TEST(NameColumn, IsCutInGroupAndSeparatorToo) {
 }
 
 TEST(NameColumn, IsCutWithoutGroupToo) {
-    settings = {};
-    settings.showGroup = 0;
-    EXPECT_EQ(nameColumn("group", std::string(74, 'm')), std::string(73, 'm') + " ");
+    EXPECT_EQ(nameColumn("group", std::string(74, 'm'), 0), std::string(73, 'm') + " ");
 }
 
 }  // namespace

@@ -21,10 +21,6 @@ constexpr Command kCommands[] = {
      runPlay},
     {"write", "SCENARIO FILE [--records N] [--seed N]",
      "write a scenario into a raw file: N records (once through)", runWrite},
-    {"write dropouts", "FILE [--cause KIND,...] [--count N] [--level L] [--seed N] [--truth FILE]",
-     "write a raw file with N dropouts (9) whose causes are known (of all kinds), easy, medium\n"
-     "        (the default) or hard to find, and what they are into another FILE",
-     runWriteDropouts},
     {"scenarios", "", "list the scenarios", runScenarios},
     {"hold", "", "own the facility, as another tool would, until a signal", runHold},
     {"fail", "OPERATION ERRNO [--times N] [--after N]",
@@ -41,6 +37,12 @@ void printHelp() {
     for (const Scenario& scenario : scenarios()) {
         std::printf("  %-12s %s\n", scenario.name, scenario.summary);
     }
+    std::puts(
+        "\nDropouts whose causes are known:\n"
+        "  sonaprobe-sim write dropouts FILE [--cause KIND,...] [--count N] [--level L] [--seed N]\n"
+        "        [--truth FILE]\n"
+        "        write a raw file with N dropouts (9) of these kinds (all), easy, medium (the default)\n"
+        "        or hard to explain, and what has caused each into another file, as JSON");
     std::puts(
         "\nThe drivers among the players post while bit 0 of the audio debug flags is set, the "
         "audio\n"

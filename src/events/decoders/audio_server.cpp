@@ -9,8 +9,6 @@ using namespace rows;
 
 namespace {
 
-constexpr uint32_t kServerCodeBase = 0x21040000;
-
 constexpr Entry kServerRows[] = {
     event(0x21040000, "OVERLOAD"),
     start("inCurrentSampleTime: %llu inCurrentHostTime: %llu inTargetSampleTime: %llu inTargetHostTime: %llu", a1, a2, a3, a4),
@@ -33,6 +31,6 @@ constexpr Entry kServerRows[] = {
 
 }  // namespace
 
-constexpr Decoder kAudioServer = withoutObject(decoder<kServerRows, "QuorraHAL">(kServerCodeBase, 5));
+constexpr Decoder kAudioServer = gated(Gate::audioServer, withoutObject(decoder<kServerRows, "QuorraHAL">(kAudioServerKey, 5)));
 
 }  // namespace sonaprobe::decoders

@@ -114,7 +114,7 @@ constexpr Entry kEngineOutputDPRows[] = {
     start("Start - stream: %p sampleRate: %d bitsPerSample: %d channelCount: %d sampleFormat: 0x%08x", a2, hi(a3), lo(a3), hi(a4), lo(a4)),
     end("End - stream: %p sampleRate: %d channelCount: %d result: 0x%08x", a2, hi(a3), lo(a3), lo(a4)),
     sel(0, "sampleRate: %d channelCount: %d fits the new video format, clients keep it", hi(a2), lo(a2)),
-    sel(1, "sampleRate: %d channelCount: %d does not fit the new video format, going to sampleRate: %d channelCount: %d", hi(a2), lo(a2), hi(a3), lo(a3)),
+    sel(1, "sampleRate: %d channelCount: %d does not fit the new video format, going to sampleRate: %d channelCount: %d", hi(a2), lo(a2), named("new sampleRate", hi(a3)), named("new channelCount", lo(a3))),
 
     event(0x05247028, "handleVideoFormatChanged"),
     start("Start - fCRTCIndex(%d) pixelClock: %lld Hz fFormatChangePending: %s", lo(a2), a3, boolean(a4)),

@@ -108,7 +108,7 @@ constexpr Entry kFrameBufferRows[] = {
 }  // namespace
 
 // Group of class 20 too: the historic class traced the same controller.
-constexpr Decoder kHdaHistoric = decoder<kHistoricRows, "OrvelHDAController">(audioClass(0), 5);
+constexpr Decoder kHdaHistoric = gated(Gate::historic, decoder<kHistoricRows, "OrvelHDAController">(audioClass(kHistoricClass), 5));
 constexpr Decoder kHdaPath = decoder<kPathRows, "OrvelHDAPath">(audioClass(23), 3);
 constexpr Decoder kHdaCodecGeneric = decoder<kCodecGenericRows, "OrvelHDACodecGeneric">(audioClass(24), 3);
 constexpr Decoder kHdaNode = decoder<kNodeRows, "OrvelHDANode">(audioClass(25), 2);

@@ -12,7 +12,7 @@ namespace {
 // One text on any qualifier. What the texts call (ns) is ticks / 24.0, whatever the timebase.
 constexpr Entry kVoiceTriggerRows[] = {
     event(0x0524A800, "UpdateZeroTSWrap"),
-    any("SampleTime: %lld HostTime(ticks): %lld HostTime(ns): %f (overshoot: %lld)", a2, a3, ticks(a3), a4),
+    any("SampleTime: %lld HostTime(ticks): %lld HostTime(ns): %f (overshoot: %lld)", a2, a3, named("HostTime ns", ticks(a3)), a4),
 
     event(0x0524A804, "MCACallback"),
     any("inTimeStamp(ns): %f inAOPTimeStamp: %lld inFrameCount: %lld", ticks(a2), a3, a4),

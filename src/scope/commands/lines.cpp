@@ -1,10 +1,11 @@
 // sonascope lines: the records as lines.
 
 #include "scope/command.h"
-#include "scope/options.h"
-#include "scope/output.h"
-#include "scope/records.h"
-#include "scope/units.h"
+#include "scope/escape.h"
+#include "scope/failure.h"
+#include "scope/line_view.h"
+#include "scope/plain_lines.h"
+#include "scope/selection_options.h"
 
 namespace sonaprobe::scope {
 
@@ -12,19 +13,27 @@ namespace {
 
 struct Options {
     TraceOptions trace;
+    SelectionOptions selection;
     OutputOptions output;
+    bool plain = false;
+    PlainOptions columns;
+    bool wrap = false;
 };
 
-Status run(const Options& options) {
+Status run(Options& options) {
+    if (options.plain && options.output.json) {
+        throw Failure{"--plain and --json do not go together; give one of them"};
+    }
+    const Selection selection = selectionOf(options.selection, options.trace);
     Input input(options.trace.path);
     Output out(options.output);
-    TraceClock clock;
-    forEachRecord(input, clock, [&](const TraceRecord& record, uint64_t, auto reading) {
-        out.line(
-            timeText(reading.time) + "  " +
-            out.styled(codeText(codeOf(record.debugid)), {Tone::driver, hueOf(record.debugid)}));
-    });
+    if (options.plain) {
+        printPlainLines(input, selection, options.trace, options.columns, out);
+    } else {
+        printLines(input, selection, options.trace, options.wrap, out);
+    }
     out.finish();
+    warnOfDamage(input);
     return Status::done;
 }
 
@@ -33,8 +42,16 @@ Status run(const Options& options) {
 Run setUpLines(CLI::App& app) {
     const auto options = std::make_shared<Options>();
     addTraceOptions(app, options->trace);
+    app.add_flag("--wrap", options->wrap, "wrap lines at the terminal's width, do not cut them");
+    addSelectionOptions(app, options->selection);
     addOutputOptions(app, options->output);
-    addExamples(app, "  sonascope lines trace.raw\n");
+    CLI::Option* const plain =
+        app.add_flag("--plain", options->plain, "print just what sonaprobe -r prints");
+    addPlainOptions(app, options->columns, plain);
+    addExamples(app,
+                "  sonascope lines trace.raw --from 12.3s --to 12.5s\n"
+                "  sonascope lines trace.raw --failed --driver OrvelHDADriver\n"
+                "  sonascope lines trace.raw --plain -k -H\n");
     return [options] { return run(*options); };
 }
 

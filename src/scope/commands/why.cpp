@@ -1,14 +1,12 @@
 // sonascope why: each dropout, its cause and the records that prove it.
 
-#include <nlohmann/json.hpp>
-
 #include "analysis/dropout_causes.h"
-#include "analysis/event_names.h"
 #include "scope/command.h"
+#include "scope/event_text.h"
 #include "scope/options.h"
-#include "scope/output.h"
-#include "scope/input.h"
-#include "scope/units.h"
+#include "scope/records.h"
+#include "scope/repeatable.h"
+#include "scope/why_report.h"
 
 namespace sonaprobe::scope {
 
@@ -17,54 +15,56 @@ namespace {
 struct Options {
     TraceOptions trace;
     OutputOptions output;
+    bool all = false;
 };
 
-using Json = nlohmann::ordered_json;
-
-Json culpritJson(const Culprit& culprit) {
-    Json json;
-    if (culprit.code) {
-        const EventName name = nameOf(*culprit.code);
-        if (!name.full.empty()) {
-            json["driver"] = name.group;
-            json["method"] = name.method;
-        }
-        json["code"] = codeText(*culprit.code);
-        json["thread"] = wordText(culprit.thread);
-        json["cpu"] = culprit.cpu;
-    }
-    json["slot"] = culprit.slot;
-    return json;
-}
-
-Status run(const Options& options) {
-    Input input(options.trace.path);
-    Output out(options.output);
+WhyAnswer answer(Input& input) {
     IoObserver observer;
     for (auto slots = input.next(); !slots.empty(); slots = input.next()) {
         for (const TraceRecord& slot : slots) observer.take(slot);
     }
+    warnOfDamage(input);
     IoTrace trace = observer.finish();
     const std::vector<TimedThread> threads = timeThreads(trace);
-    const std::vector<Dropout> dropouts = judgeDropouts(trace, threads);
-    Json list = Json::array();
-    for (const Dropout& dropout : dropouts) {
-        const Verdict& verdict = dropout.verdict;
-        Json json{{"slot", dropout.slot},
-                  {"time_ns", dropout.time},
-                  {"thread", wordText(dropout.thread)}};
-        json["budget_ns"] = dropout.budget ? Json(*dropout.budget) : Json();
-        json["lacking_ns"] = dropout.lacking ? Json(*dropout.lacking) : Json();
-        json["cause"] = kDropoutCauses.at(static_cast<size_t>(verdict.cause));
-        json["certainty"] = kCertainties.at(static_cast<size_t>(verdict.certainty));
-        json["share"] = verdict.share;
-        json["culprit"] = verdict.culprit ? culpritJson(*verdict.culprit) : Json();
-        json["evidence"] = verdict.evidence;
-        list.push_back(json);
+    WhyAnswer found{.records = trace.records, .serverRecords = trace.serverRecords};
+    found.dropouts = judgeDropouts(trace, threads);
+    found.findings = findingsOf(found.dropouts);
+    found.threads = summariesOf(threads);
+    found.limits = limitsOf(trace, threads);
+    return found;
+}
+
+// Reads the records again that are shown.
+void gatherEvidence(const Options& options, WhyAnswer& found) {
+    const std::vector<uint64_t> slots = shownSlots(found, options.all);
+    auto wanted = slots.begin();
+    Input input(options.trace.path);
+    TraceClock clock;
+    forEachRecord(input, clock, [&](const TraceRecord& record, uint64_t slot, auto reading) {
+        if (wanted == slots.end() || *wanted != slot) return;
+        ++wanted;
+        found.evidence[slot] = {
+            record, options.trace.kernelTime ? clock.kernelTime(record) : reading.time,
+            static_cast<double>(clock.ticksPerMicrosecond())};
+    });
+}
+
+Status run(Options& options) {
+    const std::string path = options.trace.path;
+    options.trace.path = repeatablePath(path);
+    const CodeNames names = readCodeNames(options.trace.names);
+    Input input(options.trace.path);
+    Output out(options.output);
+    WhyAnswer found = answer(input);
+    found.file = path;
+    if (out.json()) {
+        printWhyJson(out, found);
+    } else {
+        if (!found.dropouts.empty()) gatherEvidence(options, found);
+        printWhy(out, found, names, options.all);
     }
-    out.line(Json{{"dropouts", list}}.dump(1));
     out.finish();
-    return dropouts.empty() ? Status::done : Status::findings;
+    return found.dropouts.empty() ? Status::done : Status::findings;
 }
 
 }  // namespace
@@ -72,8 +72,11 @@ Status run(const Options& options) {
 Run setUpWhy(CLI::App& app) {
     const auto options = std::make_shared<Options>();
     addTraceOptions(app, options->trace);
+    app.add_flag("--all", options->all, "show all findings, all their dropouts and all evidence");
     addOutputOptions(app, options->output);
-    addExamples(app, "  sonascope why trace.raw\n");
+    addExamples(app,
+                "  sonascope why trace.raw\n"
+                "  sonascope why --json trace.raw.zst | jq '.dropouts[].cause'\n");
     return [options] { return run(*options); };
 }
 

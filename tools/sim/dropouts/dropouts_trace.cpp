@@ -48,7 +48,7 @@ bool isCrowded(const Studio& studio, Cause cause, Ticks time) {
 Ticks playThread(Studio& studio, uint32_t number, std::span<const Cause> faults, Ticks atLeast) {
     IoThread thread(studio, number);
     thread.begin();
-    uint64_t healthy = kQuietCycles;
+    uint64_t healthy = faults.empty() ? kHealthyCycles : kQuietCycles;
     size_t next = 0;
     while (next < faults.size() || healthy > 0 || thread.time() < atLeast) {
         const bool isDue =

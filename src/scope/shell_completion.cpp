@@ -1,0 +1,188 @@
+// Writes completion in the language of each shell.
+
+#include <algorithm>
+#include <set>
+
+#include "scope/shell_words.h"
+
+namespace sonaprobe::scope {
+
+namespace {
+
+std::string joined(std::span<const std::string> words, const char* between = " ") {
+    std::string text;
+    for (const std::string& word : words) text += (text.empty() ? "" : between) + word;
+    return text;
+}
+
+// In single quotation marks, as all three shells read them.
+std::string quoted(std::string_view text) {
+    std::string out = "'";
+    for (const char c : text) {
+        if (c == '\'') {
+            out += "'\\''";
+        } else {
+            out += c;
+        }
+    }
+    return out + "'";
+}
+
+std::vector<std::string> namesOf(std::span<const CommandWords> commands) {
+    std::vector<std::string> names;
+    for (const CommandWords& command : commands) names.push_back(command.name);
+    return names;
+}
+
+// The kinds of values that have words of their own, each once.
+std::set<std::string> kindsOf(std::span<const CommandWords> commands) {
+    std::set<std::string> kinds;
+    for (const CommandWords& command : commands) {
+        for (const OptionWords& option : command.options) kinds.insert(option.value);
+        kinds.insert(command.operands.begin(), command.operands.end());
+    }
+    std::erase_if(kinds, [](const std::string& kind) { return wordsOfKind(kind).empty(); });
+    return kinds;
+}
+
+std::string bashWords(const std::string& kind) {
+    return "COMPREPLY=($(compgen -W " + quoted(joined(wordsOfKind(kind))) + " -- \"$current\"))";
+}
+
+std::string bashReplyOf(const std::string& kind) {
+    if (isPath(kind)) return "_filedir";
+    return wordsOfKind(kind).empty() ? ":" : bashWords(kind);
+}
+
+}  // namespace
+
+std::string bashCompletion(std::span<const CommandWords> commands) {
+    std::string text =
+        "# bash completion of sonascope, made by `sonascope completion bash`.\n\n"
+        "_sonascope() {\n"
+        "    local current previous words cword\n"
+        "    _init_completion -n : || return\n"
+        "    current=$cur previous=$prev\n"
+        "    if [ \"$cword\" -eq 1 ]; then\n"
+        "        COMPREPLY=($(compgen -W " +
+        quoted(joined(namesOf(commands)) + " --help --version") +
+        " -- \"$current\"))\n"
+        "        return\n"
+        "    fi\n"
+        "    case ${words[1]} in\n";
+    for (const CommandWords& command : commands) {
+        text += "        " + command.name + ")\n            case $previous in\n";
+        std::vector<std::string> names;
+        for (const OptionWords& option : command.options) {
+            names.insert(names.end(), option.names.begin(), option.names.end());
+            if (option.value.empty()) continue;
+            text += "                " + joined(option.names, " | ") + ") " +
+                    bashReplyOf(option.value) + "; return ;;\n";
+        }
+        text +=
+            "            esac\n            if [[ $current == -* ]]; then\n"
+            "                COMPREPLY=($(compgen -W " +
+            quoted(joined(names)) + " -- \"$current\"))\n            else\n                " +
+            (command.operands.empty() ? ":" : bashReplyOf(command.operands.front())) +
+            "\n            fi\n            ;;\n";
+    }
+    return text + "    esac\n} && complete -F _sonascope sonascope\n";
+}
+
+namespace {
+
+// Descriptions stand in brackets in zsh.
+std::string zshHelp(const std::string& help) {
+    std::string out;
+    for (const char c : help) {
+        if (c == '[' || c == ']' || c == ':' || c == '\\') out += '\\';
+        out += c;
+    }
+    return out;
+}
+
+std::string zshAction(const std::string& kind) {
+    if (isPath(kind)) return "_files";
+    const std::vector<std::string> words = wordsOfKind(kind);
+    return words.empty() ? " " : "(" + joined(words) + ")";
+}
+
+}  // namespace
+
+std::string zshCompletion(std::span<const CommandWords> commands) {
+    std::string text =
+        "#compdef sonascope\n"
+        "# zsh completion of sonascope, made by `sonascope completion zsh`.\n\n"
+        "_sonascope() {\n"
+        "    local -a commands=(\n";
+    for (const CommandWords& command : commands) {
+        text += "        " + quoted(command.name + ":" + command.help) + "\n";
+    }
+    text +=
+        "    )\n"
+        "    if (( CURRENT == 2 )); then\n"
+        "        _describe command commands\n"
+        "        _arguments '--help[print this help]' '--version[print the version]'\n"
+        "        return\n"
+        "    fi\n"
+        "    shift words\n"
+        "    (( CURRENT-- ))\n"
+        "    case $words[1] in\n";
+    for (const CommandWords& command : commands) {
+        text += "        " + command.name + ")\n            _arguments -s \\\n";
+        for (const OptionWords& option : command.options) {
+            for (const std::string& name : option.names) {
+                const bool isLong = name.starts_with("--");
+                std::string spec = "*" + name;
+                if (!option.value.empty() && isLong) spec += "=";
+                spec += "[" + zshHelp(option.help) + "]";
+                if (!option.value.empty()) {
+                    spec += ":" + option.value + ":" + zshAction(option.value);
+                }
+                text += "                " + quoted(spec) + " \\\n";
+            }
+        }
+        for (const std::string& operand : command.operands) {
+            text +=
+                "                " + quoted("*:" + operand + ":" + zshAction(operand)) + " \\\n";
+        }
+        text += "                && return\n            ;;\n";
+    }
+    return text + "    esac\n}\n\n_sonascope \"$@\"\n";
+}
+
+std::string fishCompletion(std::span<const CommandWords> commands) {
+    std::string text =
+        "# fish completion of sonascope, made by `sonascope completion fish`.\n\n"
+        "complete -c sonascope -f\n"
+        "complete -c sonascope -n __fish_use_subcommand -l help -d 'print this help'\n"
+        "complete -c sonascope -n __fish_use_subcommand -l version -d 'print the version'\n";
+    for (const std::string& kind : kindsOf(commands)) {
+        text += "set -g __sonascope_" + kind + " " + joined(wordsOfKind(kind)) + "\n";
+    }
+    for (const CommandWords& command : commands) {
+        const std::string begin =
+            "complete -c sonascope -n '__fish_seen_subcommand_from " + command.name + "'";
+        text += "complete -c sonascope -n __fish_use_subcommand -a " + command.name + " -d " +
+                quoted(command.help) + "\n";
+        const auto valueOf = [](const std::string& kind) {
+            if (isPath(kind)) return std::string(" -F");
+            return wordsOfKind(kind).empty() ? std::string() : " -a \"$__sonascope_" + kind + "\"";
+        };
+        for (const OptionWords& option : command.options) {
+            text += begin;
+            for (const std::string& name : option.names) {
+                const bool isLong = name.starts_with("--");
+                text += (isLong ? " -l " : " -s ") + name.substr(isLong ? 2 : 1);
+            }
+            if (!option.value.empty()) text += " -x" + valueOf(option.value);
+            text += " -d " + quoted(option.help) + "\n";
+        }
+        for (const std::string& operand : command.operands) {
+            if (!valueOf(operand).empty()) text += begin + valueOf(operand) + "\n";
+        }
+    }
+    return text;
+}
+
+}  // namespace sonaprobe::scope

@@ -1,0 +1,64 @@
+// Statistics of calls as a table: which columns there are, sorting, and the sum of the tail.
+
+#pragma once
+
+#include <optional>
+#include <span>
+#include <string>
+#include <vector>
+
+#include "analysis/call_statistics.h"
+#include "lines/code_names.h"
+#include "scope/json.h"
+#include "scope/table.h"
+
+namespace sonaprobe::scope {
+
+// What a column's numbers are.
+enum class Measure : uint8_t { count, duration, failures };
+
+// A group with its numbers; those of finished calls are missing where there is none.
+struct StatisticsRow {
+    GroupKey key;
+    uint64_t finished = 0;
+    std::vector<std::optional<int64_t>> numbers;  // by column
+};
+
+struct StatisticsColumn {
+    const char* name;  // for --sort, and with "_ns" after durations in JSON
+    const char* head;
+    Measure measure;
+    unsigned shownFrom;  // terminal columns
+    std::optional<int64_t> (*numberOf)(CallGroup& group);
+    bool sums;  // a sum over groups means something
+};
+
+std::span<const StatisticsColumn> statisticsColumns();
+
+class StatisticsTable {
+  public:
+    // Clock and names must outlive this. The clock knows the threads by their numbers.
+    StatisticsTable(CallStatistics& statistics, GroupBy by, const TraceClock& clock,
+                    const CodeNames& codeNames);
+
+    // The largest first, by the place of a column.
+    void sortBy(size_t column);
+
+    // At most `top` rows, 0 for all, and the others summed in one.
+    void print(Output& out, size_t top) const;
+
+    Json toJson(size_t top) const;
+
+  private:
+    std::vector<Cell> namesOf(const GroupKey& key) const;
+    Cell eventCell(uint32_t code) const;
+    Json namesInJson(const GroupKey& key) const;
+    std::vector<Cell> sumsAfter(size_t printed) const;
+
+    GroupBy by_;
+    const TraceClock* clock_;
+    const CodeNames* codeNames_;
+    std::vector<StatisticsRow> rows_;
+};
+
+}  // namespace sonaprobe::scope
