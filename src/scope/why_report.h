@@ -21,7 +21,7 @@ struct EvidenceRecord {
 };
 
 struct WhyAnswer {
-    std::string file;
+    std::string file{};
     uint64_t records = 0;
     uint64_t serverRecords = 0;
     std::vector<Dropout> dropouts{};
