@@ -70,12 +70,11 @@ SeenCall innermost(const Calls& calls, const SeenCall& outer, Nanoseconds begin,
     return best;
 }
 
-std::optional<SeenCall> engineChangeAround(const Calls& calls, const SeenCall& culprit,
-                                           Nanoseconds begin, Nanoseconds end) {
+std::optional<SeenCall> engineChangeAround(const Calls& calls, const SeenCall& culprit) {
     std::optional<SeenCall> change;
     for (const SeenCall& call : calls) {
         if (engineChangeOf(call.code) == EngineChange::none || !isInside(culprit, call)) continue;
-        if (overlap(call, begin, end) < (end - begin) / 2) continue;
+        if (!call.finished) continue;
         if (!change || call.depth < change->depth) change = call;
     }
     return change;
@@ -141,7 +140,7 @@ Holder makeHolder(const Calls& calls, const SeenCall& outer, const Silence& sile
                   Nanoseconds until) {
     Holder holder{.outer = outer, .culprit = innermost(calls, outer, silence.begin, until)};
     holder.covered = overlap(outer, silence.begin, std::min(until, silence.end));
-    holder.engineChange = engineChangeAround(calls, holder.culprit, silence.begin, silence.end);
+    holder.engineChange = engineChangeAround(calls, holder.culprit);
     return holder;
 }
 
@@ -243,7 +242,7 @@ std::vector<SeenCall> engineChangesIn(const Scene& scene, Nanoseconds begin, Nan
     std::vector<SeenCall> changes;
     for (const auto& [thread, calls] : othersCalls(scene, begin, end, ioThread)) {
         for (const SeenCall& call : calls) {
-            if (engineChangeOf(call.code) == EngineChange::none) continue;
+            if (engineChangeOf(call.code) == EngineChange::none || !call.finished) continue;
             const bool isInner = std::ranges::any_of(changes, [&](const SeenCall& outer) {
                 return isInside(call, outer);
             });
