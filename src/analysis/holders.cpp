@@ -227,13 +227,6 @@ std::vector<Holder> findHolders(const Scene& scene, const Silence& silence, cons
         return a.covered > b.covered;
     });
     for (Holder& holder : holders) followChain(scene, holder, silence, ioThread);
-    // Who waited for the same one is no second candidate.
-    for (size_t i = 0; i < holders.size(); ++i) {
-        std::erase_if(holders, [&](const Holder& other) {
-            return &other > &holders[i] &&
-                   other.culprit.startSlot == holders[i].culprit.startSlot;
-        });
-    }
     return holders;
 }
 
