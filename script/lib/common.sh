@@ -6,7 +6,7 @@ cd "$(dirname "${BASH_SOURCE[0]}")/../.."
 
 BUILD_PACKAGES=(g++ cmake ninja-build)
 TEST_PACKAGES=(libgtest-dev libgmock-dev python3 python3-pytest util-linux
-    mandoc bash-completion zsh dpkg-dev file)
+    mandoc bash-completion zsh dpkg-dev file python3-jsonschema)
 COVERAGE_PACKAGES=(gcovr)
 CHECK_PACKAGES=(git clang-14 clang-tidy-14 clang-format-14 libclang-rt-14-dev lintian)
 

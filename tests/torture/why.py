@@ -2,9 +2,10 @@
 
 import collections
 import json
+import subprocess
 from dataclasses import dataclass, field
 
-from conftest import run_program
+from setting import BUILD
 
 LEVELS = ("easy", "medium", "hard")
 GOALS = {"easy": 0.98, "medium": 0.98, "hard": 0.93}  # of right causes
@@ -35,6 +36,11 @@ class Tally:
                 and self.culprits >= CULPRITS * self.causes)
 
 
+def run(program, *arguments):
+    return subprocess.run([BUILD / program, *map(str, arguments)], stdin=subprocess.DEVNULL,
+                          capture_output=True, text=True, check=False)
+
+
 def same_culprit(planted, told):
     """The same slot is the same call; where nobody is to blame, nobody may be blamed."""
     if planted is None or told is None:
@@ -45,10 +51,10 @@ def same_culprit(planted, told):
 def ask(folder, level, seed, count):
     """Writes a trace and returns what was planted and what why tells, each by slot."""
     trace, truth = folder / "dropouts.raw", folder / "truth.json"
-    written = run_program("write", "dropouts", trace, "--level", level, "--seed", seed, "--count",
-                          count, "--truth", truth, program="sonaprobe-sim")
+    written = run("sonaprobe-sim", "write", "dropouts", trace, "--level", level, "--seed", seed,
+                  "--count", count, "--truth", truth)
     assert (written.stderr, written.returncode) == ("", 0)
-    answer = run_program("why", "--json", trace, program="sonascope")
+    answer = run("sonascope", "why", "--json", trace)
     planted = {dropout["slot"]: dropout for dropout in json.loads(truth.read_text())["dropouts"]}
     told = {dropout["slot"]: dropout for dropout in json.loads(answer.stdout)["dropouts"]}
     assert answer.returncode == (1 if told else 0), answer.stderr
