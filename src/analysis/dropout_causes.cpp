@@ -28,6 +28,10 @@ constexpr double kTargetOff = 0.1;
 // A gap is no pause where it is so many times longer than nearly all others.
 constexpr int kLostInGaps = 3;
 constexpr unsigned kNearlyAll = 99;
+// Of a cycle whose samples jump, a gap has taken so much where ends without starts follow, and so
+// much where nothing but its length tells.
+constexpr double kLeastLost = 0.05;
+constexpr double kMostlyLost = 0.25;
 constexpr Nanoseconds kOrphansAfter = 20'000'000;
 
 // What work on a processor has to fill of an excess, and to leave no doubt.
@@ -270,8 +274,11 @@ std::optional<Verdict> Judge::lostRecords(const Layout& layout) const {
     const bool beginsElsewhere = cycle.toldBefore && cycle.toldBefore->sample != cycle.sample;
     if (!endsElsewhere && !beginsElsewhere && !cycle.broken) return {};
     const auto gap = largestGap(from, layout.until);
-    if (!gap || gap->length() < (layout.until - from) / 20) return {};
-    if (gap->explains > 0 || isLong(*gap)) return lostAt(*gap, Certainty::likely);
+    if (!gap) return {};
+    const double part = ratio(gap->length(), layout.until - from);
+    if ((gap->explains > 0 && part > kLeastLost) || (isLong(*gap) && part > kMostlyLost)) {
+        return lostAt(*gap, Certainty::likely);
+    }
     if (!endsElsewhere || !layout.dueKnown) return {};
     // The server leaves out cycles that it cannot reach any more. Two merged cycles have the second
     // one's target.

@@ -306,8 +306,15 @@ BusyProcessor workOn(const Scene& scene, const Silence& silence, uint32_t ioThre
     if (busiest == nullptr) return busy;
     busy.firstSlot = busiest->first->slot;
     busy.firstCode = codeOf(busiest->first->debugid);
+    // A call that began there, and whose thread has been nowhere else since.
+    uint64_t elsewhere = 0;
+    for (const SeenRecord& record : scene.records) {
+        if (record.thread != busy.thread || record.slot >= busy.firstSlot) continue;
+        if (record.cpu != busy.cpu) elsewhere = std::max(elsewhere, record.slot);
+    }
     for (const SeenCall& call : scene.calls) {
         if (call.thread != busy.thread || call.cpu != busy.cpu || !call.finished) continue;
+        if (call.startSlot < std::max(elsewhere, scene.records.front().slot)) continue;
         if (call.end <= silence.begin || call.start >= silence.end) continue;
         busy.firstCall = call;
         break;  // calls stand in the order of their starts
