@@ -74,11 +74,17 @@ struct Gap {
     Nanoseconds end = 0;
     uint64_t slotBefore = 0;
     uint64_t slotAfter = 0;
-    size_t explains = 0;  // threads that have an end without a start after it
+    size_t explains = 0;     // threads that have an end without a start after it
     bool standsOut = false;  // twice as long as any other in its neighbourhood
 
     Nanoseconds length() const { return end - begin; }
 };
+
+// The records of a call.
+std::vector<uint64_t> slotsOf(const SeenCall& call) {
+    if (!call.finished) return {call.startSlot};
+    return {call.startSlot, call.endSlot};
+}
 
 bool isOfCycle(uint32_t code) { return code == server::kClient || code == server::kIoCycle; }
 
@@ -153,8 +159,7 @@ Layout Judge::layOut(size_t number, Nanoseconds until) const {
         if (call.thread != timed_.io->thread || call.startSlot <= cycle.beginSlot) continue;
         if (call.start > layout.until) break;
         calls.push_back(&call);
-        keys[&call] =
-            call.code == server::kClient ? clientKey(clients++) : callKey(call.code);
+        keys[&call] = call.code == server::kClient ? clientKey(clients++) : callKey(call.code);
     }
     const SeenRecord* before = nullptr;
     for (const SeenRecord& record : scene_.records) {
@@ -206,7 +211,10 @@ std::optional<Gap> Judge::largestGap(Nanoseconds begin, Nanoseconds end) const {
         firstSlot = std::min(firstSlot, record.slot);
         const SeenRecord& last = records[i - 1];
         if (record.time <= begin || last.time >= end) continue;
-        Gap gap{.begin = last.time, .end = record.time, .slotBefore = last.slot, .slotAfter = firstSlot};
+        Gap gap{.begin = last.time,
+                .end = record.time,
+                .slotBefore = last.slot,
+                .slotAfter = firstSlot};
         for (const auto& [thread, time] : orphans) {
             if (time < end + kOrphansAfter) ++gap.explains;
         }
@@ -282,9 +290,9 @@ std::optional<Verdict> Judge::lostRecords(const Layout& layout) const {
     if (!endsElsewhere || !layout.dueKnown) return {};
     // The server leaves out cycles that it cannot reach any more. Two merged cycles have the second
     // one's target.
-    const Nanoseconds skipped = static_cast<Nanoseconds>(
-        static_cast<double>(cycle.told->sample - cycle.sample - cycle.frames) *
-        timed_.perFrame(layout.number));
+    const Nanoseconds skipped =
+        timeOfFrames(static_cast<double>(cycle.told->sample - cycle.sample - cycle.frames),
+                     timed_.perFrame(layout.number));
     const bool otherTarget =
         overload_.targetHost && overload_.cycle == layout.number &&
         std::abs(*overload_.targetHost - layout.deadline - skipped) < cycle.budget / 10;
@@ -297,9 +305,8 @@ std::optional<Verdict> Judge::clock(const Layout& layout) const {
     const IoCycle& cycle = *layout.cycle;
     const size_t first = layout.number - std::min(layout.number, kCyclesOfStamp);
     const Nanoseconds from = timed_.io->cycles[first].begin;
-    const Nanoseconds least =
-        std::max({kLeastDeparture, kDepartureInScatters * timed_.stampScatter,
-                  cycle.budget / kDepartureInBudgets});
+    const Nanoseconds least = std::max({kLeastDeparture, kDepartureInScatters * timed_.stampScatter,
+                                        cycle.budget / kDepartureInBudgets});
     const Stamp* departed = nullptr;
     const Stamp* last = nullptr;
     Nanoseconds departure = 0;
@@ -316,8 +323,7 @@ std::optional<Verdict> Judge::clock(const Layout& layout) const {
         } else if (before != nullptr) {
             const auto frames = static_cast<int64_t>(stamp->at.sample - before->at.sample);
             off = stamp->at.host - before->at.host -
-                  static_cast<Nanoseconds>(static_cast<double>(frames) *
-                                           timed_.perFrame(layout.number));
+                  timeOfFrames(static_cast<double>(frames), timed_.perFrame(layout.number));
         }
         if (std::abs(off) <= std::max(least, std::abs(departure))) continue;
         departed = stamp;
@@ -335,8 +341,7 @@ std::optional<Verdict> Judge::clock(const Layout& layout) const {
     verdict.evidence = {departed->slot};
     if (overload_.targetHost && overload_.cycle == layout.number) {
         const Nanoseconds moved = *overload_.targetHost - deadline;
-        const bool agree =
-            ratio(std::abs(moved - departure), std::abs(departure)) < kTargetOff;
+        const bool agree = ratio(std::abs(moved - departure), std::abs(departure)) < kTargetOff;
         if (agree) verdict.certainty = Certainty::shown;
     }
     return verdict;
@@ -365,10 +370,9 @@ std::optional<Verdict> Judge::preempted(const OwnerShare& place, bool shown) con
                                 ? Certainty::shown
                                 : Certainty::likely;
     }
-    verdict.culprit = busy.firstCall
-                          ? culpritOf(*busy.firstCall)
-                          : Culprit{busy.firstSlot, busy.firstCode, trace_.threadIds[busy.thread],
-                                    busy.cpu};
+    verdict.culprit = busy.firstCall ? culpritOf(*busy.firstCall)
+                                     : Culprit{busy.firstSlot, busy.firstCode,
+                                               trace_.threadIds[busy.thread], busy.cpu};
     verdict.evidence = {verdict.culprit->slot};
     verdict.share = ratio(std::min(filled, excess), excess);
     return verdict;
@@ -380,7 +384,7 @@ std::optional<Verdict> Judge::engineChange(const Layout& layout,
     const auto verdictOf = [&](const SeenCall& call, Certainty certainty) {
         Verdict verdict{.cause = DropoutCause::engineChange, .certainty = certainty};
         verdict.culprit = culpritOf(call);
-        verdict.evidence = {call.startSlot, call.endSlot};
+        verdict.evidence = slotsOf(call);
         return verdict;
     };
     if (place.call != nullptr && engineChangeOf(place.call->code) != EngineChange::none) {
@@ -420,8 +424,8 @@ Verdict Judge::blockedBy(const OwnerShare& place, const std::vector<Holder>& hol
     verdict.culprit = culpritOf(holder.culprit);
     verdict.evidence = holder.evidence;
     for (const SeenCall& call : {holder.outer, holder.culprit}) {
-        verdict.evidence.push_back(call.startSlot);
-        if (call.finished) verdict.evidence.push_back(call.endSlot);
+        const std::vector<uint64_t> slots = slotsOf(call);
+        verdict.evidence.insert(verdict.evidence.end(), slots.begin(), slots.end());
     }
     verdict.share = ratio(holder.covered, place.silence.length());
     return verdict;
@@ -438,17 +442,17 @@ Verdict Judge::placeItself(const Layout& layout) const {
         verdict.certainty = Certainty::possible;
         return verdict;
     }
-    verdict.cause = place.call->code == server::kClient ? DropoutCause::client
-                                                        : DropoutCause::driverCall;
+    verdict.cause =
+        place.call->code == server::kClient ? DropoutCause::client : DropoutCause::driverCall;
     verdict.culprit = culpritOf(*place.call);
-    verdict.evidence = {place.call->startSlot, place.call->endSlot};
+    verdict.evidence = slotsOf(*place.call);
 
     // Nobody else can have taken the time where nobody else did anything as long.
     Nanoseconds all = 0;
     for (const OwnerShare& share : layout.owners) all += std::max<Nanoseconds>(0, excessOf(share));
     const bool contested = std::ranges::any_of(scene_.calls, [&](const SeenCall& call) {
-        const Nanoseconds covered = std::min(call.end, place.silence.end) -
-                                    std::max(call.start, place.silence.begin);
+        const Nanoseconds covered =
+            std::min(call.end, place.silence.end) - std::max(call.start, place.silence.begin);
         return call.thread != timed_.io->thread && ratio(covered, place.silence.length()) > 0.2;
     });
     const BusyProcessor busy = workOn(scene_, place.silence, timed_.io->thread);
@@ -483,8 +487,8 @@ Verdict Judge::judgeCycle(const Layout& layout, size_t carried) const {
         if (layout.owners.empty() || excessOf(layout.owners.front()) <= 0) return {};
         const OwnerShare& place = layout.owners.front();
         if (const auto busy = preempted(place, true)) return *busy;
-        const std::vector<Holder> holders = findHolders(
-            scene_, place.silence, timed_.usualOf(place.owner), timed_.io->thread);
+        const std::vector<Holder> holders =
+            findHolders(scene_, place.silence, timed_.usualOf(place.owner), timed_.io->thread);
         if (const auto change = engineChange(layout, holders)) return *change;
         if (!holders.empty()) return blockedBy(place, holders);
         if (const auto busy = preempted(place, false)) return *busy;
@@ -514,17 +518,15 @@ Verdict Judge::judge() const {
 }  // namespace
 
 std::vector<Dropout> judgeDropouts(IoTrace& trace, const std::vector<TimedThread>& threads) {
-    const Nanoseconds ordinaryGap =
-        trace.gaps.count() == 0 ? 0 : trace.gaps.percentile(kNearlyAll);
+    const Nanoseconds ordinaryGap = trace.gaps.count() == 0 ? 0 : trace.gaps.percentile(kNearlyAll);
     // For dropouts on threads without cycles.
     IoThread nobody{};
     TimedThread none{};
     none.io = &nobody;
     std::vector<Dropout> dropouts;
     for (const Overload& overload : trace.overloads) {
-        const auto found = std::ranges::find_if(threads, [&](const TimedThread& timed) {
-            return timed.io->thread == overload.thread;
-        });
+        const auto found = std::ranges::find_if(
+            threads, [&](const TimedThread& timed) { return timed.io->thread == overload.thread; });
         const TimedThread& timed = found == threads.end() ? none : *found;
         const Judge judge(trace, timed, overload, ordinaryGap);
         Dropout& dropout = dropouts.emplace_back();

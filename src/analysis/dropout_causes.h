@@ -48,9 +48,9 @@ struct Verdict {
     DropoutCause cause = DropoutCause::unknown;
     Certainty certainty = Certainty::possible;
     std::optional<Culprit> culprit{};
-    double share = 0;                      // of the lacking time, 0 to 1
-    bool carried = false;                  // from the cycle before
-    std::vector<uint64_t> evidence{};      // slots, ascending
+    double share = 0;                  // of the lacking time, 0 to 1
+    bool carried = false;              // from the cycle before
+    std::vector<uint64_t> evidence{};  // slots, ascending
 };
 
 struct Dropout {

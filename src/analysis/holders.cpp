@@ -174,8 +174,8 @@ std::optional<Holder> holderAmong(const Calls& calls, const Silence& silence, co
 }
 
 // Two holders, one after the other.
-std::optional<Holder> holdersInTurn(const std::map<uint32_t, Calls>& others,
-                                    const Silence& silence, const Usual& usual) {
+std::optional<Holder> holdersInTurn(const std::map<uint32_t, Calls>& others, const Silence& silence,
+                                    const Usual& usual) {
     const auto least = static_cast<Nanoseconds>(kLeastPart * static_cast<double>(silence.length()));
     std::optional<Holder> best;
     for (const auto& [lastThread, lastCalls] : others) {
@@ -188,7 +188,8 @@ std::optional<Holder> holdersInTurn(const std::map<uint32_t, Calls>& others,
                 for (const SeenCall& first : firstCalls) {
                     const Fit start = fitOf(first, silence);
                     const Nanoseconds between = std::max<Nanoseconds>(0, last.start - first.end);
-                    const Nanoseconds left = start.before + between + std::max<Nanoseconds>(0, after);
+                    const Nanoseconds left =
+                        start.before + between + std::max<Nanoseconds>(0, after);
                     if (!first.finished || left > usual.most() || first.end >= last.end) continue;
                     const Nanoseconds firstPart = overlap(first, silence.begin, silence.end);
                     const Nanoseconds lastPart = overlap(last, silence.begin, silence.end);
@@ -236,9 +237,8 @@ std::vector<SeenCall> engineChangesIn(const Scene& scene, Nanoseconds begin, Nan
     for (const auto& [thread, calls] : othersCalls(scene, begin, end, ioThread)) {
         for (const SeenCall& call : calls) {
             if (engineChangeOf(call.code) == EngineChange::none || !call.finished) continue;
-            const bool isInner = std::ranges::any_of(changes, [&](const SeenCall& outer) {
-                return isInside(call, outer);
-            });
+            const bool isInner = std::ranges::any_of(
+                changes, [&](const SeenCall& outer) { return isInside(call, outer); });
             if (!isInner) changes.push_back(call);
         }
     }
@@ -296,8 +296,8 @@ BusyProcessor workOn(const Scene& scene, const Silence& silence, uint32_t ioThre
     const Work* busiest = nullptr;
     for (const auto& [thread, work] : works) {
         if (work.first == nullptr) continue;
-        if (busiest != nullptr && std::pair(work.called, work.records) <=
-                                      std::pair(busiest->called, busiest->records)) {
+        if (busiest != nullptr &&
+            std::pair(work.called, work.records) <= std::pair(busiest->called, busiest->records)) {
             continue;
         }
         busiest = &work;

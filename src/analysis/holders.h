@@ -27,9 +27,9 @@ struct Holder {
     SeenCall outer;    // the call that covers the silence
     SeenCall culprit;  // the innermost call with most of it
     Nanoseconds covered = 0;
-    bool byStep = false;                 // a step in the outer call ends in time, the call goes on
+    bool byStep = false;  // a step in the outer call ends in time, the call goes on
     std::optional<SeenCall> engineChange{};  // the outermost call around or in it that is one
-    std::vector<uint64_t> evidence{};    // slots
+    std::vector<uint64_t> evidence{};        // slots
 };
 
 // Calls of other threads that may have held what the thread waited for, the best one first. What is
@@ -44,7 +44,7 @@ std::vector<SeenCall> engineChangesIn(const Scene& scene, Nanoseconds begin, Nan
 // The work of other threads on a processor in a stretch of time.
 struct BusyProcessor {
     std::optional<SeenCall> firstCall{};  // there, of the busiest thread
-    uint64_t firstSlot = 0;             // of that thread's first record there
+    uint64_t firstSlot = 0;               // of that thread's first record there
     uint32_t firstCode = 0;
     uint32_t thread = 0;
     uint32_t cpu = 0;

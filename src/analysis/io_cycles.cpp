@@ -23,7 +23,7 @@ constexpr Nanoseconds kLateRecords = 5'000'000;
 
 }  // namespace
 
-IoObserver::IoObserver() : tracker_(*this) {}
+IoObserver::IoObserver() : tracker_(*this) { trace_.gaps.becomeSketch(); }
 
 void IoObserver::take(const TraceRecord& slot) {
     orphan_ = false;
@@ -38,10 +38,10 @@ void IoObserver::take(const TraceRecord& slot) {
     if (moment == nullptr) return;
     ++trace_.records;
     if (server::isServer(slot.debugid)) ++trace_.serverRecords;
-    if (trace_.records > 1 && moment->time >= latest_) trace_.gaps.add(moment->time - latest_);
-    latest_ = std::max(latest_, moment->time);
-    recent_.push_back(
-        {moment->time, moment->slot, slot.debugid, moment->thread, slot.cpuid, orphan_});
+    const Nanoseconds time = bounded(moment->time);
+    if (trace_.records > 1 && time >= latest_) trace_.gaps.add(time - latest_);
+    latest_ = std::max(latest_, time);
+    recent_.push_back({time, moment->slot, slot.debugid, moment->thread, slot.cpuid, orphan_});
     completeScenes(false);
     forget();
 }
@@ -71,8 +71,8 @@ IoCycle* IoObserver::openCycle(uint32_t thread) {
 
 // A host time on the trace's time scale, the two clocks taken for one.
 Nanoseconds IoObserver::hostTime(uint64_t word, uint64_t timestamp, Nanoseconds time) const {
-    return saturated(
-        Wide{time} + nanosecondsOf(word, timestamp, tracker_.clock().ticksPerMicrosecond()));
+    return saturated(Wide{time} +
+                     nanosecondsOf(word, timestamp, tracker_.clock().ticksPerMicrosecond()));
 }
 
 uint32_t IoObserver::opened(const TraceRecord& record, const Call& call, const Call*) {
@@ -84,8 +84,9 @@ uint32_t IoObserver::opened(const TraceRecord& record, const Call& call, const C
         freeTags_.pop_back();
     }
     open_[tag].isOpen = true;
-    open_[tag].call = {.start = call.start,
-                       .end = call.start,
+    const Nanoseconds start = bounded(call.start);
+    open_[tag].call = {.start = start,
+                       .end = start,
                        .startSlot = call.startSlot,
                        .endSlot = call.startSlot,
                        .code = call.code,
@@ -109,12 +110,11 @@ void IoObserver::beginCycle(const TraceRecord& record, const Call& call) {
     server.open = io.cycles.size();
     IoCycle& cycle = io.cycles.emplace_back();
     cycle.beginSlot = call.startSlot;
-    cycle.begin = cycle.end = call.start;
+    cycle.begin = cycle.end = bounded(call.start);
     cycle.sample = record.arg1;
     cycle.frames = record.arg3;
     if (record.arg2 != 0) {
-        cycle.clockShift =
-            saturated(Wide{hostTime(record.arg2, record.timestamp, call.start)} - call.start);
+        cycle.clockShift = hostTime(record.arg2, record.timestamp, cycle.begin) - cycle.begin;
     }
     cycle.toldBefore = std::exchange(server.told, std::nullopt);
 }
@@ -122,7 +122,7 @@ void IoObserver::beginCycle(const TraceRecord& record, const Call& call) {
 void IoObserver::closed(const Call& call, const Call*, const Closing& closing) {
     OpenCall& opened = open_[call.tag];
     SeenCall& seen = opened.call;
-    seen.end = closing.time;
+    seen.end = bounded(closing.time);
     seen.endSlot = closing.slot;
     seen.finished = closing.how == CallEnd::finished;
     for (const size_t overload : opened.scenes) {
@@ -150,7 +150,7 @@ void IoObserver::closed(const Call& call, const Call*, const Closing& closing) {
     }
     const OwnerKey owner =
         call.code == server::kClient ? clientKey(cycle->clients++) : callKey(call.code);
-    cycle->owners.push_back({owner, closing.selfOf(call)});
+    cycle->owners.push_back({owner, bounded(closing.selfOf(call))});
 }
 
 void IoObserver::endCycle(const TraceRecord& end, const Call& call, const Closing& closing) {
@@ -158,9 +158,9 @@ void IoObserver::endCycle(const TraceRecord& end, const Call& call, const Closin
     IoCycle* const cycle = openCycle(call.thread);
     if (cycle != nullptr) {
         cycle->finished = true;
-        cycle->end = closing.time;
+        cycle->end = bounded(closing.time);
         cycle->endSlot = closing.slot;
-        cycle->owners.push_back({kCycleItself, closing.selfOf(call)});
+        cycle->owners.push_back({kCycleItself, bounded(closing.selfOf(call))});
     }
     server.open.reset();
     tell(server, end, closing.time);
@@ -183,17 +183,17 @@ void IoObserver::tell(Server& server, const TraceRecord& end, Nanoseconds time) 
 void IoObserver::point(const TraceRecord& record, const Moment& moment) {
     if (record.debugid == (server::kOverload | 1)) takeOverload(record, moment);
     if (record.debugid == (server::kZeroTimeStamp | 1)) {
-        const double ticks = record.arg4 == 0 ? 0
-                                              : static_cast<double>(record.arg3) /
-                                                    static_cast<double>(record.arg4);
+        const double ticks =
+            record.arg4 == 0 ? 0
+                             : static_cast<double>(record.arg3) / static_cast<double>(record.arg4);
         const auto divisor = static_cast<double>(tracker_.clock().ticksPerMicrosecond());
-        trace_.stamps.push_back({.at = {record.arg1, hostTime(record.arg2, record.timestamp,
-                                                              moment.time)},
-                                 .time = moment.time,
-                                 .slot = moment.slot,
-                                 .thread = moment.thread,
-                                 .cpu = record.cpuid,
-                                 .perFrame = ticks * 1000 / divisor});
+        trace_.stamps.push_back(
+            {.at = {record.arg1, hostTime(record.arg2, record.timestamp, moment.time)},
+             .time = bounded(moment.time),
+             .slot = moment.slot,
+             .thread = moment.thread,
+             .cpu = record.cpuid,
+             .perFrame = ticks * 1000 / divisor});
     }
 }
 
@@ -208,21 +208,20 @@ void IoObserver::orphanEnd(const TraceRecord& record, const Moment& moment) {
 
 void IoObserver::takeOverload(const TraceRecord& record, const Moment& moment) {
     Server& server = serverOf(moment.thread);
-    Overload overload{.time = moment.time, .slot = moment.slot, .thread = moment.thread};
+    Overload overload{.time = bounded(moment.time), .slot = moment.slot, .thread = moment.thread};
     if (server.open) overload.cycle = *server.open;
     if (record.arg3 != 0) overload.targetSample = record.arg3;
     if (record.arg4 != 0) {
         overload.targetHost = hostTime(record.arg4, record.timestamp, moment.time);
         if (record.arg2 > record.arg4) {
-            overload.overrun = nanosecondsOf(record.arg2, record.arg4,
-                                             tracker_.clock().ticksPerMicrosecond());
+            overload.overrun =
+                nanosecondsOf(record.arg2, record.arg4, tracker_.clock().ticksPerMicrosecond());
         }
     }
-    const Nanoseconds period = server.period > 0 && server.period < kLongestPeriod
-                                   ? server.period
-                                   : kUsualPeriod;
-    pending_.push_back({trace_.overloads.size(), moment.time - kCyclesBefore * period,
-                        moment.time + std::max(period / 2, kLateRecords)});
+    const Nanoseconds period =
+        server.period > 0 && server.period < kLongestPeriod ? server.period : kUsualPeriod;
+    pending_.push_back({trace_.overloads.size(), overload.time - kCyclesBefore * period,
+                        overload.time + std::max(period / 2, kLateRecords)});
     trace_.overloads.push_back(std::move(overload));
 }
 

@@ -3,8 +3,10 @@
 
 #pragma once
 
+#include <algorithm>
 #include <cstdint>
 #include <deque>
+#include <limits>
 #include <optional>
 #include <vector>
 
@@ -29,6 +31,10 @@ constexpr OwnerKey kCycleItself = 2;
 constexpr OwnerKey clientKey(uint32_t number) { return uint64_t{1} << 32 | number; }
 constexpr OwnerKey callKey(uint32_t code) { return code; }
 
+// No time in here is farther from 0, so that sums of a few cannot overflow, whatever a file says.
+constexpr Nanoseconds kFarthest = std::numeric_limits<Nanoseconds>::max() / 16;
+constexpr Nanoseconds bounded(Nanoseconds time) { return std::clamp(time, -kFarthest, kFarthest); }
+
 // A sample and the time that the audio server gave it, on the trace's time scale.
 struct SampleTime {
     uint64_t sample = 0;
@@ -47,11 +53,11 @@ struct IoCycle {
     Nanoseconds end = 0;
     uint64_t sample = 0;
     uint64_t frames = 0;
-    Nanoseconds clockShift = 0;               // HostTime less the record's time
-    std::optional<SampleTime> toldBefore;     // by the end of the cycle before
-    std::optional<SampleTime> told;           // by its own end
+    Nanoseconds clockShift = 0;            // HostTime less the record's time
+    std::optional<SampleTime> toldBefore;  // by the end of the cycle before
+    std::optional<SampleTime> told;        // by its own end
     bool finished = false;
-    bool broken = false;    // a call inside was cut off: a record is missing
+    bool broken = false;  // a call inside was cut off: a record is missing
     bool overloaded = false;
     uint32_t clients = 0;
     std::vector<OwnerTime> owners;

@@ -21,8 +21,8 @@ constexpr int kReachInQuarters = 3;
 template <class T>
 T quantile(std::vector<T> values, size_t share, size_t of) {
     const size_t rank = values.size() * share / of;
-    const auto place = values.begin() + static_cast<std::ptrdiff_t>(
-                                            std::min(rank, values.size() - 1));
+    const auto place =
+        values.begin() + static_cast<std::ptrdiff_t>(std::min(rank, values.size() - 1));
     std::ranges::nth_element(values, place);
     return *place;
 }
@@ -74,15 +74,16 @@ void measureFrames(TimedThread& timed, const IoTrace& trace) {
         }
         const double last = timed.perFrameByBlock.empty() ? 0 : timed.perFrameByBlock.back();
         const bool few = ratios.size() < 3;
-        timed.perFrameByBlock.push_back(!few         ? quantile(ratios, 1, 2)
-                                        : last != 0  ? last
-                                        : other != 0 ? other
+        timed.perFrameByBlock.push_back(!few             ? quantile(ratios, 1, 2)
+                                        : last != 0      ? last
+                                        : other != 0     ? other
                                         : ratios.empty() ? 0
                                                          : ratios.front());
     }
     // What a short beginning could not tell, the next block does.
     for (size_t i = timed.perFrameByBlock.size(); i-- > 1;) {
-        if (timed.perFrameByBlock[i - 1] == 0) timed.perFrameByBlock[i - 1] = timed.perFrameByBlock[i];
+        if (timed.perFrameByBlock[i - 1] == 0)
+            timed.perFrameByBlock[i - 1] = timed.perFrameByBlock[i];
     }
 }
 
@@ -91,11 +92,10 @@ void setDueTimes(TimedThread& timed) {
     for (size_t i = 0; i < cycles.size(); ++i) {
         IoCycle& cycle = cycles[i];
         const double perFrame = timed.perFrame(i);
-        cycle.budget = static_cast<Nanoseconds>(static_cast<double>(cycle.frames) * perFrame);
+        cycle.budget = timeOfFrames(static_cast<double>(cycle.frames), perFrame);
         if (!cycle.toldBefore || perFrame == 0) continue;
         const auto ahead = static_cast<int64_t>(cycle.sample - cycle.toldBefore->sample);
-        cycle.due = cycle.toldBefore->host +
-                    static_cast<Nanoseconds>(static_cast<double>(ahead) * perFrame);
+        cycle.due = cycle.toldBefore->host + timeOfFrames(static_cast<double>(ahead), perFrame);
     }
 }
 
@@ -158,10 +158,15 @@ void measureStamps(TimedThread& timed) {
     if (apart.empty()) return;
     timed.stampShift = medianOf(apart);
     for (Nanoseconds& value : apart) value = std::abs(value - timed.stampShift);
-    timed.stampScatter = medianOf(apart);
+    timed.stampScatter = bounded(medianOf(apart));
 }
 
 }  // namespace
+
+Nanoseconds timeOfFrames(double frames, double perFrame) {
+    constexpr auto kMost = static_cast<double>(kFarthest);
+    return static_cast<Nanoseconds>(std::clamp(frames * perFrame, -kMost, kMost));
+}
 
 Nanoseconds medianOf(std::vector<Nanoseconds> values) { return quantile(std::move(values), 1, 2); }
 
@@ -181,8 +186,7 @@ std::optional<Nanoseconds> TimedThread::timeOf(uint64_t sample, Nanoseconds befo
         if (!cycle->told) continue;
         const auto ahead = static_cast<int64_t>(sample - cycle->told->sample);
         const auto place = static_cast<size_t>(cycle - io->cycles.begin());
-        return cycle->told->host +
-               static_cast<Nanoseconds>(static_cast<double>(ahead) * perFrame(place));
+        return cycle->told->host + timeOfFrames(static_cast<double>(ahead), perFrame(place));
     }
     return {};
 }
@@ -207,7 +211,8 @@ std::vector<TimedThread> timeThreads(IoTrace& trace) {
             if (timed.io->thread != overload.thread) continue;
             std::vector<IoCycle>& cycles = timed.io->cycles;
             if (overload.cycle == kNoCycle) {
-                const auto after = std::ranges::upper_bound(cycles, overload.slot, {}, &IoCycle::beginSlot);
+                const auto after =
+                    std::ranges::upper_bound(cycles, overload.slot, {}, &IoCycle::beginSlot);
                 if (after == cycles.begin()) continue;
                 const IoCycle& last = *std::prev(after);
                 if (!last.finished || last.endSlot > overload.slot ||

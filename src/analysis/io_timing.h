@@ -19,6 +19,9 @@ struct Usual {
     Nanoseconds most() const { return median + reach; }
 };
 
+// How long so many frames take.
+Nanoseconds timeOfFrames(double frames, double perFrame);
+
 // The I/O of one thread, timed.
 struct TimedThread {
     IoThread* io = nullptr;

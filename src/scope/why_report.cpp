@@ -19,8 +19,8 @@ namespace {
 
 // Without --all.
 constexpr size_t kFindings = 4;
-constexpr size_t kLines = 8;   // of evidence for a finding
-constexpr size_t kTimes = 4;   // of its dropouts
+constexpr size_t kLines = 8;  // of evidence for a finding
+constexpr size_t kTimes = 4;  // of its dropouts
 
 constexpr std::array<const char*, 9> kMeanings = {
     "a client's call took the time",
@@ -66,7 +66,9 @@ void printRecord(Output& out, uint64_t slot, const EvidenceRecord& shown, const 
     line.add("    ");
     line.addRight(timeText(shown.time), 14);
     line.add("  " + shortWordText(record.arg5) + " ", {Tone::dim});
-    line.add(qualifier == Qualifier::start ? "-> " : qualifier == Qualifier::end ? "<- " : "   ",
+    line.add(qualifier == Qualifier::start ? "-> "
+             : qualifier == Qualifier::end ? "<- "
+                                           : "   ",
              {Tone::dim});
     const bool isDropout = codeOf(record.debugid) == server::kOverload;
     line.add(eventName(event, names),
@@ -164,9 +166,8 @@ Json culpritJson(const Culprit& culprit) {
 
 Json dropoutJson(const Dropout& dropout) {
     const Verdict& verdict = dropout.verdict;
-    Json json{{"slot", dropout.slot},
-              {"time_ns", dropout.time},
-              {"thread", wordText(dropout.thread)}};
+    Json json{
+        {"slot", dropout.slot}, {"time_ns", dropout.time}, {"thread", wordText(dropout.thread)}};
     json["budget_ns"] = dropout.budget ? Json(*dropout.budget) : Json();
     json["lacking_ns"] = dropout.lacking ? Json(*dropout.lacking) : Json();
     json["cause"] = nameOf(verdict.cause);
@@ -186,13 +187,15 @@ std::vector<std::string> limitsOf(const IoTrace& trace, const std::vector<TimedT
         limits.push_back("The trace has no records.");
     } else if (trace.serverRecords == 0) {
         limits.push_back(
-            "The audio server has left no records: dropouts cannot be seen. sonaprobe -w keeps them "
+            "The audio server has left no records: dropouts cannot be seen. sonaprobe -w keeps "
+            "them "
             "whatever -A says, so the server was not running, or its group was filtered out.");
     } else if (threads.empty()) {
         limits.push_back("There are no I/O cycles, so no cycle's time is known.");
     } else if (trace.records == trace.serverRecords) {
         limits.push_back(
-            "No driver has left a record: who else was at work is not known. Drivers trace while bit "
+            "No driver has left a record: who else was at work is not known. Drivers trace while "
+            "bit "
             "0 of the audio debug flags is set.");
     }
     if (trace.orphanEnds > 0) {
@@ -267,7 +270,8 @@ void printWhyJson(Output& out, const WhyAnswer& answer) {
     json["findings"] = Json::array();
     for (const DropoutFinding& finding : answer.findings) {
         Json slots = Json::array();
-        for (const size_t dropout : finding.dropouts) slots.push_back(answer.dropouts[dropout].slot);
+        for (const size_t dropout : finding.dropouts)
+            slots.push_back(answer.dropouts[dropout].slot);
         const Verdict& verdict = answer.dropouts[finding.dropouts.front()].verdict;
         json["findings"].push_back({{"cause", nameOf(verdict.cause)},
                                     {"dropouts", slots},
@@ -275,12 +279,9 @@ void printWhyJson(Output& out, const WhyAnswer& answer) {
     }
     json["io_threads"] = Json::array();
     for (const IoSummary& thread : answer.threads) {
-        Json entry{{"thread", wordText(thread.thread)},
-                   {"cycles", thread.cycles},
-                   {"healthy", thread.healthy},
-                   {"near_misses", thread.nearMisses},
-                   {"overloaded", thread.overloaded},
-                   {"clock_shift_ns", thread.clockShift}};
+        Json entry{{"thread", wordText(thread.thread)}, {"cycles", thread.cycles},
+                   {"healthy", thread.healthy},         {"near_misses", thread.nearMisses},
+                   {"overloaded", thread.overloaded},   {"clock_shift_ns", thread.clockShift}};
         if (thread.healthy > 0) {
             entry["budget_ns"] = thread.budget;
             entry["p50_ns"] = thread.p50;

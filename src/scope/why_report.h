@@ -37,7 +37,8 @@ std::vector<std::string> limitsOf(const IoTrace& trace, const std::vector<TimedT
 // The slots that printWhy() will show.
 std::vector<uint64_t> shownSlots(const WhyAnswer& answer, bool all);
 
-// Without `all` a screen's worth: the first findings, each with a few lines of its clearest dropout.
+// Without `all` a screen's worth: the first findings, each with a few lines of its clearest
+// dropout.
 void printWhy(Output& out, const WhyAnswer& answer, const CodeNames& names, bool all);
 void printWhyJson(Output& out, const WhyAnswer& answer);
 

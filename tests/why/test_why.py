@@ -3,6 +3,7 @@
 import json
 import os
 import pathlib
+import re
 import subprocess
 
 import jsonschema
@@ -255,3 +256,24 @@ def test_without_a_dropout_it_says_so_and_what_is_missing(tmp_path):
     assert (result.stderr, result.returncode) == ("", 0)
     assert result.stdout.startswith("No dropout in this trace.\n")
     assert "The audio server has left no records" in result.stdout
+
+
+PAGE = (SOURCE / "docs/why.md").read_text()
+EXAMPLES = re.findall(r"^```\n\$ sonaprobe-sim (.*)\n\$ sonascope why one.raw\n(.*?)^```", PAGE,
+                      re.MULTILINE | re.DOTALL)
+
+
+@pytest.mark.parametrize("command, finding", EXAMPLES, ids=lambda text: text.split()[4][:14])
+def test_the_pages_examples_are_what_the_program_prints(command, finding, tmp_path):
+    trace = tmp_path / "one.raw"
+    arguments = [trace if word == "one.raw" else word for word in command.split()]
+    run_program(*arguments, program="sonaprobe-sim")
+    result = run_program("why", trace, program="sonascope")
+    printed = result.stdout.split("\n\n")[1].splitlines()
+    cut = [line if len(line) <= 100 else line[:99] + "…" for line in printed]
+    assert cut == finding.splitlines()
+
+
+def test_the_page_has_an_example_of_each_cause():
+    causes = SCHEMA["definitions"]["cause"]["enum"]
+    assert re.findall(r"--cause (\S+)", " ".join(command for command, _ in EXAMPLES)) == causes

@@ -39,9 +39,11 @@ void printHelp() {
     }
     std::puts(
         "\nDropouts whose causes are known:\n"
-        "  sonaprobe-sim write dropouts FILE [--cause KIND,...] [--count N] [--level L] [--seed N]\n"
+        "  sonaprobe-sim write dropouts FILE [--cause KIND,...] [--count N] [--level L] [--seed "
+        "N]\n"
         "        [--truth FILE]\n"
-        "        write a raw file with N dropouts (9) of these kinds (all), easy, medium (the default)\n"
+        "        write a raw file with N dropouts (9) of these kinds (all), easy, medium (the "
+        "default)\n"
         "        or hard to explain, and what has caused each into another file, as JSON");
     std::puts(
         "\nThe drivers among the players post while bit 0 of the audio debug flags is set, the "

@@ -43,9 +43,9 @@ void gatherEvidence(const Options& options, WhyAnswer& found) {
     forEachRecord(input, clock, [&](const TraceRecord& record, uint64_t slot, auto reading) {
         if (wanted == slots.end() || *wanted != slot) return;
         ++wanted;
-        found.evidence[slot] = {
-            record, options.trace.kernelTime ? clock.kernelTime(record) : reading.time,
-            static_cast<double>(clock.ticksPerMicrosecond())};
+        found.evidence[slot] = {record,
+                                options.trace.kernelTime ? clock.kernelTime(record) : reading.time,
+                                static_cast<double>(clock.ticksPerMicrosecond())};
     });
 }
 

@@ -20,7 +20,7 @@ namespace {
 constexpr uint64_t kTicksPerMicrosecond = kTicksPerSecond / 1'000'000;
 constexpr uint64_t kQuietCycles = 40;     // at the beginning and at the end
 constexpr uint64_t kHealthyCycles = 400;  // of a thread that has no faults
-constexpr uint64_t kLeastApart = 8;    // cycles between two faults of a thread
+constexpr uint64_t kLeastApart = 8;       // cycles between two faults of a thread
 constexpr uint64_t kMostApart = 30;
 constexpr Ticks kRoomForGap = ms(120);  // around lost records, for other threads' faults
 
