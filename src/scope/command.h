@@ -31,5 +31,6 @@ Run setUpRepair(CLI::App& app);
 Run setUpStats(CLI::App& app);
 Run setUpTree(CLI::App& app);
 Run setUpDiff(CLI::App& app);
+Run setUpWhy(CLI::App& app);
 
 }  // namespace sonaprobe::scope

@@ -12,6 +12,7 @@ constexpr Command kCommands[] = {
     {"stats", "where the time goes: calls and their times", setUpStats},
     {"tree", "who calls whom, with counts and times", setUpTree},
     {"diff", "what changed from one trace to another", setUpDiff},
+    {"why", "name the cause of each dropout", setUpWhy},
     {"cut", "keep a part of a trace as a file of its own", setUpCut},
     {"repair", "write a file anew without what is broken", setUpRepair},
     {"events", "search the reference of events", setUpEvents},
