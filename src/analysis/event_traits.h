@@ -18,10 +18,14 @@ constexpr uint64_t objectOf(const TraceRecord& record) {
 }
 
 // Events of the audio server that mean something to more than their line.
-constexpr uint32_t kOverload = 0x21040000;
-constexpr uint32_t kIoThread = 0x21040004;
-constexpr uint32_t kIoCycle = 0x21040008;
-constexpr uint32_t kClient = 0x2104000C;
+constexpr uint32_t kOverload = kAudioServerKey | 0 << 2;
+constexpr uint32_t kIoThread = kAudioServerKey | 1 << 2;
+constexpr uint32_t kIoCycle = kAudioServerKey | 2 << 2;
+constexpr uint32_t kClient = kAudioServerKey | 3 << 2;
+constexpr uint32_t kZeroTimeStamp = kAudioServerKey | 4 << 2;
+
+// Any code of the audio server's class word.
+constexpr bool isServer(uint32_t code) { return classWordOf(code) == classWordOf(kAudioServerKey); }
 
 // A start of those that do not says that the call before is over.
 constexpr bool recurses(uint32_t code) {

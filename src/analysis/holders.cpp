@@ -44,7 +44,7 @@ std::map<uint32_t, Calls> othersCalls(const Scene& scene, Nanoseconds begin, Nan
                                       uint32_t ioThread) {
     std::map<uint32_t, Calls> calls;
     for (const SeenCall& call : scene.calls) {
-        if (call.thread == ioThread || server::isServer(call.code)) continue;
+        if (call.thread == ioThread || isServer(call.code)) continue;
         if (call.start < end && call.end > begin) calls[call.thread].push_back(call);
     }
     return calls;
