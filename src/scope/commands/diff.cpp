@@ -3,7 +3,6 @@
 #include <cmath>
 
 #include "analysis/difference.h"
-#include "analysis/spelled.h"
 #include "scope/command.h"
 #include "scope/escape.h"
 #include "scope/event_text.h"
@@ -89,7 +88,8 @@ Side readSide(TraceOptions trace, SelectionOptions selectionOptions, const std::
     trackCalls(input, sink.tracker, [&](const TraceRecord& record, const Moment& moment) {
         sink.visit(record, moment);
     });
-    TraceSummary::warnOfClock(input.source().name(), sink.tracker.clock());
+    warnOfDamage(input);
+    warnOfAssumedDivisor(input, sink.tracker.clock());
     return {name, std::move(sink.sample), sink.tracker.clock().assumedDivisor()};
 }
 

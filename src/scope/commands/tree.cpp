@@ -100,7 +100,8 @@ Status run(Options& options) {
     }
     if (out.json()) printJson(out, document);
     out.finish();
-    TraceSummary::warnOfClock(input.source().name(), clock);
+    warnOfDamage(input);
+    warnOfAssumedDivisor(input, clock);
     return Status::done;
 }
 
