@@ -9,7 +9,7 @@ namespace sonaprobe {
 
 namespace {
 
-constexpr uint32_t kManyProcessors = 4096;
+constexpr uint32_t kManyProcessors = 256;
 constexpr uint32_t kServerClassWord = classWordOf(kAudioServerKey);
 constexpr uint64_t kFarOn = uint64_t{1} << 42;    // ticks
 constexpr uint64_t kFarBack = uint64_t{1} << 33;  // ticks
