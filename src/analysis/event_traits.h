@@ -17,6 +17,9 @@ constexpr uint64_t objectOf(const TraceRecord& record) {
     return hasObject(record.debugid) ? record.arg1 : 0;
 }
 
+// The audio server's record of a dropout.
+constexpr uint32_t kOverload = 0x21040000;
+
 // The audio server's IOThread, IOCycle and Client: a start says that the one before is over.
 constexpr bool recurses(uint32_t code) {
     return code != 0x21040004 && code != 0x21040008 && code != 0x2104000C;
