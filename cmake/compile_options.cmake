@@ -12,6 +12,11 @@ if(SONAPROBE_WERROR)
   target_compile_options(sonaprobe_options INTERFACE -Werror)
 endif()
 
+# The registers of old 32-bit processors hold more than a double: times would come out otherwise.
+if(CMAKE_SIZEOF_VOID_P EQUAL 4 AND CMAKE_SYSTEM_PROCESSOR MATCHES "86")
+  add_compile_options(-msse2 -mfpmath=sse)
+endif()
+
 # What users run is hardened. The sanitizers check more, and do not go with fortify.
 include(CheckPIESupported)
 check_pie_supported(LANGUAGES C CXX)

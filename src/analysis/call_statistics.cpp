@@ -25,8 +25,8 @@ void addTo(Nanoseconds& sum, Nanoseconds more) { sum = saturated(Wide{sum} + mor
 
 }  // namespace
 
-double CallGroup::mean() const {
-    return finished() == 0 ? 0 : static_cast<double>(total) / static_cast<double>(finished());
+Nanoseconds CallGroup::mean() const {
+    return finished() == 0 ? 0 : static_cast<Nanoseconds>(total / Wide{finished()});
 }
 
 GroupKey CallStatistics::keyOf(const TraceRecord& record, uint32_t thread) {
@@ -85,7 +85,7 @@ bool CallStatistics::close(const Call& call, const Closing& closing, bool endSel
     switch (closing.how) {
         case CallEnd::finished:
             group.durations.add(length);
-            addTo(group.total, length);
+            group.total += length;
             addTo(group.self, self);
             if (outermost) addTo(group.outermost, length);
             ++finished_;

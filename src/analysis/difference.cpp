@@ -18,9 +18,6 @@ constexpr double kSecond = 1e9;
 constexpr double kLeastSuperiority = 0.02;  // away from one half
 constexpr double kLeastShift = 0.01;        // of the mean self time, or of a rate
 
-// Self times, rate, failures.
-constexpr double kTestsOfEvent = 3;
-
 const EventSample kNoEvent;
 
 // Occurrences in the stretches of a whole trace, and how many seconds of it each stretch has.
@@ -85,10 +82,8 @@ double loadOf(const EventSample& event, Nanoseconds span) {
 
 class EventComparison {
   public:
-    EventComparison(const TraceSample& first, const TraceSample& second, uint32_t code,
-                    double tests)
+    EventComparison(const TraceSample& first, const TraceSample& second, uint32_t code)
         : code_(code),
-          tests_(tests),
           first_(first.find(code) ? *first.find(code) : kNoEvent),
           second_(second.find(code) ? *second.find(code) : kNoEvent),
           firstSpan_(first.span()),
@@ -96,24 +91,35 @@ class EventComparison {
 
     double load() const { return loadOf(second_, secondSpan_) - loadOf(first_, firstSpan_); }
 
-    std::vector<Difference> differences() const {
+    // How many tests can find a difference here.
+    unsigned tests() const {
+        const bool times = !first_.selfTimes.empty() && !second_.selfTimes.empty();
+        const bool failures = first_.failures + second_.failures > 0;
+        return 1U + (times ? 1U : 0U) + (failures ? 1U : 0U);
+    }
+
+    // `tests` is the number in the whole comparison: of so many, some would find what is not there.
+    std::vector<Difference> differences(unsigned tests) const {
         std::vector<Difference> found;
         compareTimes(found);
         compareFrequency(found);
         compareFailures(found);
+        std::erase_if(found, [tests](Difference& each) {
+            each.confidence = 1 - (1 - each.confidence) * tests;
+            return each.confidence <= 1 - kFalseFindings;
+        });
         return found;
     }
 
   private:
     void add(std::vector<Difference>& found, Change change, double first, double second,
              double probability, double superiority = 0.5) const {
-        if (probability * tests_ >= kFalseFindings) return;
         found.push_back({.code = code_,
                          .change = change,
                          .first = first,
                          .second = second,
                          .superiority = superiority,
-                         .confidence = 1 - probability * tests_,
+                         .confidence = 1 - probability,
                          .load = load(),
                          .explains = 0});
     }
@@ -148,7 +154,6 @@ class EventComparison {
     }
 
     uint32_t code_;
-    double tests_;
     const EventSample& first_;
     const EventSample& second_;
     Nanoseconds firstSpan_;
@@ -163,12 +168,16 @@ TraceComparison compareTraces(const TraceSample& first, const TraceSample& secon
     for (const EventSample& event : second.events()) codes.insert(event.code);
 
     TraceComparison comparison{{}, codes.size()};
-    const double tests = kTestsOfEvent * static_cast<double>(codes.size());
+    std::vector<EventComparison> events;
+    for (const uint32_t code : codes) events.emplace_back(first, second, code);
+    unsigned tests = 0;
     double changed = 0;
-    for (const uint32_t code : codes) {
-        const EventComparison event(first, second, code, tests);
+    for (const EventComparison& event : events) {
+        tests += event.tests();
         changed += std::abs(event.load());
-        for (const Difference& difference : event.differences()) {
+    }
+    for (const EventComparison& event : events) {
+        for (const Difference& difference : event.differences(tests)) {
             comparison.differences.push_back(difference);
         }
     }

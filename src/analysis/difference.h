@@ -42,7 +42,7 @@ struct TraceComparison {
 };
 
 // The probability of a false finding in a whole comparison.
-constexpr double kFalseFindings = 0.005;
+constexpr double kFalseFindings = 0.01;
 
 TraceComparison compareTraces(const TraceSample& first, const TraceSample& second);
 

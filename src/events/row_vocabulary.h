@@ -50,7 +50,6 @@ namespace sonaprobe::rows {
 // Not constexpr, so that calling it while compiling is an error that shows the reason.
 void refuse(const char* reason);
 
-constexpr size_t kMaxPieces = 12;
 constexpr size_t kMaxStretch = 255;  // characters before a value
 constexpr size_t kMaxWordPairs = 2;
 

@@ -26,6 +26,8 @@ class OutputLine {
     // in pieces of this length.
     static constexpr size_t kFillRoom = kGathered + 4096;
 
+    // The buffer is written before it is read; to clear it would touch all of its pages.
+    // NOLINTNEXTLINE(cppcoreguidelines-pro-type-member-init)
     explicit OutputLine(Sink sink) : sink_(sink), at_(buffer_) {}
     OutputLine(const OutputLine&) = delete;
     OutputLine& operator=(const OutputLine&) = delete;
@@ -55,10 +57,10 @@ class OutputLine {
 
     // Any number of blanks; more than the buffer holds go to the sink in pieces.
     void blanks(uint64_t count) {
-        if (count > room()) count = spill(count);
+        const size_t last = count > room() ? spill(count) : static_cast<size_t>(count);
         std::memset(at_, ' ', kTextBlock);
-        if (count > kTextBlock) std::memset(at_, ' ', count);
-        at_ += count;
+        if (last > kTextBlock) std::memset(at_, ' ', last);
+        at_ += last;
     }
 
     // Ends the line with "\n" and hands it over, or keeps it to be gathered.
@@ -77,7 +79,7 @@ class OutputLine {
 
     size_t used() const { return static_cast<size_t>(at_ - buffer_); }
     size_t room() const { return used() < kFillRoom ? kFillRoom - used() : 0; }
-    uint64_t spill(uint64_t count);
+    size_t spill(uint64_t count);
 
     Sink sink_;
     size_t handOverAt_ = 0;

@@ -57,14 +57,14 @@ void set(const Option& option, const char*) {
 }
 
 void setNumber(const Option& option, const char* text) {
-    *option.field = static_cast<uint32_t>(std::strtoul(text, nullptr, 0));
+    *option.field = static_cast<uint32_t>(std::strtoull(text, nullptr, 0));
     say(option.message, *option.field);
 }
 
 void changeNothing(const Option& option, const char*) { say(option.message, 0); }
 
 void setBufferSize(const Option& option, const char* text) {
-    if (static_cast<uint32_t>(std::strtoul(text, nullptr, 0)) == 0) {
+    if (static_cast<uint32_t>(std::strtoull(text, nullptr, 0)) == 0) {
         std::fprintf(stderr, "An invalid buffer of size %u was requested!\n", 0U);
         fatalExit("Argument parsing error\n");
     }

@@ -34,7 +34,8 @@ constexpr std::array kColumns{
     StatisticsColumn{"self", "self", Measure::duration, 0,
                      [](CallGroup& g) { return ofFinished(g, [&] { return g.self; }); }, true},
     StatisticsColumn{"total", "total", Measure::duration, 0,
-                     [](CallGroup& g) { return ofFinished(g, [&] { return g.total; }); }, true},
+                     [](CallGroup& g) { return ofFinished(g, [&] { return saturated(g.total); }); },
+                     true},
     StatisticsColumn{"outermost", "outermost", Measure::duration, 120,
                      [](CallGroup& g) { return ofFinished(g, [&] { return g.outermost; }); }, true},
     StatisticsColumn{"busy", "busy", Measure::duration, 130, [](CallGroup& g) { return g.busy; },
@@ -103,6 +104,7 @@ StatisticsTable::StatisticsTable(CallStatistics& statistics, GroupBy by, const T
                                  const CodeNames& codeNames)
     : by_(by), clock_(&clock), codeNames_(&codeNames) {
     for (CallGroup& group : statistics.groups()) {
+        if (group.isEmpty()) continue;
         StatisticsRow& row = rows_.emplace_back();
         row.key = group.key;
         row.finished = group.finished();

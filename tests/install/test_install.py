@@ -23,6 +23,11 @@ INSTALLED = {
     *(f"share/doc/sonaprobe/{page.name}" for page in (SOURCE / "docs").glob("*.md")),
     *(f"share/doc/sonaprobe/{folder}/{file.name}" for folder in ("sample", "schema")
       for file in (SOURCE / "docs" / folder).iterdir()),
+    "include/sonaprobe/sonaprobe.h", "share/doc/sonaprobe/examples/failures.c",
+    "lib/libsonaprobe.so", "lib/libsonaprobe.so.1", "lib/libsonaprobe.so.1.0.0",
+    "lib/pkgconfig/sonaprobe.pc", "lib/cmake/sonaprobe/sonaprobe-config.cmake",
+    "lib/cmake/sonaprobe/sonaprobe-config-version.cmake",
+    "lib/cmake/sonaprobe/sonaprobe-config-relwithdebinfo.cmake",
 }
 
 

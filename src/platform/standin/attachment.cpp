@@ -100,7 +100,7 @@ class Sleeper {
     }
 
   private:
-    sigset_t before_;
+    sigset_t before_{};
     long nanoseconds_ = 5'000;
 };
 
@@ -145,7 +145,7 @@ Descriptor openFolder() {
         if (errno == ENOTDIR || errno == ELOOP) errno = refuse(kFolder, "is not a folder");
         return folder;
     }
-    struct stat found;
+    struct stat found {};
     const bool looked = fstat(folder.number(), &found) == 0;
     const char* flaw = looked ? flawOf(found, S_IFDIR) : "cannot be looked at";
     if (flaw == nullptr) return folder;
@@ -224,8 +224,8 @@ State* mapState(int file, struct stat& found) {
 // for. Sets errno when it must be refused.
 enum class Standing { same, gone, cutShort, refused };
 Standing lookAgain() {
-    struct stat folder;
-    struct stat file;
+    struct stat folder {};
+    struct stat file {};
     if (lstat(kFolder, &folder) != 0 || lstat(kStatePath, &file) != 0) return Standing::gone;
     if (const char* flaw = flawOf(folder, S_IFDIR); flaw != nullptr) {
         errno = refuse(kFolder, flaw);
@@ -246,7 +246,7 @@ bool renewState() {
     tellCutShort(kStatePath);
     if (!lockOperations()) return false;
     const int file = attachment.file.number();
-    struct stat found;
+    struct stat found {};
     int error = fstat(file, &found) != 0 ? errno : 0;
     if (error == 0 && found.st_size != off_t{sizeof(State)}) {
         error = ftruncate(file, off_t{sizeof(State)}) != 0 ? errno : fillFreshState(file);
@@ -303,7 +303,7 @@ State* attach(Look look) {
     Descriptor folder = openFolder();
     if (!folder) return nullptr;
     Descriptor file = openOrMakeState(folder);
-    struct stat found;
+    struct stat found {};
     State* state = nullptr;
     if (file) {
         state = mapState(file.number(), found);

@@ -55,14 +55,14 @@ int resetFacility();
 int armFailure(FailurePoint point, const ArmedFailure& failure);
 
 struct FacilityStatus {
-    platform::KernelBufferInfo info;
+    platform::KernelBufferInfo info{};
     std::optional<pid_t> owner;  // 0: a process out of sight
     // Of the last set-up, in records. Posted = seen by readers + lost + pending.
-    uint64_t posted;
-    uint64_t pending;
-    uint64_t lost;
-    platform::TraceInterest interest;
-    uint32_t audioFlags;
+    uint64_t posted = 0;
+    uint64_t pending = 0;
+    uint64_t lost = 0;
+    platform::TraceInterest interest{};
+    uint32_t audioFlags = 0;
 };
 // Whoever owns the facility.
 int getStatus(FacilityStatus& status);

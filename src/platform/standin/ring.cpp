@@ -28,7 +28,7 @@ constexpr uint64_t entriesIn(uint64_t bytes) {
 
 // How many slots to try for, of those wanted, with the room there is now.
 uint64_t affordable(int file, uint64_t wanted) {
-    struct statfs system;
+    struct statfs system {};
     // A file system without a limit of its own reports no blocks at all.
     if (fstatfs(file, &system) != 0 || system.f_blocks == 0) return wanted;
     const uint64_t room = uint64_t{system.f_bavail} * static_cast<uint64_t>(system.f_bsize);
@@ -101,12 +101,13 @@ int mapRing(int folder, uint16_t number, Ring& ring) {
     unmapRing(ring);
     const Descriptor file(openat(folder, kRingName, O_RDWR | O_NOFOLLOW | O_CLOEXEC | O_NONBLOCK));
     if (!file) return errno == ELOOP ? refuse(kRingPath, "is a link") : errno;
-    struct stat found;
+    struct stat found {};
     if (fstat(file.number(), &found) != 0) return errno;
     uint32_t entries = 0;
     const int error = checkHeader(file.number(), found, number, entries);
     if (error != 0) return error;
-    const size_t bytes = bytesOf(entries);
+    const auto bytes = static_cast<size_t>(bytesOf(entries));
+    if (bytes != bytesOf(entries)) return ENOMEM;  // more than a 32-bit program can address
     void* base = mmap(nullptr, bytes, PROT_READ | PROT_WRITE, MAP_SHARED, file.number(), 0);
     if (base == MAP_FAILED) return errno;
     guardMapping(base, bytes);
@@ -118,13 +119,13 @@ int mapRing(int folder, uint16_t number, Ring& ring) {
 void unmapRing(Ring& ring) {
     if (ring.entries != 0) {
         releaseMapping(ring.base);
-        munmap(ring.base, bytesOf(ring.entries));
+        munmap(ring.base, static_cast<size_t>(bytesOf(ring.entries)));
     }
     ring = Ring{};
 }
 
 RingFile fileOf(int folder, const Ring& ring) {
-    struct stat found;
+    struct stat found {};
     if (fstatat(folder, kRingName, &found, AT_SYMLINK_NOFOLLOW) != 0 ||
         found.st_dev != ring.device || found.st_ino != ring.inode ||
         flawOf(found, S_IFREG) != nullptr) {

@@ -48,7 +48,7 @@ int readRecords(OldBuffer old) {
     uint64_t count = 0;
     const int error = standin::readRecords(static_cast<unsigned char*>(old.bytes),
                                            *old.length / standin::kSlotBytes, count);
-    if (error == 0) *old.length = count;
+    if (error == 0) *old.length = static_cast<size_t>(count);
     return error;
 }
 

@@ -4,6 +4,7 @@
 
 #include "analysis/difference.h"
 #include "analysis/spelled.h"
+#include "scope/command.h"
 #include "scope/escape.h"
 #include "scope/event_text.h"
 #include "scope/record_filter.h"

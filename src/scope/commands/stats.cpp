@@ -3,6 +3,7 @@
 #include <map>
 
 #include "scope/call_report.h"
+#include "scope/command.h"
 #include "scope/record_filter.h"
 #include "scope/records.h"
 #include "scope/selection_options.h"

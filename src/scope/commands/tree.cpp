@@ -2,6 +2,7 @@
 
 #include <map>
 
+#include "scope/command.h"
 #include "scope/event_text.h"
 #include "scope/record_filter.h"
 #include "scope/records.h"
