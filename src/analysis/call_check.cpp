@@ -11,11 +11,6 @@ namespace sonaprobe {
 
 namespace {
 
-constexpr uint32_t kOverload = kAudioServerKey;
-constexpr uint32_t kIoThread = kAudioServerKey | 1 << 2;
-constexpr uint32_t kIoCycle = kAudioServerKey | 2 << 2;
-constexpr uint32_t kClient = kAudioServerKey | 3 << 2;
-
 constexpr uint64_t kLeastRegular = 4;            // cycles, before a late one is a sign
 constexpr Nanoseconds kLatePeriods = 8;          // so many periods late
 constexpr Nanoseconds kLeastLate = 100'000'000;  // and this
