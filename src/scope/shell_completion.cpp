@@ -142,9 +142,13 @@ std::string zshCompletion(std::span<const CommandWords> commands) {
                 text += "                " + quoted(spec) + " \\\n";
             }
         }
-        for (const std::string& operand : command.operands) {
-            text +=
-                "                " + quoted("*:" + operand + ":" + zshAction(operand)) + " \\\n";
+        // The last one may come several times.
+        for (size_t i = 0; i < command.operands.size(); ++i) {
+            const std::string& operand = command.operands[i];
+            const bool last = i + 1 == command.operands.size();
+            const std::string place = last ? "*" : std::to_string(i + 1);
+            const std::string spec = place + ":" + operand + ":" + zshAction(operand);
+            text += "                " + quoted(spec) + " \\\n";
         }
         text += "                && return\n            ;;\n";
     }

@@ -30,13 +30,15 @@ def test_each_long_option_is_explained():
               for option in re.findall(r"--(\w[\w-]*)", help_of(command).partition("Examples:")[0])}
     plain = set(re.findall(r"-\w,--([\w-]+)", help_of("lines").partition("Columns of")[2]))
     explained = set(re.findall(r"Fl -([\w-]+)", PAGE))
-    assert listed - plain - explained == {"help", "output"}  # -o NEW stands for --output
+    assert listed - plain - explained == {"output"}  # -o NEW stands for it
 
 
 @pytest.mark.parametrize("command", SHOWN, ids=" ".join)
 def test_each_example_runs(command, tmp_path):
-    for name in ("trace.raw", "before.raw", "after.raw"):
+    written = command[command.index("-o") + 1] if "-o" in command else None
+    for name in {word for word in command if word.endswith(".raw")} - {written}:
         run_program("write", "playback", tmp_path / name, program="sonaprobe-sim")
     result = run_program(*command[1:], program="sonascope", cwd=tmp_path)
-    assert (result.stderr, result.returncode) == ("", 0)
+    assert result.stderr == ""
+    assert result.returncode in (0, 1)  # 1 where something was found
     assert result.stdout

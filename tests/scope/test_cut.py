@@ -1,6 +1,7 @@
 """cut: a part of a trace as a file of its own, or no file at all."""
 
 import os
+import pathlib
 import signal
 import stat
 import subprocess
@@ -81,6 +82,13 @@ def test_what_is_near_a_dropout_is_kept(trace, new):
     with trace.open() as stream:
         scope("cut", "-", "--around", "dropout=500us", "-o", new, "--force", stdin=stream)
     assert len(slots(new)) == 2
+
+
+def test_the_samples_dropout_is_found(new):
+    sample = pathlib.Path(os.environ["SONAPROBE_SOURCE_DIR"]) / "docs/sample/playback-dropout.raw"
+    assert scope("cut", sample, "--around", "dropout=20ms", "-o", new).returncode == 0
+    text = scope("lines", new, "--method", "OVERLOAD").stdout
+    assert text.count("\n") == text.count("QuorraHAL::OVERLOAD") == 1
 
 
 def test_nothing_selected_is_no_file(trace, new):
