@@ -6,6 +6,7 @@
 #include <set>
 
 #include "analysis/event_tables.h"
+#include "analysis/event_traits.h"
 
 namespace sonaprobe {
 
@@ -40,16 +41,13 @@ AmbiguousCodes gatherAmbiguous() {
 
 EventName nameOf(uint32_t code) {
     static const AmbiguousCodes ambiguous = gatherAmbiguous();
-    const Decoder* const decoder = decoderOf(code);
-    const size_t rowAfterEvent =
-        decoder == nullptr ? 0 : decoder->rowAfterEvent[eventNumberOf(code)];
-    if (rowAfterEvent == 0) return {};
-    const Row& event = decoder->rows[rowAfterEvent - 1];
-    const std::string_view full = fullNameOf(*decoder, event);
+    const Row* const event = eventRowOf(code);
+    if (event == nullptr) return {};
+    const std::string_view full = fullNameOf(*decoderOf(code), *event);
     if (full.size() <= kNameSeparator.size()) return {};  // of a class that prints nothing
     return {.full = full,
-            .group = full.substr(0, event.groupLength),
-            .method = full.substr(event.groupLength + kNameSeparator.size()),
+            .group = full.substr(0, event->groupLength),
+            .method = full.substr(event->groupLength + kNameSeparator.size()),
             .ambiguous = ambiguous.contains(code)};
 }
 

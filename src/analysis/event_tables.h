@@ -6,9 +6,7 @@
 #include <span>
 
 #include "events/class_table.h"
-#include "events/decoder.h"
 #include "events/decoders/decoders.h"
-#include "record/trace_record.h"
 
 namespace sonaprobe {
 

@@ -4,6 +4,7 @@
 
 #include <cstdint>
 
+#include "events/class_table.h"
 #include "record/trace_record.h"
 
 namespace sonaprobe {
@@ -16,12 +17,36 @@ constexpr uint64_t objectOf(const TraceRecord& record) {
     return hasObject(record.debugid) ? record.arg1 : 0;
 }
 
-// The audio server's IOThread, IOCycle and Client: a start says that the one before is over.
+// Events of the audio server that mean something to more than their line.
+constexpr uint32_t kOverload = 0x21040000;
+constexpr uint32_t kIoThread = 0x21040004;
+constexpr uint32_t kIoCycle = 0x21040008;
+constexpr uint32_t kClient = 0x2104000C;
+
+// A start of those that do not says that the call before is over.
 constexpr bool recurses(uint32_t code) {
-    return code != 0x21040004 && code != 0x21040008 && code != 0x2104000C;
+    return code != kIoThread && code != kIoCycle && code != kClient;
+}
+
+// The event's row, null where no decoder knows it.
+inline const Row* eventRowOf(uint32_t code) {
+    const Decoder* const decoder = decoderOf(code);
+    const size_t rowAfterEvent =
+        decoder == nullptr ? 0 : decoder->rowAfterEvent[eventNumberOf(code)];
+    return rowAfterEvent == 0 ? nullptr : &decoder->rows[rowAfterEvent - 1];
 }
 
 // Whether the event's starts are points: its texts answer starts, but no ends.
-bool startsArePoints(uint32_t code);
+inline bool startsArePoints(uint32_t code) {
+    const Row* const event = eventRowOf(code);
+    return event != nullptr && (event->answered & kOnStart) != 0 && (event->answered & kOnEnd) == 0;
+}
+
+// Whether its texts answer starts and ends alike: whoever traces the one traces the other.
+inline bool tracesBothEnds(uint32_t code) {
+    constexpr uint8_t kBoth = kOnStart | kOnEnd;
+    const Row* const event = eventRowOf(code);
+    return event != nullptr && (event->answered & kBoth) == kBoth;
+}
 
 }  // namespace sonaprobe

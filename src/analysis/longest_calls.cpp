@@ -15,15 +15,17 @@ bool comesFirst(const LongCall& one, const LongCall& other) {
 
 }  // namespace
 
-void LongestCalls::open(const TraceRecord& record, const Call& call) {
-    if (kept_ > 0) startBySlot_.emplace(call.startSlot, record);
+void LongestCalls::open(const TraceRecord& record, const Call& call, Nanoseconds shownStart) {
+    if (kept_ > 0) startBySlot_.emplace(call.startSlot, Start{record, shownStart});
 }
 
 void LongestCalls::close(const Call& call, const Closing& closing, bool counts) {
     if (kept_ == 0) return;
     const auto start = startBySlot_.find(call.startSlot);
     if (counts && closing.how == CallEnd::finished) {
-        const LongCall candidate{call, closing.time, closing.slot, start->second, *closing.end};
+        const LongCall candidate{call,         closing.time,
+                                 closing.slot, start->second.record,
+                                 *closing.end, start->second.shown};
         if (heap_.size() < kept_ || comesFirst(candidate, heap_.front())) {
             heap_.push_back(candidate);
             std::ranges::push_heap(heap_, comesFirst);

@@ -16,6 +16,7 @@ struct LongCall {
     uint64_t endSlot;
     TraceRecord start;
     TraceRecord end;
+    Nanoseconds shownStart;  // the time that the user sees
 
     Nanoseconds length() const { return saturated(Wide{endTime} - call.start); }
 };
@@ -26,20 +27,24 @@ class LongestCalls {
     explicit LongestCalls(size_t kept) : kept_(kept) {}
 
     // For CallSink, all calls.
-    void open(const TraceRecord& record, const Call& call);
+    void open(const TraceRecord& record, const Call& call, Nanoseconds shownStart);
     void close(const Call& call, const Closing& closing, bool counts);
 
     // The longest first; of equal ones, the one that started first.
     std::vector<LongCall> sorted() const;
 
   private:
+    struct Start {
+        TraceRecord record;
+        Nanoseconds shown;
+    };
     struct Hash {
         size_t operator()(uint64_t slot) const { return keyedHash(slot, 2); }
     };
 
     size_t kept_;
-    tsl::robin_map<uint64_t, TraceRecord, Hash> startBySlot_;  // of open calls
-    std::vector<LongCall> heap_;                               // the shortest on top
+    tsl::robin_map<uint64_t, Start, Hash> startBySlot_;  // of open calls
+    std::vector<LongCall> heap_;                         // the shortest on top
 };
 
 }  // namespace sonaprobe

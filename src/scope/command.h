@@ -25,7 +25,12 @@ std::span<const Command> commands();
 Run setUpCompletion(CLI::App& app);
 Run setUpCut(CLI::App& app);
 Run setUpEvents(CLI::App& app);
+Run setUpInfo(CLI::App& app);
 Run setUpLines(CLI::App& app);
+Run setUpRepair(CLI::App& app);
 Run setUpStats(CLI::App& app);
+Run setUpTree(CLI::App& app);
+Run setUpDiff(CLI::App& app);
+Run setUpWhy(CLI::App& app);
 
 }  // namespace sonaprobe::scope

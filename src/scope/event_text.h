@@ -4,6 +4,7 @@
 
 #include <cstdint>
 #include <string>
+#include <vector>
 
 #include "events/event.h"
 #include "lines/code_names.h"
@@ -23,7 +24,11 @@ std::string eventText(uint32_t code, const CodeNames& names = {});
 // eventText() where no decoder knows it.
 std::string eventName(const Event& event, const CodeNames& names);
 
-// Adds "code", and "driver" and "method" where a decoder knows it.
-void addEvent(Json& entry, uint32_t code);
+// Adds "code", and "driver" and "method" where a decoder knows it, else "name" where `names` do.
+void addEvent(Json& entry, uint32_t code, const CodeNames& names = {});
+
+// The codes of "OrvelHDAPath::enable", "enable" or "0x05245C0C". Throws a Failure that names the
+// option and the nearest names where nothing fits.
+std::vector<uint32_t> codesNamed(const std::string& name, const char* option);
 
 }  // namespace sonaprobe::scope

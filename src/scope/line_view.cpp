@@ -26,8 +26,6 @@ constexpr size_t kMostLevels = 20;  // deeper calls are indented no further
 constexpr unsigned kShowsCpu = 110;
 constexpr unsigned kShowsObject = 150;
 
-constexpr uint32_t kOverload = 0x21040010;
-
 // What a line is made of.
 struct Line {
     const TraceRecord* record;

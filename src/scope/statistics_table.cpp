@@ -4,7 +4,6 @@
 
 #include <algorithm>
 #include <array>
-#include <cinttypes>
 
 #include "analysis/event_names.h"
 #include "scope/event_text.h"
@@ -35,11 +34,12 @@ constexpr std::array kColumns{
     StatisticsColumn{"self", "self", Measure::duration, 0,
                      [](CallGroup& g) { return ofFinished(g, [&] { return g.self; }); }, true},
     StatisticsColumn{"total", "total", Measure::duration, 0,
-                     [](CallGroup& g) { return ofFinished(g, [&] { return g.total; }); }, true},
+                     [](CallGroup& g) { return ofFinished(g, [&] { return saturated(g.total); }); },
+                     true},
     StatisticsColumn{"outermost", "outermost", Measure::duration, 120,
                      [](CallGroup& g) { return ofFinished(g, [&] { return g.outermost; }); }, true},
-    StatisticsColumn{"busy", "busy", Measure::duration, 130,
-                     [](CallGroup& g) -> Number { return g.busy; }, true},
+    StatisticsColumn{"busy", "busy", Measure::duration, 130, [](CallGroup& g) { return g.busy; },
+                     true},
     StatisticsColumn{"calls", "calls", Measure::count, 0,
                      [](CallGroup& g) -> Number { return count(g.calls); }, true},
     StatisticsColumn{"mean", "mean", Measure::duration, 110,
@@ -66,30 +66,8 @@ constexpr std::array kColumns{
                      [](CallGroup& g) -> Number { return g.unfinishedSelf; }, true},
 };
 
-std::string threadText(uint64_t id) {
-    char text[24];
-    std::snprintf(text, sizeof text, "0x%08" PRIx64, id);
-    return text;
-}
-
 std::string objectText(const GroupKey& key) {
     return key.hasObject ? wordText(key.object) : "no object";
-}
-
-Cell eventCell(uint32_t code) { return {eventText(code), {Tone::driver, hueOf(code)}}; }
-
-std::vector<Cell> namesOf(const GroupKey& key, GroupBy by, const TraceClock& clock) {
-    switch (by) {
-        case GroupBy::event: return {eventCell(key.code)};
-        case GroupBy::driver:
-            return {Cell(std::string(driverOf(key.code)), {Tone::driver, hueOf(key.code)})};
-        case GroupBy::thread: return {threadText(clock.threadId(key.thread))};
-        case GroupBy::cpu: return {std::to_string(key.cpu)};
-        case GroupBy::object: return {objectText(key)};
-        case GroupBy::threadAndEvent:
-            return {threadText(clock.threadId(key.thread)), eventCell(key.code)};
-    }
-    return {};
 }
 
 std::vector<Column> nameColumnsOf(GroupBy by) {
@@ -112,19 +90,6 @@ Cell cellOf(Measure measure, Number number) {
     return measure == Measure::failures && *number > 0 ? Cell(text, {Tone::failure}) : Cell(text);
 }
 
-Json namesInJson(const GroupKey& key, GroupBy by, const TraceClock& clock) {
-    Json names;
-    const bool byThread = by == GroupBy::thread || by == GroupBy::threadAndEvent;
-    if (byThread) names["thread"] = wordText(clock.threadId(key.thread));
-    if (by == GroupBy::event || by == GroupBy::threadAndEvent) addEvent(names, key.code);
-    if (by == GroupBy::driver) names["driver"] = driverOf(key.code);
-    if (by == GroupBy::cpu) names["cpu"] = key.cpu;
-    if (by == GroupBy::object) {
-        names["object"] = key.hasObject ? Json(wordText(key.object)) : Json(nullptr);
-    }
-    return names;
-}
-
 std::string jsonNameOf(const StatisticsColumn& column) {
     std::string name = column.name;
     std::ranges::replace(name, '-', '_');
@@ -135,9 +100,11 @@ std::string jsonNameOf(const StatisticsColumn& column) {
 
 std::span<const StatisticsColumn> statisticsColumns() { return kColumns; }
 
-StatisticsTable::StatisticsTable(CallStatistics& statistics, GroupBy by, const TraceClock& clock)
-    : by_(by), clock_(&clock) {
+StatisticsTable::StatisticsTable(CallStatistics& statistics, GroupBy by, const TraceClock& clock,
+                                 const CodeNames& codeNames)
+    : by_(by), clock_(&clock), codeNames_(&codeNames) {
     for (CallGroup& group : statistics.groups()) {
+        if (group.isEmpty()) continue;
         StatisticsRow& row = rows_.emplace_back();
         row.key = group.key;
         row.finished = group.finished();
@@ -153,19 +120,10 @@ void StatisticsTable::sortBy(size_t column) {
     });
 }
 
-// Columns that say nothing are left out on a terminal.
-bool StatisticsTable::tells(size_t column) const {
-    return std::ranges::any_of(rows_,
-                               [column](const auto& row) { return row.numbers[column] > 0; });
-}
-
 void StatisticsTable::print(Output& out, size_t top) const {
-    std::vector<size_t> shown;
     std::vector<Column> columns;
-    for (size_t i = 0; i < kColumns.size(); ++i) {
-        if (out.terminal() && !tells(i)) continue;
-        shown.push_back(i);
-        columns.push_back({kColumns[i].head, Align::right, kColumns[i].shownFrom});
+    for (const StatisticsColumn& column : kColumns) {
+        columns.push_back({column.head, Align::right, column.shownFrom, false, true});
     }
     const std::vector<Column> nameColumns = nameColumnsOf(by_);
     columns.insert(columns.end(), nameColumns.begin(), nameColumns.end());
@@ -174,30 +132,65 @@ void StatisticsTable::print(Output& out, size_t top) const {
     const size_t printed = top == 0 ? rows_.size() : std::min(top, rows_.size());
     for (const StatisticsRow& row : std::span(rows_).first(printed)) {
         std::vector<Cell> cells;
-        for (const size_t i : shown) cells.push_back(cellOf(kColumns[i].measure, row.numbers[i]));
-        for (Cell& name : namesOf(row.key, by_, *clock_)) cells.push_back(std::move(name));
+        for (size_t i = 0; i < kColumns.size(); ++i) {
+            cells.push_back(cellOf(kColumns[i].measure, row.numbers[i]));
+        }
+        for (Cell& name : namesOf(row.key)) cells.push_back(std::move(name));
         table.add(std::move(cells));
     }
-    if (printed < rows_.size()) table.add(tailCells(shown, printed, nameColumns.size()));
+    if (printed < rows_.size()) {
+        std::vector<Cell> cells = sumsAfter(printed);
+        cells.resize(columns.size() - 1, "");
+        cells.emplace_back(countText(rows_.size() - printed) + " more: --top 0", Style{Tone::dim});
+        table.add(std::move(cells));
+    }
     table.print(out);
 }
 
-// All rows after the first `printed` in one.
-std::vector<Cell> StatisticsTable::tailCells(const std::vector<size_t>& shown, size_t printed,
-                                             size_t nameCells) const {
-    const std::span<const StatisticsRow> tail = std::span(rows_).subspan(printed);
-    constexpr Style kDim{Tone::dim};
-    std::vector<Cell> cells;
-    for (const size_t i : shown) {
-        int64_t sum = 0;
-        for (const StatisticsRow& row : tail)
-            sum = saturated(Wide{sum} + row.numbers[i].value_or(0));
-        Cell cell = kColumns[i].sums ? cellOf(kColumns[i].measure, sum) : "";
-        cell.style = kDim;
-        cells.push_back(std::move(cell));
+Cell StatisticsTable::eventCell(uint32_t code) const {
+    return {eventText(code, *codeNames_), {Tone::driver, hueOf(code)}};
+}
+
+std::vector<Cell> StatisticsTable::namesOf(const GroupKey& key) const {
+    const auto threadCell = [&] { return Cell(shortWordText(clock_->threadId(key.thread))); };
+    switch (by_) {
+        case GroupBy::event: return {eventCell(key.code)};
+        case GroupBy::driver:
+            return {{std::string(driverOf(key.code)), {Tone::driver, hueOf(key.code)}}};
+        case GroupBy::thread: return {threadCell()};
+        case GroupBy::cpu: return {std::to_string(key.cpu)};
+        case GroupBy::object: return {objectText(key)};
+        case GroupBy::threadAndEvent: return {threadCell(), eventCell(key.code)};
     }
-    cells.resize(shown.size() + nameCells - 1, "");
-    cells.emplace_back(countText(tail.size()) + " more: --top 0", kDim);
+    return {};
+}
+
+Json StatisticsTable::namesInJson(const GroupKey& key) const {
+    Json names;
+    const bool hasThread = by_ == GroupBy::thread || by_ == GroupBy::threadAndEvent;
+    if (hasThread) names["thread"] = wordText(clock_->threadId(key.thread));
+    if (by_ == GroupBy::event || by_ == GroupBy::threadAndEvent) {
+        addEvent(names, key.code, *codeNames_);
+    }
+    if (by_ == GroupBy::driver) names["driver"] = driverOf(key.code);
+    if (by_ == GroupBy::cpu) names["cpu"] = key.cpu;
+    if (by_ == GroupBy::object) {
+        names["object"] = key.hasObject ? Json(wordText(key.object)) : Json(nullptr);
+    }
+    return names;
+}
+
+// All rows after the first `printed` in one.
+std::vector<Cell> StatisticsTable::sumsAfter(size_t printed) const {
+    std::vector<Cell> cells;
+    for (size_t i = 0; i < kColumns.size(); ++i) {
+        int64_t sum = 0;
+        for (const StatisticsRow& row : std::span(rows_).subspan(printed)) {
+            sum = saturated(Wide{sum} + row.numbers[i].value_or(0));
+        }
+        Cell& cell = cells.emplace_back(kColumns[i].sums ? cellOf(kColumns[i].measure, sum) : "");
+        cell.style = {Tone::dim};
+    }
     return cells;
 }
 
@@ -205,7 +198,7 @@ Json StatisticsTable::toJson(size_t top) const {
     Json list = Json::array();
     const size_t listed = top == 0 ? rows_.size() : std::min(top, rows_.size());
     for (const StatisticsRow& row : std::span(rows_).first(listed)) {
-        Json& entry = list.emplace_back(namesInJson(row.key, by_, *clock_));
+        Json& entry = list.emplace_back(namesInJson(row.key));
         entry["finished"] = row.finished;
         for (size_t i = 0; i < kColumns.size(); ++i) {
             entry[jsonNameOf(kColumns[i])] = row.numbers[i] ? Json(*row.numbers[i]) : Json(nullptr);

@@ -8,6 +8,7 @@
 #include <vector>
 
 #include "analysis/call_statistics.h"
+#include "lines/code_names.h"
 #include "scope/json.h"
 #include "scope/table.h"
 
@@ -36,8 +37,9 @@ std::span<const StatisticsColumn> statisticsColumns();
 
 class StatisticsTable {
   public:
-    // The clock knows the threads by their numbers, and must outlive this.
-    StatisticsTable(CallStatistics& statistics, GroupBy by, const TraceClock& clock);
+    // Clock and names must outlive this. The clock knows the threads by their numbers.
+    StatisticsTable(CallStatistics& statistics, GroupBy by, const TraceClock& clock,
+                    const CodeNames& codeNames);
 
     // The largest first, by the place of a column.
     void sortBy(size_t column);
@@ -48,12 +50,14 @@ class StatisticsTable {
     Json toJson(size_t top) const;
 
   private:
-    bool tells(size_t column) const;
-    std::vector<Cell> tailCells(const std::vector<size_t>& shown, size_t printed,
-                                size_t nameCells) const;
+    std::vector<Cell> namesOf(const GroupKey& key) const;
+    Cell eventCell(uint32_t code) const;
+    Json namesInJson(const GroupKey& key) const;
+    std::vector<Cell> sumsAfter(size_t printed) const;
 
     GroupBy by_;
     const TraceClock* clock_;
+    const CodeNames* codeNames_;
     std::vector<StatisticsRow> rows_;
 };
 

@@ -57,6 +57,13 @@ size_t leastFit(const std::string& text) {
     return std::min(columnsOf(text), 1 + columnsOf(std::string_view(text).substr(method)));
 }
 
+bool Table::tells(size_t column) const {
+    return !columns_[column].mayBeLeftOut || std::ranges::any_of(rows_, [&](const auto& row) {
+        const std::string& text = row[column].text;
+        return !text.empty() && text != "0" && text != "0 ns" && text != "-";
+    });
+}
+
 size_t Table::widthOf(size_t column) const {
     size_t width = columnsOf(columns_[column].head);
     for (const auto& row : rows_) width = std::max(width, columnsOf(row[column].text));
@@ -73,7 +80,9 @@ size_t Table::leastWidthOf(size_t column) const {
 std::vector<size_t> Table::shownColumns(const Output& out) const {
     std::vector<size_t> shown;
     for (size_t i = 0; i < columns_.size(); ++i) {
-        if (out.width() == 0 || columns_[i].shownFrom <= out.width()) shown.push_back(i);
+        if (out.width() == 0 || (columns_[i].shownFrom <= out.width() && tells(i))) {
+            shown.push_back(i);
+        }
     }
     if (out.width() == 0 || shown.empty()) return shown;
 

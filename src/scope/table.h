@@ -20,6 +20,8 @@ struct Column {
     unsigned shownFrom = 0;
     // Gives way where the terminal is too narrow: names, of which the method is kept whole.
     bool shrinks = false;
+    // Left out on a terminal where all its cells are "0", "0 ns", "-" or empty.
+    bool mayBeLeftOut = false;
 };
 
 struct Cell {
@@ -43,6 +45,7 @@ class Table {
   private:
     std::vector<size_t> shownColumns(const Output& out) const;
     std::vector<size_t> widths(const std::vector<size_t>& shown, const Output& out) const;
+    bool tells(size_t column) const;
     size_t widthOf(size_t column) const;
     size_t leastWidthOf(size_t column) const;
 

@@ -23,8 +23,8 @@ bind -x '"\\C-o": printf "%s\\n" "$READLINE_LINE" >line.new; mv line.new line; R
 """
 
 ZSH = """\
-{build}/sonascope completion zsh >_sonascope
-fpath=({source}/completion/zsh . $fpath)
+mkdir -p {folder}/functions; {build}/sonascope completion zsh >{folder}/functions/_sonascope
+fpath=({source}/completion/zsh {folder}/functions $fpath)
 autoload -Uz compinit && compinit -u -D
 cd {folder}
 zle -C all-matches complete-word _generic

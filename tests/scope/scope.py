@@ -11,7 +11,7 @@ from terminal import read_to_the_end
 TICKS = 24  # a microsecond, as in every trace of these tests
 ENABLE = 0x05245C0C  # OrvelHDAPath::enable, with start and end texts
 FORMAT = 0x05245C1C  # OrvelHDAPath::setPathFormat
-OVERLOAD = 0x21040010
+OVERLOAD = 0x21040000
 START, END, POINT = 1, 2, 0
 
 

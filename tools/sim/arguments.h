@@ -19,6 +19,12 @@ struct NumberOption {
     uint64_t most;
 };
 
+// "--name TEXT" or "--name=TEXT".
+struct TextOption {
+    std::string_view name;  // without the dashes
+    const char** value;
+};
+
 // An argument that must be there.
 struct Operand {
     const char* name;  // for the message when it is missing
@@ -28,7 +34,7 @@ struct Operand {
 // Options and operands may come in any order; after "--" come operands alone. False when something
 // is missing, unknown, out of range or too much, which has then been said.
 bool readArguments(Arguments arguments, std::span<const Operand> operands,
-                   std::span<const NumberOption> options);
+                   std::span<const NumberOption> numbers, std::span<const TextOption> texts = {});
 
 bool parseNumber(std::string_view text, uint64_t& value);
 

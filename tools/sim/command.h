@@ -25,5 +25,6 @@ int runReset(Arguments arguments);
 int runScenarios(Arguments arguments);
 int runStatus(Arguments arguments);
 int runWrite(Arguments arguments);
+int runWriteDropouts(Arguments arguments);  // of write
 
 }  // namespace sonaprobe::sim

@@ -38,6 +38,14 @@ void printHelp() {
         std::printf("  %-12s %s\n", scenario.name, scenario.summary);
     }
     std::puts(
+        "\nDropouts whose causes are known:\n"
+        "  sonaprobe-sim write dropouts FILE [--cause KIND,...] [--count N] [--level L] [--seed "
+        "N]\n"
+        "        [--truth FILE]\n"
+        "        write a raw file with N dropouts (9) of these kinds (all), easy, medium (the "
+        "default)\n"
+        "        or hard to explain, and what has caused each into another file, as JSON");
+    std::puts(
         "\nThe drivers among the players post while bit 0 of the audio debug flags is set, the "
         "audio\n"
         "server always. The same seed (1) gives the same story.\n\n"

@@ -194,6 +194,19 @@ void beginRound(Stage& stage) {
     }
 }
 
+void beginTable(Actor& actor, Table table, Ticks time) {
+    actor.time = time;
+    open(actor, {.table = table, .next = 0});
+}
+
+bool nextRecordOf(Stage& stage, StoryState& story, Actor& actor, TraceRecord& record) {
+    Moment moment{stage, story, actor};
+    while (actor.depth > 0) {
+        if (takeStep(moment, record)) return true;
+    }
+    return false;
+}
+
 bool nextRecord(Stage& stage, TraceRecord& record) {
     for (;;) {
         Actor* earliest = nullptr;

@@ -66,6 +66,12 @@ Stage makeStage(const Scenario& scenario, uint64_t seed, uint32_t number);
 // All stories of the scenario begin, at the time that the last ones had come to.
 void beginRound(Stage& stage);
 
+// Lets an actor begin with a table, which it plays alone by nextRecordOf().
+void beginTable(Actor& actor, Table table, Ticks time);
+
+// The next record of one actor, whatever the others do; false when it has nothing left to do.
+bool nextRecordOf(Stage& stage, StoryState& story, Actor& actor, TraceRecord& record);
+
 // The next record, its reserved word 0; false when all stories have ended.
 bool nextRecord(Stage& stage, TraceRecord& record);
 

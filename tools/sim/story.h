@@ -6,7 +6,7 @@
 //   other(code, ...)               on qualifier 0
 //   sel(n, code, a1, a2, a3, hi)   other, with n in the low half and hi in the high half of arg4
 //   instant(code, ...)             on qualifier 1, without an end
-//   wait(least, most)              time passes
+//   wait(least, most)              time passes; wait(value), as much of it as the value says
 //   set(variable, value)           and mark(variable), set to the time of now, for since()
 //   add(variable, value, limit)    begins at 0 again at the limit, if there is one
 //   tell(table)                    the steps of another table
@@ -149,9 +149,8 @@ constexpr Step instant(uint32_t code, Value a1 = {}, Value a2 = {}, Value a3 = {
     return trace(Act::instant, code | 1, a1, a2, a3, a4);
 }
 
-constexpr Step wait(Ticks least, Ticks most) {
-    return {.act = Act::wait, .values = {between(least, most)}};
-}
+constexpr Step wait(Value ticks) { return {.act = Act::wait, .values = {ticks}}; }
+constexpr Step wait(Ticks least, Ticks most) { return wait(between(least, most)); }
 constexpr Step set(uint8_t variable, Value value) {
     return {.act = Act::set, .index = variable, .values = {value}};
 }

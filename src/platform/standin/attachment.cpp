@@ -75,17 +75,21 @@ std::optional<pid_t> holderOf(off_t byte) {
     return lock.l_pid;
 }
 
-// All signals of this thread are held up as long as one exists, but while it sleeps.
+// All signals of this thread are held up as long as one exists, but while it sleeps: none comes
+// between a look at the lock and the sleep, unnoticed.
 class Sleeper {
   public:
-    Sleeper() {
+    Sleeper() { holdSignals(); }
+    ~Sleeper() { releaseSignals(); }
+    Sleeper(const Sleeper&) = delete;
+    Sleeper& operator=(const Sleeper&) = delete;
+
+    void holdSignals() {
         sigset_t all;
         sigfillset(&all);
         pthread_sigmask(SIG_SETMASK, &all, &before_);
     }
-    ~Sleeper() { pthread_sigmask(SIG_SETMASK, &before_, nullptr); }
-    Sleeper(const Sleeper&) = delete;
-    Sleeper& operator=(const Sleeper&) = delete;
+    void releaseSignals() { pthread_sigmask(SIG_SETMASK, &before_, nullptr); }
 
     // Sleeps longer each time, up to a millisecond. False once a handled signal came.
     bool sleep() {
@@ -111,7 +115,11 @@ bool waitToTake(Take take, Holder holder) {
     while (errno == EAGAIN || errno == EACCES) {
         const bool goesOn = sleeper.sleep();
         const int64_t waited = steadyNanoseconds() - begin;
-        if (waited > (goesOn ? kLongWait : kBrokenWait)) tellHolder(holder());
+        if (waited > (goesOn ? kLongWait : kBrokenWait)) {
+            sleeper.releaseSignals();  // standard error may be stuck
+            tellHolder(holder());
+            sleeper.holdSignals();
+        }
         if (!goesOn) {
             errno = EINTR;
             return false;

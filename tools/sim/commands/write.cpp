@@ -6,6 +6,7 @@
 #include <cstring>
 #include <limits>
 #include <memory>
+#include <string_view>
 #include <vector>
 
 #include "sim/arguments.h"
@@ -46,6 +47,9 @@ bool writeRecords(std::FILE* file, Stage& stage, uint64_t wanted, uint64_t& writ
 }  // namespace
 
 int runWrite(Arguments arguments) {
+    if (!arguments.empty() && arguments[0] == std::string_view("dropouts")) {
+        return runWriteDropouts(arguments.subspan(1));
+    }
     const char* name = nullptr;
     const char* path = nullptr;
     uint64_t records = 0;

@@ -84,6 +84,7 @@ namespace hdaEngine {
 constexpr uint32_t kPerformAudioEngineStop = 0x05245850;
 constexpr uint32_t kStartDMAEngine = 0x05245854;
 constexpr uint32_t kStopDMAEngine = 0x05245858;
+constexpr uint32_t kControllerForcedPause = 0x0524585C;
 constexpr uint32_t kGetHighestPriorityPathSet = 0x052458A0;
 constexpr uint32_t kBroadcastVolume = 0x052458E8;
 constexpr uint32_t kHandlePowerStateChange = 0x0524596C;
@@ -160,11 +161,15 @@ constexpr uint32_t kWillTerminate = 0x05248DAC;
 constexpr uint32_t kGetAnchorFrameAndTimeStamp = 0x05248DD8;
 constexpr uint32_t kUpdateUSBCycleTime = 0x05248DE4;
 constexpr uint32_t kDoTimerAction = 0x05248DFC;
+constexpr uint32_t kFormatChangeController = 0x05248E00;
 }  // namespace usbDevice
 
 namespace usbEngine {
 constexpr uint32_t kFree = 0x05249400;
 constexpr uint32_t kStop = 0x05249410;
+constexpr uint32_t kClipOutputSamples = 0x05249428;
+constexpr uint32_t kControlledFormatChange = 0x0524942C;
+constexpr uint32_t kConvertInputSamples = 0x05249434;
 constexpr uint32_t kInitHardware = 0x0524944C;
 constexpr uint32_t kPerformAudioEngineStart = 0x05249474;
 constexpr uint32_t kPerformAudioEngineStop = 0x05249478;
@@ -176,6 +181,8 @@ constexpr uint32_t kFree = 0x05249800;
 constexpr uint32_t kInitWithAudioEngine = 0x05249804;
 constexpr uint32_t kStop = 0x0524980C;
 constexpr uint32_t kUpdateUSBFrameListInfo = 0x05249830;
+constexpr uint32_t kCoalesceInputSamples = 0x05249834;
+constexpr uint32_t kControlledFormatChange = 0x05249840;
 constexpr uint32_t kUpdateSampleOffsetAndLatency = 0x05249848;
 constexpr uint32_t kCopyAnchor = 0x0524984C;
 constexpr uint32_t kJitterFilter = 0x05249850;
@@ -201,6 +208,13 @@ constexpr uint32_t kDetectSplitTransactions = 0x0524A058;
 constexpr uint32_t kSetAlternateInterface = 0x0524A060;
 constexpr uint32_t kNewAlternateInterface = 0x0524A194;
 }  // namespace usbControl
+
+namespace usbAudio2 {
+constexpr uint32_t kStopAudioEngine = 0x0524A400;
+constexpr uint32_t kPauseAudioEngine = 0x0524A404;
+constexpr uint32_t kTakeTimeStamp = 0x0524A408;
+constexpr uint32_t kDoIO = 0x0524A414;
+}  // namespace usbAudio2
 
 namespace voiceTrigger {
 constexpr uint32_t kUpdateZeroTSWrap = 0x0524A800;
@@ -248,6 +262,7 @@ constexpr uint32_t kSetPowerState = 0x0524B2AC;
 
 namespace microphone {
 constexpr uint32_t kPowerOnHardware = 0x0524B808;
+constexpr uint32_t kInterruptAction = 0x0524B81C;
 constexpr uint32_t kWriteReg = 0x0524B824;
 constexpr uint32_t kStartAudio = 0x0524B82C;
 constexpr uint32_t kSetFIFO = 0x0524B830;
@@ -271,7 +286,14 @@ constexpr uint32_t kPowerOnCodec = 0x0524BC34;
 constexpr uint32_t kPowerOffCodec = 0x0524BC38;
 constexpr uint32_t kRequestCodecPowerOff = 0x0524BC40;
 constexpr uint32_t kEnableInputMute = 0x0524BC4C;
+constexpr uint32_t kCodecInterruptAction = 0x0524BC60;
 }  // namespace z58
+
+namespace pimletBus {
+constexpr uint32_t kInterruptAction = 0x0524C008;
+constexpr uint32_t kV11InterruptActionGated = 0x0524C050;
+constexpr uint32_t kV11SendDownlinkBufferData = 0x0524C05C;
+}  // namespace pimletBus
 
 // What the drivers return.
 constexpr uint32_t kSuccess = 0;

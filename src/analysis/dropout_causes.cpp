@@ -1,0 +1,550 @@
+// Asks for each cause in turn.
+
+#include "analysis/dropout_causes.h"
+
+#include <algorithm>
+#include <cmath>
+#include <map>
+
+#include "analysis/engine_changes.h"
+#include "analysis/holders.h"
+
+namespace sonaprobe {
+
+namespace {
+
+// How far delays are followed from cycle to cycle before; a scene reaches a little further.
+constexpr size_t kLongestCarry = 5;
+
+// A stamp departs where it is off by more than this, than so many times what stamps scatter, and
+// than such a part of the budget. It moves the target of the cycles right after it.
+constexpr Nanoseconds kLeastDeparture = 40'000;
+constexpr int kDepartureInScatters = 8;
+constexpr int kDepartureInBudgets = 50;
+constexpr size_t kCyclesOfStamp = 3;
+constexpr double kExplains = 0.7;  // of the time that a cycle had left, a departure has to be
+constexpr double kTargetOff = 0.1;
+
+// A gap is no pause where it is so many times longer than nearly all others.
+constexpr int kLostInGaps = 3;
+constexpr unsigned kNearlyAll = 99;
+// Of a cycle whose samples jump, a gap has taken so much where ends without starts follow, and so
+// much where nothing but its length tells.
+constexpr double kLeastLost = 0.05;
+constexpr double kMostlyLost = 0.25;
+constexpr Nanoseconds kOrphansAfter = 20'000'000;
+
+// What work on a processor has to fill of an excess, and to leave no doubt.
+constexpr double kFilled = 0.8;
+constexpr double kFilledWhole = 0.93;
+constexpr size_t kLeastWork = 4;  // records
+
+// An engine change that covers so much of a silence did it, whenever it ended.
+constexpr double kAcross = 0.9;
+
+// An excess that is such a part of all leaves no other place.
+constexpr double kNearlyAllExcess = 0.7;
+
+double ratio(Nanoseconds part, Nanoseconds whole) {
+    return whole <= 0 ? 0 : static_cast<double>(part) / static_cast<double>(whole);
+}
+
+// The time of one owner within a cycle.
+struct OwnerShare {
+    OwnerKey owner = kCycleItself;
+    const SeenCall* call = nullptr;  // none for a late begin and the cycle itself
+    Nanoseconds time = 0;
+    Silence silence{};  // its longest stretch without records of the thread
+};
+
+// A cycle's time from when it was due.
+struct Layout {
+    const IoCycle* cycle = nullptr;
+    size_t number = 0;
+    bool dueKnown = false;
+    Nanoseconds due = 0;
+    Nanoseconds deadline = 0;
+    Nanoseconds until = 0;
+    std::vector<OwnerShare> owners{};  // the one with the largest excess first
+};
+
+// A stretch without a record of any thread.
+struct Gap {
+    Nanoseconds begin = 0;
+    Nanoseconds end = 0;
+    uint64_t slotBefore = 0;
+    uint64_t slotAfter = 0;
+    size_t explains = 0;     // threads that have an end without a start after it
+    bool standsOut = false;  // twice as long as any other in its neighbourhood
+
+    Nanoseconds length() const { return end - begin; }
+};
+
+// The records of a call.
+std::vector<uint64_t> slotsOf(const SeenCall& call) {
+    if (!call.finished) return {call.startSlot};
+    return {call.startSlot, call.endSlot};
+}
+
+bool isOfCycle(uint32_t code) { return code == server::kClient || code == server::kIoCycle; }
+
+// Judges one dropout.
+class Judge {
+  public:
+    Judge(const IoTrace& trace, const TimedThread& timed, const Overload& overload,
+          Nanoseconds ordinaryGap)
+        : trace_(trace),
+          timed_(timed),
+          scene_(overload.scene),
+          overload_(overload),
+          ordinaryGap_(ordinaryGap) {}
+
+    Verdict judge() const;
+    Layout layOut(size_t number, Nanoseconds until) const;
+
+  private:
+    Verdict judgeCycle(const Layout& layout, size_t carried) const;
+    std::optional<Verdict> afterGap(Nanoseconds from, Nanoseconds until, bool hasCycle) const;
+    std::optional<Verdict> lostRecords(const Layout& layout) const;
+    std::optional<Verdict> clock(const Layout& layout) const;
+    std::optional<Verdict> carriedOn(const Layout& layout, size_t carried) const;
+    std::optional<Verdict> preempted(const OwnerShare& place, bool shown) const;
+    std::optional<Verdict> engineChange(const Layout& layout,
+                                        const std::vector<Holder>& holders) const;
+    Verdict blockedBy(const OwnerShare& place, const std::vector<Holder>& holders) const;
+    Verdict placeItself(const Layout& layout) const;
+
+    std::optional<Gap> largestGap(Nanoseconds begin, Nanoseconds end) const;
+    bool isLong(const Gap& gap) const { return gap.length() > kLostInGaps * ordinaryGap_; }
+    Verdict lostAt(const Gap& gap, Certainty certainty) const;
+    void addWitnesses(const Layout& layout, Verdict& verdict) const;
+
+    Nanoseconds excessOf(const OwnerShare& share) const {
+        return share.time - timed_.usualOf(share.owner).median;
+    }
+    Culprit culpritOf(const SeenCall& call) const {
+        return {call.startSlot, call.code, trace_.threadIds[call.thread], call.cpu};
+    }
+
+    const IoTrace& trace_;
+    const TimedThread& timed_;
+    const Scene& scene_;
+    const Overload& overload_;
+    Nanoseconds ordinaryGap_;
+};
+
+Layout Judge::layOut(size_t number, Nanoseconds until) const {
+    const std::vector<IoCycle>& cycles = timed_.io->cycles;
+    const IoCycle& cycle = cycles[number];
+    // Where the end of the cycle before is missing, the line of the cycles before it tells as well.
+    const auto due = cycle.due ? cycle.due : timed_.timeOf(cycle.sample, cycle.begin);
+    Layout layout{.cycle = &cycle, .number = number, .dueKnown = due.has_value()};
+    layout.due = due.value_or(cycle.begin);
+    layout.deadline = layout.due + cycle.budget;
+    layout.until = cycle.finished ? std::min(until, cycle.end) : until;
+
+    std::map<const SeenCall*, OwnerShare> shares;
+    const auto add = [&](const SeenCall* call, OwnerKey owner, const Silence& stretch) {
+        OwnerShare& share = shares[call];
+        share.owner = owner;
+        share.call = call;
+        share.time += stretch.length();
+        if (stretch.length() >= share.silence.length()) share.silence = stretch;
+    };
+    // The thread's calls in the cycle, and its clients by number.
+    std::vector<const SeenCall*> calls;
+    std::map<const SeenCall*, OwnerKey> keys;
+    uint32_t clients = 0;
+    for (const SeenCall& call : scene_.calls) {
+        if (call.thread != timed_.io->thread || call.startSlot <= cycle.beginSlot) continue;
+        if (call.start > layout.until) break;
+        calls.push_back(&call);
+        keys[&call] = call.code == server::kClient ? clientKey(clients++) : callKey(call.code);
+    }
+    const SeenRecord* before = nullptr;
+    for (const SeenRecord& record : scene_.records) {
+        if (record.thread != timed_.io->thread || record.slot < cycle.beginSlot) continue;
+        if (record.time > layout.until) break;
+        if (before != nullptr) {
+            const SeenCall* innermost = nullptr;
+            for (const SeenCall* call : calls) {
+                if (call->startSlot > before->slot || call->endSlot < record.slot) continue;
+                if (innermost == nullptr || call->depth > innermost->depth) innermost = call;
+            }
+            add(innermost, innermost == nullptr ? kCycleItself : keys[innermost],
+                {before->time, record.time, before->slot, record.slot, record.cpu});
+        }
+        before = &record;
+    }
+    for (const auto& [call, share] : shares) layout.owners.push_back(share);
+
+    if (cycle.begin > layout.due) {
+        const bool follows = number > 0 && cycles[number - 1].finished;
+        Silence late{.begin = layout.due, .end = cycle.begin, .slotAfter = cycle.beginSlot};
+        if (follows) {
+            late.begin = std::max(late.begin, cycles[number - 1].end);
+            late.slotBefore = cycles[number - 1].endSlot;
+        }
+        for (const SeenRecord& record : scene_.records) {
+            if (record.slot == cycle.beginSlot) late.cpuAfter = record.cpu;
+        }
+        layout.owners.push_back(
+            {.owner = kLateBegin, .time = cycle.begin - layout.due, .silence = late});
+    }
+    std::ranges::stable_sort(layout.owners, [&](const OwnerShare& a, const OwnerShare& b) {
+        return excessOf(a) > excessOf(b);
+    });
+    return layout;
+}
+
+std::optional<Gap> Judge::largestGap(Nanoseconds begin, Nanoseconds end) const {
+    const std::vector<SeenRecord>& records = scene_.records;
+    std::optional<Gap> best;
+    Nanoseconds second = 0;
+    std::map<uint32_t, Nanoseconds> orphans;  // by thread: when its next end without start comes
+    uint64_t firstSlot = UINT64_MAX;
+    for (size_t i = records.size(); i-- > 1;) {
+        const SeenRecord& record = records[i];
+        if (record.orphan && codeOf(record.debugid) != server::kIoThread) {
+            orphans[record.thread] = record.time;
+        }
+        firstSlot = std::min(firstSlot, record.slot);
+        const SeenRecord& last = records[i - 1];
+        if (record.time <= begin || last.time >= end) continue;
+        Gap gap{.begin = last.time,
+                .end = record.time,
+                .slotBefore = last.slot,
+                .slotAfter = firstSlot};
+        for (const auto& [thread, time] : orphans) {
+            if (time < end + kOrphansAfter) ++gap.explains;
+        }
+        if (!best ||
+            std::pair(gap.explains, gap.length()) > std::pair(best->explains, best->length())) {
+            if (best) second = std::max(second, best->length());
+            best = gap;
+        } else {
+            second = std::max(second, gap.length());
+        }
+    }
+    if (best) best->standsOut = best->length() > 2 * second;
+    return best;
+}
+
+Verdict Judge::lostAt(const Gap& gap, Certainty certainty) const {
+    return {.cause = DropoutCause::lostRecords,
+            .certainty = certainty,
+            .culprit = Culprit{.slot = gap.slotAfter},
+            .share = 1,
+            .evidence = {gap.slotBefore, gap.slotAfter, overload_.slot}};
+}
+
+// What an end without a start proves: of a client or cycle from `from` to `until`, or the dropout
+// itself where it has no cycle.
+std::optional<Verdict> Judge::afterGap(Nanoseconds from, Nanoseconds until, bool hasCycle) const {
+    const SeenRecord* witness = nullptr;
+    const SeenRecord* before = nullptr;  // the last record before the gap
+    const SeenRecord* last = nullptr;    // of the thread, by the server
+    const SeenRecord* lastOfCycle = nullptr;
+    for (const SeenRecord& record : scene_.records) {
+        const uint32_t code = codeOf(record.debugid);
+        // A driver's calls may stand inside a client that began in the gap.
+        if (record.thread != overload_.thread || !server::isServer(code)) continue;
+        if (record.time > until || record.slot > overload_.slot) break;
+        const bool isOrphan = record.orphan && isOfCycle(code) && record.time >= from;
+        const bool isAlone = !hasCycle && record.slot == overload_.slot;
+        if (witness == nullptr && (isOrphan || isAlone)) {
+            witness = &record;
+            // In a cycle that began in the gap, whole clients may have come after it.
+            before = code == server::kClient ? last : lastOfCycle;
+        }
+        const bool endsWhole = !record.orphan && record.debugid == (server::kIoCycle | 2);
+        if (!hasCycle && endsWhole) witness = nullptr;
+        if (code == server::kIoCycle) lastOfCycle = &record;
+        last = &record;
+    }
+    if (witness == nullptr) return {};
+    const Nanoseconds begin = before == nullptr ? scene_.records.front().time : before->time;
+    const auto gap = largestGap(begin, witness->time);
+    if (!gap) return Verdict{.cause = DropoutCause::lostRecords, .share = 1};
+    const bool shown = witness->orphan && before != nullptr && gap->standsOut && isLong(*gap);
+    Verdict lost = lostAt(*gap, shown ? Certainty::shown : Certainty::likely);
+    lost.evidence.push_back(witness->slot);
+    return lost;
+}
+
+std::optional<Verdict> Judge::lostRecords(const Layout& layout) const {
+    const IoCycle& cycle = *layout.cycle;
+    const Nanoseconds from = std::min(layout.due, cycle.begin);
+    if (const auto lost = afterGap(from, layout.until, true)) return lost;
+    // The gap may have merged two cycles, or lie before one that begins in the air.
+    const bool endsElsewhere =
+        cycle.told && cycle.finished && cycle.told->sample != cycle.sample + cycle.frames;
+    const bool beginsElsewhere = cycle.toldBefore && cycle.toldBefore->sample != cycle.sample;
+    if (!endsElsewhere && !beginsElsewhere && !cycle.broken) return {};
+    const auto gap = largestGap(from, layout.until);
+    if (!gap) return {};
+    const double part = ratio(gap->length(), layout.until - from);
+    if ((gap->explains > 0 && part > kLeastLost) || (isLong(*gap) && part > kMostlyLost)) {
+        return lostAt(*gap, Certainty::likely);
+    }
+    if (!endsElsewhere || !layout.dueKnown) return {};
+    // The server leaves out cycles that it cannot reach any more. Two merged cycles have the second
+    // one's target.
+    const Nanoseconds skipped =
+        timeOfFrames(static_cast<double>(cycle.told->sample - cycle.sample - cycle.frames),
+                     timed_.perFrame(layout.number));
+    const bool otherTarget =
+        overload_.targetHost && overload_.cycle == layout.number &&
+        std::abs(*overload_.targetHost - layout.deadline - skipped) < cycle.budget / 10;
+    if (!otherTarget) return {};
+    return lostAt(*gap, Certainty::likely);
+}
+
+// Whether a stamp has moved the target of a cycle that was in time.
+std::optional<Verdict> Judge::clock(const Layout& layout) const {
+    const IoCycle& cycle = *layout.cycle;
+    const size_t first = layout.number - std::min(layout.number, kCyclesOfStamp);
+    const Nanoseconds from = timed_.io->cycles[first].begin;
+    const Nanoseconds least = std::max({kLeastDeparture, kDepartureInScatters * timed_.stampScatter,
+                                        cycle.budget / kDepartureInBudgets});
+    const Stamp* departed = nullptr;
+    const Stamp* last = nullptr;
+    Nanoseconds departure = 0;
+    Nanoseconds deadline = layout.deadline;
+    for (const Stamp* stamp : timed_.stamps) {
+        const Stamp* const before = std::exchange(last, stamp);
+        if (stamp->time < from) continue;
+        if (stamp->slot > overload_.slot) break;
+        const Nanoseconds host = stamp->at.host - timed_.clockShift;
+        const auto line = timed_.timeOf(stamp->at.sample, stamp->time);
+        Nanoseconds off = 0;
+        if (line) {
+            off = host - *line - timed_.stampShift;
+        } else if (before != nullptr) {
+            const auto frames = static_cast<int64_t>(stamp->at.sample - before->at.sample);
+            off = stamp->at.host - before->at.host -
+                  timeOfFrames(static_cast<double>(frames), timed_.perFrame(layout.number));
+        }
+        if (std::abs(off) <= std::max(least, std::abs(departure))) continue;
+        departed = stamp;
+        departure = off;
+        // What the cycle's deadline was before the stamp moved the line.
+        const auto due = timed_.timeOf(cycle.sample, stamp->time);
+        deadline = due ? *due + cycle.budget : layout.deadline;
+    }
+    if (departed == nullptr) return {};
+    const Nanoseconds left = std::max(deadline, layout.deadline) - layout.until;
+    if (left < 0 || ratio(std::abs(departure), left) < kExplains) return {};
+    Verdict verdict{.cause = DropoutCause::clock, .certainty = Certainty::likely, .share = 1};
+    verdict.culprit = Culprit{departed->slot, server::kZeroTimeStamp,
+                              trace_.threadIds[departed->thread], departed->cpu};
+    verdict.evidence = {departed->slot};
+    if (overload_.targetHost && overload_.cycle == layout.number) {
+        const Nanoseconds moved = *overload_.targetHost - deadline;
+        const bool agree = ratio(std::abs(moved - departure), std::abs(departure)) < kTargetOff;
+        if (agree) verdict.certainty = Certainty::shown;
+    }
+    return verdict;
+}
+
+std::optional<Verdict> Judge::carriedOn(const Layout& layout, size_t carried) const {
+    if (carried >= kLongestCarry || layout.number == 0 || !layout.dueKnown) return {};
+    if (layout.owners.empty() || layout.owners.front().owner != kLateBegin) return {};
+    const IoCycle& before = timed_.io->cycles[layout.number - 1];
+    const Usual& wake = timed_.usualOf(kLateBegin);
+    if (!before.finished || before.end <= layout.due + wake.median) return {};
+    if (layout.cycle->begin - before.end > wake.most()) return {};
+    Verdict verdict = judgeCycle(layOut(layout.number - 1, before.end), carried + 1);
+    verdict.carried = true;
+    return verdict;
+}
+
+std::optional<Verdict> Judge::preempted(const OwnerShare& place, bool shown) const {
+    const BusyProcessor busy = workOn(scene_, place.silence, timed_.io->thread);
+    const Nanoseconds excess = excessOf(place);
+    const Nanoseconds filled = shown ? busy.shown : busy.called;
+    if (ratio(filled, excess) < kFilled || busy.records < (shown ? kLeastWork : 2)) return {};
+    Verdict verdict{.cause = DropoutCause::preempted, .certainty = Certainty::possible};
+    if (shown) {
+        verdict.certainty = ratio(filled, place.silence.length()) >= kFilledWhole
+                                ? Certainty::shown
+                                : Certainty::likely;
+    }
+    verdict.culprit = busy.firstCall ? culpritOf(*busy.firstCall)
+                                     : Culprit{busy.firstSlot, busy.firstCode,
+                                               trace_.threadIds[busy.thread], busy.cpu};
+    verdict.evidence = {verdict.culprit->slot};
+    verdict.share = ratio(std::min(filled, excess), excess);
+    return verdict;
+}
+
+std::optional<Verdict> Judge::engineChange(const Layout& layout,
+                                           const std::vector<Holder>& holders) const {
+    const OwnerShare& place = layout.owners.front();
+    const auto verdictOf = [&](const SeenCall& call, Certainty certainty) {
+        Verdict verdict{.cause = DropoutCause::engineChange, .certainty = certainty};
+        verdict.culprit = culpritOf(call);
+        verdict.evidence = slotsOf(call);
+        return verdict;
+    };
+    if (place.call != nullptr && engineChangeOf(place.call->code) != EngineChange::none) {
+        return verdictOf(*place.call, Certainty::likely);
+    }
+    for (const Holder& holder : holders) {
+        if (holder.engineChange) return verdictOf(*holder.engineChange, Certainty::likely);
+    }
+    if (!holders.empty()) return {};
+    const Silence& silence = place.silence;
+    for (const SeenCall& change : engineChangesIn(scene_, layout.due - layout.cycle->budget,
+                                                  silence.end, timed_.io->thread)) {
+        const Nanoseconds covered =
+            std::min(change.end, silence.end) - std::max(change.start, silence.begin);
+        if (ratio(covered, silence.length()) >= kAcross) {
+            return verdictOf(change, Certainty::possible);
+        }
+        // A change that another call takes back, or completes, as the thread goes on.
+        const Usual& usual = timed_.usualOf(place.owner);
+        if (change.start - silence.begin > usual.most()) continue;
+        for (const SeenCall& call : scene_.calls) {
+            const Nanoseconds after = silence.end - call.end;
+            if (call.thread != change.thread || call.startSlot <= change.endSlot) continue;
+            if (call.finished && after >= 0 && after <= usual.most()) {
+                return verdictOf(change, Certainty::possible);
+            }
+        }
+    }
+    return {};
+}
+
+Verdict Judge::blockedBy(const OwnerShare& place, const std::vector<Holder>& holders) const {
+    const Holder& holder = holders.front();
+    const bool sure = holders.size() == 1 && !holder.byStep;
+    Verdict verdict{.cause = DropoutCause::blockedBy,
+                    .certainty = sure ? Certainty::likely : Certainty::possible};
+    verdict.culprit = culpritOf(holder.culprit);
+    verdict.evidence = holder.evidence;
+    for (const SeenCall& call : {holder.outer, holder.culprit}) {
+        const std::vector<uint64_t> slots = slotsOf(call);
+        verdict.evidence.insert(verdict.evidence.end(), slots.begin(), slots.end());
+    }
+    verdict.share = ratio(holder.covered, place.silence.length());
+    return verdict;
+}
+
+Verdict Judge::placeItself(const Layout& layout) const {
+    const OwnerShare& place = layout.owners.front();
+    Verdict verdict{.certainty = Certainty::likely, .share = 1};
+    if (place.owner == kLateBegin) {
+        verdict.cause = DropoutCause::lateWake;
+        return verdict;
+    }
+    if (place.call == nullptr) {
+        verdict.certainty = Certainty::possible;
+        return verdict;
+    }
+    verdict.cause =
+        place.call->code == server::kClient ? DropoutCause::client : DropoutCause::driverCall;
+    verdict.culprit = culpritOf(*place.call);
+    verdict.evidence = slotsOf(*place.call);
+
+    // Nobody else can have taken the time where nobody else did anything as long.
+    Nanoseconds all = 0;
+    for (const OwnerShare& share : layout.owners) all += std::max<Nanoseconds>(0, excessOf(share));
+    const bool contested = std::ranges::any_of(scene_.calls, [&](const SeenCall& call) {
+        const Nanoseconds covered =
+            std::min(call.end, place.silence.end) - std::max(call.start, place.silence.begin);
+        return call.thread != timed_.io->thread && ratio(covered, place.silence.length()) > 0.2;
+    });
+    const BusyProcessor busy = workOn(scene_, place.silence, timed_.io->thread);
+    if (!contested && ratio(busy.called, place.silence.length()) < 0.2 &&
+        ratio(excessOf(place), all) > kNearlyAllExcess) {
+        verdict.certainty = Certainty::shown;
+    }
+    return verdict;
+}
+
+// The records around the place of the fault, which prove how long it took.
+void Judge::addWitnesses(const Layout& layout, Verdict& verdict) const {
+    if (layout.cycle != nullptr) verdict.evidence.push_back(layout.cycle->beginSlot);
+    if (!layout.owners.empty()) {
+        const Silence& silence = layout.owners.front().silence;
+        if (silence.slotBefore != 0) verdict.evidence.push_back(silence.slotBefore);
+        if (silence.slotAfter != 0) verdict.evidence.push_back(silence.slotAfter);
+    }
+}
+
+Verdict Judge::judgeCycle(const Layout& layout, size_t carried) const {
+    if (const auto lost = lostRecords(layout)) return *lost;
+    Verdict verdict{};
+    const bool isDropout = carried == 0;
+    const auto ask = [&]() -> Verdict {
+        if (isDropout) {
+            if (const auto moved = clock(layout)) return *moved;
+            const bool inTime = layout.dueKnown && layout.until <= layout.deadline;
+            if (inTime) return {};
+        }
+        if (const auto before = carriedOn(layout, carried)) return *before;
+        if (layout.owners.empty() || excessOf(layout.owners.front()) <= 0) return {};
+        const OwnerShare& place = layout.owners.front();
+        if (const auto busy = preempted(place, true)) return *busy;
+        const std::vector<Holder> holders =
+            findHolders(scene_, place.silence, timed_.usualOf(place.owner), timed_.io->thread);
+        if (const auto change = engineChange(layout, holders)) return *change;
+        if (!holders.empty()) return blockedBy(place, holders);
+        if (const auto busy = preempted(place, false)) return *busy;
+        return placeItself(layout);
+    };
+    verdict = ask();
+    addWitnesses(layout, verdict);
+    return verdict;
+}
+
+Verdict Judge::judge() const {
+    Verdict verdict{};
+    if (overload_.cycle == kNoCycle) {
+        // Something of its cycle is lost; from where on is told by the first end without a start.
+        const auto lost = afterGap(scene_.records.front().time, overload_.time, false);
+        verdict = lost.value_or(Verdict{.cause = DropoutCause::lostRecords, .share = 1});
+    } else {
+        verdict = judgeCycle(layOut(overload_.cycle, overload_.time), 0);
+    }
+    verdict.evidence.push_back(overload_.slot);
+    std::ranges::sort(verdict.evidence);
+    const auto repeated = std::ranges::unique(verdict.evidence);
+    verdict.evidence.erase(repeated.begin(), repeated.end());
+    return verdict;
+}
+
+}  // namespace
+
+std::vector<Dropout> judgeDropouts(IoTrace& trace, const std::vector<TimedThread>& threads) {
+    const Nanoseconds ordinaryGap = trace.gaps.count() == 0 ? 0 : trace.gaps.percentile(kNearlyAll);
+    // For dropouts on threads without cycles.
+    IoThread nobody{};
+    TimedThread none{};
+    none.io = &nobody;
+    std::vector<Dropout> dropouts;
+    for (const Overload& overload : trace.overloads) {
+        const auto found = std::ranges::find_if(
+            threads, [&](const TimedThread& timed) { return timed.io->thread == overload.thread; });
+        const TimedThread& timed = found == threads.end() ? none : *found;
+        const Judge judge(trace, timed, overload, ordinaryGap);
+        Dropout& dropout = dropouts.emplace_back();
+        dropout.slot = overload.slot;
+        dropout.time = overload.time;
+        dropout.thread = trace.threadIds[overload.thread];
+        dropout.lacking = overload.overrun;
+        if (overload.cycle != kNoCycle) {
+            const IoCycle& cycle = timed.io->cycles[overload.cycle];
+            if (cycle.budget > 0) dropout.budget = cycle.budget;
+            const Layout layout = judge.layOut(overload.cycle, overload.time);
+            if (!dropout.lacking && layout.dueKnown && layout.until > layout.deadline) {
+                dropout.lacking = layout.until - layout.deadline;
+            }
+        }
+        dropout.verdict = judge.judge();
+    }
+    return dropouts;
+}
+
+}  // namespace sonaprobe

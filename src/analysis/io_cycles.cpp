@@ -1,0 +1,268 @@
+// Gathers I/O cycles, and what happens around dropouts.
+
+#include "analysis/io_cycles.h"
+
+#include <algorithm>
+
+#include "analysis/slot.h"
+
+namespace sonaprobe {
+
+namespace {
+
+// What is kept of the past while no dropout has come: enough for the longest budgets in use.
+constexpr Nanoseconds kRemembered = 1'000'000'000;
+constexpr size_t kMostRemembered = size_t{1} << 19;
+
+// A scene reaches from so many cycles before its dropout, for dropouts that were carried on, to
+// half a cycle after it, for records that come late.
+constexpr int kCyclesBefore = 7;
+constexpr Nanoseconds kUsualPeriod = 10'666'667;
+constexpr Nanoseconds kLongestPeriod = 130'000'000;
+constexpr Nanoseconds kLateRecords = 5'000'000;
+
+}  // namespace
+
+IoObserver::IoObserver() : tracker_(*this) { trace_.gaps.becomeSketch(); }
+
+void IoObserver::take(const TraceRecord& slot) {
+    orphan_ = false;
+    const Moment* const moment = tracker_.take(slot);
+    const TraceClock& clock = tracker_.clock();
+    if (clock.stepsBack() != restarts_ || clock.ticksPerMicrosecond() != divisor_) {
+        // What was told before stands on another time scale.
+        restarts_ = clock.stepsBack();
+        divisor_ = clock.ticksPerMicrosecond();
+        for (Server& server : servers_) server.told.reset();
+    }
+    if (moment == nullptr) return;
+    ++trace_.records;
+    if (server::isServer(slot.debugid)) ++trace_.serverRecords;
+    const Nanoseconds time = bounded(moment->time);
+    if (trace_.records > 1 && time >= latest_) trace_.gaps.add(time - latest_);
+    latest_ = std::max(latest_, time);
+    recent_.push_back({time, moment->slot, slot.debugid, moment->thread, slot.cpuid, orphan_});
+    completeScenes(false);
+    forget();
+}
+
+IoTrace IoObserver::finish() {
+    completeScenes(true);
+    tracker_.finish();  // which ends the calls that are open in scenes, too
+    const TraceClock& clock = tracker_.clock();
+    for (uint32_t thread = 0; thread < clock.threads(); ++thread) {
+        trace_.threadIds.push_back(clock.threadId(thread));
+    }
+    for (IoThread& io : trace_.threads) io.id = clock.threadId(io.thread);
+    trace_.restarts = clock.stepsBack();
+    trace_.assumedDivisor = clock.assumedDivisor();
+    return std::move(trace_);
+}
+
+IoObserver::Server& IoObserver::serverOf(uint32_t thread) {
+    if (thread >= servers_.size()) servers_.resize(thread + 1);
+    return servers_[thread];
+}
+
+IoCycle* IoObserver::openCycle(uint32_t thread) {
+    const Server& server = serverOf(thread);
+    return server.open ? &trace_.threads[server.io].cycles[*server.open] : nullptr;
+}
+
+// A host time on the trace's time scale, the two clocks taken for one.
+Nanoseconds IoObserver::hostTime(uint64_t word, uint64_t timestamp, Nanoseconds time) const {
+    return saturated(Wide{time} +
+                     nanosecondsOf(word, timestamp, tracker_.clock().ticksPerMicrosecond()));
+}
+
+uint32_t IoObserver::opened(const TraceRecord& record, const Call& call, const Call*) {
+    uint32_t tag = static_cast<uint32_t>(open_.size());
+    if (freeTags_.empty()) {
+        open_.emplace_back();
+    } else {
+        tag = freeTags_.back();
+        freeTags_.pop_back();
+    }
+    open_[tag].isOpen = true;
+    const Nanoseconds start = bounded(call.start);
+    open_[tag].call = {.start = start,
+                       .end = start,
+                       .startSlot = call.startSlot,
+                       .endSlot = call.startSlot,
+                       .code = call.code,
+                       .cpu = call.cpu,
+                       .thread = call.thread,
+                       .depth = call.depth,
+                       .finished = false};
+    if (call.code == server::kIoThread) serverOf(call.thread).rate = record.arg2;
+    if (call.code == server::kIoCycle) beginCycle(record, call);
+    return tag;
+}
+
+void IoObserver::beginCycle(const TraceRecord& record, const Call& call) {
+    Server& server = serverOf(call.thread);
+    if (server.io == SIZE_MAX) {
+        server.io = trace_.threads.size();
+        trace_.threads.push_back({.thread = call.thread});
+    }
+    IoThread& io = trace_.threads[server.io];
+    if (server.rate != 0) io.rate = server.rate;
+    server.open = io.cycles.size();
+    IoCycle& cycle = io.cycles.emplace_back();
+    cycle.beginSlot = call.startSlot;
+    cycle.begin = cycle.end = bounded(call.start);
+    cycle.sample = record.arg1;
+    cycle.frames = record.arg3;
+    if (record.arg2 != 0) {
+        cycle.clockShift = hostTime(record.arg2, record.timestamp, cycle.begin) - cycle.begin;
+    }
+    cycle.toldBefore = std::exchange(server.told, std::nullopt);
+}
+
+void IoObserver::closed(const Call& call, const Call*, const Closing& closing) {
+    OpenCall& opened = open_[call.tag];
+    SeenCall& seen = opened.call;
+    seen.end = bounded(closing.time);
+    seen.endSlot = closing.slot;
+    seen.finished = closing.how == CallEnd::finished;
+    for (const size_t overload : opened.scenes) {
+        std::vector<SeenCall>& calls = trace_.overloads[overload].scene.calls;
+        *std::ranges::lower_bound(calls, seen.startSlot, {}, &SeenCall::startSlot) = seen;
+    }
+    recentCalls_.push_back(seen);
+    opened.isOpen = false;
+    opened.scenes.clear();
+    freeTags_.push_back(call.tag);
+
+    if (call.code == server::kIoCycle) {
+        if (seen.finished) {
+            endCycle(*closing.end, call, closing);
+        } else {
+            serverOf(call.thread).open.reset();
+        }
+        return;
+    }
+    IoCycle* const cycle = openCycle(call.thread);
+    if (cycle == nullptr || call.start < cycle->begin) return;
+    if (!seen.finished) {
+        cycle->broken = true;
+        return;
+    }
+    const OwnerKey owner =
+        call.code == server::kClient ? clientKey(cycle->clients++) : callKey(call.code);
+    cycle->owners.push_back({owner, bounded(closing.selfOf(call))});
+}
+
+void IoObserver::endCycle(const TraceRecord& end, const Call& call, const Closing& closing) {
+    Server& server = serverOf(call.thread);
+    IoCycle* const cycle = openCycle(call.thread);
+    if (cycle != nullptr) {
+        cycle->finished = true;
+        cycle->end = bounded(closing.time);
+        cycle->endSlot = closing.slot;
+        cycle->owners.push_back({kCycleItself, bounded(closing.selfOf(call))});
+    }
+    server.open.reset();
+    tell(server, end, closing.time);
+    if (cycle != nullptr) cycle->told = server.told;
+}
+
+// What an end of a cycle says of the next one's time.
+void IoObserver::tell(Server& server, const TraceRecord& end, Nanoseconds time) {
+    if (end.arg2 == 0) return;
+    const SampleTime told{end.arg1, hostTime(end.arg2, end.timestamp, time)};
+    if (server.io != SIZE_MAX) {
+        const auto& cycles = trace_.threads[server.io].cycles;
+        if (!cycles.empty() && cycles.back().toldBefore) {
+            server.period = told.host - cycles.back().toldBefore->host;
+        }
+    }
+    server.told = told;
+}
+
+void IoObserver::point(const TraceRecord& record, const Moment& moment) {
+    if (record.debugid == (server::kOverload | 1)) takeOverload(record, moment);
+    if (record.debugid == (server::kZeroTimeStamp | 1)) {
+        const double ticks =
+            record.arg4 == 0 ? 0
+                             : static_cast<double>(record.arg3) / static_cast<double>(record.arg4);
+        const auto divisor = static_cast<double>(tracker_.clock().ticksPerMicrosecond());
+        trace_.stamps.push_back(
+            {.at = {record.arg1, hostTime(record.arg2, record.timestamp, moment.time)},
+             .time = bounded(moment.time),
+             .slot = moment.slot,
+             .thread = moment.thread,
+             .cpu = record.cpuid,
+             .perFrame = ticks * 1000 / divisor});
+    }
+}
+
+void IoObserver::orphanEnd(const TraceRecord& record, const Moment& moment) {
+    orphan_ = true;
+    const uint32_t code = codeOf(record.debugid);
+    if (!server::isServer(code)) ++trace_.orphanEnds;
+    if (code == server::kIoCycle) tell(serverOf(moment.thread), record, moment.time);
+    IoCycle* const cycle = openCycle(moment.thread);
+    if (cycle != nullptr && code == server::kClient) cycle->broken = true;
+}
+
+void IoObserver::takeOverload(const TraceRecord& record, const Moment& moment) {
+    Server& server = serverOf(moment.thread);
+    Overload overload{.time = bounded(moment.time), .slot = moment.slot, .thread = moment.thread};
+    if (server.open) overload.cycle = *server.open;
+    if (record.arg3 != 0) overload.targetSample = record.arg3;
+    if (record.arg4 != 0) {
+        overload.targetHost = hostTime(record.arg4, record.timestamp, moment.time);
+        if (record.arg2 > record.arg4) {
+            overload.overrun =
+                nanosecondsOf(record.arg2, record.arg4, tracker_.clock().ticksPerMicrosecond());
+        }
+    }
+    const Nanoseconds period =
+        server.period > 0 && server.period < kLongestPeriod ? server.period : kUsualPeriod;
+    pending_.push_back({trace_.overloads.size(), overload.time - kCyclesBefore * period,
+                        overload.time + std::max(period / 2, kLateRecords)});
+    trace_.overloads.push_back(std::move(overload));
+}
+
+void IoObserver::forget() {
+    const Nanoseconds keepFrom =
+        (pending_.empty() ? latest_ : std::min(latest_, pending_.front().from)) - kRemembered;
+    while (!recent_.empty() &&
+           (recent_.front().time < keepFrom || recent_.size() > kMostRemembered)) {
+        recent_.pop_front();
+    }
+    const Nanoseconds from = recent_.empty() ? latest_ : recent_.front().time;
+    while (!recentCalls_.empty() && recentCalls_.front().end < from) recentCalls_.pop_front();
+}
+
+void IoObserver::completeScenes(bool all) {
+    while (!pending_.empty() && (all || pending_.front().to < latest_)) {
+        const Pending& next = pending_.front();
+        trace_.overloads[next.overload].scene = sceneFrom(next.overload, next.from, next.to);
+        pending_.pop_front();
+    }
+}
+
+Scene IoObserver::sceneFrom(size_t overload, Nanoseconds from, Nanoseconds to) {
+    Scene scene;
+    for (auto record = recent_.rbegin(); record != recent_.rend(); ++record) {
+        if (record->time < from - kLateRecords) break;
+        if (from <= record->time && record->time <= to) scene.records.push_back(*record);
+    }
+    std::ranges::reverse(scene.records);
+    std::ranges::stable_sort(scene.records, {}, &SeenRecord::time);
+    for (auto call = recentCalls_.rbegin(); call != recentCalls_.rend(); ++call) {
+        if (call->end < from - kLateRecords) break;
+        if (from <= call->end && call->start <= to) scene.calls.push_back(*call);
+    }
+    for (OpenCall& open : open_) {
+        if (!open.isOpen || open.call.start > to) continue;
+        open.scenes.push_back(overload);
+        scene.calls.push_back(open.call);
+    }
+    std::ranges::sort(scene.calls, {}, &SeenCall::startSlot);
+    return scene;
+}
+
+}  // namespace sonaprobe

@@ -1,0 +1,211 @@
+// What a trace tells of the audio server's I/O: cycles, their clients and stamps, dropouts, and the
+// records around each dropout. Gathered in one pass.
+
+#pragma once
+
+#include <algorithm>
+#include <cstdint>
+#include <deque>
+#include <limits>
+#include <optional>
+#include <vector>
+
+#include "analysis/call_tracker.h"
+#include "analysis/durations.h"
+
+namespace sonaprobe {
+
+namespace server {
+constexpr uint32_t kOverload = 0x21040000;
+constexpr uint32_t kIoThread = 0x21040004;
+constexpr uint32_t kIoCycle = 0x21040008;
+constexpr uint32_t kClient = 0x2104000C;
+constexpr uint32_t kZeroTimeStamp = 0x21040010;
+constexpr bool isServer(uint32_t code) { return code >> 16 == kOverload >> 16; }
+}  // namespace server
+
+// Whose the time of a cycle is: the innermost of what is going on.
+using OwnerKey = uint64_t;
+constexpr OwnerKey kLateBegin = 1;
+constexpr OwnerKey kCycleItself = 2;
+constexpr OwnerKey clientKey(uint32_t number) { return uint64_t{1} << 32 | number; }
+constexpr OwnerKey callKey(uint32_t code) { return code; }
+
+// No time in here is farther from 0, so that sums of a few cannot overflow, whatever a file says.
+constexpr Nanoseconds kFarthest = std::numeric_limits<Nanoseconds>::max() / 16;
+constexpr Nanoseconds bounded(Nanoseconds time) { return std::clamp(time, -kFarthest, kFarthest); }
+
+// A sample and the time that the audio server gave it, on the trace's time scale.
+struct SampleTime {
+    uint64_t sample = 0;
+    Nanoseconds host = 0;
+};
+
+struct OwnerTime {
+    OwnerKey owner;
+    Nanoseconds time;
+};
+
+struct IoCycle {
+    uint64_t beginSlot = 0;
+    uint64_t endSlot = 0;
+    Nanoseconds begin = 0;
+    Nanoseconds end = 0;
+    uint64_t sample = 0;
+    uint64_t frames = 0;
+    Nanoseconds clockShift = 0;            // HostTime less the record's time
+    std::optional<SampleTime> toldBefore;  // by the end of the cycle before
+    std::optional<SampleTime> told;        // by its own end
+    bool finished = false;
+    bool broken = false;  // a call inside was cut off: a record is missing
+    bool overloaded = false;
+    uint32_t clients = 0;
+    std::vector<OwnerTime> owners;
+
+    // What timing.h finds out.
+    Nanoseconds budget = 0;
+    std::optional<Nanoseconds> due;
+
+    bool isHealthy() const {
+        return finished && !broken && due && !overloaded && end <= *due + budget;
+    }
+    bool isNearMiss() const {
+        return finished && !broken && due && !overloaded && end > *due + budget;
+    }
+};
+
+// A ZeroTimeStamp.
+struct Stamp {
+    SampleTime at;
+    Nanoseconds time = 0;  // of its record
+    uint64_t slot = 0;
+    uint32_t thread = 0;
+    uint32_t cpu = 0;
+    double perFrame = 0;  // nanoseconds, as the stamp says; 0 where it does not
+};
+
+// A record as the search for causes needs it.
+struct SeenRecord {
+    Nanoseconds time;
+    uint64_t slot;
+    uint32_t debugid;
+    uint32_t thread;
+    uint32_t cpu;
+    bool orphan = false;  // an end whose start is missing
+};
+
+// A call that touches a scene, with its end wherever that is.
+struct SeenCall {
+    Nanoseconds start;
+    Nanoseconds end;
+    uint64_t startSlot;
+    uint64_t endSlot;
+    uint32_t code;
+    uint32_t cpu;
+    uint32_t thread;
+    uint32_t depth;
+    bool finished;
+};
+
+// The records around a dropout, in the order of time, and the calls that touch them.
+struct Scene {
+    std::vector<SeenRecord> records;
+    std::vector<SeenCall> calls;
+};
+
+constexpr size_t kNoCycle = SIZE_MAX;
+
+struct Overload {
+    Nanoseconds time = 0;
+    uint64_t slot = 0;
+    uint32_t thread = 0;
+    size_t cycle = kNoCycle;  // of its thread
+    // What it tells; nothing where its words are 0.
+    std::optional<uint64_t> targetSample{};
+    std::optional<Nanoseconds> targetHost{};
+    std::optional<Nanoseconds> overrun{};  // current host time less target
+    Scene scene{};
+};
+
+struct IoThread {
+    uint32_t thread = 0;  // the clock's number
+    uint64_t id = 0;
+    uint64_t rate = 0;  // as the IOThread said; 0 where it did not
+    std::vector<IoCycle> cycles{};
+};
+
+struct IoTrace {
+    std::vector<IoThread> threads;  // those with cycles
+    std::vector<Stamp> stamps;
+    std::vector<Overload> overloads;
+    std::vector<uint64_t> threadIds;  // by the clock's number
+    Durations gaps;                   // between one record and the next, of whatever thread
+    uint64_t records = 0;
+    uint64_t serverRecords = 0;
+    uint64_t orphanEnds = 0;  // of driver calls
+    uint64_t restarts = 0;
+    bool assumedDivisor = false;
+};
+
+// Takes the slots of a file one by one. Memory grows with cycles and dropouts.
+class IoObserver final : private CallSink {
+  public:
+    IoObserver();
+    void take(const TraceRecord& slot);
+
+    // After the last slot.
+    IoTrace finish();
+
+  private:
+    static constexpr uint32_t kNoTag = 0xFFFFFFFF;
+
+    // What is known of a thread so far.
+    struct Server {
+        size_t io = SIZE_MAX;  // in trace_.threads
+        std::optional<size_t> open;
+        std::optional<SampleTime> told;
+        Nanoseconds period = 0;  // between the two latest told times
+        uint64_t rate = 0;
+    };
+
+    uint32_t opened(const TraceRecord& record, const Call& call, const Call* parent) override;
+    void closed(const Call& call, const Call* parent, const Closing& closing) override;
+    void point(const TraceRecord& record, const Moment& moment) override;
+    void orphanEnd(const TraceRecord& record, const Moment& moment) override;
+
+    Server& serverOf(uint32_t thread);
+    IoCycle* openCycle(uint32_t thread);
+    Nanoseconds hostTime(uint64_t word, uint64_t timestamp, Nanoseconds time) const;
+    void beginCycle(const TraceRecord& record, const Call& call);
+    void endCycle(const TraceRecord& end, const Call& call, const Closing& closing);
+    void tell(Server& server, const TraceRecord& end, Nanoseconds time);
+    void takeOverload(const TraceRecord& record, const Moment& moment);
+    void forget();
+    void completeScenes(bool all);
+    Scene sceneFrom(size_t overload, Nanoseconds from, Nanoseconds to);
+
+    CallTracker tracker_;
+    IoTrace trace_;
+    std::vector<Server> servers_;  // by thread
+    std::deque<SeenRecord> recent_;
+    std::deque<SeenCall> recentCalls_;  // in the order of their ends
+    struct OpenCall {
+        SeenCall call;
+        bool isOpen = false;
+        std::vector<size_t> scenes{};  // of these overloads, which have to be told of its end
+    };
+    std::vector<OpenCall> open_;  // by tag
+    std::vector<uint32_t> freeTags_;
+    struct Pending {
+        size_t overload;
+        Nanoseconds from;
+        Nanoseconds to;
+    };
+    std::deque<Pending> pending_;
+    Nanoseconds latest_ = 0;
+    uint64_t restarts_ = 0;
+    uint64_t divisor_ = 0;
+    bool orphan_ = false;  // the record being taken is an orphan end
+};
+
+}  // namespace sonaprobe

@@ -1,0 +1,233 @@
+// Times the I/O cycles.
+
+#include "analysis/io_timing.h"
+
+#include <algorithm>
+#include <cmath>
+
+namespace sonaprobe {
+
+namespace {
+
+constexpr size_t kBlock = 64;  // cycles that are near each other
+
+// A thread's wake-up and its way through a lock take up to this where nothing is wrong.
+constexpr Nanoseconds kLeastReach = 60'000;
+
+// The upper quarter of the healthy times, taken so often, reaches to where they thin out, whatever
+// a few slow ones do.
+constexpr int kReachInQuarters = 3;
+
+template <class T>
+T quantile(std::vector<T> values, size_t share, size_t of) {
+    const size_t rank = values.size() * share / of;
+    const auto place =
+        values.begin() + static_cast<std::ptrdiff_t>(std::min(rank, values.size() - 1));
+    std::ranges::nth_element(values, place);
+    return *place;
+}
+
+// The host clock is shifted where it stands apart by more than two budgets.
+void shiftClock(TimedThread& timed) {
+    std::vector<Nanoseconds> shifts;
+    for (const IoCycle& cycle : timed.io->cycles) {
+        if (cycle.clockShift != 0) shifts.push_back(cycle.clockShift);
+    }
+    if (shifts.empty()) return;
+    const Nanoseconds shift = medianOf(shifts);
+    const IoCycle& some = timed.io->cycles[timed.io->cycles.size() / 2];
+    const double budget =
+        static_cast<double>(some.frames) * timed.perFrame(timed.io->cycles.size() / 2);
+    if (std::abs(static_cast<double>(shift)) <= 2 * budget) return;
+    timed.clockShift = shift;
+    for (IoCycle& cycle : timed.io->cycles) {
+        if (cycle.toldBefore) cycle.toldBefore->host -= shift;
+        if (cycle.told) cycle.told->host -= shift;
+    }
+}
+
+// Of the times that ends of cycles tell, else of stamps, else of the rate.
+void measureFrames(TimedThread& timed, const IoTrace& trace) {
+    std::vector<double> fromStamps;
+    const Stamp* before = nullptr;
+    for (const Stamp& stamp : trace.stamps) {
+        if (stamp.thread != timed.io->thread) continue;
+        if (before != nullptr && stamp.at.sample > before->at.sample) {
+            fromStamps.push_back(static_cast<double>(stamp.at.host - before->at.host) /
+                                 static_cast<double>(stamp.at.sample - before->at.sample));
+        } else if (stamp.perFrame > 0) {
+            fromStamps.push_back(stamp.perFrame);
+        }
+        before = &stamp;
+    }
+    double other = timed.io->rate == 0 ? 0 : 1e9 / static_cast<double>(timed.io->rate);
+    if (!fromStamps.empty()) other = quantile(fromStamps, 1, 2);
+
+    const std::vector<IoCycle>& cycles = timed.io->cycles;
+    for (size_t first = 0; first < cycles.size(); first += kBlock) {
+        std::vector<double> ratios;
+        for (size_t i = first; i < std::min(first + kBlock, cycles.size()); ++i) {
+            const auto& [from, to] = std::pair{cycles[i].toldBefore, cycles[i].told};
+            if (!from || !to || to->sample <= from->sample || to->host <= from->host) continue;
+            ratios.push_back(static_cast<double>(to->host - from->host) /
+                             static_cast<double>(to->sample - from->sample));
+        }
+        const double last = timed.perFrameByBlock.empty() ? 0 : timed.perFrameByBlock.back();
+        const bool few = ratios.size() < 3;
+        timed.perFrameByBlock.push_back(!few             ? quantile(ratios, 1, 2)
+                                        : last != 0      ? last
+                                        : other != 0     ? other
+                                        : ratios.empty() ? 0
+                                                         : ratios.front());
+    }
+    // What a short beginning could not tell, the next block does.
+    for (size_t i = timed.perFrameByBlock.size(); i-- > 1;) {
+        if (timed.perFrameByBlock[i - 1] == 0)
+            timed.perFrameByBlock[i - 1] = timed.perFrameByBlock[i];
+    }
+}
+
+void setDueTimes(TimedThread& timed) {
+    std::vector<IoCycle>& cycles = timed.io->cycles;
+    for (size_t i = 0; i < cycles.size(); ++i) {
+        IoCycle& cycle = cycles[i];
+        const double perFrame = timed.perFrame(i);
+        cycle.budget = timeOfFrames(static_cast<double>(cycle.frames), perFrame);
+        if (!cycle.toldBefore || perFrame == 0) continue;
+        const auto ahead = static_cast<int64_t>(cycle.sample - cycle.toldBefore->sample);
+        cycle.due = cycle.toldBefore->host + timeOfFrames(static_cast<double>(ahead), perFrame);
+    }
+}
+
+void learnUsual(TimedThread& timed) {
+    std::map<OwnerKey, std::vector<Nanoseconds>> times;
+    for (const IoCycle& cycle : timed.io->cycles) {
+        if (!cycle.isHealthy()) continue;
+        times[kLateBegin].push_back(std::max<Nanoseconds>(0, cycle.begin - *cycle.due));
+        for (const OwnerTime& owner : cycle.owners) times[owner.owner].push_back(owner.time);
+    }
+    timed.any.reach = kLeastReach;
+    for (const auto& [owner, values] : times) {
+        const Nanoseconds median = quantile(values, 1, 2);
+        const Nanoseconds quarter = quantile(values, 3, 4) - median;
+        timed.usual[owner] = {median, std::max(kLeastReach, kReachInQuarters * quarter)};
+    }
+}
+
+// Whose device a stamp is of: its thread's, where that does I/O, else that of the thread on whose
+// line it lies.
+void assignStamps(std::vector<TimedThread>& threads, const IoTrace& trace) {
+    std::map<uint32_t, std::vector<const Stamp*>> others;
+    for (const Stamp& stamp : trace.stamps) {
+        const auto own = std::ranges::find_if(
+            threads, [&](const TimedThread& timed) { return timed.io->thread == stamp.thread; });
+        if (own != threads.end()) {
+            own->stamps.push_back(&stamp);
+        } else {
+            others[stamp.thread].push_back(&stamp);
+        }
+    }
+    for (const auto& [thread, stamps] : others) {
+        TimedThread* best = nullptr;
+        Nanoseconds least = 0;
+        for (TimedThread& timed : threads) {
+            if (!timed.stamps.empty()) continue;
+            std::vector<Nanoseconds> apart;
+            for (const Stamp* stamp : stamps) {
+                const auto line = timed.timeOf(stamp->at.sample, stamp->time);
+                if (line) apart.push_back(stamp->at.host - timed.clockShift - *line);
+            }
+            if (apart.empty()) continue;
+            const Nanoseconds middle = medianOf(apart);
+            for (Nanoseconds& value : apart) value = std::abs(value - middle);
+            const Nanoseconds scatter = medianOf(apart);
+            if (best != nullptr && scatter >= least) continue;
+            best = &timed;
+            least = scatter;
+        }
+        if (best != nullptr) best->stamps = stamps;
+    }
+}
+
+void measureStamps(TimedThread& timed) {
+    std::vector<Nanoseconds> apart;
+    for (const Stamp* stamp : timed.stamps) {
+        const auto line = timed.timeOf(stamp->at.sample, stamp->time);
+        if (line) apart.push_back(stamp->at.host - timed.clockShift - *line);
+    }
+    if (apart.empty()) return;
+    timed.stampShift = medianOf(apart);
+    for (Nanoseconds& value : apart) value = std::abs(value - timed.stampShift);
+    timed.stampScatter = bounded(medianOf(apart));
+}
+
+}  // namespace
+
+Nanoseconds timeOfFrames(double frames, double perFrame) {
+    constexpr auto kMost = static_cast<double>(kFarthest);
+    return static_cast<Nanoseconds>(std::clamp(frames * perFrame, -kMost, kMost));
+}
+
+Nanoseconds medianOf(std::vector<Nanoseconds> values) { return quantile(std::move(values), 1, 2); }
+
+const Usual& TimedThread::usualOf(OwnerKey owner) const {
+    const auto found = usual.find(owner);
+    return found == usual.end() ? any : found->second;
+}
+
+double TimedThread::perFrame(size_t cycle) const {
+    return perFrameByBlock.empty() ? 0 : perFrameByBlock[cycle / kBlock];
+}
+
+std::optional<Nanoseconds> TimedThread::timeOf(uint64_t sample, Nanoseconds before) const {
+    const auto after = std::ranges::upper_bound(io->cycles, before, {}, &IoCycle::end);
+    for (auto cycle = after; cycle != io->cycles.begin();) {
+        --cycle;
+        if (!cycle->told) continue;
+        const auto ahead = static_cast<int64_t>(sample - cycle->told->sample);
+        const auto place = static_cast<size_t>(cycle - io->cycles.begin());
+        return cycle->told->host + timeOfFrames(static_cast<double>(ahead), perFrame(place));
+    }
+    return {};
+}
+
+std::vector<TimedThread> timeThreads(IoTrace& trace) {
+    std::vector<TimedThread> threads;
+    for (IoThread& io : trace.threads) {
+        TimedThread& timed = threads.emplace_back();
+        timed.io = &io;
+        measureFrames(timed, trace);
+        shiftClock(timed);
+        setDueTimes(timed);
+        for (Overload& overload : trace.overloads) {
+            if (overload.thread == io.thread && overload.targetHost) {
+                *overload.targetHost -= timed.clockShift;
+            }
+        }
+    }
+    // A dropout that is told after its cycle's end belongs to it for a quarter of its budget.
+    for (Overload& overload : trace.overloads) {
+        for (const TimedThread& timed : threads) {
+            if (timed.io->thread != overload.thread) continue;
+            std::vector<IoCycle>& cycles = timed.io->cycles;
+            if (overload.cycle == kNoCycle) {
+                const auto after =
+                    std::ranges::upper_bound(cycles, overload.slot, {}, &IoCycle::beginSlot);
+                if (after == cycles.begin()) continue;
+                const IoCycle& last = *std::prev(after);
+                if (!last.finished || last.endSlot > overload.slot ||
+                    overload.time - last.end >= last.budget / 4) {
+                    continue;
+                }
+                overload.cycle = static_cast<size_t>(std::prev(after) - cycles.begin());
+            }
+            cycles[overload.cycle].overloaded = true;
+        }
+    }
+    for (TimedThread& timed : threads) learnUsual(timed);
+    assignStamps(threads, trace);
+    for (TimedThread& timed : threads) measureStamps(timed);
+    return threads;
+}
+
+}  // namespace sonaprobe

@@ -1,0 +1,54 @@
+// When each I/O cycle was due, how long it had, and what its parts take as a rule.
+
+#pragma once
+
+#include <map>
+#include <optional>
+#include <span>
+#include <vector>
+
+#include "analysis/io_cycles.h"
+
+namespace sonaprobe {
+
+// What an owner of a cycle's time takes in healthy cycles.
+struct Usual {
+    Nanoseconds median = 0;
+    Nanoseconds reach = 0;  // how far it scatters above the median
+
+    Nanoseconds most() const { return median + reach; }
+};
+
+// How long so many frames take.
+Nanoseconds timeOfFrames(double frames, double perFrame);
+
+// The I/O of one thread, timed.
+struct TimedThread {
+    IoThread* io = nullptr;
+    Nanoseconds clockShift = 0;  // by which host times were moved; 0 where the clocks are one
+    std::map<OwnerKey, Usual> usual;
+    Usual any;  // for owners that no healthy cycle has: nothing, and the least reach
+
+    const Usual& usualOf(OwnerKey owner) const;
+
+    // Nanoseconds a frame near a cycle; 0 where the trace does not tell.
+    double perFrame(size_t cycle) const;
+
+    std::vector<double> perFrameByBlock;
+
+    // Where the line of samples and times that the cycles follow puts a sample, as the latest cycle
+    // that ended before a time knew it; nothing before the first.
+    std::optional<Nanoseconds> timeOf(uint64_t sample, Nanoseconds before) const;
+
+    std::vector<const Stamp*> stamps;  // of its device
+    Nanoseconds stampShift = 0;        // of the stamps after the cycles' line, in the median
+    Nanoseconds stampScatter = 0;      // around that, in the median
+};
+
+// Times the cycles of all threads of a trace, which has to stay where it is.
+std::vector<TimedThread> timeThreads(IoTrace& trace);
+
+// The lower median of what is not empty.
+Nanoseconds medianOf(std::vector<Nanoseconds> values);
+
+}  // namespace sonaprobe
