@@ -14,7 +14,7 @@ namespace sonaprobe {
 
 // Where lines go: whole lines, or, of a line with an endless indentation, its pieces in order.
 struct Sink {
-    void (*write)(void* context, const char* text, size_t length);
+    void (*write)(void* context, const char* text, size_t length) = nullptr;
     void* context = nullptr;
 };
 

@@ -31,10 +31,10 @@ struct Message {
 using Names = std::array<const char*, 3>;
 
 struct Option {
-    char letter;
-    Names names;  // of one meaning
-    int argument;
-    void (*take)(const Option& option, const char* argument);
+    char letter = '\0';
+    Names names{};  // of one meaning
+    int argument = 0;
+    void (*take)(const Option& option, const char* argument) = nullptr;
     Message message{};
     uint32_t* field = nullptr;  // set to this value, but for the bits to keep
     uint32_t value = 0;

@@ -2,6 +2,7 @@
 
 import os
 import pathlib
+import re
 import shutil
 import subprocess
 
@@ -12,6 +13,7 @@ from conftest import BUILD
 SOURCE = pathlib.Path(os.environ["SONAPROBE_SOURCE_DIR"])
 SAMPLE = SOURCE / "docs/sample/playback-dropout.raw"
 EXPECTED = (SOURCE / "tests/library/failures.txt").read_text()
+PAGE = (SOURCE / "docs/library.md").read_text()
 STRICT = "-std=c99 -Wall -Wextra -pedantic -Werror"
 
 PROJECT = """\
@@ -21,6 +23,15 @@ find_package(sonaprobe 100 REQUIRED)
 add_executable(failures failures.c)
 target_link_libraries(failures PRIVATE sonaprobe::sonaprobe)
 """
+
+
+def test_the_page_shows_what_the_example_prints_and_does():
+    blocks = re.findall(r"^```(\w*)\n(.*?)^```$", PAGE, re.MULTILINE | re.DOTALL)
+    [prints] = [text for language, text in blocks if language == ""]
+    assert prints.splitlines() == [line for line in EXPECTED.splitlines() if line in prints]
+    heart = next(text for language, text in blocks if language == "c")
+    example = (SOURCE / "examples/failures.c").read_text()
+    assert "".join(heart.split()) in "".join(example.split())
 
 
 def run(*command, **options):

@@ -28,7 +28,7 @@ struct OldBuffer {
 int bufferInfo(OldBuffer old) {
     if (old.bytes == nullptr || old.length == nullptr) return EINVAL;
     if (*old.length < sizeof(KernelBufferInfo)) return ENOMEM;
-    KernelBufferInfo info;
+    KernelBufferInfo info{};
     const int error = standin::getBufferInfo(info);
     if (error != 0) return error;
     std::memcpy(old.bytes, &info, sizeof info);
@@ -38,7 +38,7 @@ int bufferInfo(OldBuffer old) {
 
 int setInterest(OldBuffer old) {
     if (!old.holds(sizeof(TraceInterest))) return EINVAL;
-    TraceInterest interest;
+    TraceInterest interest{};
     std::memcpy(&interest, old.bytes, sizeof interest);
     return standin::setInterest(interest);
 }
@@ -73,7 +73,7 @@ int traceOperation(std::span<const int> name, OldBuffer old) {
 }
 
 int audioFlags(OldBuffer old, const void* newValue, size_t newLength) {
-    AudioDebugFlagsRequest request;
+    AudioDebugFlagsRequest request{};
     if (newValue == nullptr || newLength != sizeof request) return EINVAL;
     std::memcpy(&request, newValue, sizeof request);
     if (request.magic != kAudioDebugMagic) return EINVAL;
