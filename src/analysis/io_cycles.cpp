@@ -21,6 +21,9 @@ constexpr Nanoseconds kUsualPeriod = 10'666'667;
 constexpr Nanoseconds kLongestPeriod = 130'000'000;
 constexpr Nanoseconds kLateRecords = 5'000'000;
 
+// Records of all scenes together: thousands of dropouts in the busiest traces.
+constexpr size_t kMostInScenes = size_t{1} << 23;
+
 }  // namespace
 
 IoObserver::IoObserver() : tracker_(*this) { trace_.gaps.becomeSketch(); }
@@ -239,7 +242,13 @@ void IoObserver::forget() {
 void IoObserver::completeScenes(bool all) {
     while (!pending_.empty() && (all || pending_.front().to < latest_)) {
         const Pending& next = pending_.front();
+        if (sceneRecords_ > kMostInScenes) {
+            ++trace_.unseenDropouts;
+            pending_.pop_front();
+            continue;
+        }
         trace_.overloads[next.overload].scene = sceneFrom(next.overload, next.from, next.to);
+        sceneRecords_ += trace_.overloads[next.overload].scene.records.size();
         pending_.pop_front();
     }
 }

@@ -31,6 +31,11 @@ struct TimedThread {
 
     const Usual& usualOf(OwnerKey owner) const;
 
+    // What an owner's time is longer than it takes as a rule.
+    Nanoseconds excessOf(OwnerKey owner, Nanoseconds time) const {
+        return time - usualOf(owner).median;
+    }
+
     // Nanoseconds a frame near a cycle; 0 where the trace does not tell.
     double perFrame(size_t cycle) const;
 
