@@ -97,7 +97,11 @@ uint32_t IoObserver::opened(const TraceRecord& record, const Call& call, const C
                        .thread = call.thread,
                        .depth = call.depth,
                        .finished = false};
-    if (call.code == server::kIoThread) serverOf(call.thread).rate = record.arg2;
+    if (call.code == server::kIoThread) {
+        // What the thread was told before it ended last time is over.
+        serverOf(call.thread).told.reset();
+        serverOf(call.thread).rate = record.arg2;
+    }
     if (call.code == server::kIoCycle) beginCycle(record, call);
     return tag;
 }

@@ -11,6 +11,9 @@ namespace {
 
 constexpr size_t kBlock = 64;  // cycles that are near each other
 
+// Where no cycle has ended for so many budgets, the thread has been stopped meanwhile.
+constexpr double kCyclesOfLine = 16;
+
 // A thread's wake-up and its way through a lock take up to this where nothing is wrong.
 constexpr Nanoseconds kLeastReach = 60'000;
 
@@ -183,6 +186,10 @@ std::optional<Nanoseconds> TimedThread::timeOf(uint64_t sample, Nanoseconds befo
     const auto after = std::ranges::upper_bound(io->cycles, before, {}, &IoCycle::end);
     for (auto cycle = after; cycle != io->cycles.begin();) {
         --cycle;
+        if (static_cast<double>(before - cycle->end) / kCyclesOfLine >
+            static_cast<double>(cycle->budget)) {
+            return {};
+        }
         if (!cycle->told) continue;
         const auto ahead = static_cast<int64_t>(sample - cycle->told->sample);
         const auto place = static_cast<size_t>(cycle - io->cycles.begin());

@@ -42,7 +42,7 @@ struct TimedThread {
     std::vector<double> perFrameByBlock;
 
     // Where the line of samples and times that the cycles follow puts a sample, as the latest cycle
-    // that ended before a time knew it; nothing before the first.
+    // that ended before a time knew it; nothing where the last one was long before.
     std::optional<Nanoseconds> timeOf(uint64_t sample, Nanoseconds before) const;
 
     std::vector<const Stamp*> stamps;  // of its device

@@ -219,6 +219,17 @@ def test_near_misses_are_counted_and_no_dropouts(why):
     assert thread["healthy"] == 39
 
 
+def test_a_thread_that_starts_anew_is_not_late_for_what_it_was_told_before(why):
+    trace = Trace()
+    trace.healthy()
+    trace.put(trace.free, IO_THREAD | END)
+    trace.due += 200 * BUDGET
+    trace.put(trace.due, IO_THREAD | START, a1=412, a2=48000)
+    trace.healthy()
+    [thread] = why(trace)["io_threads"]
+    assert (thread["cycles"], thread["near_misses"], thread["healthy"]) == (40, 0, 38)
+
+
 def test_dropouts_with_one_culprit_are_one_finding(why):
     trace = Trace()
     for _ in range(3):
