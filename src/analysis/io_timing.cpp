@@ -141,12 +141,12 @@ void assignStamps(std::vector<TimedThread>& threads, const IoTrace& trace) {
                 if (line) apart.push_back(stamp->at.host - timed.clockShift - *line);
             }
             if (apart.empty()) continue;
-            const Nanoseconds middle = medianOf(apart);
-            for (Nanoseconds& value : apart) value = std::abs(value - middle);
-            const Nanoseconds scatter = medianOf(apart);
-            if (best != nullptr && scatter >= least) continue;
+            // Lines of one rate run side by side, so the distance counts and not the scatter.
+            for (Nanoseconds& value : apart) value = std::abs(value);
+            const Nanoseconds distance = medianOf(apart);
+            if (best != nullptr && distance >= least) continue;
             best = &timed;
-            least = scatter;
+            least = distance;
         }
         if (best != nullptr) best->stamps = stamps;
     }
