@@ -76,6 +76,7 @@ class Judge {
 
   private:
     Verdict judgeCycle(const CycleLayout& layout, size_t carried) const;
+    Nanoseconds nextAfter(const SeenRecord& record) const;
     std::optional<Verdict> afterGap(Nanoseconds from, Nanoseconds until, bool hasCycle) const;
     std::optional<Verdict> lostRecords(const CycleLayout& layout) const;
     std::optional<Verdict> clock(const CycleLayout& layout) const;
@@ -115,6 +116,17 @@ Verdict Judge::lostAt(const Gap& gap, Certainty certainty) const {
             .evidence = {gap.slotBefore, gap.slotAfter, overload_.slot}};
 }
 
+// When the thread was to trace after a record of the server's.
+Nanoseconds Judge::nextAfter(const SeenRecord& record) const {
+    if (record.debugid != (server::kIoCycle | 2)) return record.time + timed_.any.reach / 2;
+    const std::vector<IoCycle>& cycles = timed_.io->cycles;
+    const auto after = std::ranges::upper_bound(cycles, record.slot, {}, &IoCycle::beginSlot);
+    const IoCycle* const cycle = after == cycles.begin() ? nullptr : &*std::prev(after);
+    const bool isKnown = cycle != nullptr && cycle->endSlot == record.slot && cycle->told;
+    if (!isKnown) return record.time + timed_.any.reach / 2;
+    return std::max(record.time, cycle->told->host + timed_.usualOf(kLateBegin).median);
+}
+
 // What an end without a start proves: of a client or cycle from `from` to `until`, or the dropout
 // itself where it has no cycle.
 std::optional<Verdict> Judge::afterGap(Nanoseconds from, Nanoseconds until, bool hasCycle) const {
@@ -141,8 +153,19 @@ std::optional<Verdict> Judge::afterGap(Nanoseconds from, Nanoseconds until, bool
     }
     if (witness == nullptr) return {};
     const Nanoseconds begin = before == nullptr ? scene_.records.front().time : before->time;
-    const auto gap = largestGap(scene_, begin, witness->time);
+    auto gap = largestGap(scene_, begin, witness->time);
     if (!gap) return Verdict{.cause = DropoutCause::lostRecords, .share = 1};
+    // What is missing was due in the gap, as a rule; a longer pause elsewhere is none of it.
+    if (before != nullptr) {
+        const Nanoseconds next = nextAfter(*before);
+        const auto there = largestGap(scene_, next, next + 1);
+        const bool fits = there && there->begin >= begin && there->end <= witness->time;
+        if (fits && there->length() > timed_.any.reach && there->explains == gap->explains) {
+            const bool standsOut = gap->standsOut && gap->slotAfter == there->slotAfter;
+            gap = there;
+            gap->standsOut = standsOut;
+        }
+    }
     const bool shown = witness->orphan && before != nullptr && gap->standsOut && isLong(*gap);
     Verdict lost = lostAt(*gap, shown ? Certainty::shown : Certainty::likely);
     lost.evidence.push_back(witness->slot);
