@@ -6,8 +6,10 @@
 #include <cmath>
 #include <map>
 
+#include "analysis/cycle_layout.h"
 #include "analysis/engine_changes.h"
 #include "analysis/holders.h"
+#include "analysis/record_gaps.h"
 
 namespace sonaprobe {
 
@@ -32,7 +34,6 @@ constexpr unsigned kNearlyAll = 99;
 // much where nothing but its length tells.
 constexpr double kLeastLost = 0.05;
 constexpr double kMostlyLost = 0.25;
-constexpr Nanoseconds kOrphansAfter = 20'000'000;
 
 // What work on a processor has to fill of an excess, and to leave no doubt.
 constexpr double kFilled = 0.8;
@@ -45,40 +46,12 @@ constexpr double kAcross = 0.9;
 // An excess that is such a part of all leaves no other place.
 constexpr double kNearlyAllExcess = 0.7;
 
+// Others that were at work for such a part of a silence leave a doubt.
+constexpr double kContested = 0.2;
+
 double ratio(Nanoseconds part, Nanoseconds whole) {
     return whole <= 0 ? 0 : static_cast<double>(part) / static_cast<double>(whole);
 }
-
-// The time of one owner within a cycle.
-struct OwnerShare {
-    OwnerKey owner = kCycleItself;
-    const SeenCall* call = nullptr;  // none for a late begin and the cycle itself
-    Nanoseconds time = 0;
-    Silence silence{};  // its longest stretch without records of the thread
-};
-
-// A cycle's time from when it was due.
-struct Layout {
-    const IoCycle* cycle = nullptr;
-    size_t number = 0;
-    bool dueKnown = false;
-    Nanoseconds due = 0;
-    Nanoseconds deadline = 0;
-    Nanoseconds until = 0;
-    std::vector<OwnerShare> owners{};  // the one with the largest excess first
-};
-
-// A stretch without a record of any thread.
-struct Gap {
-    Nanoseconds begin = 0;
-    Nanoseconds end = 0;
-    uint64_t slotBefore = 0;
-    uint64_t slotAfter = 0;
-    size_t explains = 0;     // threads that have an end without a start after it
-    bool standsOut = false;  // twice as long as any other in its neighbourhood
-
-    Nanoseconds length() const { return end - begin; }
-};
 
 // The records of a call.
 std::vector<uint64_t> slotsOf(const SeenCall& call) {
@@ -100,27 +73,29 @@ class Judge {
           ordinaryGap_(ordinaryGap) {}
 
     Verdict judge() const;
-    Layout layOut(size_t number, Nanoseconds until) const;
 
   private:
-    Verdict judgeCycle(const Layout& layout, size_t carried) const;
+    Verdict judgeCycle(const CycleLayout& layout, size_t carried) const;
+    Nanoseconds nextAfter(const SeenRecord& record) const;
     std::optional<Verdict> afterGap(Nanoseconds from, Nanoseconds until, bool hasCycle) const;
-    std::optional<Verdict> lostRecords(const Layout& layout) const;
-    std::optional<Verdict> clock(const Layout& layout) const;
-    std::optional<Verdict> carriedOn(const Layout& layout, size_t carried) const;
+    std::optional<Verdict> lostRecords(const CycleLayout& layout) const;
+    std::optional<Verdict> clock(const CycleLayout& layout) const;
+    std::optional<Verdict> carriedOn(const CycleLayout& layout, size_t carried) const;
     std::optional<Verdict> preempted(const OwnerShare& place, bool shown) const;
-    std::optional<Verdict> engineChange(const Layout& layout,
+    std::optional<Verdict> engineChange(const CycleLayout& layout,
                                         const std::vector<Holder>& holders) const;
     Verdict blockedBy(const OwnerShare& place, const std::vector<Holder>& holders) const;
-    Verdict placeItself(const Layout& layout) const;
+    Verdict placeItself(const CycleLayout& layout) const;
 
-    std::optional<Gap> largestGap(Nanoseconds begin, Nanoseconds end) const;
     bool isLong(const Gap& gap) const { return gap.length() > kLostInGaps * ordinaryGap_; }
     Verdict lostAt(const Gap& gap, Certainty certainty) const;
-    void addWitnesses(const Layout& layout, Verdict& verdict) const;
+    void addWitnesses(const CycleLayout& layout, Verdict& verdict) const;
 
     Nanoseconds excessOf(const OwnerShare& share) const {
-        return share.time - timed_.usualOf(share.owner).median;
+        return timed_.excessOf(share.owner, share.time);
+    }
+    CycleLayout layOut(size_t number, Nanoseconds until) const {
+        return layOutCycle(timed_, scene_, number, until);
     }
     Culprit culpritOf(const SeenCall& call) const {
         return {call.startSlot, call.code, trace_.threadIds[call.thread], call.cpu};
@@ -133,109 +108,23 @@ class Judge {
     Nanoseconds ordinaryGap_;
 };
 
-Layout Judge::layOut(size_t number, Nanoseconds until) const {
-    const std::vector<IoCycle>& cycles = timed_.io->cycles;
-    const IoCycle& cycle = cycles[number];
-    // Where the end of the cycle before is missing, the line of the cycles before it tells as well.
-    const auto due = cycle.due ? cycle.due : timed_.timeOf(cycle.sample, cycle.begin);
-    Layout layout{.cycle = &cycle, .number = number, .dueKnown = due.has_value()};
-    layout.due = due.value_or(cycle.begin);
-    layout.deadline = layout.due + cycle.budget;
-    layout.until = cycle.finished ? std::min(until, cycle.end) : until;
-
-    std::map<const SeenCall*, OwnerShare> shares;
-    const auto add = [&](const SeenCall* call, OwnerKey owner, const Silence& stretch) {
-        OwnerShare& share = shares[call];
-        share.owner = owner;
-        share.call = call;
-        share.time += stretch.length();
-        if (stretch.length() >= share.silence.length()) share.silence = stretch;
-    };
-    // The thread's calls in the cycle, and its clients by number.
-    std::vector<const SeenCall*> calls;
-    std::map<const SeenCall*, OwnerKey> keys;
-    uint32_t clients = 0;
-    for (const SeenCall& call : scene_.calls) {
-        if (call.thread != timed_.io->thread || call.startSlot <= cycle.beginSlot) continue;
-        if (call.start > layout.until) break;
-        calls.push_back(&call);
-        keys[&call] = call.code == kClient ? clientKey(clients++) : callKey(call.code);
-    }
-    const SeenRecord* before = nullptr;
-    for (const SeenRecord& record : scene_.records) {
-        if (record.thread != timed_.io->thread || record.slot < cycle.beginSlot) continue;
-        if (record.time > layout.until) break;
-        if (before != nullptr) {
-            const SeenCall* innermost = nullptr;
-            for (const SeenCall* call : calls) {
-                if (call->startSlot > before->slot || call->endSlot < record.slot) continue;
-                if (innermost == nullptr || call->depth > innermost->depth) innermost = call;
-            }
-            add(innermost, innermost == nullptr ? kCycleItself : keys[innermost],
-                {before->time, record.time, before->slot, record.slot, record.cpu});
-        }
-        before = &record;
-    }
-    for (const auto& [call, share] : shares) layout.owners.push_back(share);
-
-    if (cycle.begin > layout.due) {
-        const bool follows = number > 0 && cycles[number - 1].finished;
-        Silence late{.begin = layout.due, .end = cycle.begin, .slotAfter = cycle.beginSlot};
-        if (follows) {
-            late.begin = std::max(late.begin, cycles[number - 1].end);
-            late.slotBefore = cycles[number - 1].endSlot;
-        }
-        for (const SeenRecord& record : scene_.records) {
-            if (record.slot == cycle.beginSlot) late.cpuAfter = record.cpu;
-        }
-        layout.owners.push_back(
-            {.owner = kLateBegin, .time = cycle.begin - layout.due, .silence = late});
-    }
-    std::ranges::stable_sort(layout.owners, [&](const OwnerShare& a, const OwnerShare& b) {
-        return excessOf(a) > excessOf(b);
-    });
-    return layout;
-}
-
-std::optional<Gap> Judge::largestGap(Nanoseconds begin, Nanoseconds end) const {
-    const std::vector<SeenRecord>& records = scene_.records;
-    std::optional<Gap> best;
-    Nanoseconds second = 0;
-    std::map<uint32_t, Nanoseconds> orphans;  // by thread: when its next end without start comes
-    uint64_t firstSlot = UINT64_MAX;
-    for (size_t i = records.size(); i-- > 1;) {
-        const SeenRecord& record = records[i];
-        if (record.orphan && codeOf(record.debugid) != kIoThread) {
-            orphans[record.thread] = record.time;
-        }
-        firstSlot = std::min(firstSlot, record.slot);
-        const SeenRecord& last = records[i - 1];
-        if (record.time <= begin || last.time >= end) continue;
-        Gap gap{.begin = last.time,
-                .end = record.time,
-                .slotBefore = last.slot,
-                .slotAfter = firstSlot};
-        for (const auto& [thread, time] : orphans) {
-            if (time < end + kOrphansAfter) ++gap.explains;
-        }
-        if (!best ||
-            std::pair(gap.explains, gap.length()) > std::pair(best->explains, best->length())) {
-            if (best) second = std::max(second, best->length());
-            best = gap;
-        } else {
-            second = std::max(second, gap.length());
-        }
-    }
-    if (best) best->standsOut = best->length() > 2 * second;
-    return best;
-}
-
 Verdict Judge::lostAt(const Gap& gap, Certainty certainty) const {
     return {.cause = DropoutCause::lostRecords,
             .certainty = certainty,
             .culprit = Culprit{.slot = gap.slotAfter},
             .share = 1,
             .evidence = {gap.slotBefore, gap.slotAfter, overload_.slot}};
+}
+
+// When the thread was to trace after a record of the server's.
+Nanoseconds Judge::nextAfter(const SeenRecord& record) const {
+    if (record.debugid != (kIoCycle | 2)) return record.time + timed_.any.reach / 2;
+    const std::vector<IoCycle>& cycles = timed_.io->cycles;
+    const auto after = std::ranges::upper_bound(cycles, record.slot, {}, &IoCycle::beginSlot);
+    const IoCycle* const cycle = after == cycles.begin() ? nullptr : &*std::prev(after);
+    const bool isKnown = cycle != nullptr && cycle->endSlot == record.slot && cycle->told;
+    if (!isKnown) return record.time + timed_.any.reach / 2;
+    return std::max(record.time, cycle->told->host + timed_.usualOf(kLateBegin).median);
 }
 
 // What an end without a start proves: of a client or cycle from `from` to `until`, or the dropout
@@ -264,15 +153,26 @@ std::optional<Verdict> Judge::afterGap(Nanoseconds from, Nanoseconds until, bool
     }
     if (witness == nullptr) return {};
     const Nanoseconds begin = before == nullptr ? scene_.records.front().time : before->time;
-    const auto gap = largestGap(begin, witness->time);
+    auto gap = largestGap(scene_, begin, witness->time);
     if (!gap) return Verdict{.cause = DropoutCause::lostRecords, .share = 1};
+    // What is missing was due in the gap, as a rule; a longer pause elsewhere is none of it.
+    if (before != nullptr) {
+        const Nanoseconds next = nextAfter(*before);
+        const auto there = largestGap(scene_, next, next + 1);
+        const bool fits = there && there->begin >= begin && there->end <= witness->time;
+        if (fits && there->length() > timed_.any.reach && there->explains == gap->explains) {
+            const bool standsOut = gap->standsOut && gap->slotAfter == there->slotAfter;
+            gap = there;
+            gap->standsOut = standsOut;
+        }
+    }
     const bool shown = witness->orphan && before != nullptr && gap->standsOut && isLong(*gap);
     Verdict lost = lostAt(*gap, shown ? Certainty::shown : Certainty::likely);
     lost.evidence.push_back(witness->slot);
     return lost;
 }
 
-std::optional<Verdict> Judge::lostRecords(const Layout& layout) const {
+std::optional<Verdict> Judge::lostRecords(const CycleLayout& layout) const {
     const IoCycle& cycle = *layout.cycle;
     const Nanoseconds from = std::min(layout.due, cycle.begin);
     if (const auto lost = afterGap(from, layout.until, true)) return lost;
@@ -281,7 +181,7 @@ std::optional<Verdict> Judge::lostRecords(const Layout& layout) const {
         cycle.told && cycle.finished && cycle.told->sample != cycle.sample + cycle.frames;
     const bool beginsElsewhere = cycle.toldBefore && cycle.toldBefore->sample != cycle.sample;
     if (!endsElsewhere && !beginsElsewhere && !cycle.broken) return {};
-    const auto gap = largestGap(from, layout.until);
+    const auto gap = largestGap(scene_, from, layout.until);
     if (!gap) return {};
     const double part = ratio(gap->length(), layout.until - from);
     if ((gap->explains > 0 && part > kLeastLost) || (isLong(*gap) && part > kMostlyLost)) {
@@ -301,20 +201,20 @@ std::optional<Verdict> Judge::lostRecords(const Layout& layout) const {
 }
 
 // Whether a stamp has moved the target of a cycle that was in time.
-std::optional<Verdict> Judge::clock(const Layout& layout) const {
+std::optional<Verdict> Judge::clock(const CycleLayout& layout) const {
     const IoCycle& cycle = *layout.cycle;
     const size_t first = layout.number - std::min(layout.number, kCyclesOfStamp);
-    const Nanoseconds from = timed_.io->cycles[first].begin;
+    const uint64_t from = timed_.io->cycles[first].beginSlot;
     const Nanoseconds least = std::max({kLeastDeparture, kDepartureInScatters * timed_.stampScatter,
                                         cycle.budget / kDepartureInBudgets});
     const Stamp* departed = nullptr;
-    const Stamp* last = nullptr;
     Nanoseconds departure = 0;
     Nanoseconds deadline = layout.deadline;
-    for (const Stamp* stamp : timed_.stamps) {
-        const Stamp* const before = std::exchange(last, stamp);
-        if (stamp->time < from) continue;
-        if (stamp->slot > overload_.slot) break;
+    const auto slotOf = [](const Stamp* stamp) { return stamp->slot; };
+    for (auto at = std::ranges::lower_bound(timed_.stamps, from, {}, slotOf);
+         at != timed_.stamps.end() && (*at)->slot < overload_.slot; ++at) {
+        const Stamp* const stamp = *at;
+        const Stamp* const before = at == timed_.stamps.begin() ? nullptr : *std::prev(at);
         const Nanoseconds host = stamp->at.host - timed_.clockShift;
         const auto line = timed_.timeOf(stamp->at.sample, stamp->time);
         Nanoseconds off = 0;
@@ -336,8 +236,8 @@ std::optional<Verdict> Judge::clock(const Layout& layout) const {
     const Nanoseconds left = std::max(deadline, layout.deadline) - layout.until;
     if (left < 0 || ratio(std::abs(departure), left) < kExplains) return {};
     Verdict verdict{.cause = DropoutCause::clock, .certainty = Certainty::likely, .share = 1};
-    verdict.culprit =
-        Culprit{departed->slot, kZeroTimeStamp, trace_.threadIds[departed->thread], departed->cpu};
+    verdict.culprit = Culprit{departed->slot, kZeroTimeStamp,
+                              trace_.threadIds[departed->thread], departed->cpu};
     verdict.evidence = {departed->slot};
     if (overload_.targetHost && overload_.cycle == layout.number) {
         const Nanoseconds moved = *overload_.targetHost - deadline;
@@ -347,7 +247,7 @@ std::optional<Verdict> Judge::clock(const Layout& layout) const {
     return verdict;
 }
 
-std::optional<Verdict> Judge::carriedOn(const Layout& layout, size_t carried) const {
+std::optional<Verdict> Judge::carriedOn(const CycleLayout& layout, size_t carried) const {
     if (carried >= kLongestCarry || layout.number == 0 || !layout.dueKnown) return {};
     if (layout.owners.empty() || layout.owners.front().owner != kLateBegin) return {};
     const IoCycle& before = timed_.io->cycles[layout.number - 1];
@@ -378,7 +278,7 @@ std::optional<Verdict> Judge::preempted(const OwnerShare& place, bool shown) con
     return verdict;
 }
 
-std::optional<Verdict> Judge::engineChange(const Layout& layout,
+std::optional<Verdict> Judge::engineChange(const CycleLayout& layout,
                                            const std::vector<Holder>& holders) const {
     const OwnerShare& place = layout.owners.front();
     const auto verdictOf = [&](const SeenCall& call, Certainty certainty) {
@@ -431,7 +331,7 @@ Verdict Judge::blockedBy(const OwnerShare& place, const std::vector<Holder>& hol
     return verdict;
 }
 
-Verdict Judge::placeItself(const Layout& layout) const {
+Verdict Judge::placeItself(const CycleLayout& layout) const {
     const OwnerShare& place = layout.owners.front();
     Verdict verdict{.certainty = Certainty::likely, .share = 1};
     if (place.owner == kLateBegin) {
@@ -442,28 +342,32 @@ Verdict Judge::placeItself(const Layout& layout) const {
         verdict.certainty = Certainty::possible;
         return verdict;
     }
-    verdict.cause = place.call->code == kClient ? DropoutCause::client : DropoutCause::driverCall;
+    verdict.cause =
+        place.call->code == kClient ? DropoutCause::client : DropoutCause::driverCall;
     verdict.culprit = culpritOf(*place.call);
     verdict.evidence = slotsOf(*place.call);
 
     // Nobody else can have taken the time where nobody else did anything as long.
-    Nanoseconds all = 0;
-    for (const OwnerShare& share : layout.owners) all += std::max<Nanoseconds>(0, excessOf(share));
+    double all = 0;
+    for (const OwnerShare& share : layout.owners) {
+        all += static_cast<double>(std::max<Nanoseconds>(0, excessOf(share)));
+    }
     const bool contested = std::ranges::any_of(scene_.calls, [&](const SeenCall& call) {
         const Nanoseconds covered =
             std::min(call.end, place.silence.end) - std::max(call.start, place.silence.begin);
-        return call.thread != timed_.io->thread && ratio(covered, place.silence.length()) > 0.2;
+        return call.thread != timed_.io->thread &&
+               ratio(covered, place.silence.length()) > kContested;
     });
     const BusyProcessor busy = workOn(scene_, place.silence, timed_.io->thread);
-    if (!contested && ratio(busy.called, place.silence.length()) < 0.2 &&
-        ratio(excessOf(place), all) > kNearlyAllExcess) {
+    if (!contested && ratio(busy.called, place.silence.length()) < kContested &&
+        static_cast<double>(excessOf(place)) > kNearlyAllExcess * all) {
         verdict.certainty = Certainty::shown;
     }
     return verdict;
 }
 
 // The records around the place of the fault, which prove how long it took.
-void Judge::addWitnesses(const Layout& layout, Verdict& verdict) const {
+void Judge::addWitnesses(const CycleLayout& layout, Verdict& verdict) const {
     if (layout.cycle != nullptr) verdict.evidence.push_back(layout.cycle->beginSlot);
     if (!layout.owners.empty()) {
         const Silence& silence = layout.owners.front().silence;
@@ -472,7 +376,7 @@ void Judge::addWitnesses(const Layout& layout, Verdict& verdict) const {
     }
 }
 
-Verdict Judge::judgeCycle(const Layout& layout, size_t carried) const {
+Verdict Judge::judgeCycle(const CycleLayout& layout, size_t carried) const {
     if (const auto lost = lostRecords(layout)) return *lost;
     Verdict verdict{};
     const bool isDropout = carried == 0;
@@ -500,7 +404,9 @@ Verdict Judge::judgeCycle(const Layout& layout, size_t carried) const {
 
 Verdict Judge::judge() const {
     Verdict verdict{};
-    if (overload_.cycle == kNoCycle) {
+    if (scene_.records.empty()) {
+        // Too many dropouts: its records were not kept.
+    } else if (overload_.cycle == kNoCycle) {
         // Something of its cycle is lost; from where on is told by the first end without a start.
         const auto lost = afterGap(scene_.records.front().time, overload_.time, false);
         verdict = lost.value_or(Verdict{.cause = DropoutCause::lostRecords, .share = 1});
@@ -536,7 +442,8 @@ std::vector<Dropout> judgeDropouts(IoTrace& trace, const std::vector<TimedThread
         if (overload.cycle != kNoCycle) {
             const IoCycle& cycle = timed.io->cycles[overload.cycle];
             if (cycle.budget > 0) dropout.budget = cycle.budget;
-            const Layout layout = judge.layOut(overload.cycle, overload.time);
+            const CycleLayout layout =
+                layOutCycle(timed, overload.scene, overload.cycle, overload.time);
             if (!dropout.lacking && layout.dueKnown && layout.until > layout.deadline) {
                 dropout.lacking = layout.until - layout.deadline;
             }

@@ -272,7 +272,8 @@ BusyProcessor workOn(const Scene& scene, const Silence& silence, uint32_t ioThre
         ++busy.records;
         if (before == nullptr) continue;
         const bool inCall = std::ranges::any_of(scene.calls, [&](const SeenCall& call) {
-            return call.thread == record.thread && call.startSlot <= before->slot &&
+            return call.thread == record.thread && call.finished &&
+                   call.code != kIoThread && call.startSlot <= before->slot &&
                    call.endSlot >= record.slot;
         });
         const Nanoseconds length = record.time - before->time;
@@ -314,6 +315,7 @@ BusyProcessor workOn(const Scene& scene, const Silence& silence, uint32_t ioThre
     }
     for (const SeenCall& call : scene.calls) {
         if (call.thread != busy.thread || call.cpu != busy.cpu || !call.finished) continue;
+        if (call.code == kIoThread) continue;
         if (call.startSlot < std::max(elsewhere, scene.records.front().slot)) continue;
         if (call.end <= silence.begin || call.start >= silence.end) continue;
         busy.firstCall = call;

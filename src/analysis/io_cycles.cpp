@@ -21,6 +21,9 @@ constexpr Nanoseconds kUsualPeriod = 10'666'667;
 constexpr Nanoseconds kLongestPeriod = 130'000'000;
 constexpr Nanoseconds kLateRecords = 5'000'000;
 
+// Records of all scenes together: thousands of dropouts in the busiest traces.
+constexpr size_t kMostInScenes = size_t{1} << 23;
+
 }  // namespace
 
 IoObserver::IoObserver() : tracker_(*this) { trace_.gaps.becomeSketch(); }
@@ -94,7 +97,11 @@ uint32_t IoObserver::opened(const TraceRecord& record, const Call& call, const C
                        .thread = call.thread,
                        .depth = call.depth,
                        .finished = false};
-    if (call.code == kIoThread) serverOf(call.thread).rate = record.arg2;
+    if (call.code == kIoThread) {
+        // What the thread was told before it ended last time is over.
+        serverOf(call.thread).told.reset();
+        serverOf(call.thread).rate = record.arg2;
+    }
     if (call.code == kIoCycle) beginCycle(record, call);
     return tag;
 }
@@ -148,7 +155,8 @@ void IoObserver::closed(const Call& call, const Call*, const Closing& closing) {
         cycle->broken = true;
         return;
     }
-    const OwnerKey owner = call.code == kClient ? clientKey(cycle->clients++) : callKey(call.code);
+    const OwnerKey owner =
+        call.code == kClient ? clientKey(cycle->clients++) : callKey(call.code);
     cycle->owners.push_back({owner, bounded(closing.selfOf(call))});
 }
 
@@ -238,7 +246,13 @@ void IoObserver::forget() {
 void IoObserver::completeScenes(bool all) {
     while (!pending_.empty() && (all || pending_.front().to < latest_)) {
         const Pending& next = pending_.front();
+        if (sceneRecords_ > kMostInScenes) {
+            ++trace_.unseenDropouts;
+            pending_.pop_front();
+            continue;
+        }
         trace_.overloads[next.overload].scene = sceneFrom(next.overload, next.from, next.to);
+        sceneRecords_ += trace_.overloads[next.overload].scene.records.size();
         pending_.pop_front();
     }
 }

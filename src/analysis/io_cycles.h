@@ -134,7 +134,8 @@ struct IoTrace {
     Durations gaps;                   // between one record and the next, of whatever thread
     uint64_t records = 0;
     uint64_t serverRecords = 0;
-    uint64_t orphanEnds = 0;  // of driver calls
+    uint64_t orphanEnds = 0;      // of driver calls
+    uint64_t unseenDropouts = 0;  // whose scenes found no room
     uint64_t restarts = 0;
     bool assumedDivisor = false;
 };
@@ -194,6 +195,7 @@ class IoObserver final : private CallSink {
         Nanoseconds to;
     };
     std::deque<Pending> pending_;
+    size_t sceneRecords_ = 0;  // of all scenes
     Nanoseconds latest_ = 0;
     uint64_t restarts_ = 0;
     uint64_t divisor_ = 0;

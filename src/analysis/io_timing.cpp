@@ -11,6 +11,9 @@ namespace {
 
 constexpr size_t kBlock = 64;  // cycles that are near each other
 
+// Where no cycle has ended for so many budgets, the thread has been stopped meanwhile.
+constexpr double kCyclesOfLine = 16;
+
 // A thread's wake-up and its way through a lock take up to this where nothing is wrong.
 constexpr Nanoseconds kLeastReach = 60'000;
 
@@ -138,12 +141,12 @@ void assignStamps(std::vector<TimedThread>& threads, const IoTrace& trace) {
                 if (line) apart.push_back(stamp->at.host - timed.clockShift - *line);
             }
             if (apart.empty()) continue;
-            const Nanoseconds middle = medianOf(apart);
-            for (Nanoseconds& value : apart) value = std::abs(value - middle);
-            const Nanoseconds scatter = medianOf(apart);
-            if (best != nullptr && scatter >= least) continue;
+            // Lines of one rate run side by side, so the distance counts and not the scatter.
+            for (Nanoseconds& value : apart) value = std::abs(value);
+            const Nanoseconds distance = medianOf(apart);
+            if (best != nullptr && distance >= least) continue;
             best = &timed;
-            least = scatter;
+            least = distance;
         }
         if (best != nullptr) best->stamps = stamps;
     }
@@ -183,6 +186,10 @@ std::optional<Nanoseconds> TimedThread::timeOf(uint64_t sample, Nanoseconds befo
     const auto after = std::ranges::upper_bound(io->cycles, before, {}, &IoCycle::end);
     for (auto cycle = after; cycle != io->cycles.begin();) {
         --cycle;
+        if (static_cast<double>(before - cycle->end) / kCyclesOfLine >
+            static_cast<double>(cycle->budget)) {
+            return {};
+        }
         if (!cycle->told) continue;
         const auto ahead = static_cast<int64_t>(sample - cycle->told->sample);
         const auto place = static_cast<size_t>(cycle - io->cycles.begin());

@@ -31,13 +31,18 @@ struct TimedThread {
 
     const Usual& usualOf(OwnerKey owner) const;
 
+    // What an owner's time is longer than it takes as a rule.
+    Nanoseconds excessOf(OwnerKey owner, Nanoseconds time) const {
+        return time - usualOf(owner).median;
+    }
+
     // Nanoseconds a frame near a cycle; 0 where the trace does not tell.
     double perFrame(size_t cycle) const;
 
     std::vector<double> perFrameByBlock;
 
     // Where the line of samples and times that the cycles follow puts a sample, as the latest cycle
-    // that ended before a time knew it; nothing before the first.
+    // that ended before a time knew it; nothing where the last one was long before.
     std::optional<Nanoseconds> timeOf(uint64_t sample, Nanoseconds before) const;
 
     std::vector<const Stamp*> stamps;  // of its device

@@ -202,6 +202,11 @@ std::vector<std::string> limitsOf(const IoTrace& trace, const std::vector<TimedT
         limits.push_back("Of " + plural(trace.orphanEnds, "call") +
                          " the start is missing: records are lost, or the trace begins inside.");
     }
+    if (trace.unseenDropouts > 0) {
+        limits.push_back(
+            plural(trace.unseenDropouts, "dropout") +
+            " too many: their records were not kept. sonascope cut makes a smaller trace.");
+    }
     if (trace.restarts > 0) {
         limits.push_back("The clock steps back " + plural(trace.restarts, "time") +
                          ": nothing is concluded across.");

@@ -1,4 +1,4 @@
-"""Traces of one I/O thread, made cycle by cycle: 512 frames at 48 kHz, times in ticks of 1/24 µs."""
+"""Traces of one I/O thread, made cycle by cycle: 512 frames at 48 kHz, times in ticks, 24 a µs."""
 
 from records import DIVISOR_MARKER, pack
 
@@ -33,8 +33,7 @@ class Trace:
         if end is not None:
             self.put(end, code | END, thread, cpu, a1=0x10)
 
-    def cycle(self, late=0, client=9_600, overload=None, words=True, start=True, client_end=None,
-              cpu=0):
+    def cycle(self, late=0, client=9_600, overload=None, words=True, start=True, cpu=0):
         """A cycle that begins so late and whose client takes so long; `overload` puts a dropout so
         long after the client (before or after the cycle's end). Returns when its client began."""
         begin = max(self.due + 500 + late, self.free)
@@ -45,13 +44,12 @@ class Trace:
         if start:
             self.put(inside, CLIENT | START, cpu=cpu)
         over = inside + client
-        if client_end is not False:
-            self.put(over, CLIENT | END, cpu=cpu)
+        self.put(over, CLIENT | END, cpu=cpu)
         end = over + 400
         if overload is not None:
-            told = {"a1": self.sample, "a2": over + overload + self.host, "a3": self.sample + FRAMES,
-                    "a4": self.due + BUDGET + self.host} if words else {}
-            self.put(over + overload, OVERLOAD | START, cpu=cpu, **told)
+            told = {"a1": self.sample, "a2": over + overload + self.host,
+                    "a3": self.sample + FRAMES, "a4": self.due + BUDGET + self.host}
+            self.put(over + overload, OVERLOAD | START, cpu=cpu, **(told if words else {}))
         self.sample += FRAMES
         self.due += BUDGET
         self.put(end, IO_CYCLE | END, cpu=cpu, a1=self.sample, a2=self.due + self.host)

@@ -1,4 +1,4 @@
-"""sonaprobe-sim write dropouts: what it plants is in the trace, and the trace reads as drivers' work."""
+"""sonaprobe-sim write dropouts: what it plants is in the trace, which reads as drivers' work."""
 
 import json
 import os

@@ -1,0 +1,50 @@
+// Searches a scene for gaps.
+
+#include "analysis/record_gaps.h"
+
+#include <algorithm>
+#include <map>
+
+namespace sonaprobe {
+
+namespace {
+
+// How long after a stretch an end without a start tells of a gap in it.
+constexpr Nanoseconds kOrphansAfter = 20'000'000;
+
+}  // namespace
+
+std::optional<Gap> largestGap(const Scene& scene, Nanoseconds begin, Nanoseconds end) {
+    const std::vector<SeenRecord>& records = scene.records;
+    std::optional<Gap> best;
+    Nanoseconds second = 0;
+    std::map<uint32_t, Nanoseconds> orphans;  // by thread: when its next end without start comes
+    uint64_t firstSlot = UINT64_MAX;
+    for (size_t i = records.size(); i-- > 1;) {
+        const SeenRecord& record = records[i];
+        if (record.orphan && codeOf(record.debugid) != kIoThread) {
+            orphans[record.thread] = record.time;
+        }
+        firstSlot = std::min(firstSlot, record.slot);
+        const SeenRecord& last = records[i - 1];
+        if (record.time <= begin || last.time >= end) continue;
+        Gap gap{.begin = last.time,
+                .end = record.time,
+                .slotBefore = last.slot,
+                .slotAfter = firstSlot};
+        for (const auto& [thread, time] : orphans) {
+            if (time < end + kOrphansAfter) ++gap.explains;
+        }
+        if (!best ||
+            std::pair(gap.explains, gap.length()) > std::pair(best->explains, best->length())) {
+            if (best) second = std::max(second, best->length());
+            best = gap;
+        } else {
+            second = std::max(second, gap.length());
+        }
+    }
+    if (best) best->standsOut = best->length() > 2 * second;
+    return best;
+}
+
+}  // namespace sonaprobe
