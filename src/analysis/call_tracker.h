@@ -37,9 +37,9 @@ struct Call {
 
 // How and when a call ended.
 struct Closing {
-    CallEnd how;
-    Nanoseconds time;
-    uint64_t slot;  // of the record or divisor that ended it; the number of slots where none did
+    CallEnd how{};
+    Nanoseconds time = 0;
+    uint64_t slot = 0;  // of the record or divisor that ended it; the number of slots where none did
     const TraceRecord* end = nullptr;  // the end record of a finished call
 
     Nanoseconds lengthOf(const Call& call) const { return saturated(Wide{time} - call.start); }
@@ -81,8 +81,8 @@ class CallTracker {
     // An open call. Those of a thread are linked from the innermost outwards.
     struct Frame {
         Call call;
-        uint32_t parent;
-        uint32_t sameBefore;  // the next one outwards that the same end would match
+        uint32_t parent = kNone;
+        uint32_t sameBefore = kNone;  // the next one outwards that the same end would match
     };
     struct Thread {
         uint32_t innermost = kNone;

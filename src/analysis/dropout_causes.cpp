@@ -236,8 +236,8 @@ std::optional<Verdict> Judge::clock(const CycleLayout& layout) const {
     const Nanoseconds left = std::max(deadline, layout.deadline) - layout.until;
     if (left < 0 || ratio(std::abs(departure), left) < kExplains) return {};
     Verdict verdict{.cause = DropoutCause::clock, .certainty = Certainty::likely, .share = 1};
-    verdict.culprit = Culprit{departed->slot, kZeroTimeStamp,
-                              trace_.threadIds[departed->thread], departed->cpu};
+    verdict.culprit =
+        Culprit{departed->slot, kZeroTimeStamp, trace_.threadIds[departed->thread], departed->cpu};
     verdict.evidence = {departed->slot};
     if (overload_.targetHost && overload_.cycle == layout.number) {
         const Nanoseconds moved = *overload_.targetHost - deadline;
@@ -342,8 +342,7 @@ Verdict Judge::placeItself(const CycleLayout& layout) const {
         verdict.certainty = Certainty::possible;
         return verdict;
     }
-    verdict.cause =
-        place.call->code == kClient ? DropoutCause::client : DropoutCause::driverCall;
+    verdict.cause = place.call->code == kClient ? DropoutCause::client : DropoutCause::driverCall;
     verdict.culprit = culpritOf(*place.call);
     verdict.evidence = slotsOf(*place.call);
 

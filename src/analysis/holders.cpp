@@ -272,9 +272,8 @@ BusyProcessor workOn(const Scene& scene, const Silence& silence, uint32_t ioThre
         ++busy.records;
         if (before == nullptr) continue;
         const bool inCall = std::ranges::any_of(scene.calls, [&](const SeenCall& call) {
-            return call.thread == record.thread && call.finished &&
-                   call.code != kIoThread && call.startSlot <= before->slot &&
-                   call.endSlot >= record.slot;
+            return call.thread == record.thread && call.finished && call.code != kIoThread &&
+                   call.startSlot <= before->slot && call.endSlot >= record.slot;
         });
         const Nanoseconds length = record.time - before->time;
         if (!inCall && length > kClose) continue;

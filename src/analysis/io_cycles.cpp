@@ -155,8 +155,7 @@ void IoObserver::closed(const Call& call, const Call*, const Closing& closing) {
         cycle->broken = true;
         return;
     }
-    const OwnerKey owner =
-        call.code == kClient ? clientKey(cycle->clients++) : callKey(call.code);
+    const OwnerKey owner = call.code == kClient ? clientKey(cycle->clients++) : callKey(call.code);
     cycle->owners.push_back({owner, bounded(closing.selfOf(call))});
 }
 

@@ -12,11 +12,11 @@ namespace sonaprobe {
 
 struct LongCall {
     Call call;
-    Nanoseconds endTime;
-    uint64_t endSlot;
-    TraceRecord start;
-    TraceRecord end;
-    Nanoseconds shownStart;  // the time that the user sees
+    Nanoseconds endTime = 0;
+    uint64_t endSlot = 0;
+    TraceRecord start{};
+    TraceRecord end{};
+    Nanoseconds shownStart = 0;  // the time that the user sees
 
     Nanoseconds length() const { return saturated(Wide{endTime} - call.start); }
 };

@@ -58,8 +58,8 @@ class ValueExpression {
 
     enum class Kind : uint8_t { comparison, negation, both, either };
     struct Node {
-        Kind kind;
-        size_t first;  // a node, or the place of the comparison
+        Kind kind{};
+        size_t first = 0;  // a node, or the place of the comparison
         size_t second = 0;
     };
 

@@ -18,7 +18,7 @@ std::string repeatablePath(const std::string& path) {
     // Stays open, hence in being, for as long as the program runs.
     std::FILE* const copy = std::tmpfile();
     if (copy == nullptr) throw systemFailure("could not copy " + bytes.name());
-    std::array<std::byte, kRoom> room;
+    std::array<std::byte, kRoom> room{};
     for (size_t got = bytes.read(room); got > 0; got = bytes.read(room)) {
         if (std::fwrite(room.data(), 1, got, copy) != got) {
             throw systemFailure("could not copy " + bytes.name());

@@ -28,9 +28,9 @@ class StyledLine {
 
   private:
     struct Part {
-        size_t begin;
-        size_t end;
-        Style style;
+        size_t begin = 0;
+        size_t end = 0;
+        Style style{};
     };
 
     // Prints from a byte of the text on, at most so many columns; where it ended.

@@ -55,6 +55,10 @@ EXPECTED = {
     "sonaprobe -A -w/tmp/dropout.raw >/dev/null": (ENDED_BY_LIMIT, ""),
     "sonaprobe -k -A -u -r docs/sample/playback-dropout.raw | grep -B 12 OVERLOAD": (0, "OVERLOAD"),
     "sonaprobe -k -H -u -X hdac -r docs/sample/playback-dropout.raw": (0, "timed out - offset"),
+    "sonascope why docs/sample/playback-dropout.raw": (0, "OrvelHDAController::pollRegister"),
+    "sonascope stats /tmp/dropout.raw": (0, "QuorraHAL::IOCycle"),
+    "sonascope lines /tmp/dropout.raw --around dropout=20ms": (0, ""),
+    "sonascope info /tmp/dropout.raw": (0, "audio server"),
     "cmake --install build/release --component program": (0, "sbin/sonaprobe"),
     "cpack --config build/release/CPackConfig.cmake": (0, ".deb generated"),
     "dpkg -i sonaprobe_*.deb": (0, "sonaprobe"),
@@ -118,9 +122,10 @@ def test_each_command_does_what_it_says(project, facility):
     "sonaprobe -k -A -H -u -r docs/sample/playback-dropout.raw",
     "sonaprobe -k -A -u -r docs/sample/playback-dropout.raw",
     "sonaprobe -k -H -u -X hdac -r docs/sample/playback-dropout.raw",
-], strict=True), ids=["first screen", "hunt", "cause"])
+    "sonascope why docs/sample/playback-dropout.raw",
+], strict=True), ids=["first screen", "hunt", "cause", "why"])
 def test_each_excerpt_is_what_the_command_prints(excerpt, command, project):
-    assert f"sudo build/release/{command}" in README
+    assert f"build/release/{command}" in README
     printed = run(project, f"sudo build/release/{command}")[1].splitlines()
     shown = excerpt.splitlines()
     [start] = [at for at, line in enumerate(printed) if fits(shown[0], line)]
