@@ -12,6 +12,11 @@ if(SONAPROBE_WERROR)
   target_compile_options(sonaprobe_options INTERFACE -Werror)
 endif()
 
+# The registers of old 32-bit processors hold more than a double: times would come out otherwise.
+if(CMAKE_SIZEOF_VOID_P EQUAL 4 AND CMAKE_SYSTEM_PROCESSOR MATCHES "86")
+  add_compile_options(-msse2 -mfpmath=sse)
+endif()
+
 # What users run is hardened. The sanitizers check more, and do not go with fortify.
 include(CheckPIESupported)
 check_pie_supported(LANGUAGES C CXX)
@@ -49,11 +54,8 @@ if(SONAPROBE_TIDY)
   set(CMAKE_CXX_CLANG_TIDY ${SONAPROBE_CLANG_TIDY})
 endif()
 
-# A room of src/ (or a tool's folder) as a static library: sonaprobe_room(NAME sources...). It goes
-# into programs alone: -fPIE instead of CMake's -fPIC, which finds each variable through a table.
+# A room of src/ (or a tool's folder) as a static library: sonaprobe_room(NAME sources...).
 function(sonaprobe_room name)
   add_library(sonaprobe_${name} STATIC ${ARGN})
-  set_target_properties(sonaprobe_${name} PROPERTIES POSITION_INDEPENDENT_CODE OFF)
-  target_compile_options(sonaprobe_${name} PRIVATE -fPIE)
   target_link_libraries(sonaprobe_${name} PUBLIC sonaprobe_options)
 endfunction()

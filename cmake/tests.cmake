@@ -1,6 +1,10 @@
 # How tests are declared: GoogleTest programs and pytest files, run by CTest.
 
-find_package(GTest REQUIRED)
+# The package's library is of the machine's own word size; for another its sources are built.
+find_package(GTest)
+if(NOT TARGET GTest::gtest_main)
+  add_subdirectory(/usr/src/googletest ${PROJECT_BINARY_DIR}/googletest EXCLUDE_FROM_ALL)
+endif()
 include(GoogleTest)
 find_program(SONAPROBE_PYTEST NAMES pytest-3 REQUIRED)
 

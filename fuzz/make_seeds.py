@@ -21,14 +21,15 @@ def write(target, name, data):
     (folder / f"seed-{name}").write_bytes(data)
 
 
-def options(flags=0, filters=(0, 0), divisor=24, depth=0, pipe=0):
+def options(flags=0, filters=(0, 0), divisor=24, end=0, pipe=0):
     """The 64 bytes before a raw file, as raw_file.cpp reads them."""
-    head = struct.pack("<IQQQH", flags, *filters, divisor, depth)
+    head = struct.pack("<IQQQH", flags, *filters, divisor, end)
     return head.ljust(63, b"\0") + bytes([pipe])
 
 
 # Local time, thread, group, method, pointer, indentation: what the program starts with.
 DEFAULTS = 0b1111_1010
+GATHERED = 1 << 18
 EVERYTHING = 0x0003_FBFF & ~(1 << 10)
 
 
@@ -45,7 +46,11 @@ def raw_files():
     write("raw_file", "basic", options(DEFAULTS | 1 << 10) + mixed)
     write("raw_file", "basic-named", options(DEFAULTS | 1 << 10 | 1 << 15) + mixed)
     write("raw_file", "filtered", options(DEFAULTS | 3 << 16, (1 << 23, 1 << 23)) + mixed)
-    write("raw_file", "deep", options(DEFAULTS, depth=0xFF80) + mixed)
+    most = 2**64 - 1
+    longest = pack(0x05249850, t=most, a1=most, a2=most, a3=most, a4=most - 0xFD, a5=most)
+    for end in (0xFF00, 0xFF90, 0xFFA0, 0xFFB8):
+        write("raw_file", f"buffer-end-{end & 0xFF:02x}",
+              options(EVERYTHING | GATHERED, end=end) + 2 * longest + mixed)
     write("raw_file", "markers", options(DEFAULTS | 4) + pack(INVALID_MARKER)
           + pack(DIVISOR_MARKER) + mixed)
     write("raw_file", "cut-pipe", options(DEFAULTS, pipe=1) + mixed[:-30])
@@ -66,11 +71,62 @@ def class_arguments():
         write("class_argument", name, text)
 
 
-def digits():
+def raw_writers():
+    """How many bytes say what the writes meet, those bytes, then steps."""
+    record, held, divisor, block = b"\x20", b"\1", b"\0", b"\xff"
+    fails, broken_off, cut = b"\2", b"\1", b"\x4d"
+    for name, (outcomes, steps) in {
+            "blocks": (b"", divisor + 3 * block + held),
+            "held": (b"", divisor + 2 * record + held + record + divisor + record),
+            "full-disk": (fails + b"\0" + fails, 4 * record + held + record),
+            "cut": (cut + fails + b"\0" + cut, 3 * record + held + block + record),
+            "broken-off": (broken_off + b"\1" + cut + 3 * b"\1", block + record + held + record),
+            "given-up": (cut + b"\0", 2 * block)}.items():
+        write("raw_writer", name, bytes([len(outcomes)]) + outcomes + steps)
+
+
+def command_lines():
+    for name, arguments in {
+            "none": [], "operand": ["operand"], "short": ["-ckgmuiHSvCABa"],
+            "long": ["--codes", "--cpu", "--verbose", "--kernel"],
+            "numbers": ["-b", "0x40", "-I", "010", "-1", "7x", "-2", ""], "no-room": ["-b", "0"],
+            "classes": ["-X", "hdap", "-F23", "-XkAudioTPlexoPort", "-F", "nosuch"],
+            "paths": ["-r", "trace", "-w", "-wtrace", "-d", "-dcodes", "-dcode"],
+            "long-path": ["-v", "-r", 256 * "x"], "longest-path": ["-w" + 255 * "x"],
+            "shows": ["-v", "-V", "-l"], "help": ["-h"], "unknown": ["--unknown"],
+            "short-form": ["--filter-a", "hdap", "--filter", "x"],
+            "after-operands": ["operand", "-c", "--", "-k"], "missing": ["-c", "-b"],
+            "modes": ["-L", "-D", "-T", "-f", "-R", "-s", "-t"]}.items():
+        write("options", name, "\0".join(arguments).encode())
+
+
+def collections():
+    printing, writing, dumping, not_logging, verbose = 0, 1, 2, 0x20, 0x80
+    records = pack_lines("0x05245C0D a1=1\n0x05245C0E\n0x21040001 a1=2\n0x01300004\n")
+    records += pack(INVALID_MARKER) + pack(DIVISOR_MARKER)
+    wrapped = 8
+
+    def one(kind, entries=48, flags=0, count=6, failing=0):
+        return struct.pack("<BhBhB", kind | failing << 2, entries, flags, count, 6) + records
+
+    for name, data in {
+            "print": one(printing) + one(printing, flags=wrapped) + one(printing | verbose),
+            "write": one(writing) + one(writing, flags=wrapped) + one(writing | verbose),
+            "dump": one(dumping) + one(dumping | not_logging) + one(dumping | verbose),
+            "room": one(printing, entries=3) + one(writing, entries=-1) + one(dumping, entries=2),
+            "counts": one(printing, count=32767) + one(writing, count=-1) + one(dumping, count=0),
+            "no-memory": one(dumping, entries=-1),
+            "failures": b"".join(one(kind, flags=wrapped, failing=call)
+                                 for kind in (printing, writing, dumping)
+                                 for call in (1, 2, 3, 4))}.items():
+        write("collection", name, data)
+
+
+def number_texts():
     for name, value in {"zero": 0, "eight": 99_999_999, "nine": 100_000_000, "most": 2**64 - 1,
                         "least": 2**63, "seventeen": 10**16}.items():
         for width in (0, 10, 24):
-            write("digits", f"{name}-{width}", struct.pack("<QBBd", value, width, width % 10,
+            write("number_text", f"{name}-{width}", struct.pack("<QBBd", value, width, width % 10,
                                                            value / 7) + b"some text" * (width // 4))
 
 
@@ -98,5 +154,8 @@ if __name__ == "__main__":
     raw_files()
     code_names()
     class_arguments()
-    digits()
+    raw_writers()
+    command_lines()
+    collections()
+    number_texts()
     standin_states()

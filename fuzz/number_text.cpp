@@ -69,14 +69,14 @@ int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
             [&](char* at) { return putHexZeroFilled(at, value, field); });
     compare(printed("0x%" PRIx64, value), [&](char* at) { return putPointer(at, value); });
 
-    const unsigned decimals = 1 + input.number<uint8_t>() % 8U;
+    const int decimals = 1 + input.number<uint8_t>() % 8;
     double real = 0;
     const auto bits = input.number<uint64_t>();
     std::memcpy(&real, &bits, sizeof real);
-    const bool taken = !std::signbit(real) && (real == 0 || (real >= 0x1p-10 && real < 0x1p64));
+    const bool taken = !std::signbit(real) && real < 0x1p64;
     if (!taken) real = static_cast<double>(value);
     if (real < 0x1p64) {
-        compare(printed("%*.*f", width, static_cast<int>(decimals), real),
+        compare(printed("%*.*f", width, decimals, real),
                 [&](char* at) { return putReal(at, real, decimals, field); });
     }
 

@@ -18,14 +18,16 @@ namespace {
 
 constexpr size_t kOptionBytes = 64;
 
-// What came out.
+// What came out, once it counts.
 struct Printed {
+    bool counts = false;
     size_t lines = 0;
     char last = '\n';
 };
 
 void count(void* context, const char* text, size_t size) {
     Printed& printed = *static_cast<Printed*>(context);
+    if (!printed.counts) return;
     printed.lines += static_cast<size_t>(std::count(text, text + size, '\n'));
     if (size > 0) printed.last = text[size - 1];
 }
@@ -44,11 +46,17 @@ const CodeNames& codeNames() {
     return names;
 }
 
-// Starts until a line's indentation ends near the end of the buffer, whose lines are gathered.
+// Starts without their ends.
 void nest(LinePrinter& printer, uint64_t depth) {
     TraceRecord start{};
     start.debugid = 0x05245C0D;
     for (; depth > 0; --depth) printer.print(start);
+}
+
+// A line of other output among those that are gathered, as long as that.
+void fill(OutputLine& line, uint64_t length) {
+    line.blanks(length - 1);
+    line.end();
 }
 
 // A file, or a pipe where it fits into one.
@@ -103,12 +111,17 @@ int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
     if (gathered) line.gather();
     LinePrinter printer(options, line, named ? codeNames().lookup() : NameLookup{});
     printer.setTicksPerMicrosecond(static_cast<double>(choice.number<uint64_t>()));
-    // The depth is rare: it costs as much as its lines are long.
-    if (const auto depth = choice.number<uint16_t>(); depth > 0xFFF0) {
-        nest(printer, OutputLine::kFillRoom - 8 * (depth & 0xFU));
+    // Lines that wait and an indentation that fills what they leave, so that the buffer ends within
+    // the next line or just before it. Rare, for the indentation costs as much as its lines.
+    const auto end = choice.number<uint16_t>();
+    const bool nearEnd = gathered && end >= 0xFF00;
+    if (nearEnd) {
+        const size_t columns = size_t{8} * (end >> 4 & 0xFU);  // before the indentation
+        nest(printer, OutputLine::kFillRoom - OutputLine::kGathered - columns);
         line.handOver();
-        printed = {};
+        fill(line, OutputLine::kGathered - 1 - (end & 0xFU));
     }
+    printed.counts = true;
 
     const bool pipeWanted = optionBytes.size() == kOptionBytes && (optionBytes.back() & 1) != 0;
     const int file = fileOf(bytes, pipeWanted);
@@ -121,7 +134,8 @@ int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
 
     // Texts that print characters print any byte, a line end among them.
     if (std::ranges::find(bytes, uint8_t{'\n'}) == bytes.end()) {
-        require(printed.lines <= bytes.size() / sizeof(TraceRecord), "a slot prints one line");
+        require(printed.lines <= bytes.size() / sizeof(TraceRecord) + nearEnd,
+                "a slot prints one line");
     }
     require(printed.last == '\n', "all lines are whole");
     require(reader.cutBytes() == bytes.size() % sizeof(TraceRecord), "the rest is a cut slot");

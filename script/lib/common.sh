@@ -4,11 +4,13 @@
 set -euo pipefail
 cd "$(dirname "${BASH_SOURCE[0]}")/../.."
 
-BUILD_PACKAGES=(g++ cmake ninja-build)
+BUILD_PACKAGES=(g++ cmake ninja-build pkg-config
+    libcli11-dev nlohmann-json3-dev libzstd-dev robin-map-dev zlib1g-dev)
 TEST_PACKAGES=(libgtest-dev libgmock-dev python3 python3-pytest util-linux
-    mandoc bash-completion zsh dpkg-dev file python3-jsonschema)
+    mandoc bash-completion fish zsh dpkg-dev file python3-jsonschema zstd pkgconf)
 COVERAGE_PACKAGES=(gcovr)
-CHECK_PACKAGES=(git clang-14 clang-tidy-14 clang-format-14 libclang-rt-14-dev lintian)
+CHECK_PACKAGES=(git clang-14 clang-tidy-14 clang-format-14 libclang-rt-14-dev lintian
+    g++-multilib googletest)
 
 # fail TEXT...: says why a script ends, and ends it.
 fail() {

@@ -25,8 +25,8 @@ void addTo(Nanoseconds& sum, Nanoseconds more) { sum = saturated(Wide{sum} + mor
 
 }  // namespace
 
-double CallGroup::mean() const {
-    return finished() == 0 ? 0 : static_cast<double>(total) / static_cast<double>(finished());
+Nanoseconds CallGroup::mean() const {
+    return finished() == 0 ? 0 : static_cast<Nanoseconds>(total / Wide{finished()});
 }
 
 GroupKey CallStatistics::keyOf(const TraceRecord& record, uint32_t thread) {
@@ -52,7 +52,10 @@ uint32_t CallStatistics::driverCodeOf(uint32_t code) {
 uint32_t CallStatistics::numberOf(const TraceRecord& record, uint32_t thread) {
     const GroupKey key = keyOf(record, thread);
     const auto [found, isNew] = groupByKey_.try_emplace(key, static_cast<uint32_t>(groups_.size()));
-    if (isNew) groups_.emplace_back().key = key;
+    if (isNew) {
+        groups_.emplace_back().key = key;
+        if (by_ == GroupBy::thread) groups_.back().busy = 0;
+    }
     return found->second;
 }
 
@@ -78,11 +81,11 @@ bool CallStatistics::close(const Call& call, const Closing& closing, bool endSel
     ++group.calls;
     const Nanoseconds length = closing.lengthOf(call);
     const Nanoseconds self = closing.selfOf(call);
-    if (call.depth == 0) addTo(group.busy, length);
+    if (group.busy && call.depth == 0) addTo(*group.busy, length);
     switch (closing.how) {
         case CallEnd::finished:
             group.durations.add(length);
-            addTo(group.total, length);
+            group.total += length;
             addTo(group.self, self);
             if (outermost) addTo(group.outermost, length);
             ++finished_;

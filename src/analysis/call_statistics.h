@@ -4,6 +4,7 @@
 
 #include <cstdint>
 #include <map>
+#include <optional>
 #include <string_view>
 #include <tsl/robin_map.h>
 #include <vector>
@@ -38,16 +39,20 @@ struct CallGroup {
 
     // Of finished calls.
     Durations durations;
-    Nanoseconds total = 0;
+    Wide total = 0;  // unlike the others never saturated, for the sake of the mean
     Nanoseconds self = 0;
     Nanoseconds outermost = 0;  // the total of those not inside a call of the same group
 
     Nanoseconds cutOffSelf = 0;
     Nanoseconds unfinishedSelf = 0;
-    Nanoseconds busy = 0;  // of all calls of depth 0, however they ended
+    // By thread: time in which a call was open, however it ended.
+    std::optional<Nanoseconds> busy;
 
     uint64_t finished() const { return durations.count(); }
-    double mean() const;
+
+    // Whether nothing of the group is selected.
+    bool isEmpty() const { return calls + points + orphanEnds + failures == 0; }
+    Nanoseconds mean() const;  // rounded down; 0 of none
 };
 
 // What of a trace is counted: the caller, a CallSink, says of each record whether it is selected. A

@@ -34,7 +34,7 @@ CycleLayout layOutCycle(const TimedThread& timed, const Scene& scene, size_t num
         if (call.thread != timed.io->thread || call.startSlot <= cycle.beginSlot) continue;
         if (call.start > layout.until) break;
         calls.push_back(&call);
-        keys[&call] = call.code == server::kClient ? clientKey(clients++) : callKey(call.code);
+        keys[&call] = call.code == kClient ? clientKey(clients++) : callKey(call.code);
     }
     const SeenRecord* before = nullptr;
     for (const SeenRecord& record : scene.records) {

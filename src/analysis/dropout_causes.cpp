@@ -59,7 +59,7 @@ std::vector<uint64_t> slotsOf(const SeenCall& call) {
     return {call.startSlot, call.endSlot};
 }
 
-bool isOfCycle(uint32_t code) { return code == server::kClient || code == server::kIoCycle; }
+bool isOfCycle(uint32_t code) { return code == kClient || code == kIoCycle; }
 
 // Judges one dropout.
 class Judge {
@@ -118,7 +118,7 @@ Verdict Judge::lostAt(const Gap& gap, Certainty certainty) const {
 
 // When the thread was to trace after a record of the server's.
 Nanoseconds Judge::nextAfter(const SeenRecord& record) const {
-    if (record.debugid != (server::kIoCycle | 2)) return record.time + timed_.any.reach / 2;
+    if (record.debugid != (kIoCycle | 2)) return record.time + timed_.any.reach / 2;
     const std::vector<IoCycle>& cycles = timed_.io->cycles;
     const auto after = std::ranges::upper_bound(cycles, record.slot, {}, &IoCycle::beginSlot);
     const IoCycle* const cycle = after == cycles.begin() ? nullptr : &*std::prev(after);
@@ -137,18 +137,18 @@ std::optional<Verdict> Judge::afterGap(Nanoseconds from, Nanoseconds until, bool
     for (const SeenRecord& record : scene_.records) {
         const uint32_t code = codeOf(record.debugid);
         // A driver's calls may stand inside a client that began in the gap.
-        if (record.thread != overload_.thread || !server::isServer(code)) continue;
+        if (record.thread != overload_.thread || !isServer(code)) continue;
         if (record.time > until || record.slot > overload_.slot) break;
         const bool isOrphan = record.orphan && isOfCycle(code) && record.time >= from;
         const bool isAlone = !hasCycle && record.slot == overload_.slot;
         if (witness == nullptr && (isOrphan || isAlone)) {
             witness = &record;
             // In a cycle that began in the gap, whole clients may have come after it.
-            before = code == server::kClient ? last : lastOfCycle;
+            before = code == kClient ? last : lastOfCycle;
         }
-        const bool endsWhole = !record.orphan && record.debugid == (server::kIoCycle | 2);
+        const bool endsWhole = !record.orphan && record.debugid == (kIoCycle | 2);
         if (!hasCycle && endsWhole) witness = nullptr;
-        if (code == server::kIoCycle) lastOfCycle = &record;
+        if (code == kIoCycle) lastOfCycle = &record;
         last = &record;
     }
     if (witness == nullptr) return {};
@@ -236,8 +236,8 @@ std::optional<Verdict> Judge::clock(const CycleLayout& layout) const {
     const Nanoseconds left = std::max(deadline, layout.deadline) - layout.until;
     if (left < 0 || ratio(std::abs(departure), left) < kExplains) return {};
     Verdict verdict{.cause = DropoutCause::clock, .certainty = Certainty::likely, .share = 1};
-    verdict.culprit = Culprit{departed->slot, server::kZeroTimeStamp,
-                              trace_.threadIds[departed->thread], departed->cpu};
+    verdict.culprit =
+        Culprit{departed->slot, kZeroTimeStamp, trace_.threadIds[departed->thread], departed->cpu};
     verdict.evidence = {departed->slot};
     if (overload_.targetHost && overload_.cycle == layout.number) {
         const Nanoseconds moved = *overload_.targetHost - deadline;
@@ -342,8 +342,7 @@ Verdict Judge::placeItself(const CycleLayout& layout) const {
         verdict.certainty = Certainty::possible;
         return verdict;
     }
-    verdict.cause =
-        place.call->code == server::kClient ? DropoutCause::client : DropoutCause::driverCall;
+    verdict.cause = place.call->code == kClient ? DropoutCause::client : DropoutCause::driverCall;
     verdict.culprit = culpritOf(*place.call);
     verdict.evidence = slotsOf(*place.call);
 

@@ -17,9 +17,19 @@ constexpr uint64_t objectOf(const TraceRecord& record) {
     return hasObject(record.debugid) ? record.arg1 : 0;
 }
 
-// The audio server's IOThread, IOCycle and Client: a start says that the one before is over.
+// Events of the audio server that mean something to more than their line.
+constexpr uint32_t kOverload = kAudioServerKey | 0 << 2;
+constexpr uint32_t kIoThread = kAudioServerKey | 1 << 2;
+constexpr uint32_t kIoCycle = kAudioServerKey | 2 << 2;
+constexpr uint32_t kClient = kAudioServerKey | 3 << 2;
+constexpr uint32_t kZeroTimeStamp = kAudioServerKey | 4 << 2;
+
+// Any code of the audio server's class word.
+constexpr bool isServer(uint32_t code) { return classWordOf(code) == classWordOf(kAudioServerKey); }
+
+// A start of those that do not says that the call before is over.
 constexpr bool recurses(uint32_t code) {
-    return code != 0x21040004 && code != 0x21040008 && code != 0x2104000C;
+    return code != kIoThread && code != kIoCycle && code != kClient;
 }
 
 // The event's row, null where no decoder knows it.
@@ -34,6 +44,13 @@ inline const Row* eventRowOf(uint32_t code) {
 inline bool startsArePoints(uint32_t code) {
     const Row* const event = eventRowOf(code);
     return event != nullptr && (event->answered & kOnStart) != 0 && (event->answered & kOnEnd) == 0;
+}
+
+// Whether its texts answer starts and ends alike: whoever traces the one traces the other.
+inline bool tracesBothEnds(uint32_t code) {
+    constexpr uint8_t kBoth = kOnStart | kOnEnd;
+    const Row* const event = eventRowOf(code);
+    return event != nullptr && (event->answered & kBoth) == kBoth;
 }
 
 }  // namespace sonaprobe

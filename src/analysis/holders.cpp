@@ -44,7 +44,7 @@ std::map<uint32_t, Calls> othersCalls(const Scene& scene, Nanoseconds begin, Nan
                                       uint32_t ioThread) {
     std::map<uint32_t, Calls> calls;
     for (const SeenCall& call : scene.calls) {
-        if (call.thread == ioThread || server::isServer(call.code)) continue;
+        if (call.thread == ioThread || isServer(call.code)) continue;
         if (call.start < end && call.end > begin) calls[call.thread].push_back(call);
     }
     return calls;
@@ -272,9 +272,8 @@ BusyProcessor workOn(const Scene& scene, const Silence& silence, uint32_t ioThre
         ++busy.records;
         if (before == nullptr) continue;
         const bool inCall = std::ranges::any_of(scene.calls, [&](const SeenCall& call) {
-            return call.thread == record.thread && call.finished &&
-                   call.code != server::kIoThread && call.startSlot <= before->slot &&
-                   call.endSlot >= record.slot;
+            return call.thread == record.thread && call.finished && call.code != kIoThread &&
+                   call.startSlot <= before->slot && call.endSlot >= record.slot;
         });
         const Nanoseconds length = record.time - before->time;
         if (!inCall && length > kClose) continue;
@@ -315,7 +314,7 @@ BusyProcessor workOn(const Scene& scene, const Silence& silence, uint32_t ioThre
     }
     for (const SeenCall& call : scene.calls) {
         if (call.thread != busy.thread || call.cpu != busy.cpu || !call.finished) continue;
-        if (call.code == server::kIoThread) continue;
+        if (call.code == kIoThread) continue;
         if (call.startSlot < std::max(elsewhere, scene.records.front().slot)) continue;
         if (call.end <= silence.begin || call.start >= silence.end) continue;
         busy.firstCall = call;

@@ -40,7 +40,7 @@ void IoObserver::take(const TraceRecord& slot) {
     }
     if (moment == nullptr) return;
     ++trace_.records;
-    if (server::isServer(slot.debugid)) ++trace_.serverRecords;
+    if (isServer(slot.debugid)) ++trace_.serverRecords;
     const Nanoseconds time = bounded(moment->time);
     if (trace_.records > 1 && time >= latest_) trace_.gaps.add(time - latest_);
     latest_ = std::max(latest_, time);
@@ -97,12 +97,12 @@ uint32_t IoObserver::opened(const TraceRecord& record, const Call& call, const C
                        .thread = call.thread,
                        .depth = call.depth,
                        .finished = false};
-    if (call.code == server::kIoThread) {
+    if (call.code == kIoThread) {
         // What the thread was told before it ended last time is over.
         serverOf(call.thread).told.reset();
         serverOf(call.thread).rate = record.arg2;
     }
-    if (call.code == server::kIoCycle) beginCycle(record, call);
+    if (call.code == kIoCycle) beginCycle(record, call);
     return tag;
 }
 
@@ -141,7 +141,7 @@ void IoObserver::closed(const Call& call, const Call*, const Closing& closing) {
     opened.scenes.clear();
     freeTags_.push_back(call.tag);
 
-    if (call.code == server::kIoCycle) {
+    if (call.code == kIoCycle) {
         if (seen.finished) {
             endCycle(*closing.end, call, closing);
         } else {
@@ -155,8 +155,7 @@ void IoObserver::closed(const Call& call, const Call*, const Closing& closing) {
         cycle->broken = true;
         return;
     }
-    const OwnerKey owner =
-        call.code == server::kClient ? clientKey(cycle->clients++) : callKey(call.code);
+    const OwnerKey owner = call.code == kClient ? clientKey(cycle->clients++) : callKey(call.code);
     cycle->owners.push_back({owner, bounded(closing.selfOf(call))});
 }
 
@@ -188,8 +187,8 @@ void IoObserver::tell(Server& server, const TraceRecord& end, Nanoseconds time) 
 }
 
 void IoObserver::point(const TraceRecord& record, const Moment& moment) {
-    if (record.debugid == (server::kOverload | 1)) takeOverload(record, moment);
-    if (record.debugid == (server::kZeroTimeStamp | 1)) {
+    if (record.debugid == (kOverload | 1)) takeOverload(record, moment);
+    if (record.debugid == (kZeroTimeStamp | 1)) {
         const double ticks =
             record.arg4 == 0 ? 0
                              : static_cast<double>(record.arg3) / static_cast<double>(record.arg4);
@@ -207,10 +206,10 @@ void IoObserver::point(const TraceRecord& record, const Moment& moment) {
 void IoObserver::orphanEnd(const TraceRecord& record, const Moment& moment) {
     orphan_ = true;
     const uint32_t code = codeOf(record.debugid);
-    if (!server::isServer(code)) ++trace_.orphanEnds;
-    if (code == server::kIoCycle) tell(serverOf(moment.thread), record, moment.time);
+    if (!isServer(code)) ++trace_.orphanEnds;
+    if (code == kIoCycle) tell(serverOf(moment.thread), record, moment.time);
     IoCycle* const cycle = openCycle(moment.thread);
-    if (cycle != nullptr && code == server::kClient) cycle->broken = true;
+    if (cycle != nullptr && code == kClient) cycle->broken = true;
 }
 
 void IoObserver::takeOverload(const TraceRecord& record, const Moment& moment) {

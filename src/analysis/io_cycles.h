@@ -12,17 +12,9 @@
 
 #include "analysis/call_tracker.h"
 #include "analysis/durations.h"
+#include "analysis/event_traits.h"
 
 namespace sonaprobe {
-
-namespace server {
-constexpr uint32_t kOverload = 0x21040000;
-constexpr uint32_t kIoThread = 0x21040004;
-constexpr uint32_t kIoCycle = 0x21040008;
-constexpr uint32_t kClient = 0x2104000C;
-constexpr uint32_t kZeroTimeStamp = 0x21040010;
-constexpr bool isServer(uint32_t code) { return code >> 16 == kOverload >> 16; }
-}  // namespace server
 
 // Whose the time of a cycle is: the innermost of what is going on.
 using OwnerKey = uint64_t;

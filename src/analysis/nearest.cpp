@@ -36,7 +36,9 @@ bool sameName(std::string_view one, std::string_view other) {
 }
 
 bool containsName(std::string_view text, std::string_view part) {
-    return part.empty() || !std::ranges::search(text, part, {}, lower, lower).empty();
+    const auto same = [](char one, char other) { return lower(one) == lower(other); };
+    return std::search(text.begin(), text.end(), part.begin(), part.end(), same) != text.end() ||
+           part.empty();
 }
 
 std::vector<std::string_view> nearestNames(std::string_view given,

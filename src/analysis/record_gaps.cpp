@@ -22,7 +22,7 @@ std::optional<Gap> largestGap(const Scene& scene, Nanoseconds begin, Nanoseconds
     uint64_t firstSlot = UINT64_MAX;
     for (size_t i = records.size(); i-- > 1;) {
         const SeenRecord& record = records[i];
-        if (record.orphan && codeOf(record.debugid) != server::kIoThread) {
+        if (record.orphan && codeOf(record.debugid) != kIoThread) {
             orphans[record.thread] = record.time;
         }
         firstSlot = std::min(firstSlot, record.slot);

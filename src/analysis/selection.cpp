@@ -47,8 +47,7 @@ bool fits(std::string_view given, std::string_view name) {
 
 void sortUnique(std::vector<std::string_view>& names) {
     std::ranges::sort(names);
-    const auto rest = std::ranges::unique(names);
-    names.erase(rest.begin(), rest.end());
+    names.erase(std::unique(names.begin(), names.end()), names.end());
 }
 
 template <class NameOf>
@@ -181,7 +180,7 @@ class SelectionBinder {
         }
     }
 
-    void refuse(const char* option, std::string message, std::string_view given,
+    void refuse(const char* option, const std::string& message, std::string_view given,
                 std::vector<std::string_view>& known) {
         if (refusal_) return;
         sortUnique(known);

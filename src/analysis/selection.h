@@ -22,17 +22,17 @@ struct Piece;
 // What a record must be; what is empty asks nothing. Of several drivers, methods, threads,
 // processors or objects one is enough.
 struct Criteria {
-    std::optional<Nanoseconds> from;            // included
-    std::optional<Nanoseconds> to;              // not included
-    std::optional<Nanoseconds> aroundDropouts;  // before and after each
-    std::vector<std::string> drivers;  // "OrvelHDADriver", "hdad", "kAudioTOrvelHDADriver", "21"
-    std::vector<std::string> methods;  // "enable", "OrvelHDAPath::enable", "0x05245C0C"
-    std::vector<uint64_t> threads;
-    std::vector<uint64_t> cpus;
-    std::vector<uint64_t> objects;
-    std::optional<Nanoseconds> longer;  // start and end of calls that took at least so long
+    std::optional<Nanoseconds> from{};            // included
+    std::optional<Nanoseconds> to{};              // not included
+    std::optional<Nanoseconds> aroundDropouts{};  // before and after each
+    std::vector<std::string> drivers{};  // "OrvelHDADriver", "hdad", "kAudioTOrvelHDADriver", "21"
+    std::vector<std::string> methods{};  // "enable", "OrvelHDAPath::enable", "0x05245C0C"
+    std::vector<uint64_t> threads{};
+    std::vector<uint64_t> cpus{};
+    std::vector<uint64_t> objects{};
+    std::optional<Nanoseconds> longer{};  // start and end of calls that took at least so long
     bool failed = false;
-    std::string where;  // see value_expression.h
+    std::string where{};  // see value_expression.h
 };
 
 // A stretch of time, its end not included.

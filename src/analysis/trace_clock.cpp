@@ -37,6 +37,7 @@ bool TraceClock::takeDivisor(uint64_t ticksPerMicrosecond) {
     divisorKnown_ = true;
     if (ticksPerMicrosecond == divisor_) return false;
     divisor_ = ticksPerMicrosecond;
+    ++divisorChanges_;
     anchored_ = false;
     return true;
 }

@@ -53,6 +53,9 @@ class TraceClock {
 
     uint64_t stepsBack() const { return stepsBack_; }
 
+    // How often another divisor's value took over.
+    uint64_t divisorChanges() const { return divisorChanges_; }
+
     // Records earlier than the latest that are no step back, as several processors write them.
     uint64_t disordered() const { return disordered_; }
 
@@ -81,6 +84,7 @@ class TraceClock {
     Nanoseconds anchor_ = 0;
     Nanoseconds latest_ = 0;
     uint64_t stepsBack_ = 0;
+    uint64_t divisorChanges_ = 0;
     uint64_t disordered_ = 0;
     uint32_t lastThread_ = 0;
     std::vector<Thread> threads_;

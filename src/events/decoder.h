@@ -4,6 +4,7 @@
 #pragma once
 
 #include <array>
+#include <cstddef>
 #include <cstdint>
 #include <span>
 #include <string_view>
@@ -15,7 +16,7 @@ namespace sonaprobe {
 
 // A bit field of one argument word: (word << dropHigh) >> dropLow, sign-extended on demand.
 struct Slice {
-    uint8_t word;          // 1 to 5, as in arg1 to arg5
+    uint8_t word = 1;      // 1 to 5, as in arg1 to arg5
     uint8_t dropHigh = 0;  // bits
     uint8_t dropLow = 0;   // bits
 
@@ -52,6 +53,9 @@ struct Piece {
     uint8_t width = 0;
     uint8_t wordPair = 0;  // words only: which of the row's pairs
 };
+
+// Of one text.
+constexpr size_t kMaxPieces = 12;
 
 // A part of what a decoder keeps for all its rows: characters or pieces.
 struct Stretch {

@@ -7,6 +7,7 @@
 #pragma once
 
 #include <bit>
+#include <charconv>
 #include <cstddef>
 #include <cstdint>
 #include <cstring>
@@ -83,24 +84,9 @@ constexpr unsigned countHex(uint64_t value) {
 
 }  // namespace digits
 
-// Texts here are short: a call of memcpy, or the string instruction that a compiler puts in its
-// place, costs more than the copy. The last block overlaps the one before it.
 inline char* putText(char* at, std::string_view text) {
-    const char* const from = text.data();
-    const size_t size = text.size();
-    if (size >= 16) {
-        for (size_t i = 0; i < size - 16; i += 16) std::memcpy(at + i, from + i, 16);
-        std::memcpy(at + size - 16, from + size - 16, 16);
-    } else if (size >= 8) {
-        std::memcpy(at, from, 8);
-        std::memcpy(at + size - 8, from + size - 8, 8);
-    } else if (size >= 4) {
-        std::memcpy(at, from, 4);
-        std::memcpy(at + size - 4, from + size - 4, 4);
-    } else {
-        for (size_t i = 0; i < size; ++i) at[i] = from[i];
-    }
-    return at + size;
+    std::memcpy(at, text.data(), text.size());
+    return at + text.size();
 }
 
 inline char* putFill(char* at, char fill, size_t count) {
@@ -256,8 +242,11 @@ inline char* putHexZeroFilled(char* at, uint64_t value, unsigned width) {
 // %p: "0x" and the digits, "0x0" for zero.
 inline char* putPointer(char* at, uint64_t value) { return putHex(putText(at, "0x"), value); }
 
-// %.<decimals>f, padded with blanks to `width`. From 1 to 8 decimals; value 0, or at least 2^-10
-// and below 2^64.
-char* putReal(char* at, double value, unsigned decimals, unsigned width = 0);
+// %.<decimals>f, padded with blanks to `width`, of a value below 2^64. At most 8 decimals.
+inline char* putReal(char* at, double value, int decimals, unsigned width = 0) {
+    char* const end =
+        std::to_chars(at, at + kMaxNumberLength, value, std::chars_format::fixed, decimals).ptr;
+    return padLeft(at, end, ' ', width);
+}
 
 }  // namespace sonaprobe

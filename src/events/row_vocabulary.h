@@ -11,7 +11,8 @@
 //   verbose(...)                         a text that prints only under --verbose
 //   under("OtherMethod", ...)            a text with a method of its own
 //   ofGroup("OtherGroup", ...)           a text, or an event with all its texts, of another group
-//   failure(...)                         a text whose words tell that something failed
+//   failure(...)                         a text that tells of a failure without beginning with
+//                                        "ERROR: "
 //
 // A text is a printf format without line end and its arguments. An argument is a slice, a1 to a5,
 // lo(a3), hi(a3), byte(1, a4), as it is or in one of the readings
@@ -25,8 +26,8 @@
 //
 // A value's name is what the text calls it: in "pin nodeID: %d" the words before the colon, back to
 // a value, a mark (" - ", ",", ":", a bracket) or the "Start" or "End" that opens the text. Where
-// the text has no such name, or one of more than two words, named("x", argument) gives one. A value
-// called result, returned or returning is a result: 0 is success.
+// the text has no such name, or one of more than two words, named("x", argument) gives one. A
+// number called result, returnCode, returned or returning is a result: 0 is success.
 //
 // A table ends as a decoder: `decoder<kRows, "Group">(audioClass(23), 3)` of three events,
 // `withoutObject(...)` where arg1 is no object, `silentDecoder<kRows>()`.
@@ -49,7 +50,6 @@ namespace sonaprobe::rows {
 // Not constexpr, so that calling it while compiling is an error that shows the reason.
 void refuse(const char* reason);
 
-constexpr size_t kMaxPieces = 12;
 constexpr size_t kMaxStretch = 255;  // characters before a value
 constexpr size_t kMaxWordPairs = 2;
 
@@ -266,11 +266,16 @@ consteval std::string_view nameBefore(std::string_view words) {
     return std::ranges::count(words, ' ') < 2 ? words : std::string_view{};
 }
 
+constexpr bool isNumber(Reading reading) {
+    return reading == Reading::signedDecimal || reading == Reading::unsignedDecimal ||
+           reading == Reading::hexadecimal;
+}
+
 // A result's name ends with the word; "mResult" is no result of the call.
 constexpr bool isResultName(std::string_view name) {
     const size_t blank = name.rfind(' ');
     if (blank != name.npos) name.remove_prefix(blank + 1);
-    return name == "result" || name == "returned" || name == "returning";
+    return name == "result" || name == "returnCode" || name == "returned" || name == "returning";
 }
 
 // Splits a text into pieces, one argument after the other, and checks all that can be wrong.
@@ -281,6 +286,7 @@ consteval Entry textEntry(uint8_t qualifiers, Condition condition, const char* f
     entry.row.condition = condition;
     const std::string_view text = entry.text = format;
     if (text.empty()) refuse("an empty text");
+    entry.row.tellsFailure = goesOnWith(text, "ERROR: ");
 
     size_t literalBegin = 0;
     size_t used = 0;
@@ -290,7 +296,7 @@ consteval Entry textEntry(uint8_t qualifiers, Condition condition, const char* f
             refuse("a text with too long a stretch of words");
         piece.literalBegin = static_cast<uint16_t>(literalBegin);
         piece.literalLength = static_cast<uint8_t>(literalEnd - literalBegin);
-        piece.isResult = isResultName(name);
+        piece.isResult = isResultName(name) && isNumber(piece.reading);
         for (size_t i = 0; !name.empty() && i < entry.pieceCount; ++i) {
             if (entry.names[i] == name) refuse("a text with two values of one name");
         }
@@ -322,6 +328,7 @@ consteval Entry textEntry(uint8_t qualifiers, Condition condition, const char* f
             }
             const std::string_view words = text.substr(literalBegin, at - literalBegin);
             const std::string_view name = argument.name.empty() ? nameBefore(words) : argument.name;
+            if (name.empty()) refuse("a value without a name");
             add(fitted.piece, at, name);
             at += fitted.length;
         }

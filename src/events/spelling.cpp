@@ -23,7 +23,7 @@ std::string spellWords(const Text::Words& words, const std::string& argument) {
 }  // namespace
 
 std::string spellCode(uint32_t code) {
-    std::array<char, 16> text;
+    std::array<char, 16> text{};
     std::snprintf(text.data(), text.size(), "0x%08X", code);
     return text.data();
 }

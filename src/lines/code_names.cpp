@@ -14,7 +14,7 @@ void CodeNames::endPiece() {
     length_ = 0;
     char* rest = piece_;
     const char* const token = strsep(&rest, "\t ");
-    const unsigned long code = std::strtoul(token, nullptr, 0);
+    const unsigned long long code = std::strtoull(token, nullptr, 0);
     if (code > std::numeric_limits<uint32_t>::max()) return;
     const char* name = rest != nullptr ? rest : "";
     if (rest != nullptr) {

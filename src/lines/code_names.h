@@ -35,7 +35,7 @@ class CodeNames {
     void endPiece();
 
     std::unordered_map<uint32_t, std::string> names_;
-    char piece_[kMaxCodeName + 1];
+    char piece_[kMaxCodeName + 1] = {};
     size_t length_ = 0;
 };
 

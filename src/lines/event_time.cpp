@@ -28,7 +28,7 @@ constexpr size_t kStepFour = 28;
 // "hh:mm:ss" as the zone has it that is now in force, which may change while a trace runs.
 void putClock(std::time_t now, char* text) {
     tzset();
-    std::tm local;
+    std::tm local{};
     if (localtime_r(&now, &local) == nullptr) return;
     char clock[kClock + 1];
     if (std::strftime(clock, sizeof clock, "%H:%M:%S", &local) == kClock) {
@@ -48,7 +48,7 @@ char* putKernelTime(char* at, uint64_t microseconds) {
 
 }  // namespace
 
-char* LocalTimeText::put(char* at, int64_t microseconds, int64_t delta) {
+inline char* LocalTimeText::put(char* at, int64_t microseconds, int64_t delta) {
     const std::time_t now = std::time(nullptr);
     const auto stamp = static_cast<uint64_t>(microseconds) - base_;
     const auto step = static_cast<uint64_t>(delta);

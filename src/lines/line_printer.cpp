@@ -28,17 +28,16 @@ bool isOpen(Gate gate, const LineOptions& options) {
     return true;
 }
 
-}  // namespace
-
-void LinePrinter::printEvent(const Event& event) {
+void printEvent(LineState& state, const Event& event) {
     const Row& text = *event.text;
     const EventName name{event.decoder->text(text.name), text.groupLength};
     const uint64_t object = event.decoder->hasObject ? event.record->arg1 : 0;
-    printEventPrefix(state_, headerOf(*event.record), name, object);
-    OutputLine& line = state_.line;
-    line.moveTo(putLogText(line.cursor(), event, state_.ticksPerMicrosecond));
-    line.end();
+    printEventPrefix(state, headerOf(*event.record), name, object);
+    state.line.moveTo(putLogText(state.line.cursor(), event, state.ticksPerMicrosecond));
+    state.line.end();
 }
+
+}  // namespace
 
 void LinePrinter::print(const TraceRecord& record) {
     if (!passesClassFilter(state_.options, record.debugid)) return;
@@ -47,14 +46,10 @@ void LinePrinter::print(const TraceRecord& record) {
     const Decoder* const decoder = decoderOf(record.debugid);
     if (decoder != nullptr && !isOpen(decoder->gate, state_.options)) return;
     const Event event = decode(record, decoder);
-    switch (event.outcome) {
-        case Outcome::unknown: return printUnclassifiedRecord(state_, record);
-        case Outcome::silent: return;
-        case Outcome::gated:
-            if (state_.options.verbose != 0) printEvent(event);
-            return;
-        case Outcome::text: return printEvent(event);
-    }
+    if (event.outcome == Outcome::unknown) return printUnclassifiedRecord(state_, record);
+    const bool isShown = event.outcome == Outcome::text ||
+                         (event.outcome == Outcome::gated && state_.options.verbose != 0);
+    if (isShown) printEvent(state_, event);
 }
 
 void LinePrinter::takeSlot(const TraceRecord& slot) {

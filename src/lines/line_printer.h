@@ -28,8 +28,6 @@ class LinePrinter {
     void setTicksPerMicrosecond(double ticks) { state_.ticksPerMicrosecond = ticks; }
 
   private:
-    void printEvent(const Event& event);
-
     LineState state_;
 };
 

@@ -5,14 +5,14 @@
 namespace sonaprobe {
 
 // Hands over what the line holds and all blanks but those that now fit; returns their count.
-uint64_t OutputLine::spill(uint64_t count) {
+size_t OutputLine::spill(uint64_t count) {
     handOver();
     std::memset(buffer_, ' ', kFillRoom);
     for (; count > kFillRoom; count -= kFillRoom) {
         at_ = buffer_ + kFillRoom;
         handOver();
     }
-    return count;
+    return static_cast<size_t>(count);
 }
 
 }  // namespace sonaprobe

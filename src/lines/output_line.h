@@ -14,7 +14,7 @@ namespace sonaprobe {
 
 // Where lines go: whole lines, or, of a line with an endless indentation, its pieces in order.
 struct Sink {
-    void (*write)(void* context, const char* text, size_t length);
+    void (*write)(void* context, const char* text, size_t length) = nullptr;
     void* context = nullptr;
 };
 
@@ -26,12 +26,15 @@ class OutputLine {
     // in pieces of this length.
     static constexpr size_t kFillRoom = kGathered + 4096;
 
+    // The buffer is written before it is read; to clear it would touch all of its pages.
+    // NOLINTNEXTLINE(cppcoreguidelines-pro-type-member-init)
     explicit OutputLine(Sink sink) : sink_(sink), at_(buffer_) {}
     OutputLine(const OutputLine&) = delete;
     OutputLine& operator=(const OutputLine&) = delete;
 
-    // From now on lines are handed over several at a time.
-    void gather() { handOverAt_ = kGathered; }
+    // From now on lines are handed over several at a time, once they take so many bytes; 0: one by
+    // one.
+    void gather(size_t bytes = kGathered) { handOverAt_ = bytes; }
 
     // Hands over what there is. To be called before anything else goes to the sink's end, before
     // that is flushed, and at the end.
@@ -54,15 +57,20 @@ class OutputLine {
 
     // Any number of blanks; more than the buffer holds go to the sink in pieces.
     void blanks(uint64_t count) {
-        if (count > room()) count = spill(count);
+        const size_t last = count > room() ? spill(count) : static_cast<size_t>(count);
         std::memset(at_, ' ', kTextBlock);
-        if (count > kTextBlock) std::memset(at_, ' ', count);
-        at_ += count;
+        if (last > kTextBlock) std::memset(at_, ' ', last);
+        at_ += last;
     }
 
     // Ends the line with "\n" and hands it over, or keeps it to be gathered.
     void end() {
         *at_++ = '\n';
+        endText();
+    }
+
+    // The same for a text that brings its own line end, or goes without.
+    void endText() {
         if (used() >= handOverAt_) handOver();
     }
 
@@ -71,7 +79,7 @@ class OutputLine {
 
     size_t used() const { return static_cast<size_t>(at_ - buffer_); }
     size_t room() const { return used() < kFillRoom ? kFillRoom - used() : 0; }
-    uint64_t spill(uint64_t count);
+    size_t spill(uint64_t count);
 
     Sink sink_;
     size_t handOverAt_ = 0;

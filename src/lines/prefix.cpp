@@ -6,7 +6,6 @@
 #include <cstring>
 
 #include "events/number_text.h"
-#include "probe/options.h"
 
 namespace sonaprobe {
 
@@ -16,16 +15,17 @@ constexpr size_t kNameLength = 73;  // longer names are cut
 constexpr size_t kNameWidth = 30;
 constexpr size_t kNarrowNameWidth = 10;  // without method
 
-void printDirection(LineState& state, Qualifier qualifier) {
+void printDirection(OutputLine& line, const LineOptions& options, Indentation& indentation,
+                    Qualifier qualifier) {
     const char* const mark = qualifier == Qualifier::start ? "-> "
                              : qualifier == Qualifier::end ? "<- "
                                                            : "   ";
-    state.line.moveTo(putText(state.line.cursor(), {mark, 3}));
-    if (!state.options.indent) return;
+    line.moveTo(putText(line.cursor(), {mark, 3}));
+    if (!options.indent) return;
     switch (qualifier) {
-        case Qualifier::start: state.line.blanks(state.indentation.in()); break;
-        case Qualifier::end: state.line.blanks(state.indentation.out()); break;
-        default: state.line.blanks(state.indentation.pad()); break;
+        case Qualifier::start: line.blanks(indentation.in()); break;
+        case Qualifier::end: line.blanks(indentation.out()); break;
+        default: line.blanks(indentation.pad()); break;
     }
 }
 
@@ -48,7 +48,8 @@ char* putName(char* at, const EventName& name, const LineOptions& options) {
 
 void printEventPrefix(LineState& state, EventHeader header, EventName name, uint64_t object) {
     const LineOptions& options = state.options;
-    char* at = state.line.cursor();
+    OutputLine& line = state.line;
+    char* at = line.cursor();
     if (options.timeMode != 0) {
         at +=
             state.time
@@ -70,16 +71,16 @@ void printEventPrefix(LineState& state, EventHeader header, EventName name, uint
         at = putHexDigits(putText(at, "0x"), header.debugid, 8);
         *at++ = ' ';
     }
-    state.line.moveTo(at);
+    line.moveTo(at);
 
-    printDirection(state, qualifierOf(header.debugid));
+    printDirection(line, options, state.indentation, qualifierOf(header.debugid));
 
-    at = putName(state.line.cursor(), name, options);
+    at = putName(line.cursor(), name, options);
     if (object != 0 && options.showPointer) {
         at = putHexDigits(putText(at, "(0x"), object, 16);
         at = putText(at, ") ");
     }
-    state.line.moveTo(at);
+    line.moveTo(at);
 }
 
 }  // namespace sonaprobe

@@ -6,7 +6,8 @@
 // int sysctl(int* name, unsigned nameLength, void* old, size_t* oldLength,
 //            void* newValue, size_t newLength)
 //     The trace facility: name is {CTL_KERN, KERN_KDEBUG, operation} or the same with a fourth
-//     word, a value. newValue is null and newLength 0 in every call. Returns 0, or -1 with errno.
+//     word, a value. newValue is null and newLength 0 in every call. Returns 0, or -1 with errno;
+//     EINTR where a signal came while the call waited.
 //
 //     operation        words  old buffer          *oldLength in -> out
 //     KERN_KDENABLE      4    none                switches tracing on (1) or off (0)

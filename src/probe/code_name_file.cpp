@@ -8,7 +8,7 @@
 #include <unistd.h>
 
 #include "lines/code_names.h"
-#include "platform/coarse_clock.h"
+#include "platform/steady_time.h"
 #include "probe/output.h"
 #include "probe/settings.h"
 #include "probe/signals.h"
@@ -64,7 +64,7 @@ void scanFile(int file, bool stream) {
 }
 
 void refreshNames() {
-    const int64_t time = coarseNanoseconds();
+    const int64_t time = steadyNanoseconds();
     if (scanned && time - lookedAt < kFreshNanoseconds) return;
     lookedAt = time;
     const int file = fileno(settings.decodeFile);

@@ -3,7 +3,6 @@
 #include "probe/collection.h"
 
 #include <algorithm>
-#include <cstdlib>
 #include <span>
 #include <unistd.h>
 
@@ -11,8 +10,8 @@
 #include "probe/output.h"
 #include "probe/settings.h"
 #include "probe/signals.h"
+#include "probe/tracing.h"
 #include "rawfile/raw_writer.h"
-#include "trace/trace_facility.h"
 
 namespace sonaprobe {
 
@@ -21,12 +20,6 @@ namespace {
 using platform::KernelBufferInfo;
 
 constexpr useconds_t kPassPeriod = 20'000;  // microseconds
-
-KernelBufferInfo bufferInfo() {
-    KernelBufferInfo info{};
-    getBufferInfo(&info);
-    return info;
-}
 
 // The part of the collection buffer that a kernel buffer of this many entries can fill. A number
 // of entries that makes no sense gives the whole.
@@ -74,16 +67,11 @@ void dumpOnceWithAlloc() {
     if (wasLogging) enableTracing(0);
 
     // A negative count is as unallocatable as it looks in 64 bits.
-    const auto entries = static_cast<size_t>(info.entries);
-    size_t bytes;
-    void* const memory = __builtin_mul_overflow(entries, sizeof(TraceRecord), &bytes)
-                             ? nullptr
-                             : std::malloc(std::max(bytes, sizeof(TraceRecord)));
-    if (memory == nullptr) fatalExit("can't allocate memory for tracing info\n");
     static std::span<TraceRecord> room;  // kept to the end, as the collection buffer is
-    room = {static_cast<TraceRecord*>(memory), entries};
+    room = allocateRecords(static_cast<size_t>(info.entries));
+    if (room.data() == nullptr) fatalExit("can't allocate memory for tracing info\n");
 
-    const TraceRead read = readTrace(room);
+    const trace::Read read = readTrace(room);
     if (read.result < 0) {
         if (settings.line.verbose) printMessage(stdout, "CollectWithAlloc error %d\n", read.result);
         fatalExit("trace facility failure, KERN_KDREADTR\n");
@@ -97,7 +85,7 @@ void dumpOnceWithAlloc() {
 void collectAndPrint() {
     const KernelBufferInfo info = bufferInfo();
     const std::span<TraceRecord> room = roomFor(info.entries);
-    const TraceRead read = readTrace(room);
+    const trace::Read read = readTrace(room);
     if (read.result < 0) {
         if (settings.line.verbose) printMessage(stdout, "CollectTrace error %d\n", read.result);
         fatalExit(
@@ -116,7 +104,7 @@ void collectAndPrint() {
 void writeRawRecords(RawWriter& rawFile) {
     const KernelBufferInfo info = bufferInfo();
     const std::span<TraceRecord> room = roomFor(info.entries);
-    const TraceRead read = readTrace(room);
+    const trace::Read read = readTrace(room);
     if (read.result < 0) fatalExit("trace facility failure, KERN_KDREADTR\n");
     if (info.flags & platform::kBufferWrapped) restartTracing();
 

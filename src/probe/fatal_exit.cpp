@@ -5,12 +5,12 @@
 #include <cstdio>
 #include <cstdlib>
 
-#include "probe/audio_flags.h"
+#include "probe/audio_debug_flags.h"
 #include "probe/output.h"
 #include "probe/raw_file.h"
 #include "probe/settings.h"
 #include "probe/signals.h"
-#include "trace/trace_facility.h"
+#include "probe/tracing.h"
 
 namespace sonaprobe {
 

@@ -9,7 +9,7 @@
 #include <unistd.h>
 
 #include "platform/platform.h"
-#include "probe/audio_flags.h"
+#include "probe/audio_debug_flags.h"
 #include "probe/collection.h"
 #include "probe/fatal_exit.h"
 #include "probe/options.h"
@@ -18,7 +18,7 @@
 #include "probe/raw_reader.h"
 #include "probe/settings.h"
 #include "probe/signals.h"
-#include "trace/trace_facility.h"
+#include "probe/tracing.h"
 
 namespace sonaprobe {
 
@@ -40,26 +40,6 @@ void endWhereMemoryRunsOut() {
         reserve.reset();
         fatalExit("Can't allocate memory\n");
     });
-}
-
-// A pipe that holds many of our pieces: its reader and we wait for each other less often.
-void widenOutputPipe() {
-#ifdef F_SETPIPE_SZ  // Linux alone has it
-    constexpr int kSize = 1 << 20;
-    const int size = fcntl(STDOUT_FILENO, F_GETPIPE_SZ);
-    if (size >= 0 && size < kSize) fcntl(STDOUT_FILENO, F_SETPIPE_SZ, kSize);
-#endif
-}
-
-// Lines go out in large pieces where nobody watches them come: the line's own buffer takes the
-// place of the C library's, which would only copy them. Not under --write, which never flushes:
-// there a larger buffer would keep a reader waiting.
-void gatherOutput() {
-    if (settings.writeRaw || isatty(STDOUT_FILENO) != 0) return;
-    if (std::atexit([] { outputLine().handOver(); }) != 0) return;
-    widenOutputPipe();
-    outputLine().gather();
-    std::setvbuf(stdout, nullptr, _IONBF, 0);
 }
 
 void readTimebase() {
@@ -120,20 +100,22 @@ int run(int argc, char** argv) {
     fillStandardDescriptors();
     endWhereMemoryRunsOut();
     parseOptions(argc, argv);
-    gatherOutput();
 
     if (settings.dumpOnce) {
+        openOutput();
         dumpOnceWithAlloc();
         return EXIT_SUCCESS;
     }
     installSignalHandlers();
     if (settings.readRaw) {
+        openOutput();
         readRawFile(settings.rawPath);
         beginEnding();
         return EXIT_SUCCESS;
     }
     ignoreWriteSignals();
     if (!settings.noLog) endOnBrokenPipe();
+    openOutput();
     setUpLiveTracing();
     if (settings.noLog) {
         beginEnding();

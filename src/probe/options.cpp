@@ -1,16 +1,18 @@
-// The command line: one table of options, what each says and what each sets.
+// The command line: one table of options, what each sets and what it says.
 
 #include "probe/options.h"
 
+#include <algorithm>
 #include <array>
-#include <cstdarg>
 #include <cstdio>
 #include <cstdlib>
 #include <cstring>
 #include <ctime>
 #include <getopt.h>
+#include <string_view>
 
 #include "probe/fatal_exit.h"
+#include "probe/output.h"
 #include "probe/settings.h"
 #include "probe/usage.h"
 #include "registry/audio_class_registry.h"
@@ -19,18 +21,61 @@ namespace sonaprobe {
 
 namespace {
 
-constexpr const char* kShortOptions = "Ab:ad::ctksgmufiTLw::r:CHI:1:2:BSDRF:X:vVlh?";
+// What --verbose says: a text, and behind it the number that was set, with its line end.
+enum class Number { none, decimal, hexadecimal, eightDigits };
+struct Message {
+    const char* text = nullptr;
+    Number number = Number::none;
+};
 
-// A message on standard output, if --verbose has been met already.
-[[gnu::format(printf, 1, 2)]] void say(const char* format, ...) {
+using Names = std::array<const char*, 3>;
+
+struct Option {
+    char letter = '\0';
+    Names names{};  // of one meaning
+    int argument = 0;
+    void (*take)(const Option& option, const char* argument) = nullptr;
+    Message message{};
+    uint32_t* field = nullptr;  // set to this value, but for the bits to keep
+    uint32_t value = 0;
+    uint32_t keep = 0;
+};
+
+void say(const Message& message, uint32_t number) {
     if (!settings.line.verbose) return;
-    va_list values;
-    va_start(values, format);
-    std::vprintf(format, values);
-    va_end(values);
+    switch (message.number) {
+        case Number::none: printMessage(stdout, "%s", message.text); break;
+        case Number::decimal: printMessage(stdout, "%s%u\n", message.text, number); break;
+        case Number::hexadecimal: printMessage(stdout, "%s0x%x\n", message.text, number); break;
+        case Number::eightDigits: printMessage(stdout, "%s0x%08x\n", message.text, number); break;
+    }
 }
 
-uint32_t number(const char* text) { return static_cast<uint32_t>(std::strtoul(text, nullptr, 0)); }
+void set(const Option& option, const char*) {
+    *option.field = (*option.field & option.keep) | option.value;
+    say(option.message, *option.field);
+}
+
+void setNumber(const Option& option, const char* text) {
+    *option.field = static_cast<uint32_t>(std::strtoull(text, nullptr, 0));
+    say(option.message, *option.field);
+}
+
+void changeNothing(const Option& option, const char*) { say(option.message, 0); }
+
+void setBufferSize(const Option& option, const char* text) {
+    if (static_cast<uint32_t>(std::strtoull(text, nullptr, 0)) == 0) {
+        std::fprintf(stderr, "An invalid buffer of size %u was requested!\n", 0U);
+        fatalExit("Argument parsing error\n");
+    }
+    setNumber(option, text);
+}
+
+void addClass(ClassIdSet& classes, const Option& option, const char* text) {
+    const uint32_t id = AudioClassRegistry::ResolveClassArgument(text);
+    classes.insert(id);
+    say(option.message, id);
+}
 
 void copyPath(char (&path)[kPathRoom], const char* source, const char* tooLong) {
     const size_t length = std::strlen(source);
@@ -38,16 +83,7 @@ void copyPath(char (&path)[kPathRoom], const char* source, const char* tooLong) 
     std::memcpy(path, source, length + 1);
 }
 
-void setBufferSize(const char* text) {
-    settings.bufferSize = number(text);
-    if (settings.bufferSize == 0) {
-        std::fprintf(stderr, "An invalid buffer of size %u was requested!\n", settings.bufferSize);
-        fatalExit("Argument parsing error\n");
-    }
-    say("Setting trace buffer size to %u\n", settings.bufferSize);
-}
-
-void openDecodeFile(const char* path) {
+void openDecodeFile(const Option&, const char* path) {
     copyPath(settings.decodePath, path != nullptr ? path : kDefaultDecodePath,
              "File path length of decode file is too long\n");
     if (settings.decodeFile != nullptr) std::fclose(settings.decodeFile);
@@ -57,11 +93,13 @@ void openDecodeFile(const char* path) {
         return;
     }
     settings.line.printMask |= kPrintAll;
-    say("Using '%s' file to decode other tracepoints\n", settings.decodePath);
+    if (settings.line.verbose) {
+        printMessage(stdout, "Using '%s' file to decode other tracepoints\n", settings.decodePath);
+    }
 }
 
-void setWritePath(const char* path) {
-    say("Got w flag\n");
+void setWritePath(const Option& option, const char* path) {
+    say(option.message, 0);
     char defaultPath[30];
     if (path == nullptr) {
         const std::time_t now = std::time(nullptr);
@@ -71,91 +109,117 @@ void setWritePath(const char* path) {
     }
     copyPath(settings.rawPath, path, "The path length of raw file is too long\n");
     settings.writeRaw = 1;
-    say("Will output raw format file to '%s'\n", settings.rawPath);
+    if (settings.line.verbose) {
+        printMessage(stdout, "Will output raw format file to '%s'\n", settings.rawPath);
+    }
 }
 
-void setReadPath(const char* path) {
+void setReadPath(const Option&, const char* path) {
     copyPath(settings.rawPath, path, "File path length of raw data file is too long\n");
     settings.readRaw = 1;
-    say("Will read raw data from file %s\n", settings.rawPath);
+    if (settings.line.verbose) {
+        printMessage(stdout, "Will read raw data from file %s\n", settings.rawPath);
+    }
 }
-
-uint32_t addClass(ClassIdSet& set, const char* text) {
-    const uint32_t id = AudioClassRegistry::ResolveClassArgument(text);
-    set.insert(id);
-    return id;
-}
-
-void setVerbose() {
-    settings.line.verbose = 1;
-    say("Verbose mode ON\n");
-}
-
-struct Option {
-    const char* name;
-    char letter;
-    int argument;
-    void (*handle)(const char* argument);
-};
 
 constexpr int kNone = no_argument;
 constexpr int kRequired = required_argument;
 constexpr int kOptional = optional_argument;
+constexpr uint32_t kAllBits = 0xFFFFFFFF;
 
-using Text = const char*;
+using enum Number;
+
+constexpr LineOptions& line = settings.line;
 
 // clang-format off
 constexpr Option kOptions[] = {
-    {"bufsize",   'b', kRequired, setBufferSize},
-    {"buffer",    'b', kRequired, setBufferSize},
-    {"size",      'b', kRequired, setBufferSize},
-    {"all",       'a', kNone,     [](Text) { settings.line.printMask |= kPrintAll;     say("Setting print mask to 0x%08x\n", settings.line.printMask); }},
-    {"decode",    'd', kOptional, openDecodeFile},
-    {"codes",     'c', kNone,     [](Text) { settings.line.showCodes = 1;              say("Will display codes\n"); }},
-    {"time",      't', kNone,     [](Text) {                                      say("Will display local time\n"); }},
-    {"kernel",    'k', kNone,     [](Text) { settings.line.timeMode = kKernelTime;     say("Will display kernel time\n"); }},
-    {"nostamp",   's', kNone,     [](Text) { settings.line.timeMode &= ~kLocalTime;    say("Will NOT display time stamps\n"); }},
-    {"nogroup",   'g', kNone,     [](Text) { settings.line.showGroup = 0;              say("Will NOT display group name\n"); }},
-    {"nomethod",  'm', kNone,     [](Text) { settings.line.showMethod = 0;             say("Will NOT display method name\n"); }},
-    {"noptr",     'u', kNone,     [](Text) { settings.line.showPointer = 0;            say("Will NOT display Audio pointer\n"); }},
-    {"timers",    'f', kNone,     [](Text) { settings.showTimers = 1;             say("Will print the RootHubTimer fired messages\n"); }},
-    {"indentOff", 'i', kNone,     [](Text) { settings.line.indent = 0;                 say("Will NOT indent\n"); }},
-    {"notrace",   'T', kNone,     [](Text) { settings.enableAudioTracing = 0;     say("Will NOT enable Audio tracing\n"); }},
-    {"nolog",     'L', kNone,     [](Text) { settings.noLog = 1;                  say("Will disable printing of Audio tracepoint logging\n"); }},
-    {"write",     'w', kOptional, setWritePath},
-    {"read",      'r', kRequired, setReadPath},
-    {"cpu",       'C', kNone,     [](Text) { settings.line.showCpu = 1;                say("Will display CPU number\n"); }},
-    {"HAL",       'A', kNone,     [](Text) { settings.line.includeHAL = 1;             say("Setting HAL LOG to 0x%08x\n", settings.line.includeHAL); }},
-    {"thread",    'H', kNone,     [](Text) { settings.line.showThread = 0;             say("Will NOT display thread\n"); }},
-    {"interest",  'I', kRequired, [](Text a) { settings.interestType = number(a);   say("Setting interest to 0x%x\n", settings.interestType); }},
-    {"value1",    '1', kRequired, [](Text a) { settings.interestValue1 = number(a); say("Setting interest value 1 to %u\n", settings.interestValue1); }},
-    {"value2",    '2', kRequired, [](Text a) { settings.interestValue2 = number(a); say("Setting interest value 2 to %u\n", settings.interestValue2); }},
-    {"basic",     'B', kNone,     [](Text) { settings.line.basicFormat = 1;            say("Will using basic formatting\n"); }},
-    {"nosep",     'S', kNone,     [](Text) { settings.line.noSeparator = 1;            say("Will NOT separate LOG from method during formatting.\n"); }},
-    {"dump",      'D', kNone,     [](Text) { settings.dumpOnce = 1;               say("Will dump trace buffer and exit.\n"); }},
-    {"register",  'R', kNone,     [](Text) { settings.showReadReg = 1;            say("Will output ReadReg tracepoints"); }},
-    {"filter-out",        'F', kRequired, [](Text a) { say("Filtering out audioclass %u\n", addClass(settings.line.filterOut, a)); }},
-    {"filter-all-except", 'X', kRequired, [](Text a) { say("Filtering all audioclass except %u\n", addClass(settings.line.filterAllExcept, a)); }},
-    {"verbose",     'v', kNone,   [](Text) { setVerbose(); }},
-    {"version",     'V', kNone,   [](Text) { printVersion(); }},
-    {"listclasses", 'l', kNone,   [](Text) { AudioClassRegistry::ListClasses(); }},
-    {"help",        'h', kNone,   [](Text) { printUsage(); }},
+    {'b', {"bufsize", "buffer", "size"}, kRequired, setBufferSize, {"Setting trace buffer size to ", decimal}, &settings.bufferSize},
+    {'a', {"all"},       kNone,     set,           {"Setting print mask to ", eightDigits},                  &line.printMask, kPrintAll, kAllBits},
+    {'d', {"decode"},    kOptional, openDecodeFile},
+    {'c', {"codes"},     kNone,     set,           {"Will display codes\n"},                                 &line.showCodes, 1},
+    {'t', {"time"},      kNone,     changeNothing, {"Will display local time\n"}},
+    {'k', {"kernel"},    kNone,     set,           {"Will display kernel time\n"},                           &line.timeMode, kKernelTime},
+    {'s', {"nostamp"},   kNone,     set,           {"Will NOT display time stamps\n"},                       &line.timeMode, 0, ~kLocalTime},
+    {'g', {"nogroup"},   kNone,     set,           {"Will NOT display group name\n"},                        &line.showGroup, 0},
+    {'m', {"nomethod"},  kNone,     set,           {"Will NOT display method name\n"},                       &line.showMethod, 0},
+    {'u', {"noptr"},     kNone,     set,           {"Will NOT display Audio pointer\n"},                     &line.showPointer, 0},
+    {'f', {"timers"},    kNone,     set,           {"Will print the RootHubTimer fired messages\n"},         &settings.showTimers, 1},
+    {'i', {"indentOff"}, kNone,     set,           {"Will NOT indent\n"},                                    &line.indent, 0},
+    {'T', {"notrace"},   kNone,     set,           {"Will NOT enable Audio tracing\n"},                      &settings.enableAudioTracing, 0},
+    {'L', {"nolog"},     kNone,     set,           {"Will disable printing of Audio tracepoint logging\n"},  &settings.noLog, 1},
+    {'w', {"write"},     kOptional, setWritePath,  {"Got w flag\n"}},
+    {'r', {"read"},      kRequired, setReadPath},
+    {'C', {"cpu"},       kNone,     set,           {"Will display CPU number\n"},                            &line.showCpu, 1},
+    {'A', {"HAL"},       kNone,     set,           {"Setting HAL LOG to ", eightDigits},                     &line.includeHAL, 1},
+    {'H', {"thread"},    kNone,     set,           {"Will NOT display thread\n"},                            &line.showThread, 0},
+    {'I', {"interest"},  kRequired, setNumber,     {"Setting interest to ", hexadecimal},                    &settings.interestType},
+    {'1', {"value1"},    kRequired, setNumber,     {"Setting interest value 1 to ", decimal},                &settings.interestValue1},
+    {'2', {"value2"},    kRequired, setNumber,     {"Setting interest value 2 to ", decimal},                &settings.interestValue2},
+    {'B', {"basic"},     kNone,     set,           {"Will using basic formatting\n"},                        &line.basicFormat, 1},
+    {'S', {"nosep"},     kNone,     set,           {"Will NOT separate LOG from method during formatting.\n"}, &line.noSeparator, 1},
+    {'D', {"dump"},      kNone,     set,           {"Will dump trace buffer and exit.\n"},                   &settings.dumpOnce, 1},
+    {'R', {"register"},  kNone,     set,           {"Will output ReadReg tracepoints"},                      &settings.showReadReg, 1},
+    {'F', {"filter-out"},        kRequired, [](auto& option, auto text) { addClass(line.filterOut, option, text); },       {"Filtering out audioclass ", decimal}},
+    {'X', {"filter-all-except"}, kRequired, [](auto& option, auto text) { addClass(line.filterAllExcept, option, text); }, {"Filtering all audioclass except ", decimal}},
+    {'v', {"verbose"},     kNone,   set,           {"Verbose mode ON\n"},                                    &line.verbose, 1},
+    {'V', {"version"},     kNone,   [](auto&, auto) { printVersion(); }},
+    {'l', {"listclasses"}, kNone,   [](auto&, auto) { AudioClassRegistry::ListClasses(); }},
+    {'h', {"help"},        kNone,   [](auto&, auto) { printUsage(); }},
 };
 // clang-format on
 
-constexpr size_t kOptionCount = std::size(kOptions);
+constexpr size_t kNameCount = [] {
+    size_t count = 0;
+    for (const Option& row : kOptions) {
+        for (const char* name : row.names) count += name != nullptr;
+    }
+    return count;
+}();
 
-std::array<option, kOptionCount + 1> longOptions() {
-    std::array<option, kOptionCount + 1> list{};  // the last one ends it
-    for (size_t i = 0; i < kOptionCount; ++i) {
-        list[i] = {kOptions[i].name, kOptions[i].argument, nullptr, kOptions[i].letter};
+// The rows as getopt_long() takes them; the last one ends the list.
+constexpr auto kLongOptions = [] {
+    std::array<option, kNameCount + 1> list{};
+    size_t next = 0;
+    for (const Option& row : kOptions) {
+        for (const char* name : row.names) {
+            if (name != nullptr) list[next++] = {name, row.argument, nullptr, row.letter};
+        }
     }
     return list;
-}
+}();
 
-void handle(int letter, const char* argument) {
-    for (const Option& option : kOptions) {
-        if (option.letter == letter) return option.handle(argument);
+// Each letter, with a colon where an argument must follow it and two where one may.
+constexpr auto kShortOptions = [] {
+    std::array<char, 3 * std::size(kOptions) + 2> letters{};
+    size_t next = 0;
+    for (const Option& row : kOptions) {
+        letters[next++] = row.letter;
+        for (int colons = 0; colons < row.argument; ++colons) letters[next++] = ':';
+    }
+    letters[next] = '?';
+    return letters;
+}();
+
+constexpr bool standsOnce(const Option& row) {
+    size_t letters = 0;
+    size_t names = 0;
+    for (const Option& other : kOptions) letters += other.letter == row.letter;
+    for (const option& other : kLongOptions) {
+        for (const char* name : row.names) {
+            const bool both = name != nullptr && other.name != nullptr;
+            names += both && std::string_view(other.name) == name;
+        }
+    }
+    size_t own = 0;
+    for (const char* name : row.names) own += name != nullptr;
+    return letters == 1 && names == own;
+}
+static_assert(std::ranges::all_of(kOptions, standsOnce));
+static_assert(no_argument == 0 && required_argument == 1 && optional_argument == 2);
+
+void take(int letter, const char* argument) {
+    for (const Option& row : kOptions) {
+        if (row.letter == letter) return row.take(row, argument);
     }
     printUsage();  // -?, an unknown option, a missing argument
 }
@@ -166,11 +230,11 @@ void parseOptions(int argc, char** argv) {
     if (argc <= 1) return;
     // Options behind operands are options too, whatever the environment says.
     unsetenv("POSIXLY_CORRECT");
-    const auto list = longOptions();
     for (;;) {
-        const int letter = getopt_long(argc, argv, kShortOptions, list.data(), nullptr);
+        const int letter =
+            getopt_long(argc, argv, kShortOptions.data(), kLongOptions.data(), nullptr);
         if (letter == -1) return;
-        handle(letter, optarg);
+        take(letter, optarg);
     }
 }
 

@@ -1,10 +1,14 @@
-// Messages, and the failures of standard output and standard error.
+// Standard output has one owner, this file: lines, messages and failures are in order. The C
+// library is not asked, which loses what it holds when a write fails.
 
 #include "probe/output.h"
 
+#include <algorithm>
 #include <cerrno>
 #include <cstdarg>
+#include <cstdlib>
 #include <fcntl.h>
+#include <poll.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
@@ -23,14 +27,61 @@ void turnToNowhere(int descriptor) {
     close(nowhere);
 }
 
-void writeToStandardOutput(void*, const char* text, size_t length) {
-    if (std::fwrite(text, 1, length, stdout) < length) outputFailed(stdout);
+// A write that failed, with its errno. When the program is ending, or nobody reads any more, the
+// descriptor is turned to /dev/null, so that nothing waits again.
+void takeFailure(int descriptor) {
+    if (descriptor == STDOUT_FILENO && errno == EPIPE) noteBrokenPipe();
+    if (isEnding() && (errno == EINTR || errno == EPIPE)) turnToNowhere(descriptor);
 }
+
+// Waits until standard output takes bytes again, when somebody has set it not to wait by itself.
+// False once the program has no more time for that.
+bool waitForRoom() {
+    pollfd state{.fd = STDOUT_FILENO, .events = POLLOUT, .revents = 0};
+    poll(&state, 1, -1);
+    if (!isOutOfTime()) return true;
+    errno = EINTR;
+    return false;
+}
+
+// What follows a failure begins on a line of its own, whatever it has cut.
+void writeToStandardOutput(void*, const char* text, size_t length) {
+    while (length > 0) {
+        const ssize_t now = ::write(STDOUT_FILENO, text, length);
+        if (now >= 0) {
+            text += now;
+            length -= static_cast<size_t>(now);
+        } else if ((errno != EAGAIN && errno != EWOULDBLOCK) || !waitForRoom()) {
+            outputLine().beginAnew();
+            takeFailure(STDOUT_FILENO);
+            return;
+        }
+    }
+}
+
+// A pipe that holds many of our pieces: its reader and we wait for each other less often.
+void widenOutputPipe() {
+#ifdef F_SETPIPE_SZ  // Linux alone has it
+    constexpr int kSize = 1 << 20;
+    const int size = fcntl(STDOUT_FILENO, F_GETPIPE_SZ);
+    if (size >= 0 && size < kSize) fcntl(STDOUT_FILENO, F_SETPIPE_SZ, kSize);
+#endif
+}
+
+bool isWatched() { return isatty(STDOUT_FILENO) != 0; }
+
+bool isOpen = false;
 
 }  // namespace
 
 OutputLine& outputLine() {
     static OutputLine line({.write = writeToStandardOutput});
+    static const bool prepared = [] {
+        if (!isWatched()) line.gather();
+        std::atexit([] { line.handOver(); });
+        return true;
+    }();
+    static_cast<void>(prepared);
     return line;
 }
 
@@ -40,22 +91,32 @@ LinePrinter& linePrinter() {
 }
 
 void printMessage(std::FILE* stream, const char* format, ...) {
-    if (stream == stdout) outputLine().handOver();
     va_list values;
     va_start(values, format);
-    if (std::vfprintf(stream, format, values) < 0) outputFailed(stream);
+    if (stream == stderr) {
+        if (std::vfprintf(stderr, format, values) < 0) takeFailure(STDERR_FILENO);
+        std::clearerr(stderr);
+    } else {
+        OutputLine& line = outputLine();
+        const int length = std::vsnprintf(line.cursor(), kMessageRoom, format, values);
+        line.moveTo(line.cursor() + std::clamp(length, 0, static_cast<int>(kMessageRoom) - 1));
+        line.endText();
+        if (isOpen) line.handOver();
+    }
     va_end(values);
 }
 
-void outputFailed(std::FILE* stream) {
-    if (stream == stdout && errno == EPIPE) noteBrokenPipe();
-    const bool givenUp = isEnding() && (errno == EINTR || errno == EPIPE);
-    if (givenUp) {
-        turnToNowhere(fileno(stream));
-    } else if (stream == stdout) {
-        outputLine().beginAnew();
+// Under --write, which never flushes, a reader would be kept waiting by large pieces.
+void openOutput() {
+    constexpr size_t kSmallPiece = 4096;
+    flushOutput();
+    isOpen = true;
+    if (isWatched()) return;
+    if (settings.writeRaw) {
+        outputLine().gather(kSmallPiece);
+    } else {
+        widenOutputPipe();
     }
-    std::clearerr(stream);
 }
 
 void giveUpStream(int descriptor) {
@@ -68,9 +129,6 @@ int openNowhere() {
     return nowhere >= 0 ? nowhere : open("/", O_RDONLY | O_DIRECTORY | O_CLOEXEC);
 }
 
-void flushOutput() {
-    outputLine().handOver();
-    if (std::fflush(nullptr) != 0) outputFailed(stdout);
-}
+void flushOutput() { outputLine().handOver(); }
 
 }  // namespace sonaprobe

@@ -14,14 +14,15 @@ namespace sonaprobe {
 OutputLine& outputLine();
 LinePrinter& linePrinter();
 
-// printf to standard output or standard error for all that is no event line.
+// printf to standard output or standard error for all that is no event line, up to kMessageRoom
+// bytes on standard output. What standard output is to get before openOutput() waits for that, or
+// for the end of the program, unless it is a terminal.
+constexpr size_t kMessageRoom = 1024;
 [[gnu::format(printf, 2, 3)]] void printMessage(std::FILE* stream, const char* format, ...);
 
-// To be told of every write to one of the two that failed, with errno as the write left it. What
-// the C library still held is gone by then. When the program is ending, or nobody reads any more,
-// the stream is turned to /dev/null, so that no later line waits again. Else the next line begins
-// on a line of its own, whatever the failure has cut.
-void outputFailed(std::FILE* stream);
+// Once the settings are known: from now on messages go out at once. Lines go out in large pieces
+// where nobody watches them come.
+void openOutput();
 
 // Turns standard output or standard error, by its descriptor, to /dev/null unless it is a file,
 // which takes what it is given. Safe in a signal handler.
@@ -30,7 +31,7 @@ void giveUpStream(int descriptor);
 // A descriptor of /dev/null or, in a root without it, of something else that takes no bytes.
 int openNowhere();
 
-// Flushes all output streams.
+// Hands over what standard output is still to get.
 void flushOutput();
 
 }  // namespace sonaprobe

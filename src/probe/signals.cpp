@@ -99,7 +99,10 @@ void ignoreWriteSignals() {
 
 void endOnBrokenPipe() { signals::brokenPipeEnds = true; }
 
-void beginEnding() { signals::ending = 1; }
+void beginEnding() {
+    signals::ending = 1;
+    signals::noted = 0;  // it is taken
+}
 
 bool isEnding() { return signals::ending != 0 || signals::noted != 0; }
 

@@ -19,8 +19,9 @@ void ignoreWriteSignals();
 // From now on a broken pipe on standard output ends the program as a signal does, silently.
 void endOnBrokenPipe();
 
-// No signal ends the program from now on, for it is ending; each only makes sure that no write
-// waits longer than 0.3 s, and all of them together not longer than 0.9 s.
+// No signal ends the program from now on, for it is ending; each only makes sure that no write and
+// no operation of the facility waits longer than 0.3 s, and all writes together not longer than
+// 0.9 s.
 void beginEnding();
 
 // Whether an end is noted or under way.

@@ -23,6 +23,7 @@ std::span<const TraceRecord> SlotReader::next() {
     filled_ -= used_;
     std::memmove(room.data(), room.data() + used_, filled_);
     used_ = 0;
+    error_ = 0;
     while (filled_ < sizeof(TraceRecord)) {
         const ssize_t got = read_(file_, room.data() + filled_, room.size() - filled_);
         if (got < 0 && errno == EINTR) continue;

@@ -7,8 +7,8 @@
 
 namespace sonaprobe {
 
-// One trace point as the kernel hands it out: host byte order, no gaps.
-struct TraceRecord {
+// One trace point as the kernel hands it out: host byte order, no gaps, the same on 32-bit hosts.
+struct alignas(8) TraceRecord {
     uint64_t timestamp;  // trace clock ticks
     uint64_t arg1;       // audio events: address of the emitting object
     uint64_t arg2;
@@ -20,8 +20,10 @@ struct TraceRecord {
     uint64_t reserved;  // 0 in raw files
 };
 static_assert(sizeof(TraceRecord) == 64);
+static_assert(offsetof(TraceRecord, arg1) == 8);
 static_assert(offsetof(TraceRecord, arg5) == 40);
 static_assert(offsetof(TraceRecord, debugid) == 48);
+static_assert(offsetof(TraceRecord, cpuid) == 52);
 static_assert(offsetof(TraceRecord, reserved) == 56);
 
 // Debug ids that mark a slot as something other than an event.

@@ -110,7 +110,7 @@ uint32_t AudioClassRegistry::ResolveClassArgument(const char* text) {
         const auto found = std::ranges::find(entries(), packCode(text), &Entry::code);
         if (found != entries().end()) return found->id;
     } else if (std::ranges::all_of(given, [](char c) { return c >= '0' && c <= '9'; })) {
-        return static_cast<uint32_t>(std::strtoul(text, nullptr, 0));  // 0 for an empty text
+        return static_cast<uint32_t>(std::strtoull(text, nullptr, 0));  // 0 for an empty text
     }
     const auto named =
         std::ranges::find_if(entries(), [&](const Entry& entry) { return entry.name == given; });

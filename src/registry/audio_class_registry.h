@@ -27,7 +27,7 @@ class AudioClassRegistry {
     static void ListClasses();
 
     // The class id that a text names by code, number or name, or kUnresolvedClass. Numbers are
-    // read as strtoul does in base 0 and not checked against the entries.
+    // read as strtoull does in base 0 and not checked against the entries.
     static uint32_t ResolveClassArgument(const char* text);
 };
 

@@ -6,14 +6,9 @@
 #include <functional>
 #include <span>
 
-namespace sonaprobe::scope {
+#include "scope/status.h"
 
-// How the program ends, as version control and diff do it.
-enum class Status : int {
-    done = 0,
-    findings = 1,  // what was asked for is answered, and something was found: see each command
-    trouble = 2,   // input unreadable, output not written, command line not understood
-};
+namespace sonaprobe::scope {
 
 // What a command does once its options are read.
 using Run = std::function<Status()>;
@@ -30,9 +25,12 @@ std::span<const Command> commands();
 Run setUpCompletion(CLI::App& app);
 Run setUpCut(CLI::App& app);
 Run setUpEvents(CLI::App& app);
+Run setUpInfo(CLI::App& app);
 Run setUpLines(CLI::App& app);
+Run setUpRepair(CLI::App& app);
 Run setUpStats(CLI::App& app);
 Run setUpTree(CLI::App& app);
+Run setUpDiff(CLI::App& app);
 Run setUpWhy(CLI::App& app);
 
 }  // namespace sonaprobe::scope

@@ -7,11 +7,14 @@ namespace sonaprobe::scope {
 namespace {
 
 constexpr Command kCommands[] = {
+    {"info", "what is in a file, and is it sound", setUpInfo},
     {"lines", "print the records as lines", setUpLines},
     {"stats", "where the time goes: calls and their times", setUpStats},
     {"tree", "who calls whom, with counts and times", setUpTree},
+    {"diff", "what changed from one trace to another", setUpDiff},
     {"why", "name the cause of each dropout", setUpWhy},
     {"cut", "keep a part of a trace as a file of its own", setUpCut},
+    {"repair", "write a file anew without what is broken", setUpRepair},
     {"events", "search the reference of events", setUpEvents},
     {"completion", "print the completion of a shell", setUpCompletion},
 };

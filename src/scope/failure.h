@@ -4,7 +4,7 @@
 
 #include <string>
 
-#include "scope/command.h"
+#include "scope/status.h"
 
 namespace sonaprobe::scope {
 

@@ -25,7 +25,9 @@ int openPath(const std::string& path) {
 }  // namespace
 
 FileBytes::FileBytes(const std::string& path)
-    : name_(path == "-" ? "standard input" : escaped(path)), file_(openPath(path)) {
+    : isStandardInput_(path == "-"),
+      name_(isStandardInput_ ? "standard input" : escaped(path)),
+      file_(openPath(path)) {
     if (file_ < 0) throw systemFailure("could not open " + name_);
     if (isatty(file_) != 0) {
         close(file_);

@@ -34,7 +34,7 @@ class FileBytes {
     uint64_t size() const { return size_; }
 
     // Whether opening the path again gives the same bytes.
-    bool repeatable() const { return size_ > 0; }
+    bool repeatable() const { return size_ > 0 && !isStandardInput_; }
 
     // Whether it is the very file of that path.
     bool isFileOf(const std::string& path) const;
@@ -42,6 +42,7 @@ class FileBytes {
   private:
     size_t readFile(std::span<std::byte> room);
 
+    bool isStandardInput_;
     std::string name_;
     int file_;
     uint64_t size_ = 0;

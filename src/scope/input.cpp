@@ -35,4 +35,10 @@ void warnOfDamage(const Input& input) {
     if (damage != nullptr) warn(input.source().name() + ": " + damage);
 }
 
+void warnOfAssumedDivisor(const Input& input, const TraceClock& clock) {
+    if (!clock.assumedDivisor()) return;
+    warn(input.source().name() +
+         ": no divisor before the first record; 1000 ticks a microsecond are assumed");
+}
+
 }  // namespace sonaprobe::scope

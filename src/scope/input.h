@@ -8,6 +8,7 @@
 #include <string>
 #include <vector>
 
+#include "analysis/trace_clock.h"
 #include "record/trace_record.h"
 #include "scope/byte_source.h"
 #include "scope/progress.h"
@@ -45,5 +46,8 @@ class Input {
 // At the end, for commands that have no findings: tells on standard error what is wrong with packed
 // data.
 void warnOfDamage(const Input& input);
+
+// The same, where there were records before the first divisor.
+void warnOfAssumedDivisor(const Input& input, const TraceClock& clock);
 
 }  // namespace sonaprobe::scope

@@ -9,7 +9,6 @@
 #include "scope/call_view.h"
 #include "scope/escape.h"
 #include "scope/event_text.h"
-#include "scope/failure.h"
 #include "scope/json.h"
 #include "scope/styled_line.h"
 #include "scope/units.h"
@@ -26,8 +25,6 @@ constexpr size_t kMostLevels = 20;  // deeper calls are indented no further
 // The least width at which a line has a column more than in 80 columns. Piped lines have all.
 constexpr unsigned kShowsCpu = 110;
 constexpr unsigned kShowsObject = 150;
-
-constexpr uint32_t kOverload = 0x21040010;
 
 // What a line is made of.
 struct Line {
@@ -212,10 +209,9 @@ void printLines(Input& input, const Selection& selection, const TraceOptions& tr
         }
         out.show();
     }
-    if (calls.clock().assumedDivisor()) {
-        warn(input.source().name() +
-             ": no divisor before the first record; 1000 ticks a microsecond are assumed");
-    }
+    out.finish();
+    warnOfDamage(input);
+    warnOfAssumedDivisor(input, calls.clock());
 }
 
 }  // namespace sonaprobe::scope

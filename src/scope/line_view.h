@@ -10,7 +10,7 @@
 
 namespace sonaprobe::scope {
 
-// Throws a Failure.
+// Finishes the output, and then tells what is wrong with the input. Throws a Failure.
 void printLines(Input& input, const Selection& selection, const TraceOptions& trace, bool wrap,
                 Output& out);
 

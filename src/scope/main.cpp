@@ -1,7 +1,9 @@
 // sonascope: answers from a raw trace file, for anybody.
 
 #include <algorithm>
+#include <fcntl.h>
 #include <new>
+#include <unistd.h>
 
 #include "analysis/nearest.h"
 #include "scope/command_line.h"
@@ -26,6 +28,15 @@ Status runCommand(CommandLine& line) {
     return Status::trouble;
 }
 
+// A standard stream that is closed must not become a data file's descriptor.
+void fillStandardDescriptors() {
+    int file;
+    do {
+        file = open("/dev/null", O_RDONLY | O_CLOEXEC);
+    } while (file >= 0 && file <= STDERR_FILENO);
+    if (file >= 0) close(file);
+}
+
 // CLI11 takes a mistyped command for an operand.
 void checkCommand(const char* given) {
     if (given == nullptr || *given == '-') return;
@@ -40,15 +51,19 @@ void checkCommand(const char* given) {
 std::string nearestOptions(const CLI::App& app) {
     const CLI::App* const chosen = app.get_subcommands().empty() ? &app : app.get_subcommands()[0];
     const std::vector<std::string> left = chosen->remaining();
+    const auto given = std::ranges::find_if(
+        left, [](const std::string& argument) { return argument.starts_with("--"); });
+    if (given == left.end()) return {};
     std::vector<std::string> names;
     for (const CLI::Option* const option : chosen->get_options()) {
         for (const std::string& name : option->get_lnames()) names.push_back("--" + name);
     }
     const std::vector<std::string_view> views(names.begin(), names.end());
-    return left.empty() ? "" : nearestPhrase(left.front(), views);
+    return nearestPhrase(given->substr(0, given->find('=')), views);
 }
 
 Status run(int argc, char** argv) {
+    fillStandardDescriptors();
     CommandLine line = makeCommandLine();
     try {
         checkCommand(argc > 1 ? argv[1] : nullptr);

@@ -104,17 +104,14 @@ void NewFile::keep() {
     flush();
     // A name must not stand for data that a power cut could still take.
     if (fsync(file_) != 0) throw systemFailure("could not write " + name_);
-    if (force_) {
-        if (rename(temporary_.c_str(), path_.c_str()) != 0) {
-            throw systemFailure("could not write " + name_);
-        }
-    } else {
-        // Unlike a renamed one, a linked file takes no place that somebody has taken meanwhile.
-        if (link(temporary_.c_str(), path_.c_str()) != 0) {
-            throw systemFailure("could not write " + name_);
-        }
-        unlink(temporary_.c_str());
+    // Unlike a renamed one, a linked file takes no place that somebody has taken meanwhile. Some
+    // file systems have no links.
+    const bool linked = !force_ && link(temporary_.c_str(), path_.c_str()) == 0;
+    const bool taken = !force_ && !linked && errno == EEXIST;
+    if (taken || (!linked && rename(temporary_.c_str(), path_.c_str()) != 0)) {
+        throw systemFailure("could not write " + name_);
     }
+    if (linked) unlink(temporary_.c_str());
     close(file_);
     file_ = -1;
     forgetOnSignals();

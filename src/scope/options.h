@@ -5,6 +5,7 @@
 #include <CLI/CLI.hpp>
 #include <string>
 
+#include "scope/command.h"
 #include "scope/output.h"
 
 namespace sonaprobe::scope {

@@ -108,6 +108,8 @@ void printPlainLines(Input& input, const Selection& selection, const TraceOption
         if (out.terminal()) line.handOver();
     }
     line.handOver();
+    out.finish();
+    warnOfDamage(input);
 }
 
 }  // namespace sonaprobe::scope

@@ -27,7 +27,8 @@ struct PlainOptions {
 // sonaprobe's options that shape its lines, under its names; each needs --plain.
 void addPlainOptions(CLI::App& app, PlainOptions& options, CLI::Option* plain);
 
-// Messages of sonaprobe, as --verbose makes it give them, are no lines. Throws a Failure.
+// Messages of sonaprobe, as --verbose makes it give them, are no lines. Finishes the output, and
+// then tells what is wrong with the input. Throws a Failure.
 void printPlainLines(Input& input, const Selection& selection, const TraceOptions& trace,
                      const PlainOptions& options, Output& out);
 

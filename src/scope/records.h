@@ -27,7 +27,7 @@ void forEachRecord(Input& input, TraceClock& clock, const Visit& visit) {
 }
 
 // Takes each slot into the tracker, whose sink hears of the calls, and then visits the records:
-// visit(record, moment).
+// visit(record, moment). What is wrong with the input is left to be said.
 template <class Visit>
 void trackCalls(Input& input, CallTracker& tracker, const Visit& visit) {
     for (auto slots = input.next(); !slots.empty(); slots = input.next()) {
@@ -37,7 +37,6 @@ void trackCalls(Input& input, CallTracker& tracker, const Visit& visit) {
         }
     }
     tracker.finish();
-    warnOfDamage(input);
 }
 
 }  // namespace sonaprobe::scope

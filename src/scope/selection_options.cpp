@@ -5,6 +5,7 @@
 #include <algorithm>
 
 #include "analysis/call_tracker.h"
+#include "analysis/event_traits.h"
 #include "analysis/spelled.h"
 #include "scope/escape.h"
 #include "scope/failure.h"
@@ -49,8 +50,6 @@ std::vector<uint64_t> numbersOf(const char* option, const std::vector<std::strin
     }
     return numbers;
 }
-
-constexpr uint32_t kOverload = 0x21040000;
 
 // Finds the dropouts, and the slots of calls that are long enough.
 class Survey : public CallSink {

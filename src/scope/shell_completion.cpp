@@ -142,9 +142,13 @@ std::string zshCompletion(std::span<const CommandWords> commands) {
                 text += "                " + quoted(spec) + " \\\n";
             }
         }
-        for (const std::string& operand : command.operands) {
-            text +=
-                "                " + quoted("*:" + operand + ":" + zshAction(operand)) + " \\\n";
+        // The last one may come several times.
+        for (size_t i = 0; i < command.operands.size(); ++i) {
+            const std::string& operand = command.operands[i];
+            const bool last = i + 1 == command.operands.size();
+            const std::string place = last ? "*" : std::to_string(i + 1);
+            const std::string spec = place + ":" + operand + ":" + zshAction(operand);
+            text += "                " + quoted(spec) + " \\\n";
         }
         text += "                && return\n            ;;\n";
     }
@@ -167,7 +171,8 @@ std::string fishCompletion(std::span<const CommandWords> commands) {
                 quoted(command.help) + "\n";
         const auto valueOf = [](const std::string& kind) {
             if (isPath(kind)) return std::string(" -F");
-            return wordsOfKind(kind).empty() ? std::string() : " -a \"$__sonascope_" + kind + "\"";
+            if (wordsOfKind(kind).empty()) return std::string(" -f");
+            return " -f -a \"$__sonascope_" + kind + "\"";
         };
         for (const OptionWords& option : command.options) {
             text += begin;
@@ -175,11 +180,11 @@ std::string fishCompletion(std::span<const CommandWords> commands) {
                 const bool isLong = name.starts_with("--");
                 text += (isLong ? " -l " : " -s ") + name.substr(isLong ? 2 : 1);
             }
-            if (!option.value.empty()) text += " -x" + valueOf(option.value);
+            if (!option.value.empty()) text += " -r" + valueOf(option.value);
             text += " -d " + quoted(option.help) + "\n";
         }
         for (const std::string& operand : command.operands) {
-            if (!valueOf(operand).empty()) text += begin + valueOf(operand) + "\n";
+            text += begin + valueOf(operand) + "\n";
         }
     }
     return text;

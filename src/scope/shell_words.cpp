@@ -57,7 +57,7 @@ std::vector<CommandWords> commandWords() {
     return all;
 }
 
-bool isPath(const std::string& kind) { return kind == "FILE" || kind == "NEW"; }
+bool isPath(const std::string& kind) { return kind == "FILE" || kind == "OTHER" || kind == "NEW"; }
 
 std::vector<std::string> wordsOfKind(const std::string& kind) {
     if (kind == "WHEN") return {"always", "auto", "never"};

@@ -28,7 +28,7 @@ std::vector<CommandWords> commandWords();
 // where it may be anything.
 std::vector<std::string> wordsOfKind(const std::string& kind);
 
-// Whether it is a path: "FILE", "NEW".
+// Whether it is a path: "FILE", "OTHER", "NEW".
 bool isPath(const std::string& kind);
 
 // The completion of a shell.

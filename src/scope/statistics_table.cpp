@@ -34,11 +34,12 @@ constexpr std::array kColumns{
     StatisticsColumn{"self", "self", Measure::duration, 0,
                      [](CallGroup& g) { return ofFinished(g, [&] { return g.self; }); }, true},
     StatisticsColumn{"total", "total", Measure::duration, 0,
-                     [](CallGroup& g) { return ofFinished(g, [&] { return g.total; }); }, true},
+                     [](CallGroup& g) { return ofFinished(g, [&] { return saturated(g.total); }); },
+                     true},
     StatisticsColumn{"outermost", "outermost", Measure::duration, 120,
                      [](CallGroup& g) { return ofFinished(g, [&] { return g.outermost; }); }, true},
-    StatisticsColumn{"busy", "busy", Measure::duration, 130,
-                     [](CallGroup& g) -> Number { return g.busy; }, true},
+    StatisticsColumn{"busy", "busy", Measure::duration, 130, [](CallGroup& g) { return g.busy; },
+                     true},
     StatisticsColumn{"calls", "calls", Measure::count, 0,
                      [](CallGroup& g) -> Number { return count(g.calls); }, true},
     StatisticsColumn{"mean", "mean", Measure::duration, 110,
@@ -103,6 +104,7 @@ StatisticsTable::StatisticsTable(CallStatistics& statistics, GroupBy by, const T
                                  const CodeNames& codeNames)
     : by_(by), clock_(&clock), codeNames_(&codeNames) {
     for (CallGroup& group : statistics.groups()) {
+        if (group.isEmpty()) continue;
         StatisticsRow& row = rows_.emplace_back();
         row.key = group.key;
         row.finished = group.finished();
@@ -121,8 +123,7 @@ void StatisticsTable::sortBy(size_t column) {
 void StatisticsTable::print(Output& out, size_t top) const {
     std::vector<Column> columns;
     for (const StatisticsColumn& column : kColumns) {
-        columns.push_back(
-            {.head = column.head, .shownFrom = column.shownFrom, .mayBeLeftOut = true});
+        columns.push_back({column.head, Align::right, column.shownFrom, false, true});
     }
     const std::vector<Column> nameColumns = nameColumnsOf(by_);
     columns.insert(columns.end(), nameColumns.begin(), nameColumns.end());

@@ -2,8 +2,8 @@
 
 #pragma once
 
+#include <algorithm>
 #include <cstdint>
-#include <string>
 
 #include "analysis/trace_clock.h"
 #include "scope/json.h"
@@ -27,9 +27,6 @@ class TraceSummary {
     // Adds "records", "span_ns", "ticks_per_microsecond" (of the last divisor), "assumed_divisor",
     // "steps_back" and "disordered" (of the whole trace).
     void addTo(Json& document, const TraceClock& clock) const;
-
-    // Tells on standard error where no divisor says how long a tick is.
-    static void warnOfClock(const std::string& file, const TraceClock& clock);
 
   private:
     uint64_t records_ = 0;

@@ -30,6 +30,16 @@ std::vector<Nanoseconds> weightsOf(const std::vector<CallNode>& nodes) {
     return weights;
 }
 
+// Of each node, whether any call counts there or below it.
+std::vector<bool> countsOf(const std::vector<CallNode>& nodes) {
+    std::vector<bool> counts(nodes.size());
+    for (size_t i = nodes.size(); i-- > 0;) {
+        if (nodes[i].calls > 0) counts[i] = true;
+        if (counts[i] && nodes[i].parent != CallNode::kNone) counts[nodes[i].parent] = true;
+    }
+    return counts;
+}
+
 // The nodes of a tree by their parents, the heaviest last.
 class Children {
   public:
@@ -74,6 +84,7 @@ TreeView::TreeView(const CallTree& tree, const TraceClock& clock, const CodeName
                    const TreeLimits& limits)
     : nodes_(&tree.nodes()), clock_(&clock), codeNames_(&codeNames) {
     const std::vector<Nanoseconds> weights = weightsOf(*nodes_);
+    const std::vector<bool> counts = countsOf(*nodes_);
     const Children children(*nodes_, weights);
     const std::span<const uint32_t> roots = children.of(CallNode::kNone);
     for (const uint32_t root : roots) whole_ = saturated(Wide{whole_} + weights[root]);
@@ -87,9 +98,9 @@ TreeView::TreeView(const CallTree& tree, const TraceClock& clock, const CodeName
         const uint32_t at = waiting.back();
         waiting.pop_back();
         const CallNode& node = (*nodes_)[at];
-        if (node.depth < limits.depth && weights[at] >= least) {
+        if (node.depth < limits.depth && weights[at] >= least && counts[at]) {
             shown_.push_back(at);
-        } else {
+        } else if (node.calls > 0) {
             ++hidden_;
             hiddenSelf_ = saturated(Wide{hiddenSelf_} + node.self);
         }

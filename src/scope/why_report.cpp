@@ -70,7 +70,7 @@ void printRecord(Output& out, uint64_t slot, const EvidenceRecord& shown, const 
              : qualifier == Qualifier::end ? "<- "
                                            : "   ",
              {Tone::dim});
-    const bool isDropout = codeOf(record.debugid) == server::kOverload;
+    const bool isDropout = codeOf(record.debugid) == kOverload;
     line.add(eventName(event, names),
              isDropout ? Style{Tone::dropout} : Style{Tone::driver, hueOf(record.debugid)});
     if (event.text != nullptr) {

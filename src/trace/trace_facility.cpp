@@ -3,22 +3,12 @@
 #include "trace/trace_facility.h"
 
 #include <algorithm>
-#include <cerrno>
-#include <cstdlib>
 
 #include "platform/platform.h"
-#include "probe/fatal_exit.h"
-#include "probe/output.h"
-#include "probe/settings.h"
 
-namespace sonaprobe {
+namespace sonaprobe::trace {
 
 namespace {
-
-using platform::KernelBufferInfo;
-using platform::TraceInterest;
-
-std::span<TraceRecord> buffer;
 
 // An operation without value. `old` and its length are as the operation has them.
 int control(int operation, void* old = nullptr, size_t* oldLength = nullptr) {
@@ -34,59 +24,27 @@ int control(int operation, int value) {
 
 }  // namespace
 
-void allocateCollectionBuffer() {
-    const size_t records = settings.bufferSize;
-    void* const memory = std::malloc(records * sizeof(TraceRecord));
-    if (memory == nullptr) fatalExit("Can't allocate memory for tracing info\n");
-    buffer = {static_cast<TraceRecord*>(memory), records};
+bool getBufferInfo(platform::KernelBufferInfo& info) {
+    size_t length = sizeof info;
+    return control(platform::kKernKdGetBuf, &info, &length) >= 0;
 }
 
-std::span<TraceRecord> collectionBuffer() { return buffer; }
+bool removeBuffer() { return control(platform::kKernKdRemove) >= 0; }
 
-void removeTraceBuffer() {
-    errno = 0;
-    if (control(platform::kKernKdRemove) >= 0) return;
-    settings.removeOnExit = 0;
-    fatalExit(errno == EBUSY ? "The trace facility is currently in use.\n"
-                             : "Trace facility failure, KERN_KDREMOVE\n");
+bool setBufferSize(uint32_t records) {
+    return control(platform::kKernKdSetBuf, static_cast<int>(records)) >= 0;
 }
 
-void setTraceBufferSize(uint32_t records) {
-    if (control(platform::kKernKdSetBuf, static_cast<int>(records)) < 0) {
-        fatalExit("trace facility failure, KERN_KDSETBUF\n");
-    }
-}
-
-void setTraceInterest(uint32_t type) {
-    if (type != platform::kInterestValues && type != platform::kInterestSubclass) {
-        type = platform::kInterestRange;
-    }
-    TraceInterest interest{type, settings.interestValue1, settings.interestValue2, 0, 0};
+bool setInterest(platform::TraceInterest interest) {
     size_t length = sizeof interest;
-    if (control(platform::kKernKdSetReg, &interest, &length) < 0) {
-        fatalExit("trace facility failure, KERN_KDSETREG\n");
-    }
+    return control(platform::kKernKdSetReg, &interest, &length) >= 0;
 }
 
-void setupTraceBuffer() {
-    if (control(platform::kKernKdSetup) < 0) fatalExit("trace facility failure, KERN_KDSETUP\n");
-}
+bool setUpBuffer() { return control(platform::kKernKdSetup) >= 0; }
 
-void enableTracing(int on) {
-    if (control(platform::kKernKdEnable, on) < 0) {
-        fatalExit("trace facility failure, KERN_KDENABLE\n");
-    }
-    settings.traceEnabled = on != 0;
-}
+bool enable(bool on) { return control(platform::kKernKdEnable, on ? 1 : 0) >= 0; }
 
-void getBufferInfo(KernelBufferInfo* info) {
-    size_t length = sizeof *info;
-    if (control(platform::kKernKdGetBuf, info, &length) < 0) {
-        fatalExit("trace facility failure, KERN_KDGETBUF\n");
-    }
-}
-
-TraceRead readTrace(std::span<TraceRecord> room) {
+Read read(std::span<TraceRecord> room) {
     size_t length = room.size_bytes();
     const int result = control(platform::kKernKdReadTr, room.data(), &length);
     const auto count = static_cast<int32_t>(length);  // the kernel counts in 32 bits
@@ -94,17 +52,4 @@ TraceRead readTrace(std::span<TraceRecord> room) {
     return {result, std::min(static_cast<size_t>(count), room.size())};
 }
 
-void printBufferInfo() {
-    KernelBufferInfo info{};
-    getBufferInfo(&info);
-    printMessage(stdout,
-                 "The kernel buffer settings are:\n"
-                 "\tentries:\t%d\n"
-                 "\tflags:\t\t0x%x\n"
-                 "\tnolog:\t\t%d\n"
-                 "\tbufid:\t\t%d\n"
-                 "\tthreads:\t%d\n",
-                 info.entries, info.flags, info.nolog, info.bufid, info.threads);
-}
-
-}  // namespace sonaprobe
+}  // namespace sonaprobe::trace

@@ -100,6 +100,25 @@ def test_a_full_device_is_no_error(long_trace):
     assert (result.returncode, result.stderr) == (0, "")
 
 
+def test_a_standard_output_that_does_not_wait_loses_no_line(long_trace):
+    ours, theirs = os.pipe()
+    os.set_blocking(theirs, False)
+    with started(PROGRAM, "-s", "-H", "-i", "-r", long_trace, stdout=theirs) as process:
+        os.close(theirs)
+        with open(ours, encoding="ascii") as pipe:
+            time.sleep(0.2)  # the pipe is full by then
+            assert pipe.read() == LINE * 100_000
+        assert process.wait(PATIENCE) == 0
+
+
+@pytest.mark.parametrize("options", [(), ("-w",)])
+def test_messages_and_lines_keep_their_order(options, raw):
+    trace = raw(f"{RECORD}\n0xFEEDFACE t=24\n{RECORD}")
+    result = run_program(*options, "-v", "-s", "-H", "-i", "-r", trace)
+    assert result.stdout.endswith(
+        f"Will read raw data from file {trace}\n{LINE}Found divisor 24.000000 as 0x18\n{LINE}")
+
+
 def run_with(redirections, *arguments):
     """Runs the program with redirections as the shell spells them."""
     return subprocess.run(["sh", "-c", f'exec "$@" {redirections}', "sh", PROGRAM, *arguments],

@@ -14,6 +14,7 @@ from records import DIVISOR_MARKER, INVALID_MARKER, pack
 from terminal import read_to_the_end
 
 FOLDER = pathlib.Path("/dev/shm/sonaprobe")
+SOURCE = pathlib.Path(os.environ["SONAPROBE_SOURCE_DIR"])
 CLONE_NEWNS = 0x20000
 MS_PRIVATE_REC = 0x40000 | 0x4000
 
@@ -108,6 +109,23 @@ def test_status_of_a_set_up():
     assert now["owner"] == "none"
     assert now["interest"] == "0x20000 0x5 0x24 0x0 0x0"
     assert now["audio-debug-flags"] == "165"
+
+
+def test_the_manual_tells_what_status_shows(tmp_path):
+    page = (SOURCE / "man/sonaprobe-sim.8").read_text()
+    told = dict(re.findall(r"^\.It (\w[\w-]*)\n(.*)$", page, re.MULTILINE))
+    after_boot = state()
+    call("setbuf=1024", "setup", "enable=1", "audio-set=1")
+    raw = tmp_path / "trace.raw"
+    raw.write_bytes(pack(0x05245C0C) * 1025)
+    sim("post", raw)
+    tracing = state()
+    assert told["nolog"] == f"{tracing['nolog']} while tracing is enabled"
+    assert told["entries"].endswith(f"; {after_boot['entries']}: not set up")
+    assert told["bufid"].endswith(f"; {after_boot['bufid']}: not set up")
+    assert told["threads"] == f"always {tracing['threads']}"
+    assert told["flags"] == f"{tracing['flags']} if the buffer has wrapped"
+    assert told["audio-debug-flags"] == "bit 0: the drivers trace"
 
 
 def test_reset_goes_back_to_the_state_after_boot():

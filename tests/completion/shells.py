@@ -4,9 +4,11 @@ import os
 import pathlib
 import pty
 import select
+import shlex
 import subprocess
 import time
 
+BUILD = pathlib.Path(os.environ["SONAPROBE_BUILD_DIR"])
 SOURCE = pathlib.Path(os.environ["SONAPROBE_SOURCE_DIR"])
 PATIENCE = 20
 
@@ -14,13 +16,15 @@ BASH = """\
 source /usr/share/bash-completion/bash_completion
 source {source}/completion/bash/sonaprobe
 source {source}/completion/bash/sonaprobe-sim
+eval "$({build}/sonascope completion bash)"
 cd {folder}
 bind 'set enable-bracketed-paste off' '"\\t": insert-completions'
 bind -x '"\\C-o": printf "%s\\n" "$READLINE_LINE" >line.new; mv line.new line; READLINE_LINE='
 """
 
 ZSH = """\
-fpath=({source}/completion/zsh $fpath)
+mkdir -p {folder}/functions; {build}/sonascope completion zsh >{folder}/functions/_sonascope
+fpath=({source}/completion/zsh {folder}/functions $fpath)
 autoload -Uz compinit && compinit -u -D
 cd {folder}
 zle -C all-matches complete-word _generic
@@ -33,6 +37,13 @@ unset zle_bracketed_paste
 """
 
 
+FISH = """\
+cd {folder}
+{build}/sonascope completion fish | source
+complete -C {text}
+"""
+
+
 class Shell:
     """A shell at a terminal of its own."""
 
@@ -42,7 +53,7 @@ class Shell:
         environment = {"PATH": os.environ["PATH"], "TERM": "dumb", "HOME": str(folder),
                        "ZDOTDIR": str(folder), "LC_ALL": "C.UTF-8", "COLUMNS": "4000"}
         rc = folder / ".zshrc" if command[0] == "zsh" else folder / "bashrc"
-        rc.write_text(settings.format(source=SOURCE, folder=folder))
+        rc.write_text(settings.format(source=SOURCE, build=BUILD, folder=folder))
         self.process = subprocess.Popen(command, stdin=end, stdout=end, stderr=end, cwd=folder,
                                         env=environment, start_new_session=True)
         os.close(end)
@@ -74,3 +85,25 @@ def bash(folder):
 
 def zsh(folder):
     return Shell(["zsh", "-d", "-i"], ZSH, folder)
+
+
+class Fish:
+    """fish completes a line without a terminal."""
+
+    def __init__(self, folder):
+        self.folder = folder
+
+    def complete(self, text):
+        script = FISH.format(build=BUILD, folder=self.folder, text=shlex.quote(text))
+        environment = {"PATH": os.environ["PATH"], "HOME": str(self.folder), "LC_ALL": "C.UTF-8"}
+        result = subprocess.run(["fish", "--no-config", "-c", script], check=True, text=True,
+                                capture_output=True, env=environment, timeout=PATIENCE)
+        assert result.stderr == ""
+        return [line.split("\t")[0] for line in result.stdout.splitlines()]
+
+    def close(self):
+        pass
+
+
+def fish(folder):
+    return Fish(folder)

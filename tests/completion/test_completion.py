@@ -61,6 +61,43 @@ def test_a_word_is_completed(shell, typed, completed):
          [word.rpartition("=")[2] for word in completed])
 
 
+@pytest.mark.parametrize("option", ["-I ", "--interest="])
+def test_types_of_interest_are_those_of_the_kernel(shell, option):
+    same([word.rpartition("=")[2] for word in shell.complete(f"sonaprobe {option}")],
+         ["0x40000", "0x20000", "0x200000"])
+
+
+# What zsh says of each option.
+TEXTS = {
+    "b": "size of the trace buffer", "a": "show codes that are not audio too",
+    "d": "name codes by a file", "c": "print codes",
+    "t": "changes nothing: local time is the default", "k": "print kernel time",
+    "s": "print no local time", "g": "leave out the group", "m": "leave out the method",
+    "u": "leave out the object", "f": "changes nothing", "i": "do not indent",
+    "T": "do not switch the drivers' tracing on", "L": "switch tracing on and leave",
+    "w": "keep the records in a raw file", "r": "print a raw file", "C": "print the processor",
+    "A": "show the audio server too", "H": "leave out the thread",
+    "I": "what the kernel puts into the buffer", "1": "value 1 of the filter",
+    "2": "value 2 of the filter", "B": "basic layout", "S": "do not pad names",
+    "D": "print what the buffer holds, and end", "R": "changes nothing", "F": "leave out a class",
+    "X": "show a class alone", "v": "more texts, and messages", "V": "print the version",
+    "l": "list the classes", "h": "print the usage",
+}
+
+
+def test_zsh_says_what_each_option_does():
+    source = (shells.SOURCE / "completion/zsh/_sonaprobe").read_text().replace("'\\''", "\N{PRIME}")
+    rows = re.findall(r"^    \S*?(--?[^\[]*)\[([^\]]+)\]", source, re.MULTILINE)
+    names = {name: option.letter for option in options() for name in option.names}
+    said = {}
+    for spellings, text in rows:
+        for spelling in re.findall(r"--?[\w-]*\w", spellings):
+            word = spelling.lstrip("-")
+            letter = names[word] if spelling.startswith("--") else word
+            said.setdefault(letter, set()).add(text.replace("\N{PRIME}", "'"))
+    assert said == {letter: {text} for letter, text in TEXTS.items()}
+
+
 def test_an_optional_argument_is_not_looked_for_in_the_next_word(shell):
     assert "kept.raw" not in shell.complete("sonaprobe -w kep")
 

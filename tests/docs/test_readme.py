@@ -55,7 +55,7 @@ EXPECTED = {
     "sonaprobe -A -w/tmp/dropout.raw >/dev/null": (ENDED_BY_LIMIT, ""),
     "sonaprobe -k -A -u -r docs/sample/playback-dropout.raw | grep -B 12 OVERLOAD": (0, "OVERLOAD"),
     "sonaprobe -k -H -u -X hdac -r docs/sample/playback-dropout.raw": (0, "timed out - offset"),
-    "cmake --install build/release": (0, "sbin/sonaprobe"),
+    "cmake --install build/release --component program": (0, "sbin/sonaprobe"),
     "cpack --config build/release/CPackConfig.cmake": (0, ".deb generated"),
     "dpkg -i sonaprobe_*.deb": (0, "sonaprobe"),
 }

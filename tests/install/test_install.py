@@ -14,12 +14,20 @@ SOURCE = pathlib.Path(os.environ["SONAPROBE_SOURCE_DIR"])
 SAMPLE = "/usr/share/doc/sonaprobe/sample/playback-dropout.raw"
 INSTALLED = {
     "sbin/sonaprobe", "sbin/sonaprobe-sim",
+    "bin/sonascope", "share/man/man1/sonascope.1.gz",
+    "share/bash-completion/completions/sonascope", "share/fish/vendor_completions.d/sonascope.fish",
     "share/man/man8/sonaprobe.8.gz", "share/man/man8/sonaprobe-sim.8.gz",
     "share/bash-completion/completions/sonaprobe",
     "share/bash-completion/completions/sonaprobe-sim",
     *(f"share/doc/sonaprobe/{name}" for name in ("copyright", "changelog.gz", "README.md")),
     *(f"share/doc/sonaprobe/{page.name}" for page in (SOURCE / "docs").glob("*.md")),
-    *(f"share/doc/sonaprobe/sample/{file.name}" for file in (SOURCE / "docs/sample").iterdir()),
+    *(f"share/doc/sonaprobe/{folder}/{file.name}" for folder in ("sample", "schema")
+      for file in (SOURCE / "docs" / folder).iterdir()),
+    "include/sonaprobe/sonaprobe.h", "share/doc/sonaprobe/examples/failures.c",
+    "lib/libsonaprobe.so", "lib/libsonaprobe.so.1", "lib/libsonaprobe.so.1.0.0",
+    "lib/pkgconfig/sonaprobe.pc", "lib/cmake/sonaprobe/sonaprobe-config.cmake",
+    "lib/cmake/sonaprobe/sonaprobe-config-version.cmake",
+    "lib/cmake/sonaprobe/sonaprobe-config-relwithdebinfo.cmake",
 }
 
 
@@ -62,7 +70,8 @@ def in_root(root, *command):
                                          ("/opt/tools", "site-functions")])
 def test_install_puts_each_file_where_it_is_looked_for(prefix, zsh, tmp_path):
     run("cmake", "--install", BUILD, "--prefix", prefix, env=os.environ | {"DESTDIR": tmp_path})
-    functions = {f"share/zsh/{zsh}/_sonaprobe", f"share/zsh/{zsh}/_sonaprobe-sim"}
+    functions = {f"share/zsh/{zsh}/_sonaprobe", f"share/zsh/{zsh}/_sonaprobe-sim",
+                 f"share/zsh/{zsh}/_sonascope"}
     assert files_below(tmp_path / prefix.lstrip("/")) == INSTALLED | functions
     manual = run("zcat", tmp_path / prefix.lstrip("/") / "share/man/man8/sonaprobe.8.gz").stdout
     assert manual == (SOURCE / "man/sonaprobe.8").read_text()
@@ -87,7 +96,7 @@ def test_the_packages_simulator_writes_a_trace_for_its_program(root):
 
 def test_the_package_depends_on_the_libraries_it_needs(package):
     [names] = re.findall(r"^Depends: (.*)$", run("dpkg-deb", "-f", package).stdout, re.MULTILINE)
-    assert {name.split()[0] for name in names.split(", ")} == {"libc6"}
+    assert {name.split()[0] for name in names.split(", ")} == {"libc6", "libzstd1", "zlib1g"}
 
 
 @pytest.mark.skipif(shutil.which("lintian") is None, reason="needs lintian")

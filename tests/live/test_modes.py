@@ -1,5 +1,7 @@
 """The live modes from first record to last: what is posted is what is printed and stored."""
 
+import contextlib
+import os
 import re
 
 import pytest
@@ -72,6 +74,25 @@ def test_write_mode_stores_what_is_posted_and_prints_it(stage):
     assert run.printed() == stage.read("-k", "-r", trace) == stage.read("-k", "-r", posted)
     assert run.errors() == []
     assert left_behind() == {}
+
+
+def test_a_reader_of_write_modes_lines_is_not_kept_waiting_for_large_pieces(stage):
+    ours, theirs = os.pipe()
+    run = stage.start("-s", "-H", "-S", "-wtrace", stdout=theirs)
+    os.close(theirs)
+    stage.post(numbered(range(100)))  # some 8 KB, far below what other modes gather
+    os.set_blocking(ours, False)
+    shown = b""
+
+    def half_is_there():
+        nonlocal shown
+        with contextlib.suppress(BlockingIOError):
+            shown += os.read(ours, 1 << 16)
+        return shown.count(b"stream: ") >= 50
+    until(half_is_there, "half of the lines came")
+    assert shown.endswith(b"\n")
+    assert run.end() == 0
+    os.close(ours)
 
 
 def test_write_mode_stores_no_invalid_record(stage):

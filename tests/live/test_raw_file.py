@@ -2,6 +2,7 @@
 the others, and a run that goes on."""
 
 import errno
+import os
 import pathlib
 import re
 import resource
@@ -116,6 +117,26 @@ def test_the_message_of_a_record_that_is_not_stored_stands_before_its_line(stage
     assert len(place) == 2 * count
     for number in map(hex, range(1, count + 1)):
         assert place["timestamp", number] < place["stream:", number]
+
+
+@pytest.mark.parametrize("umask, mode", [(0o077, 0o600), (0o022, 0o644)])
+def test_a_raw_file_gets_the_mode_that_the_umask_leaves(stage, umask, mode):
+    run = stage.start("-wtrace", umask=umask)
+    assert run.end() == 0
+    assert (stage.folder / "trace").stat().st_mode & 0o777 == mode
+
+
+def test_a_raw_file_that_is_cut_short_gets_a_hole_of_empty_slots(stage):
+    run = stage.start("-wtrace", *SILENT)
+    trace = stage.folder / "trace"
+    post_and_wait(stage, run, trace, 1, 100)
+    os.truncate(trace, 64)
+    stage.post(events(101, 1))
+    until(lambda: trace.stat().st_size == 102 * 64, "the next event was stored")
+    assert run.end() == 0
+    slots = unpack(trace.read_bytes())
+    assert [slot["debugid"] for slot in slots] == [0xFEEDFACE, *100 * [0], 0x05245C0E]
+    assert run.errors() == []
 
 
 def test_a_raw_file_is_emptied_at_the_start(stage):

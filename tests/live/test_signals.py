@@ -113,6 +113,37 @@ def test_signals_end_a_run_whose_standard_output_nobody_reads(stage):
     assert left_behind() == {}
 
 
+def test_what_nobody_reads_is_given_up_after_a_third_of_a_second(stage):
+    def time_of_an_end():
+        ours, theirs = os.pipe()
+        run = stage.start("-b", 100_000, stdout=theirs)
+        os.close(theirs)
+        stage.post("\n".join(EVENT.format(n) for n in range(1, 30_001)))
+        wait_until_stuck(run.process)
+        begin = time.monotonic()
+        assert run.end() == 0
+        os.close(ours)
+        return time.monotonic() - begin
+    # The machine may be busy, but hardly each time.
+    assert 0.2 < min(time_of_an_end() for _ in range(4)) < 0.6
+
+
+def test_signals_end_a_run_whose_standard_output_does_not_wait_and_is_not_read(stage):
+    ours, theirs = os.pipe()
+    os.set_blocking(theirs, False)
+    run = stage.start("-b", 100_000, *OPTIONS, stdout=theirs)
+    os.close(theirs)
+    stage.post("\n".join(EVENT.format(n) for n in range(1, 30_001)))
+    wait_until_stuck(run.process)
+    begin = time.monotonic()
+    assert run.end() == 0
+    assert time.monotonic() - begin < SOON
+    with open(ours, encoding="ascii") as pipe:
+        whole = pipe.read().split("\n")[1:-1]
+    assert whole == [LINE.format(n) for n in range(1, len(whole) + 1)]
+    assert left_behind() == {}
+
+
 def test_a_signal_ends_a_run_whose_raw_file_is_a_pipe_that_nobody_reads(stage):
     fifo = stage.folder / "fifo"
     os.mkfifo(fifo)
@@ -225,17 +256,43 @@ def test_an_alarm_that_was_blocked_at_the_start_ends_nothing(stage):
     assert left_behind() == {}
 
 
-def test_a_signal_during_a_dump_has_its_default_action(stage):
+@pytest.mark.parametrize("number", FOUR)
+def test_a_signal_during_a_dump_has_its_default_action(stage, number):
     assert run_program("-L", "-b", 100_000).returncode == 0
     stage.post("\n".join(EVENT.format(n) for n in range(1, 30_001)))
     ours, theirs = os.pipe()
     with subprocess.Popen([BUILD / "sonaprobe", "-D"], stdout=theirs) as dump:
         os.close(theirs)
         wait_until_stuck(dump)
-        dump.send_signal(signal.SIGTERM)
-        assert dump.wait(timeout=PATIENCE) == -signal.SIGTERM
+        dump.send_signal(number)
+        assert dump.wait(timeout=PATIENCE) == -number
     os.close(ours)
+    after = status()
+    assert (after["entries"], after["pending"]) == ("100000", "0")  # what was read is lost
     sim("reset")
+
+
+def test_a_signal_on_read_gives_a_gathered_buffer_back(stage):
+    assert run_program("-L", "-b", 1000).returncode == 0
+    os.mkfifo(stage.folder / "fifo")
+    run = stage.start("-rfifo", tracing=False)
+    wait_until_stuck(run.process)
+    assert run.end() == 0
+    assert run.errors() == []
+    assert left_behind() == {}
+
+
+def test_a_signal_on_read_beside_a_live_run_silences_its_drivers(stage):
+    live = stage.start()
+    os.mkfifo(stage.folder / "fifo")
+    read = stage.start("-rfifo", tracing=False)
+    wait_until_stuck(read.process)
+    assert read.end() == 1
+    assert read.errors() == [f"{BUILD / 'sonaprobe'}: The trace facility is currently in use.", ""]
+    now = status()
+    assert (now["nolog"], now["audio-debug-flags"]) == ("0", "0")
+    assert live.end() == 0
+    assert left_behind() == {}
 
 
 def test_a_signal_ends_a_run_on_a_stopped_terminal(stage):

@@ -1,12 +1,10 @@
 """Statistics of a trace's calls, worked out as plainly as the words define them.
 
-    rows = statistics(trace, by="event")      one Row a key
+    rows = statistics(trace, by="event")      one Row a key; sums do not saturate
     busy_time(trace, thread)                  time in which a thread had at least one call open
 """
 
 from dataclasses import dataclass, field
-
-from calls import LATEST
 
 # What a call, a point or an orphan end is counted under. Each is a record or has one as its start.
 KEYS = {
@@ -33,11 +31,12 @@ class Row:
 
     @property
     def total(self):
-        return min(sum(self.times), LATEST)
+        return sum(self.times)
 
     @property
     def mean(self):
-        return sum(self.times) / len(self.times)
+        """In whole nanoseconds, rounded down."""
+        return sum(self.times) // len(self.times)
 
     def percentile(self, percent):
         """Nearest rank: the smallest time that at least that share of all times does not exceed."""

@@ -15,9 +15,9 @@ QUALIFIERS = {".": 0, "(": 1, ")": 2, ":": 3}
 POINT_CODES = {CODES["OVERLOAD"]}
 
 
-def pack(debug_id, ticks=0, arg1=0, thread=0, cpu=0):
+def pack(debug_id, ticks=0, arg1=0, thread=0, cpu=0, arg4=0):
     """One slot."""
-    return struct.pack("<6Q2IQ", ticks, arg1, 0, 0, 0, thread, debug_id, cpu, 0)
+    return struct.pack("<6Q2IQ", ticks, arg1, 0, 0, arg4, thread, debug_id, cpu, 0)
 
 
 def slot(line):

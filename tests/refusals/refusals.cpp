@@ -36,7 +36,7 @@ constexpr Entry kRow = start("running: %s", FAULT(yesNo(boolean(a2)), yesNo(a2))
 
 #ifdef WORD_OF_33_CHARACTERS  // a word of more than 32 characters
 #define WORD_32 "a word of thirty-two characters."
-constexpr Entry kRow = start("%s", either(a2, FAULT(WORD_32 ".", WORD_32), "short"));
+constexpr Entry kRow = start("word: %s", either(a2, FAULT(WORD_32 ".", WORD_32), "short"));
 #endif
 
 #ifdef SECONDS_TO_A_READING  // a reading of a reading
@@ -48,6 +48,14 @@ constexpr Entry kRow = start("slept: %llu s", seconds(a2, FAULT(nanos(a3), a3)))
 #ifdef TWO_VALUES_OF_ONE_NAME  // a text with two values of one name
 constexpr Entry kRow =
     start("nodeID: %d nodeID: %d", lo(a2), FAULT(lo(a3), named("old nodeID", lo(a3))));
+#endif
+
+#ifdef VALUE_WITHOUT_NAME  // a value without a name
+constexpr Entry kRow = start("waiting for %d lists", FAULT(lo(a2), named("lists", lo(a2))));
+#endif
+
+#ifdef NAME_OF_THREE_WORDS  // a value without a name
+constexpr Entry kRow = start(FAULT("last queued frame: %lld", "last frame: %lld"), a2);
 #endif
 
 #ifdef EMPTY_NAME  // an empty name
@@ -129,7 +137,7 @@ constexpr Entry kRow =
 #endif
 
 #ifdef THREE_PAIRS_OF_WORDS  // a text with too many pairs of words
-constexpr Entry kRow = start("%s %s %s", boolean(a2), yesNo(a3),
+constexpr Entry kRow = start("one: %s two: %s three: %s", boolean(a2), yesNo(a3),
                              FAULT(either(a4, "External", "Internal"), boolean(a4)));
 #endif
 

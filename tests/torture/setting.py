@@ -2,16 +2,20 @@
 
 import contextlib
 import ctypes
+import fcntl
+import functools
 import os
 import pathlib
 import signal
 import struct
 import subprocess
+import termios
 import threading
 import time
 
 BUILD = pathlib.Path(os.environ.get("SONAPROBE_BUILD_DIR", "build/release")).resolve()
 SIM = BUILD / "sonaprobe-sim"
+AIM = BUILD / "tests/torture-aim"
 
 FOUR = (signal.SIGHUP, signal.SIGINT, signal.SIGQUIT, signal.SIGTERM)
 
@@ -35,7 +39,12 @@ def take_private_shm():
 
 
 def reset():
-    subprocess.run([SIM, "reset"], check=True)
+    """As after boot. An owner that was killed takes a moment to be gone."""
+    limit = time.monotonic() + 5
+    while subprocess.run([SIM, "reset"], check=False, stderr=subprocess.DEVNULL).returncode != 0:
+        if time.monotonic() > limit:
+            raise RuntimeError("the facility cannot be reset")
+        time.sleep(0.01)
 
 
 def status():
@@ -70,6 +79,22 @@ def wait_for_handlers(process):
     while process.poll() is None and not has_handlers(process):
         if time.monotonic() > limit:
             raise RuntimeError("the program does not start")
+
+
+@functools.cache
+def can_aim():
+    """Whether programs may be traced here, so that a signal can be sent at an exact moment."""
+    return subprocess.run([AIM, "15", "0", "0", "/bin/true"], check=False).returncode == 0
+
+
+def wait_until_full(pipe):
+    """Waits until nothing more comes into a pipe that nobody reads, though there is more."""
+    filled, since = 0, time.monotonic()
+    while time.monotonic() < since + 0.1:
+        now = struct.unpack("i", fcntl.ioctl(pipe, termios.FIONREAD, bytes(4)))[0]
+        if now != filled or now == 0:
+            filled, since = now, time.monotonic()
+        time.sleep(0.002)
 
 
 class Drain:

@@ -1,4 +1,4 @@
-"""Signals at random moments of a loaded run, and what must hold behind each."""
+"""Signals at random and at exact moments of a loaded run, and what must hold after each."""
 
 import os
 import random
@@ -7,8 +7,8 @@ import subprocess
 import time
 from dataclasses import dataclass, field
 
-from setting import (BUILD, CLEAN, FOUR, LINE, OPTIONS, VERSION_LINE, Drain, numbers_of, reset,
-                     status, wait_for_handlers)
+from setting import (AIM, BUILD, CLEAN, FOUR, LINE, OPTIONS, VERSION_LINE, Drain, can_aim,
+                     numbers_of, reset, status, wait_for_handlers, wait_until_full)
 
 # When a run counts as hanging. It must end within a second; the machine may be busy.
 HANG = 4
@@ -21,6 +21,7 @@ class Tally:
     """What came of the rounds so far."""
 
     rounds: int = 0
+    faulty: int = 0  # rounds
     sent: int = 0
     lines: int = 0
     slots: int = 0
@@ -77,12 +78,22 @@ class Round:
         self.faults = []
         self.inherited = {}  # what an owner before this one may have left
 
-    def start(self, *options, stdout):
+    def start(self, *options, stdout, aim=()):
         self.errors = open(self.folder / "stderr", "w+b")
-        self.process = subprocess.Popen([self.program, "-b", "100000", *OPTIONS, *options],
+        self.process = subprocess.Popen([*aim, self.program, "-b", "100000", *OPTIONS, *options],
                                         cwd=self.folder, stdin=subprocess.DEVNULL, stdout=stdout,
                                         stderr=self.errors)
-        wait_for_handlers(self.process)
+        if not aim:
+            wait_for_handlers(self.process)
+
+    def exact_moment(self):
+        """What sends one signal where it hurts: on the way back from a system call of the set-up or
+        of the passes, before the program has noted what it did, or some instructions later."""
+        number = self.source.choice(FOUR)
+        calls = self.source.randrange(self.source.choice((60, 600)))
+        steps = self.source.randrange(self.source.choice((1, 300, 5000)))
+        self.tally.sent += 1
+        return (AIM, str(int(number)), str(calls), str(steps))
 
     def shoot(self, longest=0.03):
         """Waits a moment, sends a signal or a storm of them, and waits for the end."""
@@ -93,15 +104,35 @@ class Round:
             self.tally.sent += 1
             if self.source.random() < 0.5:
                 time.sleep(self.source.uniform(0, 0.002))
+        self.wait_for_the_end(begin)
+
+    def start_and_shoot(self, *options, stdout):
+        """Runs until a signal that comes at an exact moment or at a random one."""
+        if can_aim() and self.source.random() < 0.5:
+            self.start(*options, stdout=stdout, aim=self.exact_moment())
+            self.wait_for_the_end()
+        else:
+            self.start(*options, stdout=stdout)
+            self.shoot()
+
+    def shoot_at_waiting(self, pipe):
+        """Shoots at a program that fills a pipe which nobody reads, often once it is full."""
+        if self.source.random() < 0.5:
+            wait_until_full(pipe)
+        self.shoot(longest=0.1)
+
+    def wait_for_the_end(self, begin=None):
+        """Waits for the end after a signal at this time, longer after one that is to come."""
         try:
-            code = self.process.wait(HANG)
+            code = self.process.wait(2 * HANG if begin is None else HANG)
         except subprocess.TimeoutExpired:
             self.faults.append("a hang")
             self.process.kill()
             self.process.wait()
             reset()
             return
-        self.tally.slowest = max(self.tally.slowest, time.monotonic() - begin)
+        if begin is not None:
+            self.tally.slowest = max(self.tally.slowest, time.monotonic() - begin)
         if code != 0:
             self.faults.append(f"status {code}")
 
@@ -133,18 +164,16 @@ class Round:
 
     def into_a_file(self):
         with open(self.folder / "stdout", "w+b") as out:
-            self.start(stdout=out)
-            self.shoot()
+            self.start_and_shoot(stdout=out)
             out.seek(0)
             self.lines(out.read())
         self.end()
 
     def into_a_pipe(self):
         ours, theirs = os.pipe()
-        self.start(stdout=theirs)
-        os.close(theirs)
         drain = Drain(ours)
-        self.shoot()
+        with os.fdopen(theirs, "wb") as out:
+            self.start_and_shoot(stdout=out)
         self.lines(drain.finish())
         self.end()
 
@@ -152,8 +181,7 @@ class Round:
         trace = self.folder / "trace"
         trace.unlink(missing_ok=True)
         with open(self.folder / "stdout", "w+b") as out:
-            self.start("-wtrace", stdout=out)
-            self.shoot()
+            self.start_and_shoot("-wtrace", stdout=out)
             out.seek(0)
             printed = self.lines(out.read())
         stored = self.slots(trace.read_bytes() if trace.exists() else b"")
@@ -165,7 +193,7 @@ class Round:
         ours, theirs = os.pipe()
         self.start(stdout=theirs)
         os.close(theirs)
-        self.shoot(longest=0.1)
+        self.shoot_at_waiting(ours)
         drain = Drain(ours)
         self.lines(drain.finish(), cut_allowed=True)
         self.end()
@@ -177,7 +205,7 @@ class Round:
         ours = os.open(fifo, os.O_RDONLY | os.O_NONBLOCK)
         with open(self.folder / "stdout", "w+b") as out:
             self.start("-wfifo", stdout=out)
-            self.shoot(longest=0.1)
+            self.shoot_at_waiting(ours)
             out.seek(0)
             self.lines(out.read())
         os.set_blocking(ours, True)
@@ -219,6 +247,13 @@ SCENES = (Round.into_a_file, Round.into_a_pipe, Round.into_a_raw_file, Round.int
           Round.into_a_pipe_that_nobody_reads, Round.into_a_raw_pipe_that_nobody_reads,
           Round.from_a_pipe_without_data, Round.killed)
 
+# What shows each mutant of the signal handler.
+MUTANTS = {
+    "sonaprobe-acts-at-once": (Round.into_a_file, Round.into_a_pipe, Round.into_a_raw_file),
+    "sonaprobe-without-timer": (Round.into_a_pipe_that_nobody_reads,
+                                Round.into_a_raw_pipe_that_nobody_reads),
+}
+
 
 def torture(folder, seed, rounds, program=BUILD / "sonaprobe", scenes=SCENES, tally=None):
     """Plays rounds and adds what came of them to the tally. For use under a load."""
@@ -229,5 +264,6 @@ def torture(folder, seed, rounds, program=BUILD / "sonaprobe", scenes=SCENES, ta
         play = Round(program, folder, source, tally)
         scene(play)
         tally.rounds += 1
+        tally.faulty += bool(play.faults)
         tally.faults += [f"{scene.__name__}: {fault}" for fault in play.faults]
     return tally

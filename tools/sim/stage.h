@@ -27,7 +27,7 @@ constexpr Ticks stampOf(const StageClock& clock, Ticks time) {
 // A table on its way.
 struct Scene {
     Table table;
-    size_t next;             // index of its next step; kAtBeat: it may begin once more
+    size_t next = 0;         // index of its next step; kAtBeat: it may begin once more
     Ticks period = 0;        // 0: no beat
     Ticks beat = 0;          // time of the present or next one
     uint64_t beatsLeft = 0;  // of every()
@@ -38,7 +38,7 @@ constexpr size_t kMostScenes = 16;
 
 // A thread of a story while it is at work.
 struct Actor {
-    Thread thread;
+    Thread thread{};
     uint32_t cpu = 0;
     Ticks time = 0;  // of its next step
     std::array<Scene, kMostScenes> scenes{};

@@ -120,7 +120,7 @@ struct Table {
 enum class Act : uint8_t { record, instant, wait, set, add, play, every, everyWhile, fork, join };
 
 struct Step {
-    Act act;
+    Act act = Act::record;
     uint8_t index = 0;     // a variable or a thread
     uint32_t debugid = 0;  // record, instant
     std::array<Value, 4> values{};

@@ -26,7 +26,7 @@ constexpr Entry kServerRows[] = {
     end("End"),
 
     event(0x21040010, "ZeroTimeStamp"),
-    start("inSampleTime: %llu inHostTime: %llu inHostTicksPerFrame: %llu / %llu", a1, a2, a3, a4),
+    start("inSampleTime: %llu inHostTime: %llu inHostTicksPerFrame: %llu / %llu", a1, a2, a3, named("divisor", a4)),
 };
 
 }  // namespace

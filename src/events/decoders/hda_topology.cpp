@@ -41,30 +41,30 @@ constexpr Entry kPathRows[] = {
 
     event(0x05245C20, "setPowerState"),
     start("Start - plexoDevicePowerState: %lld fAudioFunctionGroup: %p fCurrentPowerState: %lld", a2, a3, a4),
-    end("End - returning 0x%llx", a4),
+    end("End - returning 0x%llx", named("returning", a4)),
     sel(0, "index: %lld widget: %p", a2, a3),
 };
 
 constexpr Entry kCodecGenericRows[] = {
     event(0x05246004, "start"),
-    sel(0, "turning function group: %p ON (D0)", a2),  // selectors the other way round than below
-    sel(1, "found functionGroup %p in state %lld - sending back", a2, a3),
+    sel(0, "turning function group: %p ON (D0)", named("function group", a2)),  // selectors the other way round than below
+    sel(1, "found functionGroup %p in state %lld - sending back", named("functionGroup", a2), named("state", a3)),
 
     event(0x0524604C, "setAFGPowerState"),
     start("function group: %p afgPowerState: %lld", a2, a3),
     end("function group: %p afgPowerState: %lld result: 0x%llx", a2, a3, a4),
 
     event(0x05246054, "enableUnsolicited"),
-    sel(0, "getting power state for function group: %p", a2),
-    sel(1, "turning function group: %p ON (D0)", a2),
-    sel(2, "found functionGroup %p in state %lld - sending back", a2, a3),
+    sel(0, "getting power state for function group: %p", named("function group", a2)),
+    sel(1, "turning function group: %p ON (D0)", named("function group", a2)),
+    sel(2, "found functionGroup %p in state %lld - sending back", named("functionGroup", a2), named("state", a3)),
 };
 
 constexpr Entry kNodeRows[] = {
     event(0x0524643C, "powerState"),
     verbose(start("Start - powerStatePtr: %p fCurrentPowerState: %lld", a2, a3)),
     verbose(end("End - fCurrentPowerState: %lld result: 0x%08x", a2, lo(a4))),
-    verbose(sel(0, "updating fCurrentPowerState from %lld to %lld due to hardware state", a2, a4)),  // arg4, although its low byte selects
+    verbose(sel(0, "updating fCurrentPowerState from %lld to %lld due to hardware state", named("fCurrentPowerState", a2), named("new fCurrentPowerState", a4))),  // arg4, although its low byte selects
 
     event(0x05246440, "setPowerState"),
     verbose(start("Start - powerState: %lld fCurrentPowerState: %lld forcePowerState: %s", a2, a3, boolean(a4))),
@@ -77,32 +77,32 @@ constexpr Entry kFunctionGroupRows[] = {
     verbose(end("End - aPowerState: %lld forcePowerState: %s result: 0x%08x", a2, boolean(a3), lo(a4))),
     verbose(sel(0, "going to D0, fPowerManagementD0Count: %lld, currentPowerState: %lld", a2, a3)),
     verbose(sel(1, "going to D3, fPowerManagementD0Count: %lld, currentPowerState: %lld", a2, a3)),
-    verbose(sel(2, "calling registerAfgPowerStateWithController(%lld, %lld)", a2, a3)),
+    verbose(sel(2, "calling registerAfgPowerStateWithController(%lld, %lld)", named("codecAddress", a2), named("afgPowerState", a3))),
 };
 
 constexpr Entry kEngineInputRows[] = {
     event(0x05247800, "protectedChangePathSet"),
-    sel(0, "putting pathSet: %p into power state: %lld", a2, a3),
+    sel(0, "putting pathSet: %p into power state: %lld", named("pathSet", a2), named("power state", a3)),
 
     event(0x05247804, "handleInputNone"),
-    sel(0, "turning functionGroup: %p ON", a2),
-    sel(1, "putting functionGroup: %p into restorePowerState: %lld", a2, a3),
+    sel(0, "turning functionGroup: %p ON", named("functionGroup", a2)),
+    sel(1, "putting functionGroup: %p into restorePowerState: %lld", named("functionGroup", a2), named("restorePowerState", a3)),
 
     event(0x05247808, "adjustEngineForClientType"),
-    sel(0, "turning functionGroup: %p ON", a2),
-    sel(1, "putting functionGroup: %p into afgPowerState: %lld", a2, a3),
+    sel(0, "turning functionGroup: %p ON", named("functionGroup", a2)),
+    sel(1, "putting functionGroup: %p into afgPowerState: %lld", named("functionGroup", a2), named("afgPowerState", a3)),
 };
 
 constexpr Entry kFrameBufferRows[] = {
     event(0x05247C18, "DEBUG_PM"),
-    start("Start: fCRTCIndex(%d) fCurrentPowerState (%d) newState (%d) BeefCheck: %x", lo(a2), hi(a3), lo(a3), hi(a4)),
-    end("End: fCRTCIndex(%d) BeefCheck: %x", lo(a2), lo(a4)),  // the low half here, the high one at the start
-    sel(1, "sending kIOFBNotifyWillPowerOff fCRTCIndex(%d)", lo(a2)),
-    sel(2, "sending kIOFBNotifyDidPowerOff fCRTCIndex(%d)", lo(a2)),
-    sel(3, "sending kIOFBNotifyWillSleep fCRTCIndex(%d)", lo(a2)),
-    sel(4, "sending kIOFBNotifyDidWake fCRTCIndex(%d)", lo(a2)),
-    sel(5, "sending kIOFBNotifyWillPowerOn fCRTCIndex(%d)", lo(a2)),
-    sel(6, "sending kIOFBNotifyDidPowerOn fCRTCIndex(%d)", lo(a2)),
+    start("Start: fCRTCIndex(%d) fCurrentPowerState (%d) newState (%d) BeefCheck: %x", named("fCRTCIndex", lo(a2)), named("fCurrentPowerState", hi(a3)), named("newState", lo(a3)), hi(a4)),
+    end("End: fCRTCIndex(%d) BeefCheck: %x", named("fCRTCIndex", lo(a2)), lo(a4)),  // the low half here, the high one at the start
+    sel(1, "sending kIOFBNotifyWillPowerOff fCRTCIndex(%d)", named("fCRTCIndex", lo(a2))),
+    sel(2, "sending kIOFBNotifyDidPowerOff fCRTCIndex(%d)", named("fCRTCIndex", lo(a2))),
+    sel(3, "sending kIOFBNotifyWillSleep fCRTCIndex(%d)", named("fCRTCIndex", lo(a2))),
+    sel(4, "sending kIOFBNotifyDidWake fCRTCIndex(%d)", named("fCRTCIndex", lo(a2))),
+    sel(5, "sending kIOFBNotifyWillPowerOn fCRTCIndex(%d)", named("fCRTCIndex", lo(a2))),
+    sel(6, "sending kIOFBNotifyDidPowerOn fCRTCIndex(%d)", named("fCRTCIndex", lo(a2))),
 };
 
 }  // namespace

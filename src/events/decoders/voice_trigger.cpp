@@ -24,7 +24,7 @@ constexpr Entry kVoiceTriggerRows[] = {
     any("inTimeStampFrames: %lld inIOBufferFrameSize: %lld", a3, a2),  // the second argument first
 
     event(0x0524A810, "kVTriggerMsg"),
-    any("trigger time(ns): %f, trigger time abs: %lld, triggerLengthFrames: %lld,  woke AP: %s", ticks(a2), a2, a3, yesNo(a4)),  // blanks as they are
+    any("trigger time(ns): %f, trigger time abs: %lld, triggerLengthFrames: %lld,  woke AP: %s", ticks(a2), named("time abs", a2), a3, yesNo(a4)),  // blanks as they are
 };
 
 }  // namespace

@@ -20,14 +20,15 @@ enum class Look { now, ifOld };
 
 // Finds the state, made anew where there is none, and checks, unless the last look is young enough,
 // that folder and file are still the ones mapped: root's own, closed to others, no links, with a
-// header that checks out. Null with errno else: EPERM where something is not to be trusted
-// (lastRefusal() tells), ENOMEM without room. A state mapped once stays mapped.
+// header that checks out. A state that was cut short meanwhile is brought back to what it is after
+// boot. Null with errno else: EPERM where something is not to be trusted (lastRefusal() tells),
+// ENOMEM without room, EINTR as lockOperations(). A state mapped once stays mapped.
 State* attach(Look look = Look::now);
 
 // How often this process has looked at the files.
 uint64_t looks();
 
-// Why attach() or mapRing() of this thread last answered EPERM: "path: reason".
+// Why the last attach() or mapRing() of this thread answered EPERM; empty where none did.
 struct Refusal {
     const char* path;
     const char* reason;
@@ -43,7 +44,9 @@ const char* flawOf(const struct stat& file, mode_t type);
 // The folder's descriptor of the last successful attach().
 int folderDescriptor();
 
-// The operation lock, waited for. After attach(). False with errno where the kernel refuses.
+// The operation lock, waited for. After attach(). False with errno: EINTR where a signal that the
+// program handles came meanwhile, else as the kernel refuses. A holder that lets others wait for
+// long is told of on standard error.
 bool lockOperations();
 void unlockOperations();
 

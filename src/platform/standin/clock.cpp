@@ -9,7 +9,7 @@
 namespace sonaprobe::standin {
 
 uint64_t now() {
-    timespec time;
+    timespec time{};
     clock_gettime(CLOCK_MONOTONIC, &time);
     constexpr uint64_t kTicksPerSecond = uint64_t{1'000'000'000} * kTickDenom / kTickNumer;
     return static_cast<uint64_t>(time.tv_sec) * kTicksPerSecond +

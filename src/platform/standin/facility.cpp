@@ -7,6 +7,8 @@
 
 #include "platform/standin/attachment.h"
 #include "platform/standin/filter.h"
+#include "platform/standin/lost_pages.h"
+#include "platform/standin/notice.h"
 #include "platform/standin/ring.h"
 
 namespace sonaprobe::standin {
@@ -68,8 +70,25 @@ bool plausible(const State& state) {
            progress.position <= ticketsDrawn(state);
 }
 
-// Takes what was left half done as removed, and likewise a set-up whose ring file is gone. Else
-// the ring is mapped, if set up. Errno where the ring file is refused.
+// Has the ring of a set-up mapped. Errno: ENOENT where its file is gone or was cut short.
+int mapPresentRing(uint16_t number) {
+    const bool mapped = ring.entries != 0 && ring.number == number;
+    const bool looked = ringLook == looks();
+    ringLook = looks();
+    if (mapped && looked && !hasLostPages(ring.base)) return 0;
+    if (mapped) {
+        const RingFile file = fileOf(folderDescriptor(), ring);
+        if (file == RingFile::inPlace) return 0;
+        if (file == RingFile::cutShort) {
+            tellCutShort(kRingPath);
+            return ENOENT;
+        }
+    }
+    return mapRing(folderDescriptor(), number, ring);
+}
+
+// Takes what was left half done as removed, and likewise a set-up whose ring is gone. Else the
+// ring is mapped, if set up. Errno where the ring file is refused.
 int recover(State& state) {
     int error = 0;
     if (plausible(state)) {
@@ -77,12 +96,7 @@ int recover(State& state) {
             unmapRing(ring);
             return 0;
         }
-        const uint16_t number = numberIn(state.control.load());
-        const bool mapped = ring.entries != 0 && ring.number == number;
-        if (!mapped || (ringLook != looks() && !stillInPlace(folderDescriptor(), ring))) {
-            error = mapRing(folderDescriptor(), number, ring);
-        }
-        ringLook = looks();
+        error = mapPresentRing(numberIn(state.control.load()));
         if (error == 0 && ring.entries == state.entries.load()) return 0;
     }
     if (error != 0 && error != ENOENT) return error;
@@ -104,7 +118,9 @@ int alone(Body body) {
     int error = recover(*state);
     if (error == 0) error = body(*state);
     unlockOperations();
-    return error;
+    // What the body has seen of a file that was cut short meanwhile means nothing.
+    const bool sound = !hasLostPages(state) && !(ring.entries != 0 && hasLostPages(ring.base));
+    return sound ? error : EIO;
 }
 
 // Counts a call of the operation; the errno to fail with, or 0.

@@ -1,7 +1,8 @@
 // The operations of the trace facility. Each returns 0 or an errno: those named with it, an armed
-// one, EPERM (not root, or the files are not to be trusted: lastRefusal() tells) or ENOMEM (no room
-// for the state). getBufferInfo() and readRecords() trust a look at the files for a tenth of a
-// second, all others look each time.
+// one, EPERM (not root, or the files are not to be trusted: lastRefusal() tells), ENOMEM (no room
+// for the state), EINTR (a signal came while another process was at an operation) or EIO (a file
+// was cut short meanwhile). getBufferInfo() and readRecords() trust a look at the files for a tenth
+// of a second, all others look each time.
 //
 // One operation of all processes runs at a time, and is exact against producers. The first process
 // that changes the facility owns it until it removes it or ends: EBUSY for any other.
@@ -54,14 +55,14 @@ int resetFacility();
 int armFailure(FailurePoint point, const ArmedFailure& failure);
 
 struct FacilityStatus {
-    platform::KernelBufferInfo info;
+    platform::KernelBufferInfo info{};
     std::optional<pid_t> owner;  // 0: a process out of sight
     // Of the last set-up, in records. Posted = seen by readers + lost + pending.
-    uint64_t posted;
-    uint64_t pending;
-    uint64_t lost;
-    platform::TraceInterest interest;
-    uint32_t audioFlags;
+    uint64_t posted = 0;
+    uint64_t pending = 0;
+    uint64_t lost = 0;
+    platform::TraceInterest interest{};
+    uint32_t audioFlags = 0;
 };
 // Whoever owns the facility.
 int getStatus(FacilityStatus& status);

@@ -31,7 +31,8 @@ bool attachProducer(Producer& producer) {
         refreshInterest(producer);
     }
     // Set-up numbers come round again, so a number alone does not tell a ring that was replaced.
-    if (producer.ring.entries != 0 && !stillInPlace(folderDescriptor(), producer.ring)) {
+    if (producer.ring.entries != 0 &&
+        fileOf(folderDescriptor(), producer.ring) != RingFile::inPlace) {
         unmapRing(producer.ring);
     }
     return true;

@@ -12,6 +12,8 @@
 #include <unistd.h>
 
 #include "platform/standin/attachment.h"
+#include "platform/standin/descriptor.h"
+#include "platform/standin/lost_pages.h"
 
 namespace sonaprobe::standin {
 namespace {
@@ -26,7 +28,7 @@ constexpr uint64_t entriesIn(uint64_t bytes) {
 
 // How many slots to try for, of those wanted, with the room there is now.
 uint64_t affordable(int file, uint64_t wanted) {
-    struct statfs system;
+    struct statfs system {};
     // A file system without a limit of its own reports no blocks at all.
     if (fstatfs(file, &system) != 0 || system.f_blocks == 0) return wanted;
     const uint64_t room = uint64_t{system.f_bavail} * static_cast<uint64_t>(system.f_bsize);
@@ -71,16 +73,16 @@ int createRing(int folder, uint16_t number, uint32_t wanted, uint32_t& entries) 
     const uint64_t fewest = std::min<uint64_t>(kFewestEntries, most);
     uint64_t size = most;
     for (;;) {
-        const int file =
-            openat(folder, kRingName, O_RDWR | O_CREAT | O_EXCL | O_NOFOLLOW | O_CLOEXEC, 0600);
-        if (file < 0) return errno == ENOSPC ? ENOMEM : errno;
-        size = affordable(file, size);
-        int error = size < fewest ? ENOSPC : reserve(file, bytesOf(size));
+        const Descriptor file(
+            openat(folder, kRingName, O_RDWR | O_CREAT | O_EXCL | O_NOFOLLOW | O_CLOEXEC, 0600));
+        if (!file) return errno == ENOSPC ? ENOMEM : errno;
+        size = affordable(file.number(), size);
+        int error = size < fewest ? ENOSPC : reserve(file.number(), bytesOf(size));
         if (error == 0) {
             const RingHeader header{kRingMagic, number, size};
-            if (pwrite(file, &header, sizeof header, 0) != ssize_t{sizeof header}) error = EIO;
+            const ssize_t put = pwrite(file.number(), &header, sizeof header, 0);
+            if (put != ssize_t{sizeof header}) error = EIO;
         }
-        close(file);
         if (error == 0) {
             entries = static_cast<uint32_t>(size);
             return 0;
@@ -97,34 +99,40 @@ void removeRing(int folder) { unlinkat(folder, kRingName, 0); }
 
 int mapRing(int folder, uint16_t number, Ring& ring) {
     unmapRing(ring);
-    const int file = openat(folder, kRingName, O_RDWR | O_NOFOLLOW | O_CLOEXEC | O_NONBLOCK);
-    if (file < 0) return errno == ELOOP ? refuse(kRingPath, "is a link") : errno;
-    struct stat found;
+    const Descriptor file(openat(folder, kRingName, O_RDWR | O_NOFOLLOW | O_CLOEXEC | O_NONBLOCK));
+    if (!file) return errno == ELOOP ? refuse(kRingPath, "is a link") : errno;
+    struct stat found {};
+    if (fstat(file.number(), &found) != 0) return errno;
     uint32_t entries = 0;
-    int error = fstat(file, &found) != 0 ? errno : checkHeader(file, found, number, entries);
-    if (error == 0) {
-        void* base = mmap(nullptr, bytesOf(entries), PROT_READ | PROT_WRITE, MAP_SHARED, file, 0);
-        if (base == MAP_FAILED) {
-            error = errno;
-        } else {
-            auto* slots = static_cast<uint64_t*>(base) + kRingHeaderBytes / sizeof(uint64_t);
-            ring = {base, slots, entries, number, found.st_dev, found.st_ino};
-        }
-    }
-    close(file);
-    return error;
+    const int error = checkHeader(file.number(), found, number, entries);
+    if (error != 0) return error;
+    const auto bytes = static_cast<size_t>(bytesOf(entries));
+    if (bytes != bytesOf(entries)) return ENOMEM;  // more than a 32-bit program can address
+    void* base = mmap(nullptr, bytes, PROT_READ | PROT_WRITE, MAP_SHARED, file.number(), 0);
+    if (base == MAP_FAILED) return errno;
+    guardMapping(base, bytes);
+    auto* slots = static_cast<uint64_t*>(base) + kRingHeaderBytes / sizeof(uint64_t);
+    ring = {base, slots, entries, number, found.st_dev, found.st_ino};
+    return 0;
 }
 
 void unmapRing(Ring& ring) {
-    if (ring.entries != 0) munmap(ring.base, bytesOf(ring.entries));
+    if (ring.entries != 0) {
+        releaseMapping(ring.base);
+        munmap(ring.base, static_cast<size_t>(bytesOf(ring.entries)));
+    }
     ring = Ring{};
 }
 
-bool stillInPlace(int folder, const Ring& ring) {
-    struct stat found;
-    return fstatat(folder, kRingName, &found, AT_SYMLINK_NOFOLLOW) == 0 &&
-           found.st_dev == ring.device && found.st_ino == ring.inode &&
-           flawOf(found, S_IFREG) == nullptr;
+RingFile fileOf(int folder, const Ring& ring) {
+    struct stat found {};
+    if (fstatat(folder, kRingName, &found, AT_SYMLINK_NOFOLLOW) != 0 ||
+        found.st_dev != ring.device || found.st_ino != ring.inode ||
+        flawOf(found, S_IFREG) != nullptr) {
+        return RingFile::another;
+    }
+    const bool whole = static_cast<uint64_t>(found.st_size) == bytesOf(ring.entries);
+    return whole && !hasLostPages(ring.base) ? RingFile::inPlace : RingFile::cutShort;
 }
 
 }  // namespace sonaprobe::standin

@@ -38,8 +38,10 @@ void removeRing(int folder);
 int mapRing(int folder, uint16_t number, Ring& ring);
 void unmapRing(Ring& ring);
 
-// True while the file by the ring's name is still the one mapped.
-bool stillInPlace(int folder, const Ring& ring);
+// What stands by the ring's name: the file mapped, that file without all its bytes, or another one
+// or none.
+enum class RingFile { inPlace, cutShort, another };
+RingFile fileOf(int folder, const Ring& ring);
 
 uint64_t checksumOf(uint64_t ticket, const RecordWords& words);
 

@@ -6,7 +6,9 @@
 #include <string_view>
 
 #include "calls.h"
+#include "platform/standin/attachment.h"
 #include "platform/standin/facility.h"
+#include "platform/standin/notice.h"
 
 namespace {
 
@@ -26,7 +28,7 @@ struct OldBuffer {
 int bufferInfo(OldBuffer old) {
     if (old.bytes == nullptr || old.length == nullptr) return EINVAL;
     if (*old.length < sizeof(KernelBufferInfo)) return ENOMEM;
-    KernelBufferInfo info;
+    KernelBufferInfo info{};
     const int error = standin::getBufferInfo(info);
     if (error != 0) return error;
     std::memcpy(old.bytes, &info, sizeof info);
@@ -36,7 +38,7 @@ int bufferInfo(OldBuffer old) {
 
 int setInterest(OldBuffer old) {
     if (!old.holds(sizeof(TraceInterest))) return EINVAL;
-    TraceInterest interest;
+    TraceInterest interest{};
     std::memcpy(&interest, old.bytes, sizeof interest);
     return standin::setInterest(interest);
 }
@@ -46,7 +48,7 @@ int readRecords(OldBuffer old) {
     uint64_t count = 0;
     const int error = standin::readRecords(static_cast<unsigned char*>(old.bytes),
                                            *old.length / standin::kSlotBytes, count);
-    if (error == 0) *old.length = count;
+    if (error == 0) *old.length = static_cast<size_t>(count);
     return error;
 }
 
@@ -71,7 +73,7 @@ int traceOperation(std::span<const int> name, OldBuffer old) {
 }
 
 int audioFlags(OldBuffer old, const void* newValue, size_t newLength) {
-    AudioDebugFlagsRequest request;
+    AudioDebugFlagsRequest request{};
     if (newValue == nullptr || newLength != sizeof request) return EINVAL;
     std::memcpy(&request, newValue, sizeof request);
     if (request.magic != kAudioDebugMagic) return EINVAL;
@@ -86,6 +88,10 @@ int audioFlags(OldBuffer old, const void* newValue, size_t newLength) {
 
 int answer(int error) {
     if (error == 0) return 0;
+    const standin::Refusal& refusal = standin::lastRefusal();
+    if (error == EPERM && *refusal.path != '\0') {
+        standin::tellRefusal(refusal.path, refusal.reason);
+    }
     errno = error;
     return -1;
 }

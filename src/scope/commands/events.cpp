@@ -21,6 +21,7 @@ using events::Text;
 using events::TracedClass;
 
 constexpr size_t kConditionWidth = 7;
+constexpr size_t kTextColumn = 12;
 
 struct Options {
     std::vector<std::string> words;
@@ -75,6 +76,20 @@ std::string conditionOf(const Text& text) {
     return condition;
 }
 
+// What --where can ask of the event: each name once.
+std::string valuesOf(const Entry& entry) {
+    std::vector<std::string_view> names;
+    for (const Text& text : entry.event.texts) {
+        for (const std::string_view name : text.values) {
+            if (std::ranges::find(names, name) == names.end()) names.push_back(name);
+        }
+    }
+    std::string list;
+    for (const std::string_view name : names)
+        list += (list.empty() ? "" : ", ") + std::string(name);
+    return list;
+}
+
 void print(Output& out, const Entry& entry, bool wrap) {
     StyledLine line;
     line.add(events::spellCode(entry.event.code), {Tone::dim});
@@ -88,7 +103,12 @@ void print(Output& out, const Entry& entry, bool wrap) {
         line.add(std::string(kConditionWidth - std::min(kConditionWidth, line.columns() - 4), ' '));
         if (nameOf(text) != nameOf(entry)) line.add(" as " + nameOf(text), {Tone::dim});
         line.add(" " + escaped(text.text));
-        line.print(out, wrap, 12);
+        line.print(out, wrap, kTextColumn);
+    }
+    if (const std::string values = valuesOf(entry); !values.empty()) {
+        line.clear();
+        line.add("    values  " + values, {Tone::dim});
+        line.print(out, wrap, kTextColumn);
     }
 }
 

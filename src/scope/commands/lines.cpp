@@ -32,8 +32,6 @@ Status run(Options& options) {
     } else {
         printLines(input, selection, options.trace, options.wrap, out);
     }
-    out.finish();
-    warnOfDamage(input);
     return Status::done;
 }
 

@@ -2,6 +2,7 @@
 
 #include <map>
 
+#include "scope/command.h"
 #include "scope/event_text.h"
 #include "scope/record_filter.h"
 #include "scope/records.h"
@@ -99,7 +100,8 @@ Status run(Options& options) {
     }
     if (out.json()) printJson(out, document);
     out.finish();
-    TraceSummary::warnOfClock(input.source().name(), clock);
+    warnOfDamage(input);
+    warnOfAssumedDivisor(input, clock);
     return Status::done;
 }
 

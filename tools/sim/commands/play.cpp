@@ -82,7 +82,7 @@ void produce(Performance& performance, uint32_t number) {
     uint64_t logged = 0;
     uint64_t sinceLook = 0;
     Ticks now = 0;
-    TraceRecord record;
+    TraceRecord record{};
     for (;;) {
         if (!nextRecord(stage, record)) {
             beginRound(stage);
@@ -137,7 +137,7 @@ int errorOf(const Performance& performance) {
 double ticksPerRecord(const Scenario& scenario, uint64_t seed) {
     Stage stage = makeStage(scenario, seed, 0);
     beginRound(stage);
-    TraceRecord record;
+    TraceRecord record{};
     uint64_t records = 0;
     while (nextRecord(stage, record)) records++;
     return static_cast<double>(stage.time) / static_cast<double>(records);

@@ -21,7 +21,7 @@ struct Tally {
 // Posts slot by slot up to the end of the file; a last slot that is cut short is no record.
 Tally postAll(std::FILE* file, standin::Producer& producer) {
     Tally tally{};
-    TraceRecord record;
+    TraceRecord record{};
     while (std::fread(&record, sizeof record, 1, file) == 1) {
         if (record.debugid == kDivisorMarker) continue;
         standin::RecordWords words;

@@ -117,11 +117,11 @@ namespace hdaEngineOutputDP {
 constexpr uint32_t kSetPowerStateToSleep = 0x05247000;
 constexpr uint32_t kSleepFrameBuffer = 0x05247004;
 constexpr uint32_t kStopHardware = 0x05247008;
-constexpr uint32_t kVideoWillPowerOff = 0x0524700C;
 constexpr uint32_t kVideoDidPowerOn = 0x05247010;
 constexpr uint32_t kSetPowerStateToActive = 0x05247014;
 constexpr uint32_t kHandleEdidStateTransition = 0x05247018;
 constexpr uint32_t kPerformWakeNotifications = 0x0524701C;
+constexpr uint32_t kVideoWillPowerOff = 0x05247020;
 constexpr uint32_t kEnableAudioOutput = 0x0524702C;
 }  // namespace hdaEngineOutputDP
 

@@ -78,14 +78,14 @@ constexpr Step kDetectType[] = {
         wait(ms(20), ms(22)),
         start(tdm::kEnableHSDetAutoInt, kTdmCodec, true, 0x05),
             sel(0, tdm::kEnableHSDetAutoInt, kTdmCodec, 0x81),
-        end(tdm::kEnableHSDetAutoInt, kTdmCodec, 0x07, 0, kSuccess),
+        end(tdm::kEnableHSDetAutoInt, kTdmCodec, 0x07, kSuccess),
         other(pimlet::kSetTimer, kPimletDriver, detectionTimeout, kDetectionTime, completeJackDetect),
     end(pimlet::kEnableHSDetection, kPimletDriver, true, kDetectionTime, kSuccess),
 };
 
 // The debounce time is over and the plug still in.
 constexpr Step kCompleteJack[] = {
-    other(pimlet::kGeneralTimerCallback, kPimletDriver, completeJackDetect, kDebounceTime, between(8'000, 90'000)),
+    other(pimlet::kGeneralTimerCallback, kPimletDriver, completeJackDetect, kDebounceTime, between(kDebounceTime + 8'000, kDebounceTime + 90'000)),
     start(pimlet::kCompleteJackDetectUR, kPimletDriver, 0x80000000, since(began)),
         start(tdm::kGetHeadphonePinSense, kTdmCodec, 0x21, 2),
             wait(us(180), us(260)),
@@ -114,7 +114,7 @@ constexpr Step kSetUpMicrophone[] = {
     other(pimlet::kMicrophoneConnected, kPimletDriver, true, withRemote, 0x80000000),
     start(tdm::kEnableExtMicrophone, kTdmCodec, true, false, withRemote),
         sel(1, tdm::kEnableExtMicrophone, kTdmCodec, 0x24),
-    end(tdm::kEnableExtMicrophone, kTdmCodec, true, 0, kSuccess),
+    end(tdm::kEnableExtMicrophone, kTdmCodec, true, kSuccess),
 };
 
 constexpr Step kSetUpButtons[] = {
@@ -156,7 +156,7 @@ constexpr Step kIdentify[] = {
         start(tdm::kReadPimlet, kTdmCodec, 0x20, 4),
             sel(0, tdm::kReadPimlet, kTdmCodec, 0x01, 1),
             wait(us(700), us(900)),
-        end(tdm::kReadPimlet, kTdmCodec, 0x20, kHeadsetId, kSuccess),
+        end(tdm::kReadPimlet, kTdmCodec, 0x20, 4, kSuccess),
         other(pimlet::kHeadsetIDStatus, kPimletDriver, kHeadsetId, true, 1),
         start(pimlet::kPublishHeadsetID, kPimletDriver, kHeadsetId, withRemote, 0),
         end(pimlet::kPublishHeadsetID, kPimletDriver, kHeadsetId, kSuccess),
@@ -165,15 +165,15 @@ constexpr Step kIdentify[] = {
 
 constexpr Step kToHeadphones[] = {
     start(hdaEngine::kGetHighestPriorityPathSet, kEngine, kPathSets, 2, kSpeakers),
-        sel(0, hdaEngine::kGetHighestPriorityPathSet, kEngine, kHeadphones, pair(2, true)),
-        sel(0, hdaEngine::kGetHighestPriorityPathSet, kEngine, kSpeakers, pair(1, true)),
+        sel(0, hdaEngine::kGetHighestPriorityPathSet, kEngine, kHeadphones, 2),
+        sel(0, hdaEngine::kGetHighestPriorityPathSet, kEngine, kSpeakers, 1),
     end(hdaEngine::kGetHighestPriorityPathSet, kEngine, kHeadphones, 2, true),
     start(tdm::kEnableHeadphones, kTdmCodec, true, false, withRemote),
         start(tdm::kSetHPOutClamp, kTdmCodec, false, true),
         end(tdm::kSetHPOutClamp, kTdmCodec, false, 0x00, kSuccess),
         sel(0, tdm::kEnableHeadphones, kTdmCodec, 0x06),
         wait(ms(2), ms(3)),
-    end(tdm::kEnableHeadphones, kTdmCodec, true, 0, kSuccess),
+    end(tdm::kEnableHeadphones, kTdmCodec, true, kSuccess),
 };
 
 // A button's press and its release; the two volume buttons are heard.
@@ -244,8 +244,8 @@ constexpr Step kPullOut[] = {
         end(hdaDriver::kSendMessageToPimlet, kDriver, kUnsolicited, kSuccess),
     end(hdaDriver::kMessage, kDriver, kUnsolicited, true, kSuccess),
     start(hdaEngine::kGetHighestPriorityPathSet, kEngine, kPathSets, 2, kHeadphones),
-        sel(0, hdaEngine::kGetHighestPriorityPathSet, kEngine, kHeadphones, pair(2, false)),
-        sel(0, hdaEngine::kGetHighestPriorityPathSet, kEngine, kSpeakers, pair(1, true)),
+        sel(2, hdaEngine::kGetHighestPriorityPathSet, kEngine, kHeadphones, 2),
+        sel(0, hdaEngine::kGetHighestPriorityPathSet, kEngine, kSpeakers, 1),
     end(hdaEngine::kGetHighestPriorityPathSet, kEngine, kSpeakers, 1, true),
 };
 

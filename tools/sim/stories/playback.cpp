@@ -54,6 +54,8 @@ enum PowerState : uint64_t { asleep, idle, active };
 enum EngineState : uint64_t { stopped, runs };
 constexpr uint64_t kD0 = 0;
 constexpr uint64_t kD3 = 3;
+constexpr uint64_t kWordsPerFrame = 3;   // of the link: 16 bits each, for two samples of 24
+constexpr uint64_t kOutputPayload = 60;  // what the controller can send
 constexpr Ticks kIdleDelay = ms(500);
 
 // A command goes to the codec, whose response comes with an interrupt.
@@ -104,7 +106,7 @@ constexpr Step kGoActive[] = {
                         end(hdaFunctionGroup::kSetPowerState, kFunctionGroup, kD0, false, kSuccess),
                         wait(ms(2), ms(3)),
                     end(hdaCodec::kSetAFGPowerState, kCodec, kFunctionGroup, kD0, kSuccess),
-                end(hdaDriver::kProtectedPowerChangeActive, kDriver, pair(0, 0), kSuccess),
+                end(hdaDriver::kProtectedPowerChangeActive, kDriver, 0, 0, kSuccess),
                 start(hdaDriver::kDispatchPowerStateToEngines, kDriver, active, 1),
                     sel(0, hdaDriver::kDispatchPowerStateToEngines, kDriver, 0, kEngine, active),
                     start(hdaEngine::kHandlePowerStateChange, kEngine, idle, active, stopped),
@@ -122,8 +124,8 @@ constexpr Step kGoActive[] = {
 constexpr Step kStartDma[] = {
     start(hdaDriver::kStartDMAEngine, kDriver, kEngine, kStream, active),
         sel(1, hdaDriver::kStartDMAEngine, kDriver, kStream, pair(4, 1)),
-        start(hdaController::kRequestBandwidth, kController, kStream, kServerRate * 2 * 4, 0),
-        end(hdaController::kRequestBandwidth, kController, kServerRate * 2 * 4, kServerRate * 2 * 4, kSuccess),
+        start(hdaController::kRequestBandwidth, kController, kStream, kWordsPerFrame, kOutputPayload),
+        end(hdaController::kRequestBandwidth, kController, kWordsPerFrame, kOutputPayload, kSuccess),
         mark(began),
         start(hdaController::kResetStreamForOffset, kController, 0x100, 0x040000, 0x20),
             wait(us(20), us(50)),
@@ -182,7 +184,7 @@ constexpr Ticks kCommandTimeout = ms(15);
 // The headphone jack's pin does not answer, and the poll for the response runs into its limit.
 constexpr Step kRegisterTimeout[] = {
     start(hdaDriver::kUpdateCachedPinSense, kDriver, kHeadphoneNode, 0),
-        start(hdaWidget::kPinSense, kHeadphonePin, kHeadphoneNode, pair(0x1001C, kD0)),
+        start(hdaWidget::kPinSense, kHeadphonePin, kHeadphoneNode, 0x1001C, kD0),
             start(hdaController::kHandleCodecCommandAction, kController, kGetPinSenseVerb, active, false),
                 start(hdaController::kPollRegister, kController, 0x5D, pair(1, 1), nanoseconds(kCommandTimeout)),
                     wait(kCommandTimeout, kCommandTimeout + ms(2)),

@@ -134,7 +134,7 @@ constexpr Step kStartStream[] = {
     set(list, 0), set(offset, 0), set(bytesSent, 0), set(stamps, 0),
     start(usbStream::kStartUSBStream, kOutput, 0, false, false),
         set(frame, nowMilliseconds()),
-        start(usbStream::kDoStartUSBStream, kOutput, var(frame), 10, pair(true, false)),
+        start(usbStream::kDoStartUSBStream, kOutput, var(frame), pair(10, true), false),
             add(frame, 10),
             start(usbStream::kQueueOutputFrames, kOutput, var(frame, -10), var(frame), 10),
                 sel(0, usbStream::kQueueOutputFrames, kOutput, 0, 0 * kBytesPerList),
@@ -262,7 +262,7 @@ constexpr Step kStopStream[] = {
         start(usbStream::kStopUSBStream, kOutput, 1, 0, false),
             sel(0, usbStream::kStopUSBStream, kOutput, var(began), now()),
             sel(1, usbStream::kStopUSBStream, kOutput, kPipe, kNotResponding),
-        end(usbStream::kStopUSBStream, kOutput, false, pair(false, false), kSuccess),
+        end(usbStream::kStopUSBStream, kOutput, false, false, pair(false, kSuccess)),
     end(usbEngine::kPerformAudioEngineStop, kEngine, 0, kSuccess),
 };
 

@@ -45,10 +45,10 @@ constexpr Step kListen[] = {
 constexpr Step kSwitchMicrophones[] = {
     start(z58::kConfigureSwitches, kCodec, true, true, chars("dmic")),
         sel(0, z58::kConfigureSwitches, kCodec, 0x05, 0x00),
-        start(z58::kSetDMicBclkSwitch, kCodec, false, true, 2'400'000),
+        start(z58::kSetDMicBclkSwitch, kCodec, true, false, 2'400'000),
             sel(0, z58::kSetDMicBclkSwitch, kCodec, 1'250),
         end(z58::kSetDMicBclkSwitch, kCodec, false, kSuccess),
-        start(z58::kSetDMicDataSwitch, kCodec, false, true, kMicrophoneMask),
+        start(z58::kSetDMicDataSwitch, kCodec, true, false, kMicrophoneMask),
         end(z58::kSetDMicDataSwitch, kCodec, false, kSuccess),
     end(z58::kConfigureSwitches, kCodec, 0x00, kSuccess),
 };
@@ -69,12 +69,15 @@ constexpr Step kPowerOnCodec[] = {
 
 constexpr Step kStageOn[] = {
     start(embeddedAudio::kPowerNotification, kAudio, off, kPowerRef),
-        start(embeddedAudio::kChangePowerStage, kAudio, off, kPowerRef, on),
+        start(embeddedAudio::kChangePowerStage, kAudio, off, kPowerRef),
+            sel(3, embeddedAudio::kChangePowerStage, kAudio, off, on),
             sel(0, embeddedAudio::kChangePowerStage, kAudio, fastOn, on),
-            start(embeddedAudio::kSetPowerStageDesiredFastOn, kAudio, off, kPowerRef, false),
+            start(embeddedAudio::kSetPowerStageDesiredFastOn, kAudio, off, kPowerRef),
+                sel(1, embeddedAudio::kSetPowerStageDesiredFastOn, kAudio, false),
                 tell(kPowerOnCodec),
             end(embeddedAudio::kSetPowerStageDesiredFastOn, kAudio, fastOn, since(began), kSuccess),
-            start(embeddedAudio::kSetPowerStageOn, kAudio, fastOn, kPowerRef, kInputFlag),
+            start(embeddedAudio::kSetPowerStageOn, kAudio, fastOn, kPowerRef),
+                sel(1, embeddedAudio::kSetPowerStageOn, kAudio, kInputFlag),
                 other(embeddedAudio::kRegisterWrite, kAudio, 0x1101, 'C', 0x96),
                 other(embeddedAudio::kRegisterRead, kAudio, 0x1101, 'C', 0x96),
             end(embeddedAudio::kSetPowerStageOn, kAudio, on, true, kSuccess),
@@ -83,6 +86,7 @@ constexpr Step kStageOn[] = {
 };
 
 constexpr Step kStartMicrophones[] = {
+    mark(began),
     start(microphone::kPowerOnHardware, kMicrophones, 0, 0),
         wait(us(90), us(140)),
         sel(0, microphone::kPowerOnHardware, kMicrophones, between(95'000, 140'000), 1),
@@ -93,15 +97,15 @@ constexpr Step kStartMicrophones[] = {
             sel(1, microphone::kEnableClocks, kMicrophones, 0x1),
         end(microphone::kEnableClocks, kMicrophones, 0x3, 2'400'000, kSuccess),
         start(microphone::kConfigureFormat, kDecimator, pair(kRate, 16), pair(2, 150)),
-        end(microphone::kConfigureFormat, kDecimator, pair(0x31, 19), kSuccess),
-        start(microphone::kSetFIFO, kMicrophones, pair(32, 128), 4),
+        end(microphone::kConfigureFormat, kDecimator, 0x31, 19, kSuccess),
+        start(microphone::kSetFIFO, kMicrophones, 32, 128, 4),
             other(microphone::kWriteReg, kMicrophones, 0x48, 0x20),
-        end(microphone::kSetFIFO, kMicrophones, pair(0x20, 32), kSuccess),
+        end(microphone::kSetFIFO, kMicrophones, 0x20, 32, kSuccess),
         start(microphone::kEnableDecimators, kMicrophones, true, 0x1, 0),
             sel(0, microphone::kEnableDecimators, kMicrophones, 0, 48),
         end(microphone::kEnableDecimators, kMicrophones, 0x1, kSuccess),
         sel(1, microphone::kStartAudio, kMicrophones, kBlockFrames * 4, kDmaBuffers),
-    end(microphone::kStartAudio, kMicrophones, 1, nowNanoseconds(), kSuccess),
+    end(microphone::kStartAudio, kMicrophones, 1, since(began), kSuccess),
 };
 
 constexpr Step kOpenInput[] = {
@@ -150,23 +154,25 @@ constexpr Step kCloseInput[] = {
         end(microphone::kStopAudio, kMicrophones, 0, var(captured), kSuccess),
         start(z58::kEnableAudioInput, kCodec, false, chars("dmic"), kRate),
             sel(0, z58::kEnableAudioInput, kCodec, kMicrophoneMask),
-            start(z58::kSetDMicDataSwitch, kCodec, true, false, kMicrophoneMask),
+            start(z58::kSetDMicDataSwitch, kCodec, false, true, kMicrophoneMask),
             end(z58::kSetDMicDataSwitch, kCodec, true, kSuccess),
-            start(z58::kSetDMicBclkSwitch, kCodec, true, false, 2'400'000),
+            start(z58::kSetDMicBclkSwitch, kCodec, false, true, 2'400'000),
             end(z58::kSetDMicBclkSwitch, kCodec, true, kSuccess),
         end(z58::kEnableAudioInput, kCodec, false, 0, kSuccess),
         sel(2, embeddedAudio::kSetAudioDisabledWithFlags, kAudio, slowOff),
-        start(embeddedAudio::kSetPowerStageDesiredSlowOff, kAudio, on, kPowerRef, nanoseconds(ms(300))),
+        start(embeddedAudio::kSetPowerStageDesiredSlowOff, kAudio, on, kPowerRef),
+            sel(1, embeddedAudio::kSetPowerStageDesiredSlowOff, kAudio, nanoseconds(ms(300))),
         end(embeddedAudio::kSetPowerStageDesiredSlowOff, kAudio, slowOff, true, kSuccess),
     end(embeddedAudio::kSetAudioDisabledWithFlags, kAudio, 0, slowOff, kSuccess),
 };
 
 constexpr Step kPowerOff[] = {
-    start(embeddedAudio::kSetPowerStageStartedSlowOff, kAudio, slowOff, kPowerRef, nanoseconds(ms(2))),
+    start(embeddedAudio::kSetPowerStageStartedSlowOff, kAudio, slowOff, kPowerRef),
         mark(began),
+        sel(1, embeddedAudio::kSetPowerStageStartedSlowOff, kAudio, nanoseconds(ms(2))),
         wait(ms(2), ms(3)),
     end(embeddedAudio::kSetPowerStageStartedSlowOff, kAudio, slowOff, since(began), kSuccess),
-    start(embeddedAudio::kSetPowerStagePSOff, kAudio, slowOff, kPowerRef, 0),
+    start(embeddedAudio::kSetPowerStagePSOff, kAudio, slowOff, kPowerRef),
         start(z58::kDisableAudioHW, kCodec, 1, false, false),
             start(z58::kRequestCodecPowerOff, kCodec, true, 0, 0),
             end(z58::kRequestCodecPowerOff, kCodec, false, kSuccess),

@@ -1,12 +1,14 @@
 // The audio drivers' debug flags, through the kernel's "debug.Audio".
 
-#include "probe/audio_flags.h"
+#include "probe/audio_debug_flags.h"
 
+#include <cerrno>
 #include <cstddef>
 
 #include "platform/platform.h"
 #include "probe/output.h"
 #include "probe/settings.h"
+#include "probe/signals.h"
 #include "probe/usage.h"
 
 namespace sonaprobe {
@@ -17,15 +19,21 @@ using platform::AudioDebugFlagsRequest;
 
 constexpr const char* kFlagsName = "debug.Audio";
 
+// Whether a call was answered. A signal that broke it off while it waited ends the program.
+bool isDone(int result) {
+    if (result != 0 && errno == EINTR) takeSignal();
+    return result == 0;
+}
+
 bool getFlags(AudioDebugFlagsRequest& reply) {
     AudioDebugFlagsRequest request{platform::kAudioDebugMagic, platform::kAudioFlagsGet, 0};
     size_t length = sizeof reply;
-    return sysctlbyname(kFlagsName, &reply, &length, &request, sizeof request) == 0;
+    return isDone(sysctlbyname(kFlagsName, &reply, &length, &request, sizeof request));
 }
 
 void setFlags(uint32_t flags) {
     AudioDebugFlagsRequest request{platform::kAudioDebugMagic, platform::kAudioFlagsSet, flags};
-    if (sysctlbyname(kFlagsName, nullptr, nullptr, &request, sizeof request) != 0) {
+    if (!isDone(sysctlbyname(kFlagsName, nullptr, nullptr, &request, sizeof request))) {
         printMessage(stderr, "sysctlbyname failed to set new 'audio' debug flags\n");
     }
 }

@@ -1,0 +1,49 @@
+// Whether 64 bytes look like a slot that a tracer wrote: what damaged files are put right by.
+
+#pragma once
+
+#include <cstddef>
+#include <cstdint>
+#include <vector>
+
+#include "record/trace_record.h"
+
+namespace sonaprobe {
+
+enum class ByteOrder : uint8_t { own, swapped };
+
+constexpr ByteOrder otherThan(ByteOrder order) {
+    return order == ByteOrder::own ? ByteOrder::swapped : ByteOrder::own;
+}
+
+// The slot in the 64 bytes from `at` on, which need no alignment.
+TraceRecord slotAt(const std::byte* at, ByteOrder order);
+
+// Whether one record may follow the other in a whole file: up to some 8 seconds back and an hour
+// on at 1000 ticks a microsecond, longer at slower clocks.
+bool isNear(const TraceRecord& earlier, const TraceRecord& later);
+
+// From this sum of doubts on, 64 bytes are no slot.
+constexpr unsigned kNoSlot = 3;
+
+// What the slots of one file have in common.
+class Plausibility {
+  public:
+    Plausibility();
+
+    // What speaks against a slot, its time stamp aside: 0 nothing, 1 and 2 odd, kNoSlot or more no
+    // slot at all. An empty slot is no slot here.
+    unsigned doubts(const TraceRecord& slot) const;
+
+    // Whether the class word is one that drivers and audio server use, or frequent in this file.
+    bool isFamiliar(uint32_t debugid) const;
+
+    // Takes a record of the file as an example of what the others look like.
+    void learn(const TraceRecord& record);
+
+  private:
+    std::vector<uint32_t> recordsOfClassWord_;
+    uint64_t records_ = 0;
+};
+
+}  // namespace sonaprobe

@@ -1,0 +1,24 @@
+// Keeps those silences that are the longest since some slot.
+
+#include "analysis/silences.h"
+
+#include <algorithm>
+
+namespace sonaprobe {
+
+void Silences::take(uint64_t slot, Nanoseconds time) {
+    if (slot == slot_) return;
+    const Silence silence{slot_, slot, saturated(Wide{std::max(time, latest_)} - latest_)};
+    slot_ = slot;
+    latest_ = std::max(time, latest_);
+    while (!falling_.empty() && falling_.back().length <= silence.length) falling_.pop_back();
+    falling_.push_back(silence);
+    if (falling_.size() > kMostKept) falling_.pop_front();
+}
+
+const Silence* Silences::longestSince(uint64_t slot) const {
+    const auto first = std::ranges::lower_bound(falling_, slot, {}, &Silence::after);
+    return first == falling_.end() ? nullptr : &*first;
+}
+
+}  // namespace sonaprobe

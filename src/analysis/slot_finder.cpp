@@ -1,0 +1,210 @@
+// The slots of a file that may be damaged. A place where slots begin is known by two slots in a row
+// without any doubt; in a file of unknown codes by more of them that have little.
+
+#include "analysis/slot_finder.h"
+
+#include <algorithm>
+
+#include "analysis/slot.h"
+
+namespace sonaprobe {
+
+namespace {
+
+constexpr size_t kSlot = sizeof(TraceRecord);
+constexpr size_t kUnknownRun = 8;        // slots
+constexpr size_t kLeastUnknownRun = 4;   // at the end of the file
+constexpr size_t kSearched = 2 * kSlot;  // bytes from an odd slot on
+constexpr size_t kLookAhead = kSearched + kUnknownRun * kSlot;
+constexpr uint64_t kMostDisorder = uint64_t{1} << 24;  // ticks: beyond, the clock has gone back
+
+bool isRecord(const TraceRecord& slot) { return kindOf(slot) == SlotKind::record; }
+
+Found::What whatIs(const TraceRecord& slot) {
+    switch (kindOf(slot)) {
+        case SlotKind::divisor: return Found::What::divisor;
+        case SlotKind::invalid: return Found::What::invalid;
+        case SlotKind::empty: return Found::What::empty;
+        default: return Found::What::record;
+    }
+}
+
+}  // namespace
+
+void SlotFinder::feed(std::span<const std::byte> bytes) {
+    buffer_.erase(buffer_.begin(), buffer_.begin() + static_cast<ptrdiff_t>(at_));
+    bytesBefore_ += at_;
+    at_ = 0;
+    buffer_.insert(buffer_.end(), bytes.begin(), bytes.end());
+}
+
+std::optional<Found> SlotFinder::next() {
+    if (damageBegin_) return search();
+    if (!ended_ && left() < kLookAhead) return std::nullopt;
+    return follow();
+}
+
+bool SlotFinder::isTrace() const {
+    return certainSlots_ > 0 || 2 * slots_ * kSlot > bytesBefore_ + at_;
+}
+
+TraceRecord SlotFinder::slotAtPlace(Place place) const {
+    return slotAt(buffer_.data() + place.at, place.order);
+}
+
+// Whether the time stamp fits neither the record before nor the one after.
+bool SlotFinder::isFar(const TraceRecord& slot) const {
+    if (!last_ || !isRecord(slot) || isNear(*last_, slot)) return false;
+    if (left() < 2 * kSlot) return true;
+    const TraceRecord next = slotAtPlace({at_ + kSlot, order_});
+    return !isRecord(next) || !isNear(slot, next);
+}
+
+// Whether the first of two slots after damage is the rest of a broken one, its low bytes lost: the
+// second's time goes on from the last record, and its own does not lie between them.
+bool SlotFinder::isTorn(const TraceRecord& first, const TraceRecord& second) const {
+    if (!last_ || !isRecord(first) || !isRecord(second)) return false;
+    if (second.timestamp + disorder_ < latest_) return false;
+    return first.timestamp + disorder_ < latest_ || first.timestamp > second.timestamp + disorder_;
+}
+
+// Whether there is no doubt of two slots in a row, of one that ends the file, or of a divisor.
+bool SlotFinder::familiarSlotsBeginAt(Place place) const {
+    const TraceRecord first = slotAtPlace(place);
+    const SlotKind kind = kindOf(first);
+    if (kind != SlotKind::record && kind != SlotKind::divisor) return false;
+    if (plausibility_.doubts(first) != 0) return false;
+    if (kind == SlotKind::divisor) return true;
+    if (buffer_.size() - place.at < 2 * kSlot) return !last_ || isNear(*last_, first);
+    const TraceRecord second = slotAtPlace({place.at + kSlot, place.order});
+    if (kindOf(second) == SlotKind::empty) return true;
+    if (plausibility_.doubts(second) != 0) return false;
+    if (isRecord(second) && !isNear(first, second)) return false;
+    return !isTorn(first, second);
+}
+
+// Whether there is little doubt of several slots in a row, in a file that has few certain ones.
+bool SlotFinder::unknownSlotsBeginAt(Place place) const {
+    if (2 * certainSlots_ > slots_) return false;
+    const size_t run = std::min((buffer_.size() - place.at) / kSlot, kUnknownRun);
+    if (run < kLeastUnknownRun) return false;
+    TraceRecord before = slotAtPlace(place);
+    bool clockRuns = false;
+    for (size_t n = 0; n < run; ++n) {
+        const TraceRecord slot = slotAtPlace({place.at + n * kSlot, place.order});
+        if (!isRecord(slot) || plausibility_.doubts(slot) > 1 || !isNear(before, slot)) {
+            return false;
+        }
+        clockRuns = clockRuns || slot.timestamp != before.timestamp;
+        before = slot;
+    }
+    return clockRuns;
+}
+
+bool SlotFinder::slotsBeginAt(Place place) const {
+    if (familiarSlotsBeginAt(place)) return true;
+    // A byte too early, a code may be taken for the processor; a byte too late seldom passes.
+    return unknownSlotsBeginAt(place) && !unknownSlotsBeginAt({place.at + 1, place.order}) &&
+           !isTorn(slotAtPlace(place), slotAtPlace({place.at + kSlot, place.order}));
+}
+
+// Where else than here slots begin, soon after an odd slot.
+std::optional<SlotFinder::Place> SlotFinder::otherBegin() const {
+    const TraceRecord here = slotAtPlace({at_, order_});
+    const bool clockJumps = last_ && !isNear(*last_, here);
+    for (size_t skipped = 0; skipped < kSearched && skipped + kSlot <= left(); ++skipped) {
+        for (const ByteOrder order : {order_, otherThan(order_)}) {
+            if (order == order_ && skipped % kSlot == 0) continue;
+            const Place place{at_ + skipped, order};
+            if (familiarSlotsBeginAt(place)) return place;
+            if (clockJumps && isNear(*last_, slotAtPlace(place)) && slotsBeginAt(place)) {
+                return place;
+            }
+        }
+    }
+    const Place swapped{at_, otherThan(order_)};
+    if (!unknownSlotsBeginAt({at_, order_}) && unknownSlotsBeginAt(swapped)) return swapped;
+    return std::nullopt;
+}
+
+// The doubts about the slot at at_ in its place.
+unsigned SlotFinder::doubtsHere(const TraceRecord& slot) const {
+    const unsigned doubts = plausibility_.doubts(slot) + (isFar(slot) ? 1 : 0);
+    if (!afterEmpty_ || left() < 2 * kSlot) return doubts;
+    return isTorn(slot, slotAtPlace({at_ + kSlot, order_})) ? kNoSlot : doubts;
+}
+
+std::optional<Found> SlotFinder::follow() {
+    if (left() == 0) return std::nullopt;
+    if (left() < kSlot) return takeRest(Found::What::cutSlot);
+    const TraceRecord slot = slotAtPlace({at_, order_});
+    if (isBegin_ || kindOf(slot) == SlotKind::empty) return takeSlot(slot);
+    const unsigned doubts = doubtsHere(slot);
+    if (doubts == 0) return takeSlot(slot);
+    if (doubts < kNoSlot) {
+        if (const std::optional<Place> place = otherBegin()) return goOnAt(*place);
+        const bool beforeDamage =
+            left() >= 2 * kSlot &&
+            plausibility_.doubts(slotAtPlace({at_ + kSlot, order_})) >= kNoSlot;
+        if (doubts < kNoSlot - 1 || !beforeDamage) return takeSlot(slot);
+    }
+    damageBegin_ = bytesBefore_ + at_;
+    return search();
+}
+
+std::optional<Found> SlotFinder::search() {
+    for (; left() >= kSlot; ++at_) {
+        if (!ended_ && left() < kLookAhead) return std::nullopt;
+        const bool inStep = (bytesBefore_ + at_ - *damageBegin_) % kSlot == 0;
+        if (inStep && kindOf(slotAtPlace({at_, order_})) == SlotKind::empty) {
+            return goOnAt({at_, order_});
+        }
+        for (const ByteOrder order : {order_, otherThan(order_)}) {
+            if (slotsBeginAt({at_, order})) return goOnAt({at_, order});
+        }
+    }
+    if (!ended_) return std::nullopt;
+    return takeRest(Found::What::damage);
+}
+
+std::optional<Found> SlotFinder::goOnAt(Place place) {
+    const uint64_t begin = damageBegin_.value_or(bytesBefore_ + at_);
+    at_ = place.at;
+    order_ = place.order;
+    damageBegin_.reset();
+    isBegin_ = true;
+    const uint64_t length = bytesBefore_ + at_ - begin;
+    if (length == 0) return follow();
+    return Found{Found::What::damage, order_, begin, length, {}};
+}
+
+Found SlotFinder::takeSlot(const TraceRecord& slot) {
+    const Found found{whatIs(slot), order_, bytesBefore_ + at_, kSlot, slot};
+    at_ += kSlot;
+    const bool isCertain = plausibility_.doubts(slot) == 0;
+    if (found.what != Found::What::empty) slots_++;
+    if (found.what == Found::What::divisor && isCertain) certainSlots_++;
+    isBegin_ = false;
+    afterEmpty_ = found.what == Found::What::empty;
+    if (found.what != Found::What::record) return found;
+
+    if (isCertain) certainSlots_++;
+    if (plausibility_.doubts(slot) <= 1) plausibility_.learn(slot);
+    if (last_ && slot.timestamp < latest_ && latest_ - slot.timestamp <= kMostDisorder) {
+        disorder_ = std::max(disorder_, latest_ - slot.timestamp);
+    } else {
+        latest_ = slot.timestamp;
+    }
+    last_ = slot;
+    return found;
+}
+
+Found SlotFinder::takeRest(Found::What what) {
+    const uint64_t end = bytesBefore_ + buffer_.size();
+    const uint64_t begin = damageBegin_.value_or(bytesBefore_ + at_);
+    at_ = buffer_.size();
+    damageBegin_.reset();
+    return Found{what, order_, begin, end - begin, {}};
+}
+
+}  // namespace sonaprobe

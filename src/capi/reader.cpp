@@ -1,0 +1,68 @@
+// The C interface: reading a raw file.
+
+#include <cerrno>
+#include <fcntl.h>
+#include <unistd.h>
+
+#include "capi/handles.h"
+
+using namespace sonaprobe;
+
+int sonaprobe::openInput(const char* path) {
+    for (;;) {
+        const int file = ::open(path, O_RDONLY | O_CLOEXEC | O_NOCTTY);
+        if (file >= 0) return file;
+        if (errno != EINTR) return -errno;
+    }
+}
+
+const char* sonaprobe_version() { return SONAPROBE_VERSION; }
+
+int sonaprobe_open_file(sonaprobe_reader** reader, const char* path) {
+    const int file = openInput(path);
+    if (file < 0) return file;
+    const int opened = orNoMemory([&] {
+        *reader = new sonaprobe_reader{.slots = Slots(file, Slots::Closing::withSlots)};
+        return 0;
+    });
+    if (opened < 0) ::close(file);
+    return opened;
+}
+
+int sonaprobe_open_descriptor(sonaprobe_reader** reader, int descriptor) {
+    return orNoMemory([&] {
+        *reader = new sonaprobe_reader{.slots = Slots(descriptor, Slots::Closing::byCaller)};
+        return 0;
+    });
+}
+
+int sonaprobe_open_memory(sonaprobe_reader** reader, const void* bytes, size_t length) {
+    return orNoMemory([&] {
+        *reader = new sonaprobe_reader{
+            .slots = Slots(std::span(static_cast<const std::byte*>(bytes), length))};
+        return 0;
+    });
+}
+
+void sonaprobe_close(sonaprobe_reader* reader) { delete reader; }
+
+int sonaprobe_next(sonaprobe_reader* reader, const sonaprobe_event** event) {
+    sonaprobe_event& next = reader->event;
+    for (;;) {
+        const int taken = reader->slots.next(next.record);
+        if (taken <= 0) return taken;
+        if (next.record.debugid == kDivisorMarker) {
+            next.ticksPerMicrosecond = static_cast<double>(next.record.timestamp);
+        } else if (next.record.debugid != kInvalidMarker) {
+            next.meaning = decode(next.record);
+            *event = &next;
+            return taken;
+        }
+    }
+}
+
+size_t sonaprobe_cut_bytes(const sonaprobe_reader* reader) { return reader->slots.cutBytes(); }
+
+void sonaprobe_set_ticks_per_microsecond(sonaprobe_reader* reader, double ticks) {
+    reader->event.ticksPerMicrosecond = ticks;
+}

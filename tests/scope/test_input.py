@@ -1,0 +1,123 @@
+"""Traces plain and packed, from files, pipes and FIFOs, whole and broken."""
+
+import bz2
+import gzip
+import os
+import subprocess
+import threading
+
+import pytest
+
+from scope import ENABLE, POINT, divisor, nested_calls, record, scope
+
+
+@pytest.fixture(scope="module")
+def trace():
+    return divisor() + b"".join(record(ENABLE, POINT, n, a2=n) for n in range(20_000))
+
+
+def zstd(data):
+    return subprocess.run(["zstd", "-qc"], input=data, stdout=subprocess.PIPE, check=True).stdout
+
+
+PACKINGS = {"plain": lambda data: data, "gzip": gzip.compress, "zstd": zstd}
+
+
+def lines(*arguments, **options):
+    result = scope("lines", *arguments, **options)
+    assert (result.stderr, result.returncode) == ("", 0)
+    return result.stdout
+
+
+def write(folder, data, name="trace"):
+    (folder / name).write_bytes(data)
+    return folder / name
+
+
+@pytest.mark.parametrize("packing", PACKINGS)
+def test_a_trace_reads_alike_however_it_comes(packing, trace, tmp_path):
+    expected = lines(write(tmp_path, trace))
+    assert expected.count("\n") == 20_000
+    packed = write(tmp_path, PACKINGS[packing](trace), "packed")
+    assert lines(packed) == expected
+    with packed.open() as stream:
+        assert lines("-", stdin=stream) == expected
+    os.mkfifo(tmp_path / "fifo")
+    feeder = threading.Thread(target=(tmp_path / "fifo").write_bytes, args=[packed.read_bytes()])
+    feeder.start()
+    assert lines(tmp_path / "fifo") == expected
+    feeder.join()
+
+
+@pytest.mark.parametrize("packing", ["gzip", "zstd"])
+def test_parts_packed_one_by_one_are_one_trace(packing, trace, tmp_path):
+    pack = PACKINGS[packing]
+    parts = write(tmp_path, pack(trace[:64_010]) + pack(trace[64_010:]))
+    assert lines(parts) == lines(write(tmp_path, trace, "whole"))
+
+
+def test_what_fills_a_block_after_packed_data_is_passed_over(trace, tmp_path):
+    assert lines(write(tmp_path, gzip.compress(trace) + bytes(512))).count("\n") == 20_000
+
+
+@pytest.mark.parametrize("packing", ["gzip", "zstd"])
+def test_packed_data_that_end_early_give_what_they_hold(packing, trace, tmp_path):
+    packed = PACKINGS[packing](trace)
+    path = write(tmp_path, packed[:len(packed) * 3 // 4])
+    result = scope("lines", path)
+    assert result.stderr == f"sonascope: {path}: the packed data end early; what came before is used\n"
+    assert result.returncode == 0
+    found = result.stdout
+    assert found and lines(write(tmp_path, trace, "whole")).startswith(found)
+
+
+@pytest.mark.parametrize("packing", ["gzip", "zstd"])
+def test_damaged_data_give_what_stands_before(packing, trace, tmp_path):
+    packed = bytearray(PACKINGS[packing](trace + os.urandom(1 << 20)))
+    packed[len(packed) // 2:len(packed) // 2 + 64] = bytes(64)
+    path = write(tmp_path, bytes(packed))
+    result = scope("lines", path)
+    assert result.stderr == f"sonascope: {path}: the packed data are damaged; what came before is used\n"
+
+
+@pytest.mark.parametrize("packing", ["gzip", "zstd"])
+def test_a_file_that_unpacks_without_end_is_refused(packing, tmp_path):
+    path = write(tmp_path, PACKINGS[packing](bytes(400 << 20)))
+    result = scope("lines", path)
+    assert result.returncode == 2
+    assert result.stderr == (f"sonascope: {path} unpacks to more than 250 times its size, as no trace "
+                             "does; if you trust it, unpack it first\n")
+
+
+def test_a_cut_last_slot_is_left_out(tmp_path):
+    data = nested_calls()
+    assert lines(write(tmp_path, data[:-1], "cut")) == lines(write(tmp_path, data[:-64], "short"))
+    assert lines(write(tmp_path, data[:30], "stump")) == ""
+
+
+def test_empty_and_invalid_slots_are_no_records(tmp_path):
+    data = nested_calls()
+    holes = data[:128] + bytes(64) + record(0xDEADBEEF, 0, 0) + data[128:]
+    assert lines(write(tmp_path, holes)) == lines(write(tmp_path, data, "whole"))
+
+
+@pytest.mark.parametrize("path, message", [
+    ("no such", "could not open no such: No such file or directory"),
+    ("/", "could not read /: Is a directory"),
+    ("a\x1bb\nc", "could not open a\\x1bb\\nc: No such file or directory"),
+])
+def test_what_cannot_be_read_is_named(path, message, tmp_path):
+    result = scope("lines", path, cwd=tmp_path)
+    assert (result.stderr, result.returncode) == (f"sonascope: {message}\n", 2)
+
+
+def test_a_trace_without_divisor_says_what_is_assumed(tmp_path):
+    path = write(tmp_path, nested_calls()[64:])
+    result = scope("lines", path)
+    assert result.stderr == (f"sonascope: {path}: no divisor before the first record; 1000 ticks a "
+                             "microsecond are assumed\n")
+
+
+def test_other_packings_are_no_trace_of_a_packed_file(tmp_path):
+    # Passed on as they are: what they are is told by info.
+    assert scope("lines", write(tmp_path, bz2.compress(bytes(10_000)))).returncode == 0
