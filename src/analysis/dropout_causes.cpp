@@ -414,8 +414,8 @@ Verdict Judge::judge() const {
     }
     verdict.evidence.push_back(overload_.slot);
     std::ranges::sort(verdict.evidence);
-    const auto repeated = std::ranges::unique(verdict.evidence);
-    verdict.evidence.erase(repeated.begin(), repeated.end());
+    verdict.evidence.erase(std::unique(verdict.evidence.begin(), verdict.evidence.end()),
+                           verdict.evidence.end());
     return verdict;
 }
 

@@ -234,8 +234,7 @@ std::vector<uint64_t> shownSlots(const WhyAnswer& answer, bool all) {
         }
     }
     std::ranges::sort(slots);
-    const auto repeated = std::ranges::unique(slots);
-    slots.erase(repeated.begin(), repeated.end());
+    slots.erase(std::unique(slots.begin(), slots.end()), slots.end());
     return slots;
 }
 
