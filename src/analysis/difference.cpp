@@ -169,6 +169,7 @@ TraceComparison compareTraces(const TraceSample& first, const TraceSample& secon
 
     TraceComparison comparison{{}, codes.size()};
     std::vector<EventComparison> events;
+    events.reserve(codes.size());
     for (const uint32_t code : codes) events.emplace_back(first, second, code);
     unsigned tests = 0;
     double changed = 0;

@@ -175,7 +175,7 @@ std::optional<Verdict> Judge::afterGap(Nanoseconds from, Nanoseconds until, bool
 std::optional<Verdict> Judge::lostRecords(const CycleLayout& layout) const {
     const IoCycle& cycle = *layout.cycle;
     const Nanoseconds from = std::min(layout.due, cycle.begin);
-    if (const auto lost = afterGap(from, layout.until, true)) return lost;
+    if (auto lost = afterGap(from, layout.until, true)) return lost;
     // The gap may have merged two cycles, or lie before one that begins in the air.
     const bool endsElsewhere =
         cycle.told && cycle.finished && cycle.told->sample != cycle.sample + cycle.frames;

@@ -26,9 +26,9 @@ enum class FindingKind : uint8_t {
 constexpr size_t kFindingKinds = 11;
 
 struct Finding {
-    FindingKind kind;
-    uint64_t slot;          // where it begins
-    uint64_t lastSlot;      // where it ends
+    FindingKind kind{};
+    uint64_t slot = 0;      // where it begins
+    uint64_t lastSlot = 0;  // where it ends
     uint64_t bytes = 0;     // misaligned, garbage, cutSlot: that are no slot
     uint64_t goesOnAt = 0;  // misaligned: byte of the file at which slots go on
     Nanoseconds back = 0;   // stepBack: to before the latest record, above 0

@@ -78,11 +78,11 @@ struct Stamp {
 
 // A record as the search for causes needs it.
 struct SeenRecord {
-    Nanoseconds time;
-    uint64_t slot;
-    uint32_t debugid;
-    uint32_t thread;
-    uint32_t cpu;
+    Nanoseconds time = 0;
+    uint64_t slot = 0;
+    uint32_t debugid = 0;
+    uint32_t thread = 0;
+    uint32_t cpu = 0;
     bool orphan = false;  // an end whose start is missing
 };
 
@@ -183,7 +183,7 @@ class IoObserver final : private CallSink {
     std::deque<SeenRecord> recent_;
     std::deque<SeenCall> recentCalls_;  // in the order of their ends
     struct OpenCall {
-        SeenCall call;
+        SeenCall call{};
         bool isOpen = false;
         std::vector<size_t> scenes{};  // of these overloads, which have to be told of its end
     };

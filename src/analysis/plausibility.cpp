@@ -26,7 +26,7 @@ bool hasArguments(const TraceRecord& slot) {
 }  // namespace
 
 TraceRecord slotAt(const std::byte* at, ByteOrder order) {
-    TraceRecord slot;
+    TraceRecord slot{};
     std::memcpy(&slot, at, sizeof slot);
     if (order == ByteOrder::own) return slot;
     for (uint64_t* word : {&slot.timestamp, &slot.arg1, &slot.arg2, &slot.arg3, &slot.arg4,

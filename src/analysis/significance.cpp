@@ -47,7 +47,7 @@ std::vector<double> placements(std::span<const uint64_t> sample, std::span<const
     std::vector<double> shares;
     shares.reserve(sample.size());
     for (const uint64_t value : sample) {
-        const auto [least, most] = std::ranges::equal_range(other, value);
+        const auto [least, most] = std::equal_range(other.begin(), other.end(), value);
         const double below =
             static_cast<double>(least - other.begin()) + static_cast<double>(most - least) / 2;
         shares.push_back(below / static_cast<double>(other.size()));

@@ -168,7 +168,7 @@ consteval bool goesOnWith(std::string_view text, std::string_view pattern) {
 // characters of the text that takes.
 struct Fitted {
     Piece piece;
-    size_t length;
+    size_t length = 0;
 };
 
 consteval Fitted fitArgument(std::string_view text, const Argument& argument) {

@@ -120,7 +120,7 @@ void openOutput() {
 }
 
 void giveUpStream(int descriptor) {
-    struct stat status;
+    struct stat status {};
     if (fstat(descriptor, &status) == 0 && !S_ISREG(status.st_mode)) turnToNowhere(descriptor);
 }
 

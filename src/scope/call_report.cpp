@@ -88,7 +88,7 @@ Json CallReport::toJson(const Histogram& histogram) const {
 std::string CallReport::textOf(const TraceRecord& record) const {
     const Event event = decode(record);
     if (event.text == nullptr) return {};
-    std::array<char, kLogTextRoom> room;
+    std::array<char, kLogTextRoom> room{};
     const auto ticks = static_cast<double>(clock_->ticksPerMicrosecond());
     const char* const end = putLogText(room.data(), event, ticks);
     return escaped(std::string_view(room.data(), static_cast<size_t>(end - room.data())));

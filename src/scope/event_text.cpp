@@ -39,7 +39,7 @@ CodeNames readCodeNames(const std::string& path) {
     CodeNames names;
     if (path.empty()) return names;
     FileBytes file(path);
-    std::array<std::byte, 1 << 14> room;
+    std::array<std::byte, 1 << 14> room{};
     for (size_t got = file.read(room); got > 0; got = file.read(room)) {
         names.take(reinterpret_cast<const char*>(room.data()), got);
     }

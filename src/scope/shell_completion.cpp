@@ -146,8 +146,8 @@ std::string zshCompletion(std::span<const CommandWords> commands) {
         for (size_t i = 0; i < command.operands.size(); ++i) {
             const std::string& operand = command.operands[i];
             const bool last = i + 1 == command.operands.size();
-            const std::string place = last ? "*" : std::to_string(i + 1);
-            const std::string spec = place + ":" + operand + ":" + zshAction(operand);
+            std::string spec = last ? "*" : std::to_string(i + 1);
+            spec.append(":").append(operand).append(":").append(zshAction(operand));
             text += "                " + quoted(spec) + " \\\n";
         }
         text += "                && return\n            ;;\n";

@@ -122,6 +122,7 @@ void StatisticsTable::sortBy(size_t column) {
 
 void StatisticsTable::print(Output& out, size_t top) const {
     std::vector<Column> columns;
+    columns.reserve(kColumns.size());
     for (const StatisticsColumn& column : kColumns) {
         columns.push_back({column.head, Align::right, column.shownFrom, false, true});
     }

@@ -100,6 +100,7 @@ std::vector<size_t> Table::shownColumns(const Output& out) const {
 
 std::vector<size_t> Table::widths(const std::vector<size_t>& shown, const Output& out) const {
     std::vector<size_t> widths;
+    widths.reserve(shown.size());
     for (const size_t column : shown) widths.push_back(widthOf(column));
     if (out.width() == 0) return widths;
     const size_t total =

@@ -52,8 +52,9 @@ class Children {
     }
 
     std::span<const uint32_t> of(uint32_t parent) const {
-        return std::ranges::equal_range(order_, parent, {},
-                                        [this](uint32_t node) { return (*nodes_)[node].parent; });
+        const auto parentOf = [this](uint32_t node) { return (*nodes_)[node].parent; };
+        return {std::ranges::lower_bound(order_, parent, {}, parentOf),
+                std::ranges::upper_bound(order_, parent, {}, parentOf)};
     }
 
   private:

@@ -15,7 +15,7 @@ namespace sonaprobe::scope {
 
 // A record that is shown as evidence.
 struct EvidenceRecord {
-    TraceRecord record;
+    TraceRecord record{};
     Nanoseconds time = 0;  // as it is shown
     double ticksPerMicrosecond = 0;
 };

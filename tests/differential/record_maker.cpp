@@ -97,7 +97,7 @@ void RecordMaker::meetConditionOf(TraceRecord& record) {
 }
 
 std::string textOf(const TraceRecord& record) {
-    std::array<char, 256> text;
+    std::array<char, 256> text{};
     std::snprintf(text.data(), text.size(),
                   "0x%08X t=%" PRIu64 " a1=0x%" PRIx64 " a2=0x%" PRIx64 " a3=0x%" PRIx64
                   " a4=0x%" PRIx64 " a5=0x%" PRIx64 " cpu=%" PRIu32,

@@ -18,7 +18,7 @@ namespace sonaprobe::differential {
 namespace {
 
 [[gnu::format(printf, 1, 2)]] std::string printed(const char* format, ...) {
-    std::array<char, 1024> text;
+    std::array<char, 1024> text{};
     va_list values;
     va_start(values, format);
     const int length = std::vsnprintf(text.data(), text.size(), format, values);
@@ -134,7 +134,7 @@ std::string Reference::prefix(const TraceRecord& record, std::string_view group,
         if (qualifier == 1) ++depth_;
     }
 
-    std::array<char, 74> name;
+    std::array<char, 74> name{};
     std::snprintf(name.data(), name.size(), "%s%s%s",
                   options_->group ? std::string(group).c_str() : "", options_->group ? "::" : "",
                   options_->method ? std::string(method).c_str() : "");

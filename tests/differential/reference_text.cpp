@@ -18,7 +18,7 @@ namespace {
 #pragma GCC diagnostic ignored "-Wformat-nonliteral"
 template <typename T>
 std::string printOne(const std::string& conversion, T value) {
-    std::array<char, 512> text;
+    std::array<char, 512> text{};
     const int length = std::snprintf(text.data(), text.size(), conversion.c_str(), value);
     if (length < 0 || static_cast<size_t>(length) >= text.size()) std::abort();
     return {text.data(), static_cast<size_t>(length)};

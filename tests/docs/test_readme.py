@@ -18,6 +18,7 @@ SOURCE = pathlib.Path(os.environ["SONAPROBE_SOURCE_DIR"])
 README = (SOURCE / "README.md").read_text()
 LIVE_SECONDS = 4
 ENDED_BY_LIMIT = 124
+FINDINGS = 1
 
 pytestmark = pytest.mark.skipif(os.geteuid() != 0, reason="needs root")
 
@@ -55,10 +56,10 @@ EXPECTED = {
     "sonaprobe -A -w/tmp/dropout.raw >/dev/null": (ENDED_BY_LIMIT, ""),
     "sonaprobe -k -A -u -r docs/sample/playback-dropout.raw | grep -B 12 OVERLOAD": (0, "OVERLOAD"),
     "sonaprobe -k -H -u -X hdac -r docs/sample/playback-dropout.raw": (0, "timed out - offset"),
-    "sonascope why docs/sample/playback-dropout.raw": (0, "OrvelHDAController::pollRegister"),
+    "sonascope why docs/sample/playback-dropout.raw": (FINDINGS, "OrvelHDAController::pollRegister"),
     "sonascope stats /tmp/dropout.raw": (0, "QuorraHAL::IOCycle"),
-    "sonascope lines /tmp/dropout.raw --around dropout=20ms": (0, ""),
-    "sonascope info /tmp/dropout.raw": (0, "audio server"),
+    "sonascope lines /tmp/dropout.raw --longer 100us": (0, "QuorraHAL::IOCycle"),
+    "sonascope info docs/sample/playback-dropout.raw": (0, "audio server"),
     "cmake --install build/release --component program": (0, "sbin/sonaprobe"),
     "cpack --config build/release/CPackConfig.cmake": (0, ".deb generated"),
     "dpkg -i sonaprobe_*.deb": (0, "sonaprobe"),

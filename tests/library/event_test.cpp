@@ -84,6 +84,7 @@ TEST(Event, IsWhatTheRoomsUnderItSay) {
     differential::Random random(differential::seedOfRun());
     differential::RecordMaker maker(random);
     std::vector<TraceRecord> records;
+    records.reserve(100'000);
     for (int i = 0; i < 100'000; ++i) records.push_back(maker.make());
 
     const Reader reader = readerOf(std::as_bytes(std::span(records)));

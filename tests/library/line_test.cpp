@@ -61,6 +61,7 @@ TEST(Line, IsTheLinePrintersUnderAnyOptions) {
         OptionSet options = differential::randomOptions(random);
         options.historic = false;
         std::vector<TraceRecord> slots;
+        slots.reserve(100);
         for (int i = 0; i < 100; ++i) slots.push_back(maker.make());
 
         CollectedLines collected;

@@ -42,7 +42,7 @@ int readAndPrint() {
 }
 
 int getBuf() {
-    KernelBufferInfo info;
+    KernelBufferInfo info{};
     size_t length = sizeof info;
     return operate({kKernKdGetBuf}, &info, &length);
 }

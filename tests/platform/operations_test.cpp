@@ -241,8 +241,8 @@ TEST(Clock, TicksAtItsTimebase) {
     EXPECT_EQ(timebase.numer, 125U);
     EXPECT_EQ(timebase.denom, 3U);
     const timespec pause{0, 20'000'000};
-    timespec before;
-    timespec after;
+    timespec before{};
+    timespec after{};
     clock_gettime(CLOCK_MONOTONIC, &before);
     const uint64_t start = now();
     nanosleep(&pause, nullptr);

@@ -180,7 +180,7 @@ class Folder : public PrivateFacilityTest {};
 
 TEST_F(Folder, IsClosedToOthers) {
     setUpWith(1024);
-    struct stat found;
+    struct stat found {};
     ASSERT_EQ(lstat(kFolder, &found), 0);
     EXPECT_EQ(found.st_mode, static_cast<mode_t>(S_IFDIR | 0700));
     for (const char* path : {kStatePath, kRingPath}) {
@@ -339,7 +339,7 @@ class LittleRoom : public PrivateFacilityTest {
         ASSERT_EQ(resetFacility(), 0);
     }
     static uint64_t freeBytes() {
-        struct statfs system;
+        struct statfs system {};
         EXPECT_EQ(statfs("/dev/shm", &system), 0);
         return system.f_bavail * static_cast<uint64_t>(system.f_bsize);
     }

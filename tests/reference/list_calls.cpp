@@ -3,6 +3,7 @@
 
 #include <cinttypes>
 #include <cstdio>
+#include <exception>
 
 #include "analysis/call_tracker.h"
 #include "analysis/event_traits.h"
@@ -50,13 +51,16 @@ class Listing : public CallSink {
 
 }  // namespace
 
-int main() {
+int main() try {
     Listing listing;
     CallTracker tracker(listing);
     listing.tracker = &tracker;
-    TraceRecord slot;
+    TraceRecord slot{};
     while (std::fread(&slot, sizeof slot, 1, stdin) == 1) tracker.take(slot);
     tracker.finish();
     std::printf("steps back\t%" PRIu64 "\ndisordered\t%" PRIu64 "\n", tracker.clock().stepsBack(),
                 tracker.clock().disordered());
+} catch (const std::exception& error) {
+    std::fprintf(stderr, "list_calls: %s\n", error.what());
+    return 1;
 }

@@ -28,7 +28,7 @@ TEST(Conversion, ReadsKindWidthFlagsAndLength) {
     constexpr bool kZero = true;
     constexpr bool kAlternate = true;
     constexpr struct {
-        const char* text;
+        const char* text = nullptr;
         Conversion expected;
     } kCases[] = {
         {"%d", {signedDecimal, false, false, false, 0, 2}},

@@ -131,6 +131,7 @@ Json jsonOf(const Entry& entry) {
 // What somebody may have meant by words that fit nothing.
 Failure nothingFits(const std::vector<std::string>& words, const std::vector<Entry>& entries) {
     std::vector<std::string> names;
+    names.reserve(entries.size());
     for (const Entry& entry : entries) names.emplace_back(entry.event.method);
     const std::vector<std::string_view> views(names.begin(), names.end());
     std::string given;

@@ -41,8 +41,8 @@ std::optional<Performance> DriverPool::play(const DriverAct& act, Ticks begin, T
                                             Ticks longest) {
     const size_t which = findThread(begin, begin + longest);
     if (which == kNone) return {};
-    const auto cpu =
-        static_cast<uint32_t>(score_.chance(level_.ioThreads * kCpusOfIoThread, kProcessors - 1));
+    const auto cpu = static_cast<uint32_t>(
+        score_.chance(Ticks{level_.ioThreads} * kCpusOfIoThread, kProcessors - 1));
     const Performance performance = score_.play(act.table, threadId(which), cpu, begin, hold);
     busy_[which][begin] = performance.end + kRest;
     return performance;

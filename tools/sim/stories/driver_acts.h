@@ -14,7 +14,7 @@ constexpr uint8_t kHold = 0;
 
 struct DriverAct {
     Table table;
-    uint32_t culprit;  // the call that did it: of an engine change the outermost, else the innermost
+    uint32_t culprit = 0;  // the call that did it: of an engine change the outermost, else the innermost
 };
 
 // Calls that hold what others may wait for: a command gate, a lock. As a rule nobody does.
