@@ -145,7 +145,7 @@ void printClass(const TracedClass& traced) {
 int main() {
     auto classes = tracedClasses();
     std::erase_if(classes, [](const TracedClass& traced) {
-        return traced.id == "0";
+        return traced.decoder->gate == Gate::historic;
     });  // no option prints it
     for (const TracedClass& traced : classes) {
         if (!traced.isSilent()) printClass(traced);

@@ -17,7 +17,7 @@ struct TracedClass {
     std::string code = {};          // the registry's four characters, or empty
     std::string registryName = {};  // or empty
 
-    bool isSilent() const { return decoder->group.empty(); }
+    bool isSilent() const { return decoder->gate == Gate::shut; }
     std::string title() const;  // "20 OrvelHDAController"
 };
 
@@ -30,6 +30,7 @@ struct Text {
 
     uint8_t qualifiers;
     bool verbose;
+    bool tellsFailure;  // in its words
     Condition condition;
     std::string_view group;
     std::string_view method;

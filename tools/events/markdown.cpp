@@ -33,10 +33,10 @@ answers is printed; a record that none answers prints nothing.
 |---|---|
 | Code | the debug id without its qualifier |
 | On | the qualifier: **start** is 1, marked `->` in the line; **end** is 2, marked `<-`; **other** is 0 and 3; **any** is all four |
-| If | what an argument must be besides; *verbose*: printed only under `-v` |
+| If | what an argument must be besides; *verbose*: printed only under `-v`; *failure*: its words tell that something failed |
 | Name | group and method, as the line shows them |
 | Text | the printf format of the LOG text |
-| Arguments | what fills its conversions, in order |
+| Values | what fills its conversions, in order: the name of each value, as `sonascope --where` takes it, and its argument |
 
 `arg2` is a whole argument word of 64 bits, `hi(arg2)` and `lo(arg2)` are its halves, `byte(0, arg2)`
 is its lowest byte. `arg1` is the object of the line and `arg5` its thread, and few texts show them.
@@ -106,15 +106,17 @@ void printIndex(const std::vector<TracedClass>& classes) {
 std::string ifCell(const Text& text) {
     std::string cell = inCodeIfAny(spellCondition(text.condition));
     if (text.verbose) cell += cell.empty() ? "*verbose*" : ", *verbose*";
+    if (text.tellsFailure) cell += cell.empty() ? "*failure*" : ", *failure*";
     return cell;
 }
 
-std::string argumentsCell(const Text& text) {
+std::string valuesCell(const Text& text) {
     std::string cell;
+    auto name = text.values.begin();
     for (const Piece& piece : text.pieces) {
         if (piece.reading == Reading::nothing) continue;
         if (!cell.empty()) cell += ", ";
-        cell += inCode(spellArgument(text, piece));
+        cell += inCode(*name++) + " = " + inCode(spellArgument(text, piece));
     }
     return cell;
 }
@@ -123,20 +125,20 @@ void printRow(const Event& event, const Text& text) {
     const std::string name = std::string(text.group) + "::" + std::string(text.method);
     std::printf("| %s | %s | %s | %s | %s | %s |\n", inCode(spellCode(event.code)).c_str(),
                 spellQualifiers(text.qualifiers).c_str(), ifCell(text).c_str(),
-                inCode(name).c_str(), inCode(text.text).c_str(), argumentsCell(text).c_str());
+                inCode(name).c_str(), inCode(text.text).c_str(), valuesCell(text).c_str());
 }
 
 void printClass(const TracedClass& traced) {
     const std::vector<Event> events = eventsOf(traced);
     if (events.empty()) return;
     std::printf("\n## %s\n\n", traced.title().c_str());
-    if (traced.decoder->codeBase == 0x05240000) {
+    if (traced.decoder->gate == Gate::historic) {
         std::puts("No option of sonaprobe prints these.\n");
     }
-    if (!traced.decoder->hasObject) {
+    if (traced.decoder->gate == Gate::audioServer) {
         std::puts("Printed under `-A` only. These lines show no object: `arg1` is a value.\n");
     }
-    std::puts("| Code | On | If | Name | Text | Arguments |\n|---|---|---|---|---|---|");
+    std::puts("| Code | On | If | Name | Text | Values |\n|---|---|---|---|---|---|");
     for (const Event& event : events) {
         for (const Text& text : event.texts) printRow(event, text);
     }
