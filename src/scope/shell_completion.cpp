@@ -133,22 +133,22 @@ std::string zshCompletion(std::span<const CommandWords> commands) {
         for (const OptionWords& option : command.options) {
             for (const std::string& name : option.names) {
                 const bool isLong = name.starts_with("--");
-                std::string spec = "*" + name;
-                if (!option.value.empty() && isLong) spec += "=";
-                spec += "[" + zshHelp(option.help) + "]";
+                std::string argument = "*" + name;
+                if (!option.value.empty() && isLong) argument += "=";
+                argument += "[" + zshHelp(option.help) + "]";
                 if (!option.value.empty()) {
-                    spec += ":" + option.value + ":" + zshAction(option.value);
+                    argument += ":" + option.value + ":" + zshAction(option.value);
                 }
-                text += "                " + quoted(spec) + " \\\n";
+                text += "                " + quoted(argument) + " \\\n";
             }
         }
         // The last one may come several times.
         for (size_t i = 0; i < command.operands.size(); ++i) {
             const std::string& operand = command.operands[i];
             const bool last = i + 1 == command.operands.size();
-            std::string spec = last ? "*" : std::to_string(i + 1);
-            spec.append(":").append(operand).append(":").append(zshAction(operand));
-            text += "                " + quoted(spec) + " \\\n";
+            std::string argument = last ? "*" : std::to_string(i + 1);
+            argument.append(":").append(operand).append(":").append(zshAction(operand));
+            text += "                " + quoted(argument) + " \\\n";
         }
         text += "                && return\n            ;;\n";
     }
