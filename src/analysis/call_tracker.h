@@ -39,7 +39,8 @@ struct Call {
 struct Closing {
     CallEnd how{};
     Nanoseconds time = 0;
-    uint64_t slot = 0;  // of the record or divisor that ended it; the number of slots where none did
+    uint64_t slot =
+        0;  // of the record or divisor that ended it; the number of slots where none did
     const TraceRecord* end = nullptr;  // the end record of a finished call
 
     Nanoseconds lengthOf(const Call& call) const { return saturated(Wide{time} - call.start); }

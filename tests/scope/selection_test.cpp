@@ -146,7 +146,8 @@ TEST(Selection, RefusesNamesThatFitNothingWithTheNearest) {
               "and 'OrvelHDANode'");
     EXPECT_EQ(refusalOf({.drivers = {"64"}}), "no driver is called '64'");
     EXPECT_EQ(refusalOf({.methods = {"setPathFromat"}}),
-              "no method is called 'setPathFromat'; the nearest are 'setPathFormat' and 'setPathSetFormat'");
+              "no method is called 'setPathFromat'; the nearest are 'setPathFormat' and "
+              "'setPathSetFormat'");
     EXPECT_EQ(refusalOf({.where = "result == 1 && chanelID == 3"}).substr(0, 61),
               "no value is called 'chanelID'; the nearest are 'channelID', '");
     EXPECT_EQ(refusalOf({.where = "channelID == red"}),
