@@ -2,9 +2,9 @@
 
 #pragma once
 
+#include <algorithm>
 #include <cerrno>
 #include <cstddef>
-#include <cstring>
 #include <new>
 #include <string_view>
 
@@ -20,7 +20,7 @@ struct KeptText {
 
     const char* keep(std::string_view text) {
         text = text.substr(0, kLength);
-        std::memcpy(characters, text.data(), text.size());
+        std::copy_n(text.data(), text.size(), characters);
         characters[text.size()] = '\0';
         return characters;
     }

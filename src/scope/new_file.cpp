@@ -45,6 +45,21 @@ void forgetOnSignals() {
     }
 }
 
+// The open file of a new name, or -1. A signal waits until the file is one that it removes.
+int makeRemovedOnSignals(std::string& name) {
+    sigset_t ending{};
+    sigset_t before{};
+    sigemptyset(&ending);
+    for (const int signal : kEndingSignals) sigaddset(&ending, signal);
+    sigprocmask(SIG_BLOCK, &ending, &before);
+    const int file = mkstemp(name.data());
+    const int error = errno;
+    if (file >= 0) removeOnSignals(name);
+    sigprocmask(SIG_SETMASK, &before, nullptr);
+    errno = error;
+    return file;
+}
+
 // Where a symbolic link points to, or the path itself.
 std::string targetOf(const std::string& path) {
     char target[PATH_MAX];
@@ -72,9 +87,8 @@ NewFile::NewFile(const std::string& path, bool force, const FileBytes& input)
         if (!force) throw Failure{name_ + " exists; give --force to write over it"};
     }
     temporary_ = path_ + ".XXXXXX";
-    file_ = mkstemp(temporary_.data());
+    file_ = makeRemovedOnSignals(temporary_);
     if (file_ < 0) throw systemFailure("could not write " + name_);
-    removeOnSignals(temporary_);
     fchmod(file_, usualMode());
 }
 
