@@ -28,8 +28,9 @@ int Messages::begin() {
 }
 
 void Messages::beginTrace(const Clock& clock) {
+    // Later than the trace before by a nanosecond, so that whoever merges them keeps their order.
     const int64_t earliest =
-        trace_ ? trace_->nanoseconds(cycle_) : std::numeric_limits<int64_t>::min();
+        trace_ ? trace_->nanoseconds(cycle_) + 1 : std::numeric_limits<int64_t>::min();
     endTrace();
     bt_self_component* component = bt_self_message_iterator_borrow_component(iterator_);
     const std::string name = path_.substr(path_.find_last_of('/') + 1);

@@ -206,13 +206,15 @@ Reference<bt_event_class> TraceModel::newClassOf(const sonaprobe_event* event, b
     return made;
 }
 
-// The key tells classes apart: the code, its names, and each value's name and form.
+// The key tells classes apart: the code, its names, whether there is a text, and each value's name
+// and form.
 const bt_event_class* TraceModel::classOf(const sonaprobe_event* event) {
     const uint32_t code = sonaprobe_event_code(event);
     const bool isKnown = sonaprobe_event_outcome(event) != SONAPROBE_OUTCOME_UNKNOWN;
     const bool isNamed = isKnown || classes_.size() < kMostClasses;
     key_.clear();
     appendBytes(key_, &code, sizeof code);
+    key_.append(1, hasText(event) ? 't' : 'a');
     key_.append(sonaprobe_event_group(event)).append(1, '\0');
     key_.append(sonaprobe_event_method(event)).append(1, '\0');
     const size_t values = sonaprobe_event_value_count(event);
