@@ -5,9 +5,9 @@
 
 #include <algorithm>
 #include <cctype>
-#include <cstdio>
 #include <iterator>
 
+#include "common/event_name.h"
 #include "common/printable.h"
 
 namespace sonaprobe::plugins {
@@ -37,15 +37,6 @@ constexpr unsigned kArguments = 4;
 bool hasText(const sonaprobe_event* event) {
     const sonaprobe_outcome outcome = sonaprobe_event_outcome(event);
     return outcome == SONAPROBE_OUTCOME_TEXT || outcome == SONAPROBE_OUTCOME_GATED;
-}
-
-std::string nameOf(const sonaprobe_event* event) {
-    if (sonaprobe_event_outcome(event) != SONAPROBE_OUTCOME_UNKNOWN) {
-        return std::string(sonaprobe_event_group(event)) + "::" + sonaprobe_event_method(event);
-    }
-    char name[16];
-    std::snprintf(name, sizeof name, "code 0x%08X", sonaprobe_event_code(event));
-    return name;
 }
 
 enum class Form { signedNumber, number, hexadecimal, text };
