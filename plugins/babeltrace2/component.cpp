@@ -143,7 +143,7 @@ bt_component_class_query_method_status sonaprobeRawQuery(bt_self_component_class
 }
 
 bt_message_iterator_class_initialize_method_status sonaprobeRawIteratorInitialize(
-    bt_self_message_iterator* self, bt_self_message_iterator_configuration* /*configuration*/,
+    bt_self_message_iterator* self, bt_self_message_iterator_configuration* configuration,
     bt_self_component_port_output* port) {
     bt_self_component* component = bt_self_message_iterator_borrow_component(self);
     const auto& source = *static_cast<const Source*>(bt_self_component_get_data(component));
@@ -155,6 +155,8 @@ bt_message_iterator_class_initialize_method_status sonaprobeRawIteratorInitializ
             tellError(self, input, error);
             return BT_MESSAGE_ITERATOR_CLASS_INITIALIZE_METHOD_STATUS_ERROR;
         }
+        // Babeltrace seeks a time by itself, from the beginning on.
+        bt_self_message_iterator_configuration_set_can_seek_forward(configuration, BT_TRUE);
         bt_self_message_iterator_set_data(self, messages.release());
         return BT_MESSAGE_ITERATOR_CLASS_INITIALIZE_METHOD_STATUS_OK;
     } catch (const std::exception&) {

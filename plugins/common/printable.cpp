@@ -10,6 +10,8 @@ void appendPrintable(std::string& out, const char* text, size_t length) {
         const auto byte = static_cast<unsigned char>(text[at]);
         if (byte >= ' ' && byte <= '~') {
             out += text[at];
+        } else if (byte == '\n' || byte == '\t' || byte == '\r') {
+            out.append("\\").append(1, byte == '\n' ? 'n' : byte == '\t' ? 't' : 'r');
         } else {
             out.append("\\x").append({kDigits[byte >> 4], kDigits[byte & 15]});
         }

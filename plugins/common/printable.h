@@ -7,7 +7,8 @@
 
 namespace sonaprobe::plugins {
 
-// Adds a text: printable ASCII as it is, every other byte as \xNN.
+// Adds a text: printable ASCII as it is; every other byte as \n, \t, \r or \xNN, as sonascope has
+// it.
 void appendPrintable(std::string& out, const char* text, size_t length);
 
 }  // namespace sonaprobe::plugins

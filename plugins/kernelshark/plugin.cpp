@@ -62,6 +62,13 @@ const sonaprobe_event* eventOf(LoadedTrace& trace, const kshark_entry* entry) {
     return trace.eventOf(trace.rows()[row].record);
 }
 
+std::string hexadecimal(const char* before, uint64_t number) {
+    char text[64];
+    std::snprintf(text, sizeof text, "%s0x%" PRIx64, before, number);
+    return text;
+}
+
+// The text, or the arguments of an event without one; the object.
 std::string infoOf(const sonaprobe_event* event) {
     constexpr const char* kArrows[] = {"", "-> ", "<- ", ""};
     std::string info = kArrows[sonaprobe_event_qualifier(event)];
@@ -69,10 +76,10 @@ std::string infoOf(const sonaprobe_event* event) {
     const char* text = sonaprobe_event_text(event, &length);
     appendPrintable(info, text, length);
     for (unsigned number = 1; length == 0 && number <= 4; ++number) {
-        char argument[40];
-        std::snprintf(argument, sizeof argument, "arg%u: 0x%" PRIx64 " ", number,
-                      sonaprobe_event_argument(event, number));
-        info += argument;
+        info += hexadecimal(number > 1 ? ", " : "", sonaprobe_event_argument(event, number));
+    }
+    if (sonaprobe_event_has_object(event)) {
+        info += hexadecimal("  object: ", sonaprobe_event_object(event));
     }
     return info;
 }
@@ -97,9 +104,7 @@ std::string eventNameOf(const LoadedTrace& trace, const kshark_entry* entry) {
 }
 
 std::string taskOf(const LoadedTrace& trace, const kshark_entry* entry) {
-    char name[32];
-    std::snprintf(name, sizeof name, "thread 0x%" PRIx64, trace.threadId(entry->pid));
-    return name;
+    return hexadecimal("thread ", trace.threadId(entry->pid));
 }
 
 char* getEventName(kshark_data_stream* stream, const kshark_entry* entry) {
@@ -119,15 +124,12 @@ char* getInfo(kshark_data_stream* stream, const kshark_entry* entry) {
     });
 }
 
-// The object, and the slot by which sonascope knows the record.
+// The slot, by which sonascope knows the record.
 char* getAuxInfo(kshark_data_stream* stream, const kshark_entry* entry) {
     return guarded<char*>(stream, nullptr, [&](LoadedTrace& trace) {
         const sonaprobe_event* event = eventOf(trace, entry);
         if (event == nullptr) return handOver("");
-        char text[64];
-        std::snprintf(text, sizeof text, "0x%" PRIx64 " slot %" PRIu64,
-                      sonaprobe_event_object(event), sonaprobe_event_slot(event));
-        return handOver(text);
+        return handOver("slot " + std::to_string(sonaprobe_event_slot(event)));
     });
 }
 
