@@ -8,6 +8,7 @@
 #include <iterator>
 
 #include "common/event_name.h"
+#include "common/number.h"
 #include "common/printable.h"
 
 namespace sonaprobe::plugins {
@@ -37,20 +38,6 @@ constexpr unsigned kArguments = 4;
 bool hasText(const sonaprobe_event* event) {
     const sonaprobe_outcome outcome = sonaprobe_event_outcome(event);
     return outcome == SONAPROBE_OUTCOME_TEXT || outcome == SONAPROBE_OUTCOME_GATED;
-}
-
-enum class Form { signedNumber, number, hexadecimal, text };
-
-Form formOf(const sonaprobe_value* value) {
-    switch (sonaprobe_value_reading(value)) {
-        case SONAPROBE_READING_SIGNED: return Form::signedNumber;
-        case SONAPROBE_READING_UNSIGNED:
-        case SONAPROBE_READING_NANOSECONDS:
-        case SONAPROBE_READING_TICKS: return Form::number;
-        case SONAPROBE_READING_HEXADECIMAL:
-        case SONAPROBE_READING_POINTER: return Form::hexadecimal;
-        default: return Form::text;  // its word alone would not say it
-    }
 }
 
 class Fields {
@@ -186,7 +173,7 @@ Reference<bt_event_class> TraceModel::newClassOf(const sonaprobe_event* event, b
         payload.add("text", Form::text, 0);
         for (size_t number = 0; number < sonaprobe_event_value_count(event); ++number) {
             const sonaprobe_value* value = sonaprobe_event_value(event, number);
-            payload.add(sonaprobe_value_name(value), formOf(value), sonaprobe_value_bits(value));
+            payload.add(sonaprobe_value_name(value), formOf(value), bitsOf(value));
         }
     } else {
         for (unsigned number = 1; number <= kArguments; ++number) {
@@ -211,8 +198,7 @@ const bt_event_class* TraceModel::classOf(const sonaprobe_event* event) {
     const size_t values = sonaprobe_event_value_count(event);
     for (size_t number = 0; number < values; ++number) {
         const sonaprobe_value* value = sonaprobe_event_value(event, number);
-        const int form[] = {static_cast<int>(formOf(value)),
-                            static_cast<int>(sonaprobe_value_bits(value))};
+        const int form[] = {static_cast<int>(formOf(value)), static_cast<int>(bitsOf(value))};
         key_.append(sonaprobe_value_name(value)).append(1, '\0');
         appendBytes(key_, form, sizeof form);
     }
@@ -255,13 +241,14 @@ void TraceModel::fillPayload(bt_field* payload, const sonaprobe_event* event) {
     for (size_t number = 0; number < values; ++number) {
         const sonaprobe_value* value = sonaprobe_event_value(event, number);
         bt_field* field = member(payload, 1 + number);
-        const uint64_t word = sonaprobe_value_word(value);
         switch (formOf(value)) {
             case Form::signedNumber:
-                bt_field_integer_signed_set_value(field, static_cast<int64_t>(word));
+                bt_field_integer_signed_set_value(field, static_cast<int64_t>(numberOf(value)));
                 break;
             case Form::number:
-            case Form::hexadecimal: bt_field_integer_unsigned_set_value(field, word); break;
+            case Form::hexadecimal:
+                bt_field_integer_unsigned_set_value(field, numberOf(value));
+                break;
             case Form::text:
                 text = sonaprobe_value_text(value, &length);
                 fillText(field, text, length);

@@ -6,6 +6,7 @@
 #include <limits>
 
 #include "common/event_name.h"
+#include "common/number.h"
 
 namespace sonaprobe::plugins {
 
@@ -15,23 +16,11 @@ namespace {
 constexpr uint32_t kMostProcessors = 256;
 constexpr size_t kMostEvents = 10'000;
 
-bool isNumber(const sonaprobe_value* value) {
-    switch (sonaprobe_value_reading(value)) {
-        case SONAPROBE_READING_SIGNED:
-        case SONAPROBE_READING_UNSIGNED:
-        case SONAPROBE_READING_HEXADECIMAL:
-        case SONAPROBE_READING_POINTER:
-        case SONAPROBE_READING_NANOSECONDS:
-        case SONAPROBE_READING_TICKS: return true;
-        default: return false;
-    }
-}
-
 }  // namespace
 
 const sonaprobe_value* numberNamed(const sonaprobe_event* event, const char* name) {
     const sonaprobe_value* value = sonaprobe_event_value_named(event, name);
-    return value != nullptr && isNumber(value) ? value : nullptr;
+    return value != nullptr && formOf(value) != Form::text ? value : nullptr;
 }
 
 // Small ids are kept; others get numbers from the top down.
@@ -58,7 +47,8 @@ int16_t LoadedTrace::eventTypeOf(const sonaprobe_event* event) {
     for (size_t number = 0; number < values; ++number) {
         const sonaprobe_value* value = sonaprobe_event_value(event, number);
         const char* field = sonaprobe_value_name(value);
-        if (isNumber(value) && std::find(fields.begin(), fields.end(), field) == fields.end()) {
+        if (formOf(value) != Form::text &&
+            std::find(fields.begin(), fields.end(), field) == fields.end()) {
             fields.emplace_back(field);
         }
     }

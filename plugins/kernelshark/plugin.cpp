@@ -15,6 +15,7 @@
 #include <utility>
 
 #include "common/likeness.h"
+#include "common/number.h"
 #include "common/printable.h"
 #include "kernelshark/loaded_trace.h"
 
@@ -193,7 +194,7 @@ kshark_event_field_format getEventFieldType(kshark_data_stream* stream, const ks
 int readNumber(const sonaprobe_event* event, const char* field, int64_t* number) {
     const sonaprobe_value* value = event != nullptr ? numberNamed(event, field) : nullptr;
     if (value == nullptr) return -EINVAL;
-    *number = static_cast<int64_t>(sonaprobe_value_word(value));
+    *number = static_cast<int64_t>(numberOf(value));
     return 0;
 }
 
