@@ -30,7 +30,8 @@ static void print_fields(const struct kshark_entry* entry) {
 }
 
 static void print_entry(const struct kshark_entry* entry) {
-    printf("%d\t%" PRId64 "\t%d\t%d", entry->stream_id, entry->ts, entry->cpu, kshark_get_pid(entry));
+    printf("%d\t%" PRId64 "\t%d\t%d", entry->stream_id, entry->ts, entry->cpu,
+           kshark_get_pid(entry));
     print_and_free(kshark_get_task(entry));
     print_and_free(kshark_get_event_name(entry));
     print_and_free(kshark_get_info(entry));
