@@ -218,7 +218,7 @@ const int readRecordField(kshark_data_stream* stream, void* record, const char* 
 class Entries {
   public:
     explicit Entries(size_t room)
-        : rows_(static_cast<kshark_entry**>(std::calloc(room + 1, sizeof(kshark_entry*)))) {
+        : rows_(static_cast<kshark_entry**>(std::calloc(room + 1, sizeof(void*)))) {
         if (rows_ == nullptr) throw std::bad_alloc();
     }
     ~Entries() {
