@@ -12,7 +12,7 @@ import tempfile
 # A warning to root comes first; Return closes it. Then the window opens, and is made larger.
 SCRIPT = r"""
 kernelshark "$@" & shark=$!
-for attempt in $(seq 60); do
+for attempt in $(seq 120); do
     sleep 0.25
     window=$(xdotool search --name '^Kernel Shark' 2>/dev/null | tail -n 1)
     [ -n "$window" ] && break

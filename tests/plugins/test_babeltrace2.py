@@ -211,12 +211,14 @@ def test_two_files_and_a_ctf_trace_are_merged(made, tmp_path):
     assert sorted(counts.values()) == sorted(each.values())
 
 
-def test_times_can_be_put_beside_those_of_other_traces():
+def test_times_can_be_put_beside_those_of_traces_that_count_from_1970(tmp_path):
     component = ["-c", "source.sonaprobe.raw", "-p",
-                 f'inputs=["{SAMPLE}"], clock-class-offset-s=1600000000,'
-                 "clock-class-offset-ns=-305264625, force-clock-class-origin-unix-epoch=yes"]
-    first = babeltrace2("--clock-seconds", *component).splitlines()[0]
-    assert first.startswith("[1600003600.000000000]")
+                 f'inputs=["{SAMPLE}"], clock-class-offset-s=1600000000,\n'
+                 "    clock-class-offset-ns=-305264625, force-clock-class-origin-unix-epoch=yes"]
+    babeltrace2(*component, "-o", "ctf", "-w", tmp_path / "ctf")
+    lines = babeltrace2("--clock-seconds", tmp_path / "ctf", *component).splitlines()
+    assert len(lines) == 2 * 1782
+    assert all(line.startswith("[1600003600.000000000]") for line in lines[:2])
 
 
 def test_an_iterator_goes_back_to_the_beginning():
