@@ -16,7 +16,8 @@
 namespace sonaprobe::plugins {
 namespace {
 
-constexpr int64_t kMostSeconds = 4'000'000'000;
+// So that no time overflows, of seconds as of nanoseconds.
+constexpr int64_t kMostOffset = 4'000'000'000;
 
 // The component's own data; ports point at their input.
 struct Source {
@@ -38,15 +39,15 @@ std::string readParameters(const bt_value* parameters, Source& source) {
         if (!bt_value_is_string(input)) return "parameter `inputs` must hold strings";
         source.inputs.emplace_back(bt_value_string_get(input));
     }
-    const auto readInteger = [&](const char* name, int64_t limit, int64_t& into) {
+    const auto readInteger = [&](const char* name, int64_t& into) {
         const bt_value* value = entry(name);
         if (value == nullptr) return true;
         if (!bt_value_is_signed_integer(value)) return false;
         into = bt_value_integer_signed_get(value);
-        return into >= -limit && into <= limit;
+        return into >= -kMostOffset && into <= kMostOffset;
     };
-    if (!readInteger("clock-class-offset-s", kMostSeconds, source.clock.offsetSeconds) ||
-        !readInteger("clock-class-offset-ns", kMostSeconds, source.clock.offsetNanoseconds)) {
+    if (!readInteger("clock-class-offset-s", source.clock.offsetSeconds) ||
+        !readInteger("clock-class-offset-ns", source.clock.offsetNanoseconds)) {
         return "parameters `clock-class-offset-s` and `-ns` must be integers from -4000000000 to "
                "4000000000";
     }

@@ -18,7 +18,7 @@ class Messages {
     int begin();
 
     // Up to `room` messages, which then are the caller's: how many, 0 at the end, or a negative
-    // errno value. Bad memory is thrown.
+    // errno value. Want of memory is thrown, as std::bad_alloc.
     int64_t next(bt_message_array_const messages, uint64_t room);
 
     const std::string& path() const { return path_; }

@@ -39,7 +39,8 @@ class OrderedTrace {
     // 0 or a negative errno value.
     int open(const char* path);
 
-    // 1 and the next record, 0 at the end, or a negative errno value. Bad memory is thrown.
+    // 1 and the next record, 0 at the end, or a negative errno value. Want of memory is thrown, as
+    // std::bad_alloc.
     int next(OrderedRecord& record);
 
     // At the end: how many records were lost after the last.

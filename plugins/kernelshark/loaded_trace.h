@@ -26,7 +26,8 @@ class LoadedTrace {
         std::vector<std::string> fields;  // the names of its numbers
     };
 
-    // Reads a file to its end: 0 or a negative errno value. Bad memory is thrown.
+    // Reads a file to its end: 0 or a negative errno value. Want of memory is thrown, as
+    // std::bad_alloc.
     int load(const char* path);
 
     const std::vector<Row>& rows() const { return rows_; }

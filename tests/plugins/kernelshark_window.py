@@ -44,14 +44,15 @@ def take_picture(picture, *arguments):
 
 
 def colours(picture):
-    """The vivid colours of a picture, each with its pixels, but for specks."""
+    """The vivid colours of a picture, each with its pixels, but for specks and the green button."""
     histogram = subprocess.run(["convert", picture, "-depth", "8", "-format", "%c",
                                 "histogram:info:-"], check=True, text=True,
                                capture_output=True).stdout
     found = {}
     for count, *channels in re.findall(r"(\d+): \((\d+),(\d+),(\d+)", histogram):
         channels = tuple(map(int, channels))
-        if max(channels) - min(channels) > 100 and int(count) >= 60:
+        is_vivid = max(channels) - min(channels) > 100 and channels[1] < max(channels)
+        if is_vivid and int(count) >= 60:
             found[channels] = int(count)
     return found
 

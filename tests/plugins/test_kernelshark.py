@@ -143,11 +143,11 @@ needs_screen = pytest.mark.skipif(
 def test_the_program_draws_the_sample(window):
     title, seen = window("-p", PLUGIN)
     assert title == f"Kernel Shark ({SAMPLE})"
-    # Each thread and each processor has a colour of its own, on rows of bars.
-    assert len(seen) >= 8 and sum(seen.values()) > 10_000
+    # Bars on four rows: each thread has a colour, and each processor those of its threads.
+    assert len(seen) >= 3 and sum(seen.values()) > 10_000
 
 
 @needs_screen
 def test_without_the_plugin_nothing_is_drawn(window):
-    _, seen = window()
-    assert len(seen) < 4 and sum(seen.values()) < 10_000
+    title, seen = window()
+    assert (title, seen) == ("Kernel Shark", {})
