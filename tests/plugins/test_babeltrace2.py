@@ -188,6 +188,23 @@ def test_time_goes_on_after_a_step_back_and_another_divisor(tmp_path):
     assert babeltrace2(tmp_path / "ctf") == babeltrace2(path)
 
 
+SECOND = 24_000_000  # ticks
+
+
+@pytest.mark.parametrize("times, late, is_step", [
+    ((SECOND, 2 * SECOND), SECOND, False), ((SECOND, 2 * SECOND + 1), SECOND, True),
+    (range(1, 65_536), 0, False), (range(1, 65_537), 0, True)])
+def test_order_waits_for_a_second_and_for_65536_records(tmp_path, times, late, is_step):
+    """The record of another thread stands last; one that is too late stays there."""
+    path = tmp_path / "late.raw"
+    path.write_bytes(DIVISOR + b"".join(pack(START, t=time, a5=1) for time in times) +
+                     pack(START, t=late, a5=2))
+    said = events(messages(path))
+    values = [message.default_clock_snapshot.value for message in said]
+    assert len(said) == len(times) + 1 and values == sorted(values)
+    assert (int(said[-1].event.common_context_field["thread"]) == 2) == is_step
+
+
 @pytest.mark.parametrize("options, wanted", [
     (["--begin=3602.5"], lambda time: time >= 3_602_500_000_000),
     (["--end=3601"], lambda time: time <= 3_601_000_000_000),
