@@ -83,7 +83,7 @@ Side readSide(TraceOptions trace, SelectionOptions selectionOptions, const std::
         name += " " + window;
     }
     const Selection selection = selectionOf(selectionOptions, trace);
-    Input input(trace.path);
+    Input input(trace);
     Sink sink(selection, trace);
     trackCalls(input, sink.tracker, [&](const TraceRecord& record, const Moment& moment) {
         sink.visit(record, moment);

@@ -1,7 +1,5 @@
 // sonascope tree: who calls whom.
 
-#include <map>
-
 #include "scope/command.h"
 #include "scope/event_text.h"
 #include "scope/record_filter.h"
@@ -68,7 +66,7 @@ Status run(Options& options) {
         options.path.empty() ? std::vector<uint32_t>() : codesNamed(options.path, "--path");
     const Selection selection = selectionOf(options.selection, options.trace);
     const CodeNames codeNames = readCodeNames(options.trace.names);
-    Input input(options.trace.path);
+    Input input(options.trace);
     Output out(options.output);
     Sink sink(options, selection);
     trackCalls(input, sink.tracker, [&](const TraceRecord& record, const Moment& moment) {
@@ -105,18 +103,17 @@ Status run(Options& options) {
     return Status::done;
 }
 
-const std::map<std::string, CallTree::Threads> kThreads{{"all", CallTree::Threads::merged},
-                                                        {"thread", CallTree::Threads::apart}};
+// By CallTree::Threads.
+const std::vector<std::string> kThreads{"all", "thread"};
 
 }  // namespace
 
 Run setUpTree(CLI::App& app) {
     const auto options = std::make_shared<Options>();
     addTraceOptions(app, options->trace);
-    app.add_option("--by", options->threads,
-                   "one tree over all threads, or one for each: all, thread")
-        ->transform(CLI::CheckedTransformer(kThreads).description(""))
-        ->type_name("WHAT");
+    addChoice(
+        app, "--by", "WHAT", "one tree over all threads, or one for each", kThreads,
+        [options](size_t threads) { options->threads = static_cast<CallTree::Threads>(threads); });
     app.add_option("--path", options->path, "who calls this method, and what it calls")
         ->type_name("EVENT");
     app.add_option("--depth", options->depth, "levels to show; 24 if not given")->type_name("N");

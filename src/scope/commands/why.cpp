@@ -38,7 +38,7 @@ WhyAnswer answer(Input& input) {
 void gatherEvidence(const Options& options, WhyAnswer& found) {
     const std::vector<uint64_t> slots = shownSlots(found, options.all);
     auto wanted = slots.begin();
-    Input input(options.trace.path);
+    Input input(options.trace);
     TraceClock clock;
     forEachRecord(input, clock, [&](const TraceRecord& record, uint64_t slot, auto reading) {
         if (wanted == slots.end() || *wanted != slot) return;
@@ -50,13 +50,12 @@ void gatherEvidence(const Options& options, WhyAnswer& found) {
 }
 
 Status run(Options& options) {
-    const std::string path = options.trace.path;
-    options.trace.path = repeatablePath(path);
+    makeRepeatable(options.trace);
     const CodeNames names = readCodeNames(options.trace.names);
-    Input input(options.trace.path);
+    Input input(options.trace);
     Output out(options.output);
     WhyAnswer found = answer(input);
-    found.file = path;
+    found.file = input.source().name();
     if (out.json()) {
         printWhyJson(out, found);
     } else {
