@@ -76,6 +76,7 @@ Status run(Options& options) {
         if (kept.records++ == 0) kept.first = time;
         kept.last = time;
     });
+    warnOfDamage(input);
     warnOfAssumedDivisor(input, clock);
     if (kept.records == 0) {
         throw Failure{input.source().name() + ": no record is selected; " +

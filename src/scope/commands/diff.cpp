@@ -6,6 +6,7 @@
 #include "scope/command.h"
 #include "scope/escape.h"
 #include "scope/event_text.h"
+#include "scope/failure.h"
 #include "scope/record_filter.h"
 #include "scope/records.h"
 #include "scope/selection_options.h"
