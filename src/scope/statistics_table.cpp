@@ -219,17 +219,16 @@ std::vector<Cell> StatisticsTable::sumsAfter(size_t printed) const {
     return cells;
 }
 
-Json StatisticsTable::toJson(size_t top) const {
-    Json list = Json::array();
+void StatisticsTable::write(JsonStream& out, size_t top) const {
     const size_t listed = top == 0 ? rows_.size() : std::min(top, rows_.size());
     for (const StatisticsRow& row : std::span(rows_).first(listed)) {
-        Json& entry = list.emplace_back(namesInJson(row.key));
+        Json entry = namesInJson(row.key);
         entry["finished"] = row.finished;
         for (size_t i = 0; i < kColumns.size(); ++i) {
             entry[jsonNameOf(kColumns[i])] = jsonOf(i, row.numbers[i]);
         }
+        out.item(entry);
     }
-    return list;
 }
 
 }  // namespace sonaprobe::scope

@@ -47,7 +47,8 @@ class StatisticsTable {
     // At most `top` rows, 0 for all, and the others summed in one.
     void print(Output& out, size_t top) const;
 
-    Json toJson(size_t top) const;
+    // The same rows as items of a list.
+    void write(JsonStream& out, size_t top) const;
 
   private:
     std::vector<Cell> namesOf(const GroupKey& key) const;

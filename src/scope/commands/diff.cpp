@@ -10,6 +10,7 @@
 #include "scope/record_filter.h"
 #include "scope/records.h"
 #include "scope/selection_options.h"
+#include "scope/styled_line.h"
 #include "scope/table.h"
 #include "scope/trace_summary.h"
 #include "scope/units.h"
@@ -151,7 +152,11 @@ void print(Output& out, const TraceComparison& comparison, const Side& first, co
                  " events compared");
         return;
     }
-    out.line(out.styled("A " + escaped(first.name) + ", B " + escaped(second.name), {Tone::dim}));
+    StyledLine head;
+    head.add("A " + escaped(first.name) + ", B " + escaped(second.name) +
+                 "; chance alone leaves 99 of 100 such lists empty",
+             {Tone::dim});
+    head.print(out, true, 0);
     Table table({{"explains", Align::right, 79},
                  {"change"},
                  {"A"},

@@ -92,13 +92,16 @@ Status run(Options& options) {
     const std::vector<LongCall> longest = sink.longest.sorted();
 
     if (out.json()) {
-        Json document{{"schema", schemaName("stats")}};
-        sink.summary.addTo(document, clock);
-        document["percentile_error"] = sink.statistics.isSketch() ? DurationSketch::kError : 0.0;
-        document["rows"] = table.toJson(options.top.value_or(0));
-        if (sink.histogram) document["histogram"] = report.toJson(*sink.histogram);
-        if (options.longest > 0) document["longest"] = report.toJson(longest);
-        printJson(out, document);
+        Json head{{"schema", schemaName("stats")}};
+        sink.summary.addTo(head, clock);
+        head["percentile_error"] = sink.statistics.isSketch() ? DurationSketch::kError : 0.0;
+        JsonStream document(out, head);
+        document.beginList("rows");
+        table.write(document, options.top.value_or(0));
+        document.endList();
+        if (sink.histogram) document.member("histogram", report.toJson(*sink.histogram));
+        if (options.longest > 0) document.member("longest", report.toJson(longest));
+        document.end();
     } else {
         table.print(out, options.top.value_or(out.terminal() ? kTopOnTerminal : 0));
         if (sink.histogram) report.print(out, *sink.histogram);

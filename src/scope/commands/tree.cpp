@@ -78,12 +78,18 @@ Status run(Options& options) {
     const TreeLimits limits{.depth = options.depth,
                             .least = options.least / 100,
                             .top = options.top.value_or(forPeople ? kTopOnTerminal : 0)};
-    Json document{{"schema", schemaName("tree")}};
-    sink.summary.addTo(document, clock);
+    std::optional<JsonStream> document;
+    if (out.json()) {
+        Json head{{"schema", schemaName("tree")}};
+        sink.summary.addTo(head, clock);
+        document.emplace(out, head);
+    }
     const auto tell = [&](const char* key, const char* head, const CallTree& tree) {
         const TreeView view(tree, clock, codeNames, limits);
-        if (out.json()) {
-            document[key] = view.toJson();
+        if (document) {
+            document->beginList(key);
+            view.write(*document);
+            document->endList();
         } else {
             if (head != nullptr) out.line(out.styled(head, {Tone::head}));
             view.print(out);
@@ -96,7 +102,7 @@ Status run(Options& options) {
         if (!out.json()) out.line("");
         tell("callees", "Calls inside", sink.tree.calleesOf(codes));
     }
-    if (out.json()) printJson(out, document);
+    if (document) document->end();
     out.finish();
     warnOfDamage(input);
     warnOfAssumedDivisor(input, clock);
