@@ -44,6 +44,7 @@ WhyAnswer answer(Input& input) {
 // ticks a microsecond).
 template <class Visit>
 void readAgain(const TraceOptions& trace, const std::vector<uint64_t>& slots, const Visit& visit) {
+    if (slots.empty()) return;
     auto wanted = slots.begin();
     Input input(trace);
     TraceClock clock;
