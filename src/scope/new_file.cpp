@@ -22,7 +22,7 @@ namespace {
 // What a signal that ends the program removes; empty where there is nothing.
 std::array<char, PATH_MAX> leftover{};
 
-constexpr int kEndingSignals[] = {SIGINT, SIGTERM, SIGHUP};
+constexpr int kEndingSignals[] = {SIGINT, SIGTERM, SIGHUP, SIGQUIT, SIGXFSZ};
 
 void removeAndEnd(int signal) {
     unlink(leftover.data());
