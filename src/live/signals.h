@@ -8,9 +8,10 @@
 
 namespace sonaprobe {
 
-// SIGINT, SIGQUIT, SIGHUP and SIGTERM from now on end the program through fatalExit, also where it
-// was started with them blocked.
-void installSignalHandlers();
+// SIGINT, SIGQUIT, SIGHUP and SIGTERM from now on end the program, also where it was started with
+// them blocked: `end` is called with the signal's number, SIGPIPE for a broken pipe, and does not
+// come back. A window calls it from within the handler.
+void installSignalHandlers(void (*end)(int number));
 
 // A write to a pipe that nobody reads, or to a file that grows too large, fails from now on like
 // others: no signal of it ends the program.
