@@ -104,6 +104,15 @@ void beginEnding() {
     signals::noted = 0;  // it is taken
 }
 
+void goOnAfterEnding() {
+    constexpr itimerval kNone{};
+    setitimer(ITIMER_REAL, &kNone, nullptr);
+    signals::timerStarted = 0;
+    signals::timerTicks = 0;
+    signals::noted = 0;
+    signals::ending = 0;
+}
+
 bool isEnding() { return signals::ending != 0 || signals::noted != 0; }
 
 bool isOutOfTime() { return signals::timerTicks >= signals::kPatience; }

@@ -25,6 +25,10 @@ void endOnBrokenPipe();
 // 0.9 s.
 void beginEnding();
 
+// What had to be ended is ended, and the program goes on: signals are noted again, and its writes
+// may wait.
+void goOnAfterEnding();
+
 // Whether an end is noted or under way.
 bool isEnding();
 
