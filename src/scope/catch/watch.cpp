@@ -142,6 +142,8 @@ void Watch::takePass() {
     if (pass.result < 0) fail("trace facility failure, KERN_KDREADTR\n");
     const Nanoseconds now = steadyNanoseconds();
     latestPass_ = now;
+    records_ += pass.records.size();
+    losses_ += pass.wrapped ? 1 : 0;
     if (pass.wrapped) noteLoss(now);
     ring_.add(pass.records, now);
     for (const TraceRecord& record : pass.records) {
@@ -151,8 +153,6 @@ void Watch::takePass() {
     }
     // Tracing was off for a moment.
     if (pass.wrapped) noteLoss(now);
-    losses_ += pass.wrapped ? 1 : 0;
-    records_ += pass.records.size();
     ring_.forgetBefore((event_ ? event_->time : now) - options_.keep);
 }
 
