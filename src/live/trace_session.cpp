@@ -132,13 +132,13 @@ TraceSession::Pass TraceSession::takePass() {
     const KernelBufferInfo info = bufferInfo();
     const std::span<TraceRecord> room = roomFor(info.entries);
     const trace::Read got = read(room);
-    if (got.result < 0) return {got.result, false, {}};
+    if (got.result < 0) return {got.result, false, room.size(), {}};
     const bool wrapped = (info.flags & platform::kBufferWrapped) != 0;
     if (wrapped) {
         enableTracing(false);
         enableTracing(true);
     }
-    return {got.result, wrapped, room.first(got.records)};
+    return {got.result, wrapped, room.size(), room.first(got.records)};
 }
 
 const char* TraceSession::cleanUp() {
