@@ -66,7 +66,9 @@ void TraceSession::endUnless(bool done, const char* message) {
 
 void TraceSession::startDrivers() {
     AudioDebugFlagsRequest reply{};
-    if (!getAudioFlags(reply) && !getAudioFlags(reply)) {
+    bool known = getAudioFlags(reply);
+    if (!known) known = getAudioFlags(reply);
+    if (!known) {
         program_.warn("sysctlbyname failed to get old 'audio' debug flags second time\n");
         reply.value = 0;
     }
