@@ -1,6 +1,7 @@
 """catch: a live watch writes what came before and after an event, whole or not at all, and gives the
 facility back however it ends."""
 
+import contextlib
 import os
 import pty
 import re
@@ -214,6 +215,39 @@ def test_save_on_end_writes_what_is_kept(catch):
     assert (watch.folder / "new.raw").read_bytes() == DIVISOR + data
     assert watch.said()[1].startswith("end: 1 record of ")
     assert "new.raw: sound" in (watch.folder / "stdout").read_text()
+    assert left_behind() == {}
+
+
+def test_a_signal_ends_a_watch_whose_messages_nobody_reads(catch):
+    ours, theirs = os.pipe()
+    os.set_blocking(theirs, False)
+    with contextlib.suppress(BlockingIOError):
+        while os.write(theirs, bytes(4096)):
+            pass
+    os.set_blocking(theirs, True)
+    watch = catch("--on", "dropout", stderr=theirs)
+    os.close(theirs)
+    time.sleep(0.1)
+    begin = time.monotonic()
+    assert watch.end() == 1
+    assert time.monotonic() - begin < 3
+    os.close(ours)
+    assert left_behind() == {}
+
+
+def test_a_signal_ends_the_answers_of_a_watch(catch):
+    """An answer that nobody reads."""
+    ours, theirs = os.pipe()
+    watch = catch("--on", "dropout", "--count", 2, "--then", "lines", stdout=theirs)
+    os.close(theirs)
+    watch.post(b"".join(pack(0x05245C0D, t=n) for n in range(5000)))
+    watch.post(DROPOUT)
+    until(lambda: "new-1.raw" in watch.written(), "the first file was there")
+    time.sleep(0.1)
+    begin = time.monotonic()
+    assert watch.end(signal.SIGTERM) == 0
+    assert time.monotonic() - begin < 3
+    os.close(ours)
     assert left_behind() == {}
 
 

@@ -53,7 +53,7 @@ Answers::Answers(const std::string& command) {
 }
 
 Answers::~Answers() {
-    for (const pid_t process : running_) kill(process, SIGTERM);
+    stop();
     for (const pid_t process : running_) waitpid(process, nullptr, 0);
 }
 
@@ -85,13 +85,18 @@ void Answers::begin(const std::string& path, bool beside) {
     running_.push_back(process);
 }
 
+void Answers::stop() {
+    for (const pid_t process : running_) kill(process, SIGTERM);
+}
+
 bool Answers::finish() {
     bool given = true;
+    if (isEnding()) stop();
     while (!running_.empty()) {
         int status = 0;
         const pid_t ended = waitpid(running_.front(), &status, 0);
         if (ended < 0 && errno == EINTR) {
-            if (signals::noted != 0) kill(running_.front(), signals::noted);
+            if (isEnding()) stop();
             continue;
         }
         running_.erase(running_.begin());

@@ -21,10 +21,12 @@ class Answers {
     // a Failure.
     void begin(const std::string& path, bool beside);
 
-    // Waits for the answers; a signal for this program goes to them. Whether all were given.
+    // Waits for the answers, or ends them where this program is to end. Whether all were given.
     bool finish();
 
   private:
+    void stop();
+
     std::vector<std::string> words_;
     std::vector<pid_t> running_;
 };

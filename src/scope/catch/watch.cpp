@@ -57,6 +57,7 @@ std::string recordsText(uint64_t count) {
     return countText(count) + (count == 1 ? " record" : " records");
 }
 
+// One watch, from the check of what it was asked for to the end.
 class Watch {
   public:
     explicit Watch(const WatchOptions& options)
@@ -224,7 +225,10 @@ void Watch::save(const std::string& path, const std::string& reason, Nanoseconds
 void Watch::catchEvents() {
     while (files_ < options_.count) {
         const Event event = nextEvent();
-        if (files_ + 1 == options_.count) cleanUp();
+        if (files_ + 1 == options_.count) {
+            cleanUp();
+            goOnAfterEnding();
+        }
         save(pathOf(files_ + 1), event.condition, event.time);
     }
 }
@@ -236,7 +240,6 @@ void Watch::cleanUp() {
     status_.clear();
     beginEnding();
     const char* const failure = session_.cleanUp();
-    goOnAfterEnding();
     if (failure == nullptr) return;
     warnOf(failure);
     cleaned_ = false;
@@ -278,15 +281,15 @@ Status Watch::run() {
         for (const std::string& condition : options_.on) on += (on.empty() ? "" : ", ") + condition;
         status_.say("watching for " + escaped(on) + "; Ctrl-C ends it");
         catchEvents();
-        cleanUp();
     } catch (const Ended&) {
         const bool wasLive = live_;
         cleanUp();
-        // A second signal ends the writing too.
         if (wasLive && options_.saveOnEnd && !ring_.empty()) {
+            goOnAfterEnding();
             try {
                 save(pathOf(files_ + 1), "end", latestPass_);
             } catch (const Ended&) {
+                // A second signal ends the writing too.
             }
         }
     } catch (...) {
@@ -295,7 +298,7 @@ Status Watch::run() {
     }
     sayEnd();
     const bool answered = answers_.finish();
-    if (!cleaned_ || !answered) return Status::trouble;
+    if (!cleaned_ || !(answered || isEnding())) return Status::trouble;
     return files_ > 0 ? Status::done : Status::findings;
 }
 
