@@ -93,8 +93,8 @@ void setUpOnce() {
                          {.read = nullptr, .write = count, .seek = nullptr, .close = nullptr});
     settings.line.printMask |= kPrintAll;
     settings.line.includeHAL = 1;
-    traceSession().allocateBuffer(kRoom);
-    const auto room = traceSession().buffer();
+    liveTrace().allocateBuffer(kRoom);
+    const auto room = liveTrace().buffer();
     std::ranges::fill(room, TraceRecord{});
 }
 

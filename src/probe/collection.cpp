@@ -47,29 +47,29 @@ void storeAndPrint(RawWriter& rawFile, std::span<const TraceRecord> block, size_
 }  // namespace
 
 void dumpOnceWithAlloc() {
-    TraceSession& session = traceSession();
-    const platform::KernelBufferInfo info = session.bufferInfo();
+    LiveTrace& facility = liveTrace();
+    const platform::KernelBufferInfo info = facility.bufferInfo();
     const bool wasLogging = info.nolog != 1;
-    if (wasLogging) session.enableTracing(false);
+    if (wasLogging) facility.enableTracing(false);
 
     // A negative count is as unallocatable as it looks in 64 bits.
     static std::span<TraceRecord> room;  // kept to the end, as the collection buffer is
     room = allocateRecords(static_cast<size_t>(info.entries));
     if (room.data() == nullptr) fatalExit("can't allocate memory for tracing info\n");
 
-    const trace::Read read = session.read(room);
+    const trace::Read read = facility.read(room);
     if (read.result < 0) {
         if (settings.line.verbose) printMessage(stdout, "CollectWithAlloc error %d\n", read.result);
         fatalExit("trace facility failure, KERN_KDREADTR\n");
     }
-    if (wasLogging) session.enableTracing(true);
+    if (wasLogging) facility.enableTracing(true);
     if (read.records == 0) fatalExit("trace facility failure, KERN_KDREADTR (no data) \n");
     for (const TraceRecord& record : room.first(read.records)) print(record);
     flushOutput();
 }
 
 void collectAndPrint() {
-    const TraceSession::Pass pass = traceSession().takePass();
+    const LiveTrace::Pass pass = liveTrace().takePass();
     if (pass.result < 0) {
         if (settings.line.verbose) printMessage(stdout, "CollectTrace error %d\n", pass.result);
         fatalExit(
@@ -85,7 +85,7 @@ void collectAndPrint() {
 }
 
 void writeRawRecords(RawWriter& rawFile) {
-    const TraceSession::Pass pass = traceSession().takePass();
+    const LiveTrace::Pass pass = liveTrace().takePass();
     if (pass.result < 0) fatalExit("trace facility failure, KERN_KDREADTR\n");
     const std::span<const TraceRecord> records = pass.records;
     for (size_t next = 0; next < records.size(); next += RawWriter::kBlockSlots) {

@@ -24,7 +24,7 @@ void fatalExit(const char* message) {
         settings.decodeFile = nullptr;
     }
     closeRawFile();
-    const char* const failure = traceSession().cleanUp();
+    const char* const failure = liveTrace().cleanUp();
     if (failure != nullptr) newestMessage = failure;
     if (newestMessage == nullptr) std::exit(EXIT_SUCCESS);
     printMessage(stderr, "%s: %s\n", settings.programName, newestMessage);

@@ -51,17 +51,17 @@ void readTimebase() {
 void setUpLiveTracing() {
     setAudioDebugFlags();
     takeSignal();
-    TraceSession& session = traceSession();
-    session.allocateBuffer(settings.bufferSize);
+    LiveTrace& facility = liveTrace();
+    facility.allocateBuffer(settings.bufferSize);
     takeSignal();
-    session.setUpBuffer({.records = settings.bufferSize,
-                         .interestType = settings.interestType,
-                         .interestValue1 = settings.interestValue1,
-                         .interestValue2 = settings.interestValue2});
+    facility.setUpBuffer({.records = settings.bufferSize,
+                          .interestType = settings.interestType,
+                          .interestValue1 = settings.interestValue1,
+                          .interestValue2 = settings.interestValue2});
     readTimebase();
     if (settings.line.verbose) printBufferInfo();
     takeSignal();
-    session.enableTracing(true);
+    facility.enableTracing(true);
     takeSignal();
 }
 

@@ -15,14 +15,14 @@ void warn(const char* message) { printMessage(stderr, "%s", message); }
 
 }  // namespace
 
-TraceSession& traceSession() {
-    static constinit TraceSession session({.fail = fatalExit, .warn = warn});
-    return session;
+LiveTrace& liveTrace() {
+    static constinit LiveTrace trace({.fail = fatalExit, .warn = warn});
+    return trace;
 }
 
 void setAudioDebugFlags() {
     if (settings.enableAudioTracing) {
-        traceSession().startDrivers();
+        liveTrace().startDrivers();
         printVersion();
     } else if (settings.line.verbose) {
         printMessage(stdout, "Will not enable Audio tracing.\n");
@@ -30,7 +30,7 @@ void setAudioDebugFlags() {
 }
 
 void printBufferInfo() {
-    const platform::KernelBufferInfo info = traceSession().bufferInfo();
+    const platform::KernelBufferInfo info = liveTrace().bufferInfo();
     printMessage(stdout,
                  "The kernel buffer settings are:\n"
                  "\tentries:\t%d\n"

@@ -1,12 +1,12 @@
-// The program's session with the kernel's trace facility.
+// The live trace as the program uses it, and what is said of it.
 
 #pragma once
 
-#include "live/trace_session.h"
+#include "live/live_trace.h"
 
 namespace sonaprobe {
 
-TraceSession& traceSession();
+LiveTrace& liveTrace();
 
 // Starts the drivers unless --notrace, and prints the version line.
 void setAudioDebugFlags();

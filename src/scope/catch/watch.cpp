@@ -7,8 +7,8 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
+#include "live/live_trace.h"
 #include "live/signals.h"
-#include "live/trace_session.h"
 #include "platform/steady_time.h"
 #include "record/truncate.h"
 #include "scope/catch/answers.h"
@@ -49,7 +49,7 @@ std::string bytesText(uint64_t bytes) {
 // Whether records may be lost in a pass, before it, or at the end of the one before. The kernel
 // tells of a buffer that has wrapped until it is asked, and not of one that wraps while it is read:
 // but then this pass or the next brings more than half a buffer.
-bool isLossy(const TraceSession::Pass& pass) {
+bool isLossy(const LiveTrace::Pass& pass) {
     return pass.wrapped || pass.records.size() > pass.room / 2;
 }
 
@@ -65,7 +65,7 @@ class Watch {
           trigger_(options.on),
           answers_(options.then),
           ring_(options.memory),
-          session_({.fail = fail, .warn = warnOf}) {}
+          trace_({.fail = fail, .warn = warnOf}) {}
 
     Status run();
 
@@ -95,7 +95,7 @@ class Watch {
     Trigger trigger_;
     Answers answers_;
     RecordRing ring_;
-    TraceSession session_;
+    LiveTrace trace_;
     StatusLine status_;
 
     uint64_t ticksPerMicrosecond_ = 0;
@@ -124,17 +124,17 @@ void Watch::checkPaths() const {
 
 // As sonaprobe does it, step by step.
 void Watch::setUp() {
-    if (options_.startDrivers) session_.startDrivers();
+    if (options_.startDrivers) trace_.startDrivers();
     takeSignal();
-    session_.allocateBuffer(options_.buffer);
+    trace_.allocateBuffer(options_.buffer);
     takeSignal();
-    session_.setUpBuffer({.records = options_.buffer,
-                          .interestType = platform::kInterestRange,
-                          .interestValue1 = options_.firstCode,
-                          .interestValue2 = options_.lastCode});
+    trace_.setUpBuffer({.records = options_.buffer,
+                        .interestType = platform::kInterestRange,
+                        .interestValue1 = options_.firstCode,
+                        .interestValue2 = options_.lastCode});
     ticksPerMicrosecond_ = truncateToUnsigned(clockTicksPerMicrosecond());
     trigger_.beginAnew(ticksPerMicrosecond_);
-    session_.enableTracing(true);
+    trace_.enableTracing(true);
     takeSignal();
     begin_ = shownAt_ = steadyNanoseconds();
 }
@@ -145,7 +145,7 @@ void Watch::noteLoss(Nanoseconds time) {
 }
 
 void Watch::takePass() {
-    const TraceSession::Pass pass = session_.takePass();
+    const LiveTrace::Pass pass = trace_.takePass();
     if (pass.result < 0) fail("trace facility failure, KERN_KDREADTR\n");
     const Nanoseconds now = steadyNanoseconds();
     latestPass_ = now;
@@ -239,7 +239,7 @@ void Watch::cleanUp() {
     live_ = false;
     status_.clear();
     beginEnding();
-    const char* const failure = session_.cleanUp();
+    const char* const failure = trace_.cleanUp();
     if (failure == nullptr) return;
     warnOf(failure);
     cleaned_ = false;

@@ -1,6 +1,6 @@
 // The steps of a live run, each with its message.
 
-#include "live/trace_session.h"
+#include "live/live_trace.h"
 
 #include <algorithm>
 #include <cerrno>
@@ -60,11 +60,11 @@ double clockTicksPerMicrosecond() {
     return static_cast<double>(timebase.denom) / static_cast<double>(timebase.numer) * 1000.0;
 }
 
-void TraceSession::endUnless(bool done, const char* message) {
+void LiveTrace::endUnless(bool done, const char* message) {
     if (!done) program_.fail(message);
 }
 
-void TraceSession::startDrivers() {
+void LiveTrace::startDrivers() {
     AudioDebugFlagsRequest reply{};
     bool known = getAudioFlags(reply);
     if (!known) known = getAudioFlags(reply);
@@ -76,19 +76,19 @@ void TraceSession::startDrivers() {
     if (!setAudioFlags(savedAudioFlags_ | platform::kAudioTracingOn)) program_.warn(kFlagsNotSet);
 }
 
-void TraceSession::allocateBuffer(uint32_t records) {
+void LiveTrace::allocateBuffer(uint32_t records) {
     buffer_ = allocateRecords(records);
     endUnless(buffer_.data() != nullptr, "Can't allocate memory for tracing info\n");
 }
 
-void TraceSession::removeBuffer() {
+void LiveTrace::removeBuffer() {
     errno = 0;
     if (isDone(trace::removeBuffer())) return;
     removeFailed_ = true;
     program_.fail(removalFailure());
 }
 
-void TraceSession::setUpBuffer(const Wanted& wanted) {
+void LiveTrace::setUpBuffer(const Wanted& wanted) {
     uint32_t type = wanted.interestType;
     if (type != platform::kInterestValues && type != platform::kInterestSubclass) {
         type = platform::kInterestRange;
@@ -106,18 +106,18 @@ void TraceSession::setUpBuffer(const Wanted& wanted) {
     takeSignal();
 }
 
-void TraceSession::enableTracing(bool on) {
+void LiveTrace::enableTracing(bool on) {
     endUnless(isDone(trace::enable(on)), kEnableFailed);
     enabled_ = on;
 }
 
-KernelBufferInfo TraceSession::bufferInfo() {
+KernelBufferInfo LiveTrace::bufferInfo() {
     KernelBufferInfo info{};
     endUnless(isDone(trace::getBufferInfo(info)), "trace facility failure, KERN_KDGETBUF\n");
     return info;
 }
 
-trace::Read TraceSession::read(std::span<TraceRecord> room) {
+trace::Read LiveTrace::read(std::span<TraceRecord> room) {
     const trace::Read read = trace::read(room);
     isDone(read.result >= 0);
     return read;
@@ -125,12 +125,12 @@ trace::Read TraceSession::read(std::span<TraceRecord> room) {
 
 // The part of the buffer that a kernel buffer of this many entries can fill. A number of entries
 // that makes no sense gives the whole.
-std::span<TraceRecord> TraceSession::roomFor(int32_t entries) const {
+std::span<TraceRecord> LiveTrace::roomFor(int32_t entries) const {
     if (entries < 0) return buffer_;
     return buffer_.first(std::min(static_cast<size_t>(entries), buffer_.size()));
 }
 
-TraceSession::Pass TraceSession::takePass() {
+LiveTrace::Pass LiveTrace::takePass() {
     const KernelBufferInfo info = bufferInfo();
     const std::span<TraceRecord> room = roomFor(info.entries);
     const trace::Read got = read(room);
@@ -143,7 +143,7 @@ TraceSession::Pass TraceSession::takePass() {
     return {got.result, wrapped, room.size(), room.first(got.records)};
 }
 
-const char* TraceSession::cleanUp() {
+const char* LiveTrace::cleanUp() {
     const char* failure = nullptr;
     if (enabled_ && !disableTried_) {
         disableTried_ = true;

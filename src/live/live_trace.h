@@ -22,7 +22,7 @@ double clockTicksPerMicrosecond();
 
 // One at a time in a program. An operation of the facility that fails ends the program, as a signal
 // does where one broke the operation off.
-class TraceSession {
+class LiveTrace {
   public:
     // What the program says and how it ends; messages end in "\n".
     struct Program {
@@ -30,9 +30,9 @@ class TraceSession {
         void (*warn)(const char* message);  // something that stops nothing
     };
 
-    explicit constexpr TraceSession(Program program) : program_(program) {}
-    TraceSession(const TraceSession&) = delete;
-    TraceSession& operator=(const TraceSession&) = delete;
+    explicit constexpr LiveTrace(Program program) : program_(program) {}
+    LiveTrace(const LiveTrace&) = delete;
+    LiveTrace& operator=(const LiveTrace&) = delete;
 
     // Saves the audio drivers' debug flags and sets bit 0 beside them, which makes the drivers post
     // records. Failures are warned of and change nothing else.
@@ -68,7 +68,7 @@ class TraceSession {
     };
     Pass takePass();
 
-    // Disables tracing if this session enabled it, removes the buffer and sets the debug flags to
+    // Disables tracing if that was enabled here, removes the buffer and sets the debug flags to
     // the saved ones, 0 where none were saved. A step that failed once is not tried again, those
     // after it are. The message of the last one that failed, or null.
     const char* cleanUp();
