@@ -1,0 +1,26 @@
+// The first reading of a trace for its page: how long it is, and which records are shown.
+
+#pragma once
+
+#include <vector>
+
+#include "analysis/selection.h"
+#include "scope/options.h"
+
+namespace sonaprobe::scope::timeline {
+
+struct Survey {
+    uint64_t records = 0;  // shown
+    Nanoseconds begin = 0;
+    Nanoseconds end = 0;
+    // By slot: whether its record is shown; empty where all are. With a call's start its end is
+    // shown too, and the other way round.
+    std::vector<bool> shown{};
+
+    bool shows(uint64_t slot) const { return shown.empty() || shown[slot]; }
+};
+
+// Throws a Failure where no record is selected.
+void survey(const TraceOptions& trace, const Selection& selection, Survey& survey);
+
+}  // namespace sonaprobe::scope::timeline
