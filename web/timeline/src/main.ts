@@ -1,0 +1,7 @@
+// Opens the trace that the page holds, and shows it.
+import { openTrace } from './data/open';
+import { showPage } from './view/page';
+
+void Promise.resolve(openTrace(document)).then((trace) => {
+  showPage(document.getElementById('timeline')!, trace);
+});
