@@ -17,15 +17,15 @@ import type { Viewport } from './viewport';
 const kColours = kHueCount * kShades + 1; // and that of waiting
 const kWait = kColours - 1;
 const kGap = 3; // device pixels from which on neighbours are set apart
-const kNamed = 26; // CSS pixels from which on a bar may carry its method
+const kNamed = 26; // layout pixels from which on a bar may carry its method
 const kMany = 0xffffffff; // instead of a bar: several that are too narrow to be told apart
 
-// A canvas in device pixels, and how it stands to the page.
+// A canvas in device pixels, and how it stands to the layout.
 export interface Surface {
   readonly context: CanvasRenderingContext2D;
   width: number; // device pixels
   height: number;
-  ratio: number; // device pixels a CSS pixel
+  ratio: number; // device pixels a layout pixel
 }
 
 export class BarPainter {
@@ -192,7 +192,10 @@ export class BarPainter {
   }
 }
 
-// Points are small lozenges in the row of their depth, failed ones amber and larger.
+const kApart = 11; // layout pixels between two lozenges; nearer points are ticks
+
+// Points stand in the row of their depth: faint ticks where they crowd, else lozenges, larger and
+// amber where they failed.
 export function paintPoints(
   surface: Surface,
   view: Viewport,
@@ -201,25 +204,33 @@ export function paintPoints(
   points: Points,
   theme: Theme,
 ): void {
-  for (const failed of [false, true]) {
-    const { context, ratio } = surface;
-    const scale = ratio / view.nsPerPixel;
+  const { context, ratio } = surface;
+  const scale = ratio / view.nsPerPixel;
+  for (let kind = 0; kind < 3; kind++) {
+    const failed = kind === 2;
     const size = (failed ? 6 : 3.5) * ratio;
     context.fillStyle = failed ? theme.amber : theme.ink;
+    context.globalAlpha = kind === 0 ? 0.45 : 1;
     context.beginPath();
-    let any = false;
+    let last = -Infinity;
     for (let at = 0; at < points.count; at++) {
       if ((points.flags[at] & kFailure) !== 0 !== failed) continue;
       const depth = Math.min(points.depth[at], row.depths - 1);
       const x = Math.round((points.time[at] - view.from) * scale);
       if (x < -size || x > surface.width + size) continue;
       const y = (top + depthTop(depth) + depthHeight(depth) / 2) * ratio;
-      context.moveTo(x, y - size);
-      context.lineTo(x + size, y);
-      context.lineTo(x, y + size);
-      context.lineTo(x - size, y);
-      any = true;
+      const crowded = !failed && x - last < kApart * ratio;
+      if (crowded && x - last < 3 * ratio) continue;
+      last = x;
+      if (crowded && kind === 0) {
+        context.rect(x, y - size / 2, ratio, size);
+      } else if (!crowded && kind > 0) {
+        context.moveTo(x, y - size);
+        context.lineTo(x + size, y);
+        context.lineTo(x, y + size);
+        context.lineTo(x - size, y);
+      }
     }
-    if (any) context.fill();
+    context.fill();
   }
 }

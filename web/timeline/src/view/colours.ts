@@ -9,13 +9,13 @@ interface Hue {
 
 // Of OKLCH, the colour space in which equal steps look equal.
 const kHues: readonly Hue[] = [
-  { lift: -0.03, chroma: 0.14, angle: 262 }, // blue
+  { lift: -0.01, chroma: 0.17, angle: 272 }, // blue
   { lift: -0.07, chroma: 0.13, angle: 148 }, // green
-  { lift: 0.07, chroma: 0.11, angle: 217 }, // sky
-  { lift: -0.08, chroma: 0.09, angle: 308 }, // plum
-  { lift: 0.06, chroma: 0.15, angle: 118 }, // lime
-  { lift: 0.03, chroma: 0.09, angle: 172 }, // mint
-  { lift: 0.02, chroma: 0.13, angle: 328 }, // orchid
+  { lift: 0.09, chroma: 0.14, angle: 232 }, // sky
+  { lift: -0.09, chroma: 0.06, angle: 296 }, // plum
+  { lift: 0.09, chroma: 0.17, angle: 119 }, // lime
+  { lift: 0.06, chroma: 0.06, angle: 165 }, // mint
+  { lift: -0.02, chroma: 0.15, angle: 322 }, // orchid
 ];
 const kGrey: Hue = { lift: 0, chroma: 0.008, angle: 255 };
 export const kHueCount = kHues.length + 1; // with the grey of codes without decoder
@@ -40,7 +40,7 @@ export function shadeOf(depth: number): number {
 // Red, green and blue from 0 to 1; what a screen cannot show loses chroma until it can.
 export function barRgb(hue: number, shade: number, scheme: Scheme): [number, number, number] {
   const { lift, chroma, angle } = kHues[hue] ?? kGrey;
-  const lightness = scheme.lightness + lift * 0.6 + shade * scheme.step;
+  const lightness = scheme.lightness + lift * 0.85 + shade * scheme.step;
   for (let strength = chroma; ; strength *= 0.9) {
     const rgb = fromOklch(lightness, strength, angle);
     if (strength < 0.005 || rgb.every((part) => part >= 0 && part <= 1)) return rgb;

@@ -4,9 +4,11 @@ import type { Cycles } from '../trace';
 import type { Surface } from './bars';
 import type { Theme } from './colours';
 import { kStrip } from './lanes';
+import { duration } from './units';
 import type { Viewport } from './viewport';
 
 const kTop = 4 / 3; // budgets the strip is high; more is cut
+const kBudgetLine = kStrip / kTop; // layout pixels from the strip's base to that line
 const kKinds = 3; // in time, past the deadline, with a dropout
 
 export function paintCycles(
@@ -19,9 +21,9 @@ export function paintCycles(
   const { context, ratio, width } = surface;
   const scale = ratio / view.nsPerPixel;
   const base = Math.round((top + kStrip) * ratio);
-  const budgetHeight = (kStrip / kTop) * ratio;
+  const budgetHeight = kBudgetLine * ratio;
   for (let kind = 0; kind < kKinds; kind++) {
-    context.fillStyle = kind === 0 ? theme.dim : kind === 1 ? theme.strong : theme.red;
+    context.fillStyle = kind === 0 ? theme.strong : kind === 1 ? theme.ink : theme.red;
     const least = kind === 2 ? Math.round(3 * ratio) : 1;
     for (let at = 0; at < cycles.count; at++) {
       const due = cycles.due[at];
@@ -45,4 +47,21 @@ export function paintCycles(
   context.fillRect(0, base - Math.round(budgetHeight), width, Math.max(1, Math.round(ratio / 2)));
   context.fillStyle = theme.line;
   context.fillRect(0, base, width, 1);
+  context.fillStyle = theme.dim;
+  context.textBaseline = 'middle';
+  context.fillText(budgetText(cycles), 4 * ratio, base - Math.round(budgetHeight + 7 * ratio));
+}
+
+let told = NaN;
+let toldText = '';
+
+// "budget 10.7 ms", made anew only where another budget is seen.
+function budgetText(cycles: Cycles): string {
+  for (let at = 0; at < cycles.count; at++) {
+    const budget = cycles.budget[at];
+    if (!(budget > 0)) continue;
+    if (budget !== told) toldText = `budget ${duration((told = budget))}`;
+    return toldText;
+  }
+  return 'budget';
 }

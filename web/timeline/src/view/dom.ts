@@ -21,6 +21,15 @@ export function data(text: string, limit = kNameLimit): HTMLElement {
   return element('bdi', {}, shown(text, limit));
 }
 
+// A driver and its method, to be broken between them if need be.
+export function method(text: string): HTMLElement {
+  const made = element('bdi');
+  shown(text, 2 * kNameLimit)
+    .split(/(?<=::)/)
+    .forEach((part, at) => made.append(...(at > 0 ? [element('wbr')] : []), part));
+  return made;
+}
+
 export function button(
   attributes: Record<string, string>,
   press: () => void,
@@ -52,5 +61,3 @@ export function table(
   made.append(element('thead', {}, head), body);
   return made;
 }
-
-export const calmMotion = matchMedia('(prefers-reduced-motion: reduce)');

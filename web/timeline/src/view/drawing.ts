@@ -1,5 +1,5 @@
 // Draws what is on the screen, once a frame and only when something changed.
-import type { Cycles, Trace } from '../trace';
+import type { Cycles, RecordDetail, Trace } from '../trace';
 import { BarPainter, paintPoints, type Surface } from './bars';
 import { type LaneBuffers, makeBuffers } from './buffers';
 import { currentTheme, type Theme } from './colours';
@@ -12,6 +12,8 @@ import { Ruler, spanText } from './ruler';
 import type { State } from './state';
 import type { Viewport } from './viewport';
 
+const kText = 14; // CSS pixels of the page's text at size 1
+const kWindow = 10; // CSS pixels of the minimap's window at least
 const kFont = 'system-ui, "Segoe UI", "Liberation Sans", "DejaVu Sans", sans-serif';
 
 // A lane on the screen and what it drew last.
@@ -70,8 +72,10 @@ export class Drawing {
   // Sizes follow the page's; drawn at once, so that nothing flickers.
   resize(): void {
     this.frame.stage.style.height = `${this.frame.scroller.clientHeight}px`;
-    for (const surface of [this.lanes, this.ruler, this.minimap]) fit(surface);
-    this.view.width = Math.max(1, this.frame.lanes.clientWidth);
+    const size = parseFloat(getComputedStyle(document.documentElement).fontSize) / kText;
+    for (const surface of [this.lanes, this.ruler, this.minimap]) fit(surface, size);
+    this.view.size = size;
+    this.view.width = Math.max(1, this.frame.lanes.clientWidth / size);
     this.minimapStale = true;
     this.draw(performance.now());
   }
@@ -97,7 +101,7 @@ export class Drawing {
     context.fillStyle = theme.paper;
     context.fillRect(0, 0, width, height);
     this.labels.use(context, `${12 * ratio}px ${kFont}`);
-    const scrolled = this.frame.scroller.scrollTop;
+    const scrolled = this.frame.scroller.scrollTop / view.size;
     const nsPerPixel = view.nsPerPixel / ratio; // device pixels
     this.shownCount = 0;
     for (const row of this.layout.rows) {
@@ -123,7 +127,8 @@ export class Drawing {
       paintPoints(this.lanes, view, row, top + row.callsTop, points, theme);
     }
     this.drawMeasured();
-    this.drawSelected(scrolled);
+    this.outline(this.state.blamed, scrolled, this.theme.red);
+    this.outline(this.state.selected, scrolled, this.theme.ink);
     this.drawDropouts();
   }
 
@@ -158,8 +163,7 @@ export class Drawing {
     context.fillRect(right, 0, thin, height);
   }
 
-  private drawSelected(scrolled: number): void {
-    const { selected } = this.state;
+  private outline(selected: RecordDetail | null, scrolled: number, colour: string): void {
     const row = selected && this.layout.rowOf(selected.lane);
     if (!selected || !row) return;
     const { context, ratio, width } = this.lanes;
@@ -172,7 +176,7 @@ export class Drawing {
     const left = Math.max(-8, Math.round((begin - this.view.from) * scale - half));
     const right = Math.min(width + 8, Math.max(left + 4, Math.round((end - this.view.from) * scale + half)));
     const top = Math.round((row.top - scrolled + row.callsTop + depthTop(depth)) * ratio);
-    context.strokeStyle = this.theme.ink;
+    context.strokeStyle = colour;
     context.lineWidth = thick;
     context.strokeRect(left, top, right - left, Math.round(depthHeight(depth) * ratio));
   }
@@ -212,22 +216,24 @@ export class Drawing {
   private moveWindow(): void {
     const { trace, view, frame } = this;
     const span = Math.max(1, trace.end - trace.begin);
-    const width = frame.minimap.clientWidth;
+    const width = this.minimap.width / devicePixelRatio; // CSS pixels
     const left = Math.max(0, ((view.from - trace.begin) / span) * width);
     const right = Math.min(width, ((view.to - trace.begin) / span) * width);
-    frame.minimapWindow.style.transform = `translateX(${left}px)`;
-    frame.minimapWindow.style.width = `${Math.max(3, right - left)}px`;
+    const wide = Math.max(kWindow, right - left);
+    frame.minimapWindow.style.transform = `translateX(${(left + right - wide) / 2}px)`;
+    frame.minimapWindow.style.width = `${wide}px`;
     const text = spanText(view);
     if (text !== this.spanShown) frame.spanText.textContent = this.spanShown = text;
   }
 
-  // What lies under a place of the lanes, in CSS pixels of the canvas; null: nothing.
+  // What lies under a place of the lanes, in layout pixels; null: nothing.
   hit(x: number, y: number): Hit | null {
-    const row = this.layout.rowAt(y + this.frame.scroller.scrollTop);
+    const below = y + this.frame.scroller.scrollTop / this.view.size;
+    const row = this.layout.rowAt(below);
     if (!row?.lane) return null;
     const shown = this.shown.slice(0, this.shownCount).find((one) => one.row === row);
     if (!shown) return null;
-    const inside = y + this.frame.scroller.scrollTop - row.top;
+    const inside = below - row.top;
     const time = this.view.time(x);
     if (inside < row.callsTop) return cycleAt(shown, time);
     const calls = inside - row.callsTop;
@@ -289,11 +295,11 @@ function surfaceOf(canvas: HTMLCanvasElement): Surface {
   return { context, width: 1, height: 1, ratio: 1 };
 }
 
-function fit(surface: Surface): void {
+function fit(surface: Surface, size: number): void {
   const { canvas } = surface.context;
-  surface.ratio = devicePixelRatio || 1;
-  surface.width = Math.max(1, Math.round(canvas.clientWidth * surface.ratio));
-  surface.height = Math.max(1, Math.round(canvas.clientHeight * surface.ratio));
+  surface.ratio = devicePixelRatio * size;
+  surface.width = Math.max(1, Math.round(canvas.clientWidth * devicePixelRatio));
+  surface.height = Math.max(1, Math.round(canvas.clientHeight * devicePixelRatio));
   if (canvas.width !== surface.width) canvas.width = surface.width;
   if (canvas.height !== surface.height) canvas.height = surface.height;
 }

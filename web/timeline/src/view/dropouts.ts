@@ -1,7 +1,7 @@
 // The list of dropouts: those with one cause and one culprit are one finding.
 import type { Dropout, Trace } from '../trace';
 import { causeSentence } from './causes';
-import { button, data, element } from './dom';
+import { button, data, element, method } from './dom';
 import type { Commands } from './state';
 import { counted, duration, moment } from './units';
 
@@ -64,7 +64,7 @@ export class DropoutList {
         ? button(
             { class: 'culprit', title: 'Show this call (key c)' },
             () => this.commands.reveal(first.culpritRecord),
-            data(first.culprit || 'the call that did it'),
+            method(first.culprit || 'the call that did it'),
           )
         : first.culprit
           ? data(first.culprit)

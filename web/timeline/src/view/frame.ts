@@ -105,7 +105,7 @@ function head(
     element(
       'div',
       { class: 'tools' },
-      element('label', {}, 'Lanes by ', frame.grouping),
+      element('label', {}, element('span', {}, 'Lanes by '), frame.grouping),
       button({ title: 'Key 0' }, () => commands.whole(), 'Whole trace'),
       button({ title: 'Key ?' }, () => commands.help(), 'Keys'),
       button({}, about, 'About'),
@@ -119,7 +119,7 @@ function dropoutVerdict(trace: Trace, commands: Commands): HTMLElement {
   const text =
     trace.dropouts.length === 1
       ? `1 dropout, at ${moment(first.time, 1e6)}`
-      : `${count(trace.dropouts.length)} dropouts, the first at ${moment(first.time, 1e6)}`;
+      : `${count(trace.dropouts.length)} dropouts, first at ${moment(first.time, 1e6)}`;
   return button(
     { class: 'verdict dropout', title: 'Go there (key o)' },
     () => commands.dropout(0),

@@ -8,6 +8,7 @@ import type { LaneLayout, Row } from './lanes';
 import type { Commands, State } from './state';
 import { shown as safe } from './text';
 import { counted, duration, moment, percent } from './units';
+import type { Viewport } from './viewport';
 
 const kTold = 10; // calls of a lane's table
 const kSettle = 400; // ms without a change, then the tables follow
@@ -28,6 +29,7 @@ export class Heads {
   constructor(
     private readonly trace: Trace,
     private readonly frame: Frame,
+    private readonly view: Viewport,
     private readonly layout: LaneLayout,
     private readonly state: State,
     private readonly commands: Commands,
@@ -36,14 +38,15 @@ export class Heads {
 
   // Moves the titles with the lanes: in the same frame, so that neither runs ahead.
   follow(drawing: Drawing): void {
-    const scrolled = this.frame.scroller.scrollTop;
-    const height = this.frame.scroller.clientHeight;
+    const { size } = this.view;
+    const scrolled = this.frame.scroller.scrollTop / size;
+    const height = this.frame.scroller.clientHeight / size;
     this.frames++;
     for (const row of this.layout.rows) {
       if (row.top + row.height <= scrolled || row.top >= scrolled + height) continue;
       const head = this.headOf(row);
       head.seen = this.frames;
-      const top = row.top - scrolled;
+      const top = (row.top - scrolled) * size;
       if (head.top !== top) head.section.style.transform = `translateY(${top}px)`;
       head.top = top;
       head.section.classList.toggle('current', row.lane !== null && row.lane.id === this.state.lane);
@@ -76,7 +79,7 @@ export class Heads {
     const section = row.lane
       ? this.laneSection(row, row.lane, place)
       : this.headingSection(row);
-    section.style.height = `${row.height}px`;
+    section.style.height = `${row.height * this.view.size}px`;
     return { section, table: place, row, top: NaN, seen: 0 };
   }
 

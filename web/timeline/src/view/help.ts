@@ -6,8 +6,8 @@ export class Overlays {
   private readonly keys = overlay('Keys', ...keyTables());
   private readonly about: HTMLDialogElement;
 
-  constructor(place: HTMLElement) {
-    this.about = overlay('About', ...aboutTexts());
+  constructor(place: HTMLElement, legend: HTMLElement) {
+    this.about = overlay('About', ...aboutTexts(), legend);
     place.append(this.keys, this.about);
   }
 

@@ -1,17 +1,17 @@
-// Which lanes are shown, in what order and how high: pinned ones first, I/O threads next, then the
-// busiest; idle threads fold into one line.
+// Which lanes are shown, in what order and how high: pinned ones first, I/O threads next, then those
+// that made the sound break off, then the busiest; idle threads fold into one line.
 import type { Lane, Trace } from '../trace';
 import { counted } from './units';
 
 export type Grouping = 'thread' | 'processor' | 'driver';
 export const kGroupings: readonly Grouping[] = ['thread', 'processor', 'driver'];
 
-// Sizes in CSS pixels.
+// Sizes in layout pixels.
 export const kRow = 18; // a depth
 export const kDeepRow = 5; // a depth beyond the first kFullRows
-export const kFullRows = 12;
-export const kMostRows = 64; // deeper calls are not drawn
-export const kStrip = 34; // an I/O thread's cycles
+export const kFullRows = 10;
+export const kMostRows = 48; // deeper calls are not drawn
+export const kStrip = 40; // an I/O thread's cycles
 export const kPadding = 6;
 const kTitle = 22; // above the calls, where the screen is too narrow for a column of titles
 const kLeast = 44;
@@ -108,7 +108,9 @@ export class LaneLayout {
       .filter((lane) => lane.kind === 'io')
       .sort(busiestFirst)
       .forEach((lane) => this.addLane(lane, choice));
-    const threads = left.filter((lane) => lane.kind === 'thread').sort(busiestFirst);
+    const threads = left
+      .filter((lane) => lane.kind === 'thread')
+      .sort((one, other) => this.concern(other) - this.concern(one) || busiestFirst(one, other));
     if (choice.grouping === 'thread') {
       this.addThreads(threads, choice);
       return;
@@ -135,6 +137,10 @@ export class LaneLayout {
 
   rowOf(lane: number): Row | null {
     return this.rows.find((row) => row.lane?.id === lane) ?? null;
+  }
+
+  private concern(lane: Lane): number {
+    return this.concerned.has(lane.id) ? 1 : 0;
   }
 
   private addThreads(threads: readonly Lane[], choice: LaneChoice): void {

@@ -8,12 +8,16 @@ const kScratch = makeBuffers();
 const kUsualBudget = 10e6; // ns, where no cycle tells it
 
 // A dropout's neighbourhood: the cycles around it, and its culprit where that is near.
-export async function neighbourhood(trace: Trace, dropout: Dropout): Promise<Span> {
+export async function neighbourhood(
+  trace: Trace,
+  dropout: Dropout,
+): Promise<{ span: Span; culprit: RecordDetail | null }> {
   const budget = budgetNear(trace, dropout);
   let from = dropout.time - Math.max(2 * budget, dropout.lacking + budget);
   let to = dropout.time + budget;
-  if (dropout.culpritRecord >= 0) {
-    const { call, time } = await trace.detail(dropout.culpritRecord);
+  const culprit = dropout.culpritRecord < 0 ? null : await trace.detail(dropout.culpritRecord);
+  if (culprit) {
+    const { call, time } = culprit;
     const begin = call?.begin ?? time;
     const end = call?.end ?? time;
     const reach = 20 * (to - from);
@@ -23,7 +27,7 @@ export async function neighbourhood(trace: Trace, dropout: Dropout): Promise<Spa
       to = Math.max(to, end + margin);
     }
   }
-  return { from, to };
+  return { span: { from, to }, culprit };
 }
 
 function budgetNear(trace: Trace, dropout: Dropout): number {

@@ -2,7 +2,7 @@
 import type { Matches, RecordDetail, Trace } from '../trace';
 import { causeSentence } from './causes';
 import { emptyDetails, fillDetails } from './details';
-import { calmMotion, data, button, element } from './dom';
+import { button, data, element } from './dom';
 import { Drawing, firstAfter } from './drawing';
 import { DropoutList } from './dropouts';
 import { readFragment, writeFragment } from './fragment';
@@ -55,8 +55,9 @@ class Page implements Commands {
     private readonly trace: Trace,
   ) {
     this.view = new Viewport(trace.begin, trace.end);
-    this.view.calm = calmMotion.matches;
-    calmMotion.addEventListener('change', () => (this.view.calm = calmMotion.matches));
+    const calm = matchMedia('(prefers-reduced-motion: reduce)');
+    this.view.calm = calm.matches;
+    calm.addEventListener('change', () => (this.view.calm = calm.matches));
     this.layout = new LaneLayout(trace);
     this.frame = makeFrame(place, trace, this, () => this.overlays.showAbout(), (grouping) => this.regroup(grouping));
     this.side = new Side(this.frame.side, () => this.changed());
@@ -72,9 +73,9 @@ class Page implements Commands {
       (step) => this.nextMatch(step),
       () => this.frame.scroller.focus(),
     );
-    this.overlays = new Overlays(place);
+    this.overlays = new Overlays(place, legend(trace));
     this.tip = new Tip(this.frame.tip, trace);
-    this.heads = new Heads(trace, this.frame, this.layout, this.state, this, (lane) => this.choose(lane));
+    this.heads = new Heads(trace, this.frame, this.view, this.layout, this.state, this, (lane) => this.choose(lane));
     this.drawing = new Drawing(trace, this.frame, this.view, this.layout, this.state, () => this.drawn());
     this.readAddress();
     this.drawing.resize();
@@ -107,10 +108,11 @@ class Page implements Commands {
 
   private arrange(): void {
     const { state, frame, layout } = this;
+    const { size } = this.view;
     const narrow = frame.scroller.clientWidth < kNarrow;
     frame.scroller.classList.toggle('narrow', narrow);
     layout.arrange(state.choice, narrow);
-    frame.track.style.height = `${Math.max(layout.height, frame.scroller.clientHeight)}px`;
+    frame.track.style.height = `${Math.max(layout.height * size, frame.scroller.clientHeight)}px`;
     frame.grouping.value = state.choice.grouping;
     this.changed();
   }
@@ -156,13 +158,15 @@ class Page implements Commands {
   dropout(index: number): void {
     const dropout = this.trace.dropouts[index];
     this.state.dropout = index;
+    this.state.blamed = null;
     this.side.show(0);
     this.dropouts.mark(index);
-    const culprit = dropout.culprit ? ` ${safe(dropout.culprit)}.` : '';
-    this.speak(`Dropout ${index + 1} of ${this.trace.dropouts.length}, at ${moment(dropout.time, 1e5)}. ${causeSentence(dropout.cause)}${culprit}`);
+    const named = dropout.culprit ? ` ${safe(dropout.culprit)}.` : '';
+    this.speak(`Dropout ${index + 1} of ${this.trace.dropouts.length}, at ${moment(dropout.time, 1e5)}. ${causeSentence(dropout.cause)}${named}`);
     const asked = ++this.asked;
-    void neighbourhood(this.trace, dropout).then((span) => {
+    void neighbourhood(this.trace, dropout).then(({ span, culprit }) => {
       if (asked !== this.asked) return;
+      this.state.blamed = culprit;
       this.view.show(span.from, span.to);
       if (dropout.lane >= 0) this.choose(dropout.lane);
       this.changed();
@@ -308,11 +312,15 @@ class Page implements Commands {
       this.arrange();
     }
     const row = this.layout.rowOf(lane);
-    const { scroller } = this.frame;
-    if (row && row.top < scroller.scrollTop) scroller.scrollTop = row.top;
-    else if (row && row.top + row.height > scroller.scrollTop + scroller.clientHeight)
-      scroller.scrollTop = Math.min(row.top, row.top + row.height - scroller.clientHeight);
+    if (row) this.bringUp(row.top * this.view.size, row.height * this.view.size);
     this.changed();
+  }
+
+  private bringUp(top: number, height: number): void {
+    const { scroller } = this.frame;
+    if (top < scroller.scrollTop) scroller.scrollTop = top;
+    else if (top + height > scroller.scrollTop + scroller.clientHeight)
+      scroller.scrollTop = Math.min(top, top + height - scroller.clientHeight);
   }
 
   scroll(pages: number): void {
@@ -382,6 +390,8 @@ class Page implements Commands {
       this.state.selected = null;
       this.wanted = null;
       emptyDetails(this.side.sheets[1]);
+    } else if (this.state.blamed) {
+      this.state.blamed = null;
     } else {
       this.search.set('');
     }
@@ -417,7 +427,7 @@ class Page implements Commands {
       hover: (x, y, event) => {
         const hit = event.target === frame.lanes ? drawing.hit(x, y) : null;
         frame.hairline.hidden = false;
-        frame.hairline.style.transform = `translateX(${x + frame.lanes.offsetLeft}px)`;
+        frame.hairline.style.transform = `translateX(${x * view.size + frame.lanes.offsetLeft}px)`;
         this.tip.show(event.clientX, event.clientY, pointedMoment(view.time(x), view.nsPerPixel), hit);
       },
       leave: () => {
@@ -425,7 +435,7 @@ class Page implements Commands {
         this.tip.hide();
       },
       click: (x, y) => {
-        const row = this.layout.rowAt(y + frame.scroller.scrollTop);
+        const row = this.layout.rowAt(y + frame.scroller.scrollTop / view.size);
         if (row?.lane) this.state.lane = row.lane.id;
         const hit = drawing.hit(x, y);
         if (hit) this.select(hit.record);

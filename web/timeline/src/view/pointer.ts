@@ -4,14 +4,14 @@ import type { Viewport } from './viewport';
 
 export interface PointerActs {
   changed(): void; // the stretch of time moved
-  hover(x: number, y: number, event: PointerEvent): void;
+  hover(x: number, y: number, event: PointerEvent): void; // in layout pixels, as the others
   leave(): void;
   click(x: number, y: number): void;
   doubleClick(x: number, y: number): void;
   measure(from: number, to: number, done: boolean): void;
 }
 
-const kClick = 4; // CSS pixels that a click may wander
+const kClick = 4; // layout pixels that a click may wander
 const kWheel = 0.0022; // zoom a pixel of the wheel
 const kPinch = 0.012;
 
@@ -26,7 +26,7 @@ export function listenToPointer(
     canvas.addEventListener('wheel', (event) => wheel(event, view, acts), { passive: false });
     new Drag(canvas, frame.scroller, view, acts);
   }
-  frame.lanes.addEventListener('dblclick', (event) => acts.doubleClick(event.offsetX, event.offsetY));
+  frame.lanes.addEventListener('dblclick', (event) => acts.doubleClick(event.offsetX / view.size, event.offsetY / view.size));
   listenToMinimap(frame, view, begin, end, acts);
 }
 
@@ -35,20 +35,24 @@ function wheel(event: WheelEvent, view: Viewport, acts: PointerActs): void {
   const unit = event.deltaMode === 1 ? 16 : event.deltaMode === 2 ? 400 : 1;
   const across = event.shiftKey && event.deltaX === 0 ? event.deltaY : event.deltaX;
   if (!event.ctrlKey && Math.abs(across) >= Math.abs(event.deltaY)) {
-    view.pan(across * unit);
+    view.pan((across * unit) / view.size);
   } else {
     const strength = event.ctrlKey ? kPinch : kWheel;
     const turned = Math.max(-600, Math.min(600, event.deltaY * unit));
-    view.zoom(Math.exp(turned * strength), event.offsetX, !event.ctrlKey);
+    view.zoom(Math.exp(turned * strength), event.offsetX / view.size, !event.ctrlKey);
   }
   acts.changed();
 }
 
+interface Place {
+  readonly x: number;
+  readonly y: number;
+}
+
 // One pointer drags or measures, two pinch.
 class Drag {
-  private readonly held = new Map<number, { x: number; y: number }>();
-  private startX = 0;
-  private startY = 0;
+  private readonly held = new Map<number, Place>(); // by pointer
+  private start: Place = { x: 0, y: 0 };
   private moved = false;
   private measureFrom = NaN;
 
@@ -65,51 +69,53 @@ class Drag {
     canvas.addEventListener('pointerleave', () => acts.leave());
   }
 
+  // Where the pointer is, in layout pixels.
+  private placeOf(event: PointerEvent): Place {
+    return { x: event.offsetX / this.view.size, y: event.offsetY / this.view.size };
+  }
+
   private down(event: PointerEvent): void {
     if (event.button !== 0) return;
     this.canvas.setPointerCapture(event.pointerId);
-    this.held.set(event.pointerId, { x: event.offsetX, y: event.offsetY });
-    this.startX = event.offsetX;
-    this.startY = event.offsetY;
+    this.start = this.placeOf(event);
+    this.held.set(event.pointerId, this.start);
     this.moved = this.held.size > 1;
-    this.measureFrom = event.shiftKey ? this.view.time(event.offsetX) : NaN;
+    this.measureFrom = event.shiftKey ? this.view.time(this.start.x) : NaN;
   }
 
   private move(event: PointerEvent): void {
     const held = this.held.get(event.pointerId);
-    if (!held) {
-      this.acts.hover(event.offsetX, event.offsetY, event);
-      return;
-    }
-    const away = Math.hypot(event.offsetX - this.startX, event.offsetY - this.startY);
-    if (!this.moved && away < kClick) return;
+    const place = this.placeOf(event);
+    this.acts.hover(place.x, place.y, event);
+    if (!held) return;
+    if (!this.moved && Math.hypot(place.x - this.start.x, place.y - this.start.y) < kClick) return;
     this.moved = true;
     if (!Number.isNaN(this.measureFrom)) {
-      this.acts.measure(this.measureFrom, this.view.time(event.offsetX), false);
+      this.acts.measure(this.measureFrom, this.view.time(place.x), false);
     } else if (this.held.size === 1) {
-      this.view.pan(held.x - event.offsetX);
-      this.scroller.scrollTop += held.y - event.offsetY;
+      this.view.pan(held.x - place.x);
+      this.scroller.scrollTop += (held.y - place.y) * this.view.size;
     } else {
-      this.pinch(event, held);
+      this.pinch(event.pointerId, held, place);
     }
-    held.x = event.offsetX;
-    held.y = event.offsetY;
+    this.held.set(event.pointerId, place);
     this.acts.changed();
   }
 
-  private pinch(event: PointerEvent, held: { x: number }): void {
+  private pinch(pointer: number, held: Place, place: Place): void {
     let other = held;
-    for (const [id, one] of this.held) if (id !== event.pointerId) other = one;
+    for (const [id, one] of this.held) if (id !== pointer) other = one;
     const before = Math.max(8, Math.abs(held.x - other.x));
-    const after = Math.max(8, Math.abs(event.offsetX - other.x));
+    const after = Math.max(8, Math.abs(place.x - other.x));
     this.view.zoom(before / after, other.x, false);
   }
 
   private up(event: PointerEvent, whole: boolean): void {
     if (!this.held.delete(event.pointerId) || !whole) return;
-    if (!this.moved) this.acts.click(event.offsetX, event.offsetY);
+    const { x, y } = this.placeOf(event);
+    if (!this.moved) this.acts.click(x, y);
     else if (!Number.isNaN(this.measureFrom))
-      this.acts.measure(this.measureFrom, this.view.time(event.offsetX), true);
+      this.acts.measure(this.measureFrom, this.view.time(x), true);
     this.measureFrom = NaN;
   }
 }

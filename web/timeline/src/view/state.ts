@@ -12,6 +12,7 @@ export interface State {
   lane: number; // the current one, -1: none
   selected: RecordDetail | null;
   dropout: number; // the one looked at, -1: none
+  blamed: RecordDetail | null; // its culprit
   measured: Span | null;
   words: string; // searched for
   matches: Matches | null;
@@ -24,6 +25,7 @@ export function firstState(): State {
     lane: -1,
     selected: null,
     dropout: -1,
+    blamed: null,
     measured: null,
     words: '',
     matches: null,

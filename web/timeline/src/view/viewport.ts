@@ -7,7 +7,8 @@ const kShortest = 200; // ns on the whole screen
 export class Viewport {
   from: number;
   to: number;
-  width = 1; // CSS pixels
+  width = 1; // layout pixels
+  size = 1; // CSS pixels a layout pixel: more on very wide screens, so that all stays readable
   calm = false; // no easing
   private toFrom: number;
   private toTo: number;
