@@ -105,7 +105,7 @@ function head(
     element(
       'div',
       { class: 'tools' },
-      element('label', {}, element('span', {}, 'Lanes by '), frame.grouping),
+      element('span', { 'aria-hidden': 'true' }, 'Lanes by'), frame.grouping,
       button({ title: 'Key 0' }, () => commands.whole(), 'Whole trace'),
       button({ title: 'Key ?' }, () => commands.help(), 'Keys'),
       button({}, about, 'About'),
@@ -139,7 +139,7 @@ function failureVerdict(trace: Trace, commands: Commands): HTMLElement {
 }
 
 function groupingSelect(regroup: (grouping: Grouping) => void): HTMLSelectElement {
-  const select = element('select');
+  const select = element('select', { 'aria-label': 'Lanes by' });
   for (const grouping of kGroupings) select.append(element('option', { value: grouping }, grouping));
   select.addEventListener('change', () => regroup(select.value as Grouping));
   return select;

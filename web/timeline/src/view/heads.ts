@@ -42,10 +42,14 @@ export class Heads {
     const scrolled = this.frame.scroller.scrollTop / size;
     const height = this.frame.scroller.clientHeight / size;
     this.frames++;
+    const focused = this.focusedButton();
+    let before: Element | null = null;
     for (const row of this.layout.rows) {
       if (row.top + row.height <= scrolled || row.top >= scrolled + height) continue;
       const head = this.headOf(row);
       head.seen = this.frames;
+      this.place(head.section, before);
+      before = head.section;
       const top = (row.top - scrolled) * size;
       if (head.top !== top) head.section.style.transform = `translateY(${top}px)`;
       head.top = top;
@@ -56,21 +60,38 @@ export class Heads {
       head.section.remove();
       this.heads.delete(key);
     }
+    if (focused && document.activeElement === document.body)
+      this.heads.get(focused.key)?.section.querySelectorAll('button')[focused.at]?.focus();
     window.clearTimeout(this.timer);
     this.timer = window.setTimeout(() => this.tell(drawing), kSettle);
   }
 
-  // A row that was arranged anew gets a new title; the button that had the focus keeps it.
+  // The button with the focus, so that it keeps it where its title is made anew or moved.
+  private focusedButton(): { key: number | string; at: number } | null {
+    const active = document.activeElement;
+    if (!active || !this.frame.heads.contains(active)) return null;
+    for (const [key, { section }] of this.heads) {
+      const at = [...section.querySelectorAll('button')].findIndex((one) => one === active);
+      if (at >= 0) return { key, at };
+    }
+    return null;
+  }
+
+  // Titles are read in the order in which they are seen.
+  private place(section: HTMLElement, before: Element | null): void {
+    if (section.isConnected && section.previousElementSibling === before) return;
+    if (before) before.after(section);
+    else this.frame.heads.prepend(section);
+  }
+
+  // A row that was arranged anew gets a new title.
   private headOf(row: Row): Head {
     const key = row.lane ? row.lane.id : row.text;
     const old = this.heads.get(key);
     if (old?.row === row) return old;
     const head = this.make(row);
     this.heads.set(key, head);
-    const focused = old ? [...old.section.querySelectorAll('button')].findIndex(isFocused) : -1;
-    if (old) old.section.replaceWith(head.section);
-    else this.frame.heads.append(head.section);
-    if (focused >= 0) head.section.querySelectorAll('button')[focused]?.focus();
+    old?.section.remove();
     return head;
   }
 
@@ -130,10 +151,6 @@ export class Heads {
       head?.table.replaceChildren(callTable(this.trace.events, shown, kTold, data));
     }
   }
-}
-
-function isFocused(one: Element): boolean {
-  return one === document.activeElement;
 }
 
 export function laneTitle(lane: Lane): string {

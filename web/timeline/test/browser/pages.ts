@@ -93,5 +93,5 @@ export async function open(
 
 // Waits until easing is over, and the address and tables have followed.
 export async function settled(page: Page): Promise<void> {
-  await page.waitForTimeout(700);
+  await page.waitForTimeout(500);
 }
