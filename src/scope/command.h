@@ -32,5 +32,6 @@ Run setUpStats(CLI::App& app);
 Run setUpTree(CLI::App& app);
 Run setUpDiff(CLI::App& app);
 Run setUpWhy(CLI::App& app);
+Run setUpTimeline(CLI::App& app);
 
 }  // namespace sonaprobe::scope

@@ -96,8 +96,7 @@ void printFinding(Output& out, const WhyAnswer& answer, const DropoutFinding& fi
     head.add("  " + std::string(kCertainties.at(static_cast<size_t>(first.verdict.certainty))),
              {Tone::dim});
     head.print(out, true, 2);
-    out.line("  " + std::string(kMeanings.at(static_cast<size_t>(first.verdict.cause))) +
-             (first.verdict.carried ? ", in the cycle before" : ""));
+    out.line("  " + meaningOf(first.verdict));
 
     std::string when = "  " + plural(finding.dropouts.size(), "dropout");
     if (finding.lacking > 0) {
@@ -180,6 +179,11 @@ Json dropoutJson(const Dropout& dropout) {
 }
 
 }  // namespace
+
+std::string meaningOf(const Verdict& verdict) {
+    return std::string(kMeanings.at(static_cast<size_t>(verdict.cause))) +
+           (verdict.carried ? ", in the cycle before" : "");
+}
 
 std::vector<std::string> limitsOf(const IoTrace& trace, const std::vector<TimedThread>& threads) {
     std::vector<std::string> limits;

@@ -31,6 +31,9 @@ struct WhyAnswer {
     std::map<uint64_t, EvidenceRecord> evidence{};  // by slot
 };
 
+// What a cause means, in words.
+std::string meaningOf(const Verdict& verdict);
+
 // What the trace cannot show, in sentences.
 std::vector<std::string> limitsOf(const IoTrace& trace, const std::vector<TimedThread>& threads);
 

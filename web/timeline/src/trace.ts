@@ -30,7 +30,8 @@ export interface Dropout {
   readonly time: number;
   readonly lane: number;
   readonly lacking: number; // ns
-  readonly cause: string; // as `sonascope why` says it
+  readonly cause: string; // "blocked-by", as `sonascope why` names it
+  readonly meaning: string; // the same as a sentence without its end
   readonly certainty: string;
   readonly culprit: string; // "OrvelHDAWidget::pinSense, thread 0x00001c41", "" where none is named
   readonly culpritRecord: number; // -1 where none is
@@ -55,6 +56,8 @@ export interface Bars {
   record: Float64Array; // the start's
 }
 
+// Records that are no part of a call, and ends without a start, which have kCutOff. A point's depth is
+// that of the innermost call around it.
 export interface Points {
   count: number;
   time: Float64Array;

@@ -26,7 +26,7 @@ export interface Scheme {
   readonly step: number; // from depth to depth
 }
 export const kLight: Scheme = { lightness: 0.74, step: 0.027 };
-export const kDark: Scheme = { lightness: 0.48, step: -0.022 };
+export const kDark: Scheme = { lightness: 0.48, step: -0.014 };
 
 // Which hue an event's family has, and the last one for codes without decoder.
 export function hueOf(driver: string, family: number): number {

@@ -1,0 +1,36 @@
+// The whole span in a thousand buckets: what there is before anything else is unpacked.
+
+#pragma once
+
+#include <cstdint>
+#include <vector>
+
+#include "analysis/trace_clock.h"
+#include "scope/json.h"
+
+namespace sonaprobe::scope::timeline {
+
+class Overview {
+  public:
+    static constexpr size_t kBuckets = 1024;
+
+    Overview(Nanoseconds begin, Nanoseconds end);
+
+    void addRecord(Nanoseconds time, bool failure);
+    void addBusy(Nanoseconds begin, Nanoseconds end);
+
+    // "busy" is the share of the time of so many processors, in thousandths.
+    Json toJson(size_t processors) const;
+
+  private:
+    size_t bucketOf(Nanoseconds time) const;
+
+    Nanoseconds begin_;
+    Nanoseconds width_;
+    std::vector<uint64_t> records_ = std::vector<uint64_t>(kBuckets);
+    std::vector<uint64_t> failures_ = std::vector<uint64_t>(kBuckets);
+    std::vector<double> busy_ = std::vector<double>(kBuckets);  // at the ends of what is busy
+    std::vector<int64_t> whole_ = std::vector<int64_t>(kBuckets + 1);  // buckets that begin or end
+};
+
+}  // namespace sonaprobe::scope::timeline

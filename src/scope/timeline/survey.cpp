@@ -1,0 +1,84 @@
+// Reads a trace for what must be known before it is packed.
+
+#include "scope/timeline/survey.h"
+
+#include "scope/records.h"
+#include "scope/units.h"
+
+namespace sonaprobe::scope::timeline {
+
+namespace {
+
+// Marks the slots that are shown: what is selected, and with one end of a call the other.
+class ShownSlots final : public CallSink {
+  public:
+    explicit ShownSlots(std::vector<bool>& shown) : shown_(&shown) {}
+
+    void show(uint64_t slot) {
+        if (slot >= shown_->size()) shown_->resize(slot + 1);
+        (*shown_)[slot] = true;
+    }
+    void follow(const TraceRecord& slot) { tracker_.take(slot); }
+    void finish() {
+        tracker_.finish();
+        shown_->resize(tracker_.slots() + 1);
+    }
+
+  private:
+    uint32_t opened(const TraceRecord&, const Call&, const Call*) override { return 0; }
+    void closed(const Call& call, const Call*, const Closing& closing) override {
+        const bool endShown = closing.how == CallEnd::finished && isShown(closing.slot);
+        if (!endShown && !isShown(call.startSlot)) return;
+        show(call.startSlot);
+        show(closing.slot);
+    }
+    void point(const TraceRecord&, const Moment&) override {}
+    void orphanEnd(const TraceRecord&, const Moment&) override {}
+    bool isShown(uint64_t slot) const { return slot < shown_->size() && (*shown_)[slot]; }
+
+    std::vector<bool>* shown_;
+    CallTracker tracker_{*this};
+};
+
+}  // namespace
+
+void survey(const TraceOptions& trace, const Selection& selection, Survey& survey) {
+    Input input(trace.path);
+    IoObserver observer;
+    TraceClock clock;
+    ShownSlots shown(survey.shown);
+    const bool all = selection.isAll();
+    const auto takeRecord = [&](const TraceRecord& record, uint64_t slot) {
+        const Nanoseconds time = clock.read(record).time;
+        const Nanoseconds asked = trace.kernelTime ? clock.kernelTime(record) : time;
+        if (!all && !selection.contains(record, slot, asked)) return;
+        if (!all) shown.show(slot);
+        if (survey.records == 0) survey.begin = survey.end = time;
+        survey.begin = std::min(survey.begin, time);
+        survey.end = std::max(survey.end, time);
+        ++survey.records;
+    };
+    for (auto slots = input.next(); !slots.empty(); slots = input.next()) {
+        uint64_t number = input.firstSlot();
+        for (const TraceRecord& slot : slots) {
+            observer.take(slot);
+            const SlotKind kind = kindOf(slot);
+            if (kind == SlotKind::divisor) clock.takeDivisor(slot.timestamp);
+            if (kind == SlotKind::record) takeRecord(slot, number);
+            if (!all) shown.follow(slot);
+            ++number;
+        }
+    }
+    warnOfDamage(input);
+    if (survey.records == 0) {
+        throw Failure{input.source().name() + ": no record " + (all ? "in it" : "is selected") +
+                      "; no page is written. The trace ends at " + timeText(clock.latest())};
+    }
+    if (!all) shown.finish();
+    survey.assumedDivisor = clock.assumedDivisor();
+    survey.io = observer.finish();
+    survey.timed = timeThreads(survey.io);
+    survey.dropouts = judgeDropouts(survey.io, survey.timed);
+}
+
+}  // namespace sonaprobe::scope::timeline

@@ -1,0 +1,133 @@
+// Calls, or points, in rows: of one lane at one depth, in the order of time.
+
+import { ColumnReader, NumberReader } from './bytes';
+
+// Columns of all rows, one row after the other; they can go from a worker to the page.
+export interface BarColumns {
+  readonly lanes: Uint32Array; // of each row, ascending
+  readonly depths: Uint32Array; // of each row: depth * 2, + 1 for points
+  readonly starts: Uint32Array; // where each row begins; one more than there are rows
+  readonly begin: Float64Array;
+  readonly end: Float64Array;
+  readonly event: Uint16Array;
+  readonly flags: Uint8Array;
+  readonly record: Float64Array;
+}
+
+export function buffersOf(columns: BarColumns): ArrayBuffer[] {
+  return Object.values(columns).map((column) => column.buffer as ArrayBuffer);
+}
+
+export function sizeOf(columns: BarColumns): number {
+  return buffersOf(columns).reduce((sum, buffer) => sum + buffer.byteLength, 0);
+}
+
+export function emptyColumns(): BarColumns {
+  return columnsOf(0, 0);
+}
+
+export function columnsOf(rows: number, bars: number): BarColumns {
+  return {
+    lanes: new Uint32Array(rows),
+    depths: new Uint32Array(rows),
+    starts: new Uint32Array(rows + 1),
+    begin: new Float64Array(bars),
+    end: new Float64Array(bars),
+    event: new Uint16Array(bars),
+    flags: new Uint8Array(bars),
+    record: new Float64Array(bars),
+  };
+}
+
+// Calls that lie in more than one block.
+export interface LongCalls extends BarColumns {
+  readonly endRecord: Float64Array;
+  readonly self: Float64Array;
+}
+
+interface PackedRow {
+  readonly lane: number;
+  readonly depth: number;
+  readonly count: number;
+}
+
+// The rows of a packed level come by thread, and are wanted by lane.
+function readRows(reader: NumberReader, laneOfThread: Uint32Array): PackedRow[] {
+  const rows: PackedRow[] = [];
+  let thread = 0;
+  for (let left = reader.next(); left > 0; --left) {
+    thread += reader.next();
+    const depth = reader.next();
+    rows.push({ lane: laneOfThread[thread]!, depth, count: reader.next() });
+  }
+  return rows;
+}
+
+function readColumns(bytes: Uint8Array, laneOfThread: Uint32Array, withCalls: boolean): LongCalls {
+  const reader = new NumberReader(bytes);
+  const quantum = reader.next();
+  const packed = readRows(reader, laneOfThread);
+  const order = packed.map((_, place) => place);
+  order.sort((a, b) => packed[a]!.lane - packed[b]!.lane || packed[a]!.depth - packed[b]!.depth);
+  const total = packed.reduce((sum, row) => sum + row.count, 0);
+  const columns = columnsOf(packed.length, total);
+  const places = new Uint32Array(packed.length);
+  order.forEach((row, place) => {
+    columns.lanes[place] = packed[row]!.lane;
+    columns.depths[place] = packed[row]!.depth;
+    columns.starts[place + 1] = columns.starts[place]! + packed[row]!.count;
+    places[row] = columns.starts[place]!;
+  });
+  const numbers = new ColumnReader(reader);
+  const forEach = (put: (at: number, first: boolean) => void): void => {
+    packed.forEach((row, place) => {
+      const start = places[place]!;
+      for (let at = start; at < start + row.count; ++at) put(at, at === start);
+    });
+  };
+  const { begin, end, event, flags, record } = columns;
+  forEach((at, first) => (begin[at] = (first ? 0 : begin[at - 1]!) + numbers.nextSigned()));
+  forEach((at) => (end[at] = (begin[at]! + numbers.next()) * quantum));
+  for (let i = 0; i < total; ++i) begin[i]! *= quantum;
+  forEach((at) => (event[at] = numbers.next()));
+  forEach((at) => (flags[at] = numbers.next()));
+  forEach((at, first) => (record[at] = (first ? 0 : record[at - 1]!) + numbers.nextSigned()));
+  const endRecord = new Float64Array(withCalls ? total : 0);
+  const self = new Float64Array(withCalls ? total : 0);
+  if (withCalls) {
+    forEach((at) => (endRecord[at] = record[at]! + numbers.next()));
+    forEach((at) => (self[at] = numbers.nextSigned()));
+  }
+  return { ...columns, endRecord, self };
+}
+
+export function readLevel(bytes: Uint8Array, laneOfThread: Uint32Array): BarColumns {
+  const { endRecord: _, self: __, ...columns } = readColumns(bytes, laneOfThread, false);
+  return columns;
+}
+
+export function readLongCalls(bytes: Uint8Array, laneOfThread: Uint32Array): LongCalls {
+  return readColumns(bytes, laneOfThread, true);
+}
+
+// The first row of a lane: rows[lane] of a block, found once a frame.
+export function firstRowOf(columns: BarColumns, lane: number): number {
+  let low = 0;
+  let high = columns.lanes.length;
+  while (low < high) {
+    const middle = (low + high) >>> 1;
+    if (columns.lanes[middle]! < lane) low = middle + 1;
+    else high = middle;
+  }
+  return low;
+}
+
+// The first of [from, to) whose value is not below what is looked for.
+export function lowerBound(values: Float64Array, from: number, to: number, value: number): number {
+  while (from < to) {
+    const middle = (from + to) >>> 1;
+    if (values[middle]! < value) from = middle + 1;
+    else to = middle;
+  }
+  return from;
+}

@@ -1,0 +1,103 @@
+// A page's trace as its view sees it.
+
+import type {
+  Bars,
+  Cycles,
+  Dropout,
+  EventKind,
+  Lane,
+  Matches,
+  Overview,
+  Points,
+  RecordDetail,
+  Selection,
+  StatisticsRow,
+  Trace,
+} from '../trace';
+import { fillCycles, levelsOf, type CycleLevel } from './cycles';
+import { DrawnBars } from './drawn_bars';
+import type { Head } from './head';
+import type { Asked } from './protocol';
+
+export class PageTrace implements Trace {
+  readonly title: string;
+  readonly records: number;
+  readonly begin: number;
+  readonly end: number;
+  readonly notes: readonly string[];
+  readonly events: readonly EventKind[];
+  readonly families: readonly string[];
+  readonly lanes: readonly Lane[];
+  readonly dropouts: readonly Dropout[];
+  readonly overview: Overview;
+  readonly ready: Promise<void>;
+
+  private readonly drawn: DrawnBars;
+  private readonly cycleLevels = new Map<number, readonly CycleLevel[]>();
+  private cyclesAreThere = false;
+  private callback: () => void = () => undefined;
+  private readonly found: Promise<Matches>;
+
+  constructor(
+    head: Head,
+    private readonly asked: Asked,
+  ) {
+    this.title = head.title;
+    this.records = head.records;
+    this.begin = head.begin;
+    this.end = head.end;
+    this.notes = head.notes;
+    this.events = head.events;
+    this.families = head.families;
+    this.lanes = head.lanes.map((lane, id) => ({ ...lane, id }));
+    this.dropouts = head.dropouts.map((dropout) => ({ culprit: '', culpritRecord: -1, ...dropout }));
+    this.overview = {
+      busy: Float32Array.from(head.overview.busy, (share) => share / 1000),
+      failures: Uint32Array.from(head.overview.failures),
+      records: Uint32Array.from(head.overview.records),
+    };
+    this.drawn = new DrawnBars(head, asked, () => this.callback());
+    const cycles = asked.cycles().then((lanes) => {
+      for (const [lane, columns] of lanes) this.cycleLevels.set(lane, levelsOf(columns));
+      this.cyclesAreThere = true;
+      this.callback();
+    });
+    this.found = asked.failures();
+    this.ready = Promise.all([cycles, this.found]).then(() => undefined);
+  }
+
+  onUnpacked(callback: () => void): void {
+    this.callback = callback;
+  }
+
+  bars(lane: number, from: number, to: number, nsPerPixel: number, into: Bars): boolean {
+    return this.drawn.fill(lane, from, to, nsPerPixel, 0, into);
+  }
+
+  points(lane: number, from: number, to: number, nsPerPixel: number, into: Points): boolean {
+    return this.drawn.fill(lane, from, to, nsPerPixel, 1, into);
+  }
+
+  cycles(lane: number, from: number, to: number, nsPerPixel: number, into: Cycles): boolean {
+    const levels = this.cycleLevels.get(lane);
+    if (levels === undefined) into.count = 0;
+    else fillCycles(levels, from, to, nsPerPixel, into);
+    return this.cyclesAreThere;
+  }
+
+  detail(record: number): Promise<RecordDetail> {
+    return this.asked.detail(record);
+  }
+
+  search(words: string, found: (matches: Matches) => void, stop: AbortSignal): void {
+    void this.asked.search(words, found, stop);
+  }
+
+  statistics(selection: Selection): Promise<readonly StatisticsRow[]> {
+    return this.asked.statistics(selection);
+  }
+
+  failures(): Promise<Matches> {
+    return this.found;
+  }
+}

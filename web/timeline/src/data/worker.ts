@@ -1,0 +1,52 @@
+// The worker: unpacks, searches and counts, so that the page can draw meanwhile.
+
+import type { Matches, Selection } from '../trace';
+import { buffersOf, type BarColumns } from './bars';
+import { Engine } from './engine';
+import type { Answer, Request } from './protocol';
+
+const searches = new Map<number, AbortController>();
+let engine: Promise<Engine>;
+
+function reply(answer: Answer, transfer: ArrayBuffer[] = []): void {
+  self.postMessage(answer, { transfer });
+}
+
+async function answer(request: Extract<Request, { ask: number }>): Promise<void> {
+  const { ask, method, argument } = request;
+  const asked = await engine;
+  switch (method) {
+    case 'bars':
+    case 'level': {
+      const value: BarColumns = await asked[method](argument as number);
+      return reply({ ask, value }, buffersOf(value));
+    }
+    case 'search': {
+      const stop = new AbortController();
+      searches.set(ask, stop);
+      const found = (matches: Matches): void => reply({ ask, matches });
+      await asked.search(argument as string, found, stop.signal);
+      searches.delete(ask);
+      return reply({ ask });
+    }
+    case 'detail':
+      return reply({ ask, value: await asked.detail(argument as number) });
+    case 'statistics':
+      return reply({ ask, value: await asked.statistics(argument as Selection) });
+    default:
+      return reply({ ask, value: await asked[method]() });
+  }
+}
+
+self.onmessage = (event: MessageEvent<Request>): void => {
+  const request = event.data;
+  if ('head' in request) {
+    engine = Engine.open(request.head);
+  } else if ('chunk' in request) {
+    void engine.then((asked) => asked.addChunk(request.chunk, request.text));
+  } else if ('stop' in request) {
+    searches.get(request.stop)?.abort();
+  } else {
+    answer(request).catch((error: unknown) => reply({ ask: request.ask, error: String(error) }));
+  }
+};
