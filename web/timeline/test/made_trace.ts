@@ -147,7 +147,7 @@ class MadeTrace implements Trace {
     return made;
   }
   private point(lane: number, time: number, event: number, parent: Call | null, flags = 0): Point {
-    const depth = parent ? parent.depth + 1 : 0;
+    const depth = parent?.depth ?? 0;
     const made: Point = { lane, time, depth, event, flags, record: -1, parent };
     (this.points_[lane] ??= []).push(made);
     return made;
@@ -179,6 +179,7 @@ class MadeTrace implements Trace {
         lane,
         lacking: 0.12 * kBudget,
         cause: 'blocked-by',
+        meaning: "another thread's call held the I/O thread up",
         certainty: 'likely',
         culprit: '',
         culpritRecord: -1,
@@ -255,7 +256,8 @@ class MadeTrace implements Trace {
     return {
       ...dropout,
       record: overload.record,
-      cause: last ? 'late-wake' : 'blocked-by',
+      cause: last ? 'late-wake' : dropout.cause,
+      meaning: last ? 'the cycle began late, and nothing on its processor says why' : dropout.meaning,
       certainty: last ? 'possible' : 'likely',
       culprit: last ? '' : `${this.events[culprit.event].driver}::${this.events[culprit.event].method}, thread 0x00001002`,
       culpritRecord: last ? -1 : culprit.record,

@@ -37,6 +37,7 @@ export function paintCycles(
       const left = Math.max(-8, Math.round((begin - view.from) * scale));
       let right = Math.min(width + 8, Math.round((end - view.from) * scale));
       if (right - left > 3) right--;
+      else right++; // the latest of several: no gap to its neighbour
       if (right - left < least) right = left + least;
       if (right < 0 || left > width) continue;
       const height = Math.max(1, Math.round(Math.min(kTop, Math.max(0.04, share)) * budgetHeight));

@@ -13,6 +13,7 @@ import type { State } from './state';
 import type { Viewport } from './viewport';
 
 const kText = 14; // CSS pixels of the page's text at size 1
+const kManyDropouts = 40; // more of them on the screen are thinner
 const kWindow = 10; // CSS pixels of the minimap's window at least
 const kFont = 'system-ui, "Segoe UI", "Liberation Sans", "DejaVu Sans", sans-serif';
 
@@ -25,6 +26,10 @@ export interface Shown {
 export class Drawing {
   readonly shown: Shown[] = []; // as many as were ever on the screen at once
   shownCount = 0;
+  // Where the lanes are scrolled to and how much of them is seen, in layout pixels; asked of the page
+  // once a change, because asking may cost a layout.
+  scrolled = 0;
+  seenHeight = 0;
   theme: Theme;
   private readonly painter: BarPainter;
   private readonly labels: Labels;
@@ -69,12 +74,19 @@ export class Drawing {
     requestAnimationFrame(this.tick);
   }
 
+  scroll(): void {
+    this.scrolled = this.frame.scroller.scrollTop / this.view.size;
+    this.invalidate();
+  }
+
   // Sizes follow the page's; drawn at once, so that nothing flickers.
   resize(): void {
     this.frame.stage.style.height = `${this.frame.scroller.clientHeight}px`;
     const size = parseFloat(getComputedStyle(document.documentElement).fontSize) / kText;
     for (const surface of [this.lanes, this.ruler, this.minimap]) fit(surface, size);
     this.view.size = size;
+    this.seenHeight = this.frame.scroller.clientHeight / size;
+    this.scrolled = this.frame.scroller.scrollTop / size;
     this.view.width = Math.max(1, this.frame.lanes.clientWidth / size);
     this.minimapStale = true;
     this.draw(performance.now());
@@ -101,11 +113,10 @@ export class Drawing {
     context.fillStyle = theme.paper;
     context.fillRect(0, 0, width, height);
     this.labels.use(context, `${12 * ratio}px ${kFont}`);
-    const scrolled = this.frame.scroller.scrollTop / view.size;
     const nsPerPixel = view.nsPerPixel / ratio; // device pixels
     this.shownCount = 0;
     for (const row of this.layout.rows) {
-      const top = row.top - scrolled;
+      const top = row.top - this.scrolled;
       if (top + row.height <= 0 || top * ratio >= height) continue;
       const below = Math.round((top + row.height) * ratio) - 1;
       context.fillStyle = theme.line;
@@ -127,19 +138,23 @@ export class Drawing {
       paintPoints(this.lanes, view, row, top + row.callsTop, points, theme);
     }
     this.drawMeasured();
-    this.outline(this.state.blamed, scrolled, this.theme.red);
-    this.outline(this.state.selected, scrolled, this.theme.ink);
+    this.outline(this.state.blamed, this.theme.red);
+    this.outline(this.state.selected, this.theme.ink);
     this.drawDropouts();
   }
 
   // Red lines across all lanes; those that share a pixel are one.
   private drawDropouts(): void {
     const { context, width, height, ratio } = this.lanes;
-    const wide = Math.max(1, Math.round(2 * ratio));
     const scale = ratio / this.view.nsPerPixel;
+    const { dropouts } = this.trace;
+    let seen = 0;
+    for (let at = 0; at < dropouts.length; at++)
+      if (dropouts[at].time >= this.view.from && dropouts[at].time <= this.view.to) seen++;
+    const wide = Math.max(1, Math.round((seen > kManyDropouts ? 1 : 2) * ratio));
     context.fillStyle = this.theme.red;
     let last = -wide;
-    for (const dropout of this.trace.dropouts) {
+    for (const dropout of dropouts) {
       const x = Math.round((dropout.time - this.view.from) * scale) - (wide >> 1);
       if (x === last || x < -wide || x > width) continue;
       context.fillRect(x, 0, wide, height);
@@ -163,19 +178,20 @@ export class Drawing {
     context.fillRect(right, 0, thin, height);
   }
 
-  private outline(selected: RecordDetail | null, scrolled: number, colour: string): void {
+  private outline(selected: RecordDetail | null, colour: string): void {
     const row = selected && this.layout.rowOf(selected.lane);
     if (!selected || !row) return;
     const { context, ratio, width } = this.lanes;
     const scale = ratio / this.view.nsPerPixel;
-    const depth = Math.min(selected.parents.length, row.depths - 1);
+    const deep = selected.parents.length - (selected.call ? 0 : 1);
+    const depth = Math.max(0, Math.min(deep, row.depths - 1));
     const begin = selected.call?.begin ?? selected.time;
     const end = selected.call?.end ?? selected.time;
     const thick = Math.max(2, Math.round(2 * ratio));
     const half = selected.call ? 0 : 7 * ratio;
     const left = Math.max(-8, Math.round((begin - this.view.from) * scale - half));
     const right = Math.min(width + 8, Math.max(left + 4, Math.round((end - this.view.from) * scale + half)));
-    const top = Math.round((row.top - scrolled + row.callsTop + depthTop(depth)) * ratio);
+    const top = Math.round((row.top - this.scrolled + row.callsTop + depthTop(depth)) * ratio);
     context.strokeStyle = colour;
     context.lineWidth = thick;
     context.strokeRect(left, top, right - left, Math.round(depthHeight(depth) * ratio));
@@ -228,7 +244,7 @@ export class Drawing {
 
   // What lies under a place of the lanes, in layout pixels; null: nothing.
   hit(x: number, y: number): Hit | null {
-    const below = y + this.frame.scroller.scrollTop / this.view.size;
+    const below = y + this.scrolled;
     const row = this.layout.rowAt(below);
     if (!row?.lane) return null;
     const shown = this.shown.slice(0, this.shownCount).find((one) => one.row === row);

@@ -1,6 +1,5 @@
 // The list of dropouts: those with one cause and one culprit are one finding.
 import type { Dropout, Trace } from '../trace';
-import { causeSentence } from './causes';
 import { button, data, element, method } from './dom';
 import type { Commands } from './state';
 import { counted, duration, moment } from './units';
@@ -72,7 +71,7 @@ export class DropoutList {
     return element(
       'section',
       { class: 'finding' },
-      element('h3', {}, causeSentence(first.cause)),
+      element('h3', {}, sentence(first.meaning)),
       culprit && element('p', {}, culprit),
       element(
         'p',
@@ -85,6 +84,10 @@ export class DropoutList {
       list,
     );
   }
+}
+
+export function sentence(text: string): string {
+  return `${text.charAt(0).toUpperCase()}${text.slice(1)}.`;
 }
 
 // Places of dropouts with the same cause and culprit, in the order of their first.

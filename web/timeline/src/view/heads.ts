@@ -39,13 +39,12 @@ export class Heads {
   // Moves the titles with the lanes: in the same frame, so that neither runs ahead.
   follow(drawing: Drawing): void {
     const { size } = this.view;
-    const scrolled = this.frame.scroller.scrollTop / size;
-    const height = this.frame.scroller.clientHeight / size;
+    const { scrolled, seenHeight } = drawing;
     this.frames++;
     const focused = this.focusedButton();
     let before: Element | null = null;
     for (const row of this.layout.rows) {
-      if (row.top + row.height <= scrolled || row.top >= scrolled + height) continue;
+      if (row.top + row.height <= scrolled || row.top >= scrolled + seenHeight) continue;
       const head = this.headOf(row);
       head.seen = this.frames;
       this.place(head.section, before);

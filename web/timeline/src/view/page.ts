@@ -1,10 +1,9 @@
 // The page of a trace: puts its parts together and does what keys, pointer and panels ask for.
 import type { Matches, RecordDetail, Trace } from '../trace';
-import { causeSentence } from './causes';
 import { emptyDetails, fillDetails } from './details';
 import { button, data, element } from './dom';
 import { Drawing, firstAfter } from './drawing';
-import { DropoutList } from './dropouts';
+import { DropoutList, sentence } from './dropouts';
 import { readFragment, writeFragment } from './fragment';
 import { type Frame, makeFrame } from './frame';
 import { callTable, Heads, laneTitle } from './heads';
@@ -79,7 +78,7 @@ class Page implements Commands {
     this.drawing = new Drawing(trace, this.frame, this.view, this.layout, this.state, () => this.drawn());
     this.readAddress();
     this.drawing.resize();
-    this.frame.scroller.addEventListener('scroll', () => this.drawing.invalidate());
+    this.frame.scroller.addEventListener('scroll', () => this.drawing.scroll());
     listenToKeys(this, () => this.state.lane);
     this.listenToPointer();
     window.addEventListener('hashchange', () => {
@@ -162,7 +161,7 @@ class Page implements Commands {
     this.side.show(0);
     this.dropouts.mark(index);
     const named = dropout.culprit ? ` ${safe(dropout.culprit)}.` : '';
-    this.speak(`Dropout ${index + 1} of ${this.trace.dropouts.length}, at ${moment(dropout.time, 1e5)}. ${causeSentence(dropout.cause)}${named}`);
+    this.speak(`Dropout ${index + 1} of ${this.trace.dropouts.length}, at ${moment(dropout.time, 1e5)}. ${sentence(dropout.meaning)}${named}`);
     const asked = ++this.asked;
     void neighbourhood(this.trace, dropout).then(({ span, culprit }) => {
       if (asked !== this.asked) return;
@@ -435,7 +434,7 @@ class Page implements Commands {
         this.tip.hide();
       },
       click: (x, y) => {
-        const row = this.layout.rowAt(y + frame.scroller.scrollTop / view.size);
+        const row = this.layout.rowAt(y + drawing.scrolled);
         if (row?.lane) this.state.lane = row.lane.id;
         const hit = drawing.hit(x, y);
         if (hit) this.select(hit.record);

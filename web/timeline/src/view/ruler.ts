@@ -66,7 +66,7 @@ export class Ruler {
     for (let at = Math.floor(view.from / step); at * step < view.to; at++) {
       const time = at * step;
       const x = Math.round((time - view.from) * scale) + 4 * ratio;
-      if (x < clear || (time < 0 && base === 0 && x < 0)) continue;
+      if (x < Math.max(0, clear)) continue;
       context.fillText(this.textOf(time, step), x, height / 2 - 2 * ratio);
     }
   }

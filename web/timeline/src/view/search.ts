@@ -21,7 +21,7 @@ export class Search {
   ) {
     this.input = element('input', {
       type: 'search',
-      placeholder: 'Search names and texts',
+      placeholder: 'Search ( / )',
       'aria-label': 'Search names and texts (key /)',
       autocomplete: 'off',
       spellcheck: 'false',

@@ -83,7 +83,8 @@ export async function open(
   page.on('pageerror', (error) => complaints.push(String(error)));
   page.on('request', (request) => {
     const plain = (text: string) => text.replace(/#.*/, '');
-    if (plain(request.url()) !== plain(address)) requests.push(request.url());
+    const ofItself = request.url().startsWith('blob:'); // the page's own worker
+    if (!ofItself && plain(request.url()) !== plain(address)) requests.push(request.url());
   });
   await page.goto(address);
   await page.waitForSelector('.lane');
