@@ -93,11 +93,12 @@ void Pyramid::add(size_t level, uint32_t row, const Bar& bar) {
     if (row >= at.rows.size()) at.rows.resize(row + 1);
     Row& in = at.rows[row];
     const Nanoseconds length = bar.end - bar.begin;
+    const Nanoseconds longest = (bar.flags & kMerged) != 0 ? bar.longest : length;
     if (in.isPending) {
         Bar& pending = in.pending;
         if (length < at.resolution && bar.begin / at.resolution == pending.begin / at.resolution) {
-            if (length > pending.longest) {
-                pending.longest = length;
+            if (longest > pending.longest) {
+                pending.longest = longest;
                 pending.record = bar.record;
                 pending.event = bar.event;
             }
@@ -109,9 +110,9 @@ void Pyramid::add(size_t level, uint32_t row, const Bar& bar) {
         put(level, row, Bar(pending));
     }
     if (length < at.resolution) {
-        Row& again = levels_[level].rows[row];
-        again.pending = bar;
-        again.isPending = true;
+        in.pending = bar;
+        in.pending.longest = longest;
+        in.isPending = true;
         return;
     }
     put(level, row, bar);
@@ -135,7 +136,7 @@ std::string Pyramid::packed(size_t level, const Rows& rows) const {
     const Level& at = levels_[level];
     std::vector<uint32_t> order = rows.inOrder();
     std::erase_if(order, [&](uint32_t row) { return row >= at.rows.size(); });
-    const auto barsOf = [&](uint32_t row) -> const std::vector<Bar>& { return at.rows[row].bars; };
+    const auto barsOf = [&](uint32_t row) -> const auto& { return bars(level, row); };
     const Nanoseconds quantum = at.resolution / kParts;
     std::string bytes;
     putNumber(bytes, static_cast<uint64_t>(quantum));

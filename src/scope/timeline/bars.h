@@ -75,6 +75,10 @@ class Pyramid {
 
     size_t levels() const { return levels_.size(); }
     Nanoseconds resolution(size_t level) const { return levels_[level].resolution; }
+    // After finish(): a row that has bars.
+    const std::vector<Bar>& bars(size_t level, uint32_t row) const {
+        return levels_[level].rows[row].bars;
+    }
     std::string packed(size_t level, const Rows& rows) const;
 
   private:

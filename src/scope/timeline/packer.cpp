@@ -181,7 +181,7 @@ void Packer::take(const TraceRecord& slot) {
     const Moment* const moment = tracker_.take(slot);
     if (moment == nullptr) return;
     anchor(slot, moment->time);
-    if (shown_) append(slot, *moment);
+    if (shown_) append(slot, {bounded(moment->time), moment->slot, moment->thread});
 }
 
 uint32_t Packer::opened(const TraceRecord&, const Call& call, const Call*) {
@@ -201,7 +201,7 @@ uint32_t Packer::opened(const TraceRecord&, const Call& call, const Call*) {
     frame.row = rows_.numberOf({call.thread, frame.depth, false});
     frame.block = blockNumber_;
     const uint8_t waits = call.code == kIoThread ? kWaiting : 0;
-    frame.call.bar = {.begin = call.start,
+    frame.call.bar = {.begin = bounded(call.start),
                       .record = recordNumber(),
                       .event = tables_.symbol(tables_.symbolOf(event_, call.thread)).event,
                       .flags = static_cast<uint8_t>(waits | (failure_ ? kFailure : 0))};
@@ -224,11 +224,11 @@ void Packer::closed(const Call& call, const Call*, const Closing& closing) {
     }
 
     Bar& bar = frame.call.bar;
-    bar.end = closing.time;
+    bar.end = bounded(closing.time);
     if (closing.how == CallEnd::cutOff) bar.flags |= kCutOff;
     if (closing.how == CallEnd::unfinished) bar.flags |= kUnfinished;
     if (closing.how == CallEnd::finished && failure_) bar.flags |= kFailure;
-    const Nanoseconds length = closing.lengthOf(call);
+    const Nanoseconds length = bar.end - bar.begin;
     frame.call.self = saturated(Wide{length} - frame.call.self);
     Frame* const parent = thread.open.empty() ? nullptr : &frames_[thread.open.back()];
     if (parent != nullptr) parent->call.self = saturated(Wide{parent->call.self} + length);
@@ -254,8 +254,8 @@ void Packer::putPoint(const Moment& moment, uint8_t flags) {
     const auto open = static_cast<uint32_t>(threadOf(moment.thread).open.size());
     const uint32_t depth = open == 0 ? 0 : open - 1;
     pyramid_.add(rows_.numberOf({moment.thread, depth, true}),
-                 {.begin = moment.time,
-                  .end = moment.time,
+                 {.begin = bounded(moment.time),
+                  .end = bounded(moment.time),
                   .record = recordNumber(),
                   .event = tables_.symbol(tables_.symbolOf(event_, moment.thread)).event,
                   .flags = static_cast<uint8_t>(flags | (failure_ ? kFailure : 0))});
@@ -284,7 +284,7 @@ void Packer::putSegment(const TraceRecord& record) {
     const auto microseconds = static_cast<int64_t>(record.timestamp - anchor_.tick) / divisor;
     block_.segments.push_back({.index = static_cast<uint32_t>(block_.records.size()),
                                .tick = anchor_.tick + static_cast<uint64_t>(microseconds * divisor),
-                               .time = anchor_.time + microseconds * 1000,
+                               .time = saturated(Wide{anchor_.time} + Wide{microseconds} * 1000),
                                .divisor = anchor_.divisor});
 }
 

@@ -53,9 +53,10 @@ void survey(const TraceOptions& trace, const Selection& selection, Survey& surve
         const Nanoseconds asked = trace.kernelTime ? clock.kernelTime(record) : time;
         if (!all && !selection.contains(record, slot, asked)) return;
         if (!all) shown.show(slot);
-        if (survey.records == 0) survey.begin = survey.end = time;
-        survey.begin = std::min(survey.begin, time);
-        survey.end = std::max(survey.end, time);
+        const Nanoseconds at = bounded(time);
+        if (survey.records == 0) survey.begin = survey.end = at;
+        survey.begin = std::min(survey.begin, at);
+        survey.end = std::max(survey.end, at);
         ++survey.records;
     };
     for (auto slots = input.next(); !slots.empty(); slots = input.next()) {

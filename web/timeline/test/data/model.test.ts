@@ -1,0 +1,304 @@
+// What the page answers against plain models of what sonascope prints of the same trace.
+
+import assert from 'node:assert/strict';
+import { test } from 'node:test';
+
+import { kCutOff, kFailure, kMerged, kUnfinished, type Bars, type Cycles, type Matches, type Points } from '../../src/trace';
+import type { OpenedPage } from './opened_page';
+import { divisor, escaped, linesOf, pageOf, randomFrom, run, statisticsOf, story, writeTrace, type Line, type Slot } from './programs';
+
+function newBars(): Bars {
+  const none = new Float64Array(0);
+  return { count: 0, begin: none, end: none, depth: new Uint16Array(0), event: new Uint16Array(0), flags: new Uint8Array(0), record: none };
+}
+
+function newPoints(): Points {
+  const none = new Float64Array(0);
+  return { count: 0, time: none, depth: new Uint16Array(0), event: new Uint16Array(0), flags: new Uint8Array(0), record: none };
+}
+
+// Asks until all that it takes has been unpacked.
+async function exactly(ask: () => boolean): Promise<void> {
+  while (!ask()) await new Promise((settle) => setTimeout(settle, 5));
+}
+
+// Starts and ends without order, clocks that step back, another divisor: what cuts calls off.
+function disorderedTrace(): string {
+  const random = randomFrom(5);
+  const codes = [0x05245c0c, 0x05245c1c, 0x05245010, 0x21040008, 0x2104000c, 0x21040000, 0x01400004];
+  const slots: Slot[] = [divisor(24n)];
+  let ticks = 24_000_000_000;
+  for (let i = 0; i < 150_000; ++i) {
+    ticks += random(500) - 20;
+    if (random(20_000) === 0) ticks -= 30_000_000;
+    if (random(30_000) === 0) slots.push(divisor(BigInt(20 + random(3))));
+    if (random(5000) === 0) slots.push({ debugid: 0xdeadbeef });
+    slots.push({
+      debugid: codes[random(codes.length)]! + random(4),
+      time: BigInt(ticks),
+      words: [BigInt(random(3)), BigInt(random(2 ** 31)), 0n, BigInt(random(4)), BigInt(1 + random(6))],
+      cpu: random(4),
+    });
+  }
+  return writeTrace('disordered.raw', slots);
+}
+
+const traces: readonly [string, () => string][] = [
+  ["the simulator's whole story", () => story('all', 150_000)],
+  ['a trace without order', disorderedTrace],
+];
+
+for (const [title, make] of traces) {
+  test(title, async (context) => {
+    const trace = make();
+    const lines = linesOf(trace);
+    const opened = await pageOf(trace);
+    await opened.trace.ready;
+    await context.test('each record has its line, values and call', () => checkRecords(lines, opened));
+    await context.test('each call is drawn', () => checkCalls(trace, lines, opened));
+    await context.test('what is short is merged, and nothing else', () => checkMerging(opened));
+    await context.test('cycles are those of why', () => checkCycles(trace, opened));
+    await context.test('statistics are those of stats', () => checkStatistics(trace, lines, opened));
+    await context.test('search finds what the lines have', () => checkSearch(lines, opened));
+    await context.test('failures are all there, in order', () => checkFailures(lines, opened));
+  });
+}
+
+function nameOf(line: Line): string {
+  return line.name ?? `${line.driver}::${line.method}`;
+}
+
+function textOf(line: Line): string {
+  const arguments_ = line.arguments?.map((word) => `0x${BigInt(word).toString(16)}`).join(' ');
+  const text = line.text ?? arguments_ ?? '';
+  return text === '' ? nameOf(line) : `${nameOf(line)} ${text}`;
+}
+
+async function checkRecords(lines: readonly Line[], { engine, trace }: OpenedPage): Promise<void> {
+  assert.equal(trace.records, lines.length);
+  for (let record = 0; record < lines.length; record += 11) {
+    const line = lines[record]!;
+    const detail = await engine.detail(record);
+    assert.deepEqual(
+      {
+        line: escaped(detail.line),
+        time: detail.time,
+        slot: detail.slot,
+        cpu: detail.processor,
+        lane: trace.lanes[detail.lane]!.name,
+        object: detail.object,
+        around: detail.parents.length,
+        failure: (detail.flags & kFailure) !== 0,
+        duration: line.qualifier === 'end' && detail.call !== null ? detail.call.end - detail.call.begin : undefined,
+        values: detail.values.map(({ name }) => name),
+      },
+      {
+        line: textOf(line),
+        time: line.time_ns,
+        slot: line.slot,
+        cpu: line.cpu,
+        lane: `thread 0x${BigInt(line.thread).toString(16)}`,
+        object: line.object ?? '',
+        around: line.depth,
+        failure: line.failure === true,
+        duration: line.duration_ns,
+        values: Object.keys(line.values ?? {}),
+      },
+      `record ${record}`,
+    );
+    const starts = await Promise.all(detail.parents.slice(0, 1).map((parent) => engine.detail(parent)));
+    for (const start of starts) {
+      assert.equal(start.qualifier, 1);
+      assert.equal(start.lane, detail.lane);
+      assert.equal(start.parents.length, detail.parents.length - 1);
+      assert.ok(start.call!.begin <= detail.time && detail.time <= start.call!.end);
+    }
+  }
+}
+
+async function checkCalls(path: string, lines: readonly Line[], { trace }: OpenedPage): Promise<void> {
+  const expected = new Set<string>();
+  lines.forEach((line) => {
+    if (line.duration_ns === undefined) return;
+    const lane = `thread 0x${BigInt(line.thread).toString(16)}`;
+    expected.add([lane, line.depth, line.time_ns - line.duration_ns, line.time_ns].join());
+  });
+  const rows = statisticsOf(path);
+  const sum = (of: (row: (typeof rows)[0]) => number): number => rows.reduce((all, row) => all + of(row), 0);
+  const found = new Set<string>();
+  let broken = 0;
+  let points = 0;
+  const bars = newBars();
+  const marks = newPoints();
+  for (const lane of trace.lanes) {
+    await exactly(() => trace.bars(lane.id, trace.begin, trace.end + 1, 0, bars));
+    for (let i = 0; i < bars.count; ++i) {
+      if (i > 0) assert.ok(bars.depth[i]! > bars.depth[i - 1]! || bars.begin[i]! >= bars.begin[i - 1]!);
+      assert.equal(bars.flags[i]! & kMerged, 0);
+      assert.equal(lines[bars.record[i]!]!.time_ns, bars.begin[i]);
+      if ((bars.flags[i]! & (kCutOff | kUnfinished)) !== 0) ++broken;
+      else found.add([lane.name, bars.depth[i], bars.begin[i], bars.end[i]].join());
+    }
+    await exactly(() => trace.points(lane.id, trace.begin, trace.end + 1, 0, marks));
+    points += marks.count;
+    for (let i = 0; i < marks.count; ++i) {
+      assert.equal(lines[marks.record[i]!]!.time_ns, marks.time[i]);
+      assert.equal((marks.flags[i]! & kFailure) !== 0, lines[marks.record[i]!]!.failure === true);
+    }
+  }
+  assert.deepEqual(found, expected);
+  assert.equal(broken, sum((row) => row.cut_off + row.unfinished));
+  assert.equal(points, sum((row) => row.points + row.orphan_ends));
+}
+
+async function checkMerging({ trace }: OpenedPage): Promise<void> {
+  const random = randomFrom(3);
+  const all = newBars();
+  const bars = newBars();
+  for (const lane of trace.lanes.slice(0, 6)) {
+    await exactly(() => trace.bars(lane.id, trace.begin, trace.end + 1, 0, all));
+    for (let zoom = 0; zoom < 18; ++zoom) {
+      const span = (trace.end - trace.begin) / 2 ** zoom;
+      const from = trace.begin + random(1000) * 0.001 * (trace.end - trace.begin - span);
+      const nsPerPixel = span / 1000;
+      await exactly(() => trace.bars(lane.id, from, from + span, nsPerPixel, bars));
+      const near = nsPerPixel / 8; // no screen shows so little
+      let at = 0;
+      let long = 0;
+      for (let i = 0; i < all.count; ++i) {
+        if (all.end[i]! <= from + near || all.begin[i]! >= from + span - near) continue;
+        const isPast = (): boolean =>
+          bars.depth[at]! < all.depth[i]! || (bars.depth[at] === all.depth[i] && bars.end[at]! < all.end[i]! - near);
+        while (at < bars.count && isPast()) ++at;
+        const what = `zoom ${zoom}, ${lane.name}, call at ${all.begin[i]}`;
+        assert.ok(at < bars.count && bars.depth[at] === all.depth[i], what);
+        assert.ok(bars.begin[at]! <= all.begin[i]! + near, what);
+        if (all.end[i]! - all.begin[i]! < nsPerPixel) continue;
+        ++long;
+        assert.ok(Math.abs(bars.begin[at]! - all.begin[i]!) <= near, what);
+        assert.ok(Math.abs(bars.end[at]! - all.end[i]!) <= near, what);
+        assert.equal(bars.record[at], all.record[i], what);
+        assert.equal(bars.flags[at], all.flags[i], what);
+      }
+      const rows = new Set(bars.depth.subarray(0, bars.count)).size;
+      assert.ok(bars.count <= rows * 1002 + 2 * long, `zoom ${zoom}: ${bars.count} bars`);
+    }
+  }
+}
+
+async function checkCycles(path: string, { trace }: OpenedPage): Promise<void> {
+  // 1 where there are dropouts.
+  let why: { io_threads: { thread: string; cycles: number; overloaded: number }[]; dropouts: { slot: number }[] };
+  try {
+    why = JSON.parse(run('sonascope', 'why', '--json', path).toString());
+  } catch (error) {
+    why = JSON.parse((error as { stdout: Buffer }).stdout.toString());
+  }
+  const none = new Float64Array(0);
+  const cycles: Cycles = { count: 0, begin: none, end: none, due: none, budget: none, dropout: new Uint8Array(0), record: none };
+  const found = trace.lanes
+    .filter((lane) => lane.kind === 'io')
+    .map((lane) => {
+      assert.ok(trace.cycles(lane.id, trace.begin - 1, trace.end + 1, 0, cycles));
+      const dropouts = cycles.dropout.subarray(0, cycles.count);
+      const count = cycles.count;
+      const overloaded = dropouts.reduce((sum, is) => sum + is, 0);
+      // Merged, none is lost that has a dropout.
+      trace.cycles(lane.id, trace.begin - 1, trace.end + 1, (trace.end - trace.begin) / 500, cycles);
+      assert.ok(cycles.count <= Math.max(1024, count / 2) || count < 1024);
+      assert.equal(cycles.dropout.subarray(0, cycles.count).some((is) => is === 1), overloaded > 0);
+      return [lane.name, count, overloaded];
+    });
+  const expected = why.io_threads.map((io) => [`thread 0x${BigInt(io.thread).toString(16)}`, io.cycles, io.overloaded]);
+  assert.deepEqual(found.sort(), expected.sort());
+  assert.equal(trace.dropouts.length, why.dropouts.length);
+}
+
+async function checkStatistics(path: string, lines: readonly Line[], { trace }: OpenedPage): Promise<void> {
+  const thread = lines[1000]!.thread;
+  const lane = trace.lanes.findIndex(({ name }) => name === `thread 0x${BigInt(thread).toString(16)}`);
+  const from = lines[Math.floor(lines.length / 3)]!.time_ns;
+  const to = lines[Math.floor(lines.length / 2)]!.time_ns;
+  const selections = [
+    { options: [], selection: { from: trace.begin, to: trace.end, lanes: null } },
+    { options: ['--from', `${from}ns`, '--to', `${to}ns`], selection: { from, to, lanes: null } },
+    { options: ['--thread', thread], selection: { from: trace.begin, to: trace.end, lanes: [lane] } },
+  ];
+  for (const { options, selection } of selections) {
+    const rows = await trace.statistics(selection);
+    const found = new Map(
+      rows.map((row) => [
+        trace.events[row.event]!.code,
+        [row.calls, row.failures, row.total, row.self, row.median, row.max],
+      ]),
+    );
+    const expected = new Map(
+      statisticsOf(path, ...options)
+        .filter((row) => row.calls + row.failures > 0)
+        .map((row) => [
+          Number(row.code),
+          [row.calls, row.failures, row.total_ns, row.self_ns, row.p50_ns, row.max_ns].map((n) => n ?? 0),
+        ]),
+    );
+    assert.deepEqual(new Map([...found].sort()), new Map([...expected].sort()), options.join(' '));
+    for (const row of rows) {
+      if (row.longest < 0) continue;
+      const { call } = await trace.detail(row.longest);
+      assert.equal(call!.end - call!.begin, row.max);
+    }
+  }
+}
+
+function searched({ trace }: OpenedPage, words: string): Promise<Matches> {
+  return new Promise((settle) => {
+    const found = (matches: Matches): void => {
+      if (matches.complete) settle(matches);
+    };
+    trace.search(words, found, new AbortController().signal);
+  });
+}
+
+async function checkSearch(lines: readonly Line[], opened: OpenedPage): Promise<void> {
+  const all = lines.map((line) => textOf(line).toLowerCase());
+  for (const words of ['pinSense', 'OVERLOAD', 'result: 0xe00002bc', 'samplerate 48000', '17', '0x2', 'code 0x0140', 'cycle 5', 'true', 'no such words']) {
+    const asked = words.toLowerCase().split(' ');
+    const expected = all.flatMap((line, record) => (asked.every((word) => line.includes(word)) ? [record] : []));
+    const { record, time } = await searched(opened, words);
+    assert.deepEqual([...record].sort((a, b) => a - b), expected, words);
+    assert.ok(time.every((at, i) => i === 0 || time[i - 1]! <= at), words);
+  }
+  assert.equal((await searched(opened, '')).record.length, 0);
+}
+
+async function checkFailures(lines: readonly Line[], { trace }: OpenedPage): Promise<void> {
+  const { record, time } = await trace.failures();
+  const expected = lines.flatMap((line, place) => (line.failure === true ? [place] : []));
+  assert.deepEqual([...record].sort((a, b) => a - b), expected);
+  assert.ok(time.every((at, i) => at === lines[record[i]!]!.time_ns && (i === 0 || time[i - 1]! <= at)));
+  const { failures, records } = trace.overview;
+  assert.equal(failures.reduce((sum, count) => sum + count, 0), expected.length);
+  assert.equal(records.reduce((sum, count) => sum + count, 0), lines.length);
+}
+
+test('a selection keeps both ends of a call, and the calls around them', async () => {
+  const trace = story('playback', 60_000);
+  const whole = linesOf(trace);
+  const { trace: part, engine } = await pageOf(trace, '--driver', 'OrvelHDAEngine');
+  const selected = linesOf(trace, '--driver', 'OrvelHDAEngine');
+  const slots = new Set<number>();
+  for (let record = 0; record < part.records; ++record) slots.add((await engine.detail(record)).slot);
+  for (const { slot } of selected) assert.ok(slots.has(slot));
+  assert.ok(part.records < whole.length);
+  assert.ok(part.events.every(({ driver }) => driver === 'OrvelHDAEngine'));
+  assert.match(part.notes[0]!, /^A part of the trace: /);
+});
+
+test('a search that is stopped says nothing more', async () => {
+  const { trace } = await pageOf(story('usb', 60_000));
+  const stop = new AbortController();
+  let told = 0;
+  trace.search('result', () => ++told, stop.signal);
+  stop.abort();
+  await trace.ready;
+  assert.equal(told, 0);
+});
