@@ -8,7 +8,7 @@ BUILD_PACKAGES=(g++ cmake ninja-build pkg-config
     libcli11-dev nlohmann-json3-dev libzstd-dev robin-map-dev zlib1g-dev esbuild)
 TEST_PACKAGES=(libgtest-dev libgmock-dev python3 python3-pytest util-linux
     mandoc bash-completion fish zsh dpkg-dev file python3-jsonschema zstd pkgconf)
-PAGE_PACKAGES=(nodejs npm)
+PAGE_PACKAGES=(nodejs npm chromium fonts-dejavu-core)
 COVERAGE_PACKAGES=(gcovr)
 CHECK_PACKAGES=(git clang-14 clang-tidy-14 clang-format-14 libclang-rt-14-dev lintian
     g++-multilib googletest)

@@ -129,7 +129,7 @@ export class BarPainter {
     const { context, ratio } = surface;
     const scale = ratio / view.nsPerPixel;
     const least = Math.round(4 * ratio);
-    const thick = Math.max(2, Math.round(4 * ratio));
+    const thick = Math.max(2, Math.round(3 * ratio));
     const corner = Math.round(6 * ratio);
     for (let at = 0; at < bars.count; at++) {
       const flags = bars.flags[at];
@@ -176,7 +176,7 @@ export class BarPainter {
       if (room < least - 2 * padding) continue;
       const label = this.labels.fitting(context, bars.event[this.bar[at]], room);
       if (label === '') continue;
-      const y = (top + depthTop(this.depth[at]) + kRow / 2) * ratio;
+      const y = (top + depthTop(this.depth[at]) + kRow / 2 - 1.5) * ratio;
       context.fillText(label, left + padding, Math.round(y));
     }
   }

@@ -50,7 +50,13 @@ export function paintCycles(
   context.fillRect(0, base, width, 1);
   context.fillStyle = theme.dim;
   context.textBaseline = 'middle';
-  context.fillText(budgetText(cycles), 4 * ratio, base - Math.round(budgetHeight + 7 * ratio));
+  context.strokeStyle = theme.paper;
+  context.lineWidth = 4 * ratio;
+  context.lineJoin = 'round';
+  const text = budgetText(cycles);
+  const y = base - Math.round(budgetHeight + 7 * ratio);
+  context.strokeText(text, 4 * ratio, y);
+  context.fillText(text, 4 * ratio, y);
 }
 
 let told = NaN;

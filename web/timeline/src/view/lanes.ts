@@ -19,7 +19,7 @@ const kFolded = 26;
 const kHeading = 30;
 
 // A thread that spends less of the trace than this inside calls is idle.
-const kIdleShare = 0.0005;
+const kIdleShare = 0.001;
 
 export interface Row {
   readonly lane: Lane | null; // null: a heading

@@ -38,6 +38,7 @@ async function inBlankPage<Result>(
 }
 
 async function smaller(picture: Buffer, widest: number): Promise<Buffer> {
+  if (picture.readUInt32BE(16) <= widest) return picture; // its width
   const made = await inBlankPage(
     async ([url], [most]) => {
       const image = new Image();

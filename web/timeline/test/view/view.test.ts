@@ -1,5 +1,6 @@
 // What the view works out without a screen: times, texts, colours, lanes, moving, the address.
 import assert from 'node:assert/strict';
+import { readFileSync } from 'node:fs';
 import { test } from 'node:test';
 import { barRgb, kDark, kHueCount, kLight, kShades } from '../../src/view/colours';
 import { findingsOf } from '../../src/view/dropouts';
@@ -230,6 +231,12 @@ test('a fragment without sense is left out', () => {
   assert.deepEqual([read.from, read.to, read.record, read.selection], [null, null, null, null]);
   assert.equal(read.grouping, 'thread');
   assert.deepEqual(read.pinned, [1, 2]);
+});
+
+test('the document lists the same keys', () => {
+  const document = readFileSync('../../docs/timeline.md', 'utf8');
+  const rows = kKeys.flatMap((group) => group.keys.map((key) => `| ${key.shown} | ${key.does} |`));
+  assert.ok(document.includes(`|---|---|\n${rows.join('\n')}\n\n`), rows.join('\n'));
 });
 
 test('each key does one thing', () => {
