@@ -11,7 +11,7 @@ import {
 } from '../trace';
 import { hueOf, kHueCount, kShades, shadeOf, type Theme } from './colours';
 import type { Labels } from './labels';
-import { depthHeight, depthTop, kFullRows, kRow, type Row } from './lanes';
+import { depthHeight, depthTop, kFullRows, kRow, pointTop, type Row } from './lanes';
 import type { Viewport } from './viewport';
 
 const kColours = kHueCount * kShades + 1; // and that of waiting
@@ -194,7 +194,7 @@ export class BarPainter {
 
 const kApart = 11; // layout pixels between two lozenges; nearer points are ticks
 
-// Points stand in the row of their depth: faint ticks where they crowd, else lozenges, larger and
+// Points stand on the call around them: faint ticks where they crowd, else lozenges, larger and
 // amber where they failed.
 export function paintPoints(
   surface: Surface,
@@ -208,7 +208,7 @@ export function paintPoints(
   const scale = ratio / view.nsPerPixel;
   for (let kind = 0; kind < 3; kind++) {
     const failed = kind === 2;
-    const size = (failed ? 6 : 3.5) * ratio;
+    const size = (failed ? 5 : 3.5) * ratio;
     context.fillStyle = failed ? theme.amber : theme.ink;
     context.globalAlpha = kind === 0 ? 0.45 : 1;
     context.beginPath();
@@ -218,7 +218,7 @@ export function paintPoints(
       const depth = Math.min(points.depth[at], row.depths - 1);
       const x = Math.round((points.time[at] - view.from) * scale);
       if (x < -size || x > surface.width + size) continue;
-      const y = (top + depthTop(depth) + depthHeight(depth) / 2) * ratio;
+      const y = Math.round((top + pointTop(depth)) * ratio);
       const crowded = !failed && x - last < kApart * ratio;
       if (crowded && x - last < 3 * ratio) continue;
       last = x;

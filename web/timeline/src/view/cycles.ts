@@ -51,10 +51,10 @@ export function paintCycles(
   context.fillStyle = theme.dim;
   context.textBaseline = 'middle';
   context.strokeStyle = theme.paper;
-  context.lineWidth = 4 * ratio;
+  context.lineWidth = 3 * ratio;
   context.lineJoin = 'round';
   const text = budgetText(cycles);
-  const y = base - Math.round(budgetHeight + 7 * ratio);
+  const y = base - Math.round(budgetHeight + 8 * ratio);
   context.strokeText(text, 4 * ratio, y);
   context.fillText(text, 4 * ratio, y);
 }

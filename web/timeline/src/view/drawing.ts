@@ -6,7 +6,7 @@ import { currentTheme, type Theme } from './colours';
 import { paintCycles } from './cycles';
 import type { Frame } from './frame';
 import { Labels } from './labels';
-import { depthHeight, depthTop, type LaneLayout, type Row } from './lanes';
+import { depthHeight, depthTop, type LaneLayout, pointTop, type Row } from './lanes';
 import { paintMinimap } from './minimap';
 import { Ruler, spanText } from './ruler';
 import type { State } from './state';
@@ -191,10 +191,12 @@ export class Drawing {
     const half = selected.call ? 0 : 7 * ratio;
     const left = Math.max(-8, Math.round((begin - this.view.from) * scale - half));
     const right = Math.min(width + 8, Math.max(left + 4, Math.round((end - this.view.from) * scale + half)));
-    const top = Math.round((row.top - this.scrolled + row.callsTop + depthTop(depth)) * ratio);
+    const offset = selected.call ? depthTop(depth) : pointTop(depth) - half / ratio;
+    const height = selected.call ? depthHeight(depth) * ratio : 2 * half;
+    const top = Math.round((row.top - this.scrolled + row.callsTop + offset) * ratio);
     context.strokeStyle = colour;
     context.lineWidth = thick;
-    context.strokeRect(left, top, right - left, Math.round(depthHeight(depth) * ratio));
+    context.strokeRect(left, top, right - left, Math.round(height));
   }
 
   // Flags of dropouts and ticks of matches, on the ruler's lower edge.
@@ -284,7 +286,7 @@ function pointAt(shown: Shown, time: number, y: number, near: number): Hit | nul
   for (let at = 0; at < points.count; at++) {
     const depth = Math.min(points.depth[at], shown.row.depths - 1);
     const away = Math.abs(points.time[at] - time);
-    if (away > nearest || Math.abs(y - depthTop(depth) - depthHeight(depth) / 2) > 8) continue;
+    if (away > nearest || Math.abs(y - pointTop(depth)) > 6) continue;
     nearest = away;
     found = at;
   }

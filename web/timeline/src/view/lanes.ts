@@ -78,6 +78,11 @@ function isThread(lane: Lane): boolean {
   return lane.kind === 'io' || lane.kind === 'thread';
 }
 
+// Where points stand: on the lower edge of the call around them, so that its name can be read.
+export function pointTop(depth: number): number {
+  return depthTop(depth) + depthHeight(depth) - 1;
+}
+
 export class LaneLayout {
   rows: Row[] = [];
   height = 0;
