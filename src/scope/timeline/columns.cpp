@@ -48,12 +48,11 @@ void Columns::appendTo(std::string& bytes) const {
     for (const std::string& plane : planes_) append(plane);
 }
 
-std::string deflated(const std::string& bytes) {
+std::string deflated(const std::string& bytes, int level) {
     std::string packed(compressBound(bytes.size()), '\0');
     uLongf length = packed.size();
     if (compress2(reinterpret_cast<Bytef*>(packed.data()), &length,
-                  reinterpret_cast<const Bytef*>(bytes.data()), bytes.size(),
-                  Z_DEFAULT_COMPRESSION) != Z_OK) {
+                  reinterpret_cast<const Bytef*>(bytes.data()), bytes.size(), level) != Z_OK) {
         throw Failure{"there is no memory left to deflate the page's data"};
     }
     packed.resize(length);

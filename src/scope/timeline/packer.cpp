@@ -5,7 +5,9 @@
 #include <algorithm>
 #include <map>
 #include <thread>
+#include <zlib.h>
 
+#include "analysis/dropout_causes.h"
 #include "analysis/event_traits.h"
 #include "scope/event_text.h"
 #include "scope/records.h"
@@ -19,48 +21,73 @@ namespace {
 
 constexpr int kFormat = 1;
 constexpr uint64_t kNoRecord = UINT64_MAX;
+constexpr uint32_t kMostProcessors = 256;  // those beyond count as the last one
 
 // The finest level has so many cells for each block's time, so that a screen of finer resolution
 // shows some ten blocks. The coarsest has a cell for each pixel of the narrowest screen.
 constexpr Nanoseconds kCellsOfBlock = 128;
 constexpr Nanoseconds kNarrowestScreen = 400;
 
-std::string chunkOf(const std::string& bytes) { return asPageText(deflated(bytes)); }
+std::string chunkOf(const std::string& bytes) {
+    return asPageText(deflated(bytes, Z_DEFAULT_COMPRESSION));
+}
 
-// Which records the slots are that dropouts and cycles speak of.
+// Which records the slots are. Most follow each other.
 class RecordNumbers {
   public:
-    explicit RecordNumbers(const Survey& survey) {
-        for (const Dropout& dropout : survey.dropouts) {
-            slots_.push_back(dropout.slot);
-            const Verdict& verdict = dropout.verdict;
-            if (verdict.culprit) slots_.push_back(verdict.culprit->slot);
-            slots_.insert(slots_.end(), verdict.evidence.begin(), verdict.evidence.end());
-        }
-        for (const IoThread& io : survey.io.threads) {
-            for (const IoCycle& cycle : io.cycles) slots_.push_back(cycle.beginSlot);
-        }
-        std::ranges::sort(slots_);
-        slots_.erase(std::unique(slots_.begin(), slots_.end()), slots_.end());
-        records_.assign(slots_.size(), kNoRecord);
-    }
-
     // In the order of slots.
-    void see(uint64_t slot, uint64_t record) {
-        while (next_ < slots_.size() && slots_[next_] < slot) ++next_;
-        if (next_ < slots_.size() && slots_[next_] == slot) records_[next_] = record;
+    void add(uint64_t slot, uint64_t record) {
+        if (runs_.empty() || slot != runs_.back().slot + (record - runs_.back().record)) {
+            runs_.push_back({slot, record});
+        }
+        end_ = record + 1;
     }
 
     // kNoRecord where the page does not show it.
     uint64_t of(uint64_t slot) const {
-        const auto found = std::ranges::lower_bound(slots_, slot);
-        return records_[static_cast<size_t>(found - slots_.begin())];
+        const auto after = std::ranges::upper_bound(runs_, slot, {}, &Run::slot);
+        if (after == runs_.begin()) return kNoRecord;
+        const uint64_t record = std::prev(after)->record + (slot - std::prev(after)->slot);
+        return record < (after == runs_.end() ? end_ : after->record) ? record : kNoRecord;
     }
 
   private:
-    std::vector<uint64_t> slots_;
-    std::vector<uint64_t> records_;
-    size_t next_ = 0;
+    struct Run {
+        uint64_t slot;
+        uint64_t record;
+    };
+    std::vector<Run> runs_;
+    uint64_t end_ = 0;
+};
+
+// What the trace's I/O came to. It is observed in a thread of its own, some slots after the packer.
+class IoAnswer {
+  public:
+    void take(std::span<const TraceRecord> slots) {
+        wait();
+        observing_ =
+            std::async(std::launch::async, [this, some = std::vector(slots.begin(), slots.end())] {
+                for (const TraceRecord& slot : some) observer_.take(slot);
+            });
+    }
+    void finish() {
+        wait();
+        io = observer_.finish();
+        timed = timeThreads(io);
+        dropouts = judgeDropouts(io, timed);
+    }
+
+    IoTrace io;
+    std::vector<TimedThread> timed;
+    std::vector<Dropout> dropouts;
+
+  private:
+    void wait() {
+        if (observing_.valid()) observing_.get();
+    }
+
+    IoObserver observer_;
+    std::future<void> observing_;
 };
 
 // What the head says of a thread.
@@ -70,7 +97,7 @@ struct ThreadFacts {
     Nanoseconds end = 0;
     Nanoseconds busy = 0;
     uint32_t depth = 0;
-    std::map<uint32_t, uint64_t> processors;
+    std::vector<uint64_t> processors;  // records of each
 };
 
 class Packer final : public CallSink {
@@ -78,12 +105,11 @@ class Packer final : public CallSink {
     Packer(const Survey& survey, const CodeNames& names)
         : survey_(&survey),
           tables_(names),
-          numbers_(survey),
           pyramid_(finestOf(survey), span(survey) / kNarrowestScreen),
           overview_(survey.begin, survey.end) {}
 
     void take(const TraceRecord& slot);
-    PackedTrace finish(const std::string& title);
+    PackedTrace finish(const std::string& title, const IoAnswer& io);
 
   private:
     // An open call that is shown.
@@ -124,10 +150,10 @@ class Packer final : public CallSink {
     uint64_t recordNumber() const { return block_.firstRecord + block_.records.size(); }
     void flush();
     void collect(size_t most);
-    Json lanes(std::vector<uint32_t>& laneOfThread) const;
-    Json dropouts(const std::vector<uint32_t>& laneOfThread) const;
-    Json notes() const;
-    std::string cycles() const;
+    Json lanes(const IoTrace& io, std::vector<uint32_t>& laneOfThread) const;
+    Json dropouts(const IoAnswer& io, const std::vector<uint32_t>& laneOfThread) const;
+    Json notes(const IoAnswer& io) const;
+    std::string cycles(const IoTrace& trace) const;
 
     const Survey* survey_;
     CallTracker tracker_{*this};
@@ -317,12 +343,14 @@ void Packer::append(const TraceRecord& record, const Moment& moment) {
     if (closedNow_ != usual) block_.deeds.push_back({index, closedNow_, 0});
     if (failure_) block_.failures.push_back({index});
     overview_.addRecord(moment.time, failure_);
-    numbers_.see(moment.slot, recordNumber());
+    numbers_.add(moment.slot, recordNumber());
 
     ThreadFacts& facts = thread.facts;
     if (facts.records++ == 0) facts.begin = moment.time;
     facts.end = moment.time;
-    ++facts.processors[record.cpuid];
+    const uint32_t processor = std::min(record.cpuid, kMostProcessors - 1);
+    if (processor >= facts.processors.size()) facts.processors.resize(processor + 1);
+    ++facts.processors[processor];
 
     block_.least = std::min(block_.least, moment.time);
     block_.latest = std::max(block_.latest, moment.time);
@@ -338,8 +366,9 @@ void Packer::flush() {
     blockFacts_.push_back(block_.least);
     blockFacts_.push_back(block_.latest);
     const uint64_t next = recordNumber();
-    packing_.push_back(std::async(std::launch::async,
-                                  [block = std::move(block_)] { return chunkOf(packed(block)); }));
+    packing_.push_back(std::async(std::launch::async, [block = std::move(block_)] {
+        return asPageText(deflated(packed(block), Z_BEST_SPEED));
+    }));
     block_ = RecordBlock();
     block_.firstRecord = next;
     block_.records.reserve(RecordBlock::kRecords);
@@ -356,9 +385,9 @@ void Packer::collect(size_t most) {
 }
 
 // I/O threads first, then the busiest.
-Json Packer::lanes(std::vector<uint32_t>& laneOfThread) const {
+Json Packer::lanes(const IoTrace& trace, std::vector<uint32_t>& laneOfThread) const {
     std::vector<uint8_t> isIo(threads_.size());
-    for (const IoThread& io : survey_->io.threads) {
+    for (const IoThread& io : trace.threads) {
         if (io.thread < isIo.size()) isIo[io.thread] = 1;
     }
     std::vector<std::map<std::string, uint64_t>> drivers(threads_.size());
@@ -373,37 +402,38 @@ Json Packer::lanes(std::vector<uint32_t>& laneOfThread) const {
         if (isIo[left] != isIo[right]) return isIo[left] > isIo[right];
         return threads_[left].facts.busy > threads_[right].facts.busy;
     });
-    const auto most = [](const auto& counts) {
-        return std::ranges::max_element(counts, {}, [](const auto& entry) { return entry.second; })
-            ->first;
+    const auto driverOf = [&](uint32_t thread) {
+        const auto byCount = [](const auto& entry) { return entry.second; };
+        return std::ranges::max_element(drivers[thread], {}, byCount)->first;
     };
     laneOfThread.assign(threads_.size(), UINT32_MAX);
     Json lanes = Json::array();
     for (const uint32_t thread : order) {
         const ThreadFacts& facts = threads_[thread].facts;
         laneOfThread[thread] = static_cast<uint32_t>(lanes.size());
-        lanes.push_back({{"kind", isIo[thread] != 0 ? "io" : "thread"},
-                         {"thread", thread},
-                         {"id", wordText(tracker_.clock().threadId(thread))},
-                         {"name", "thread " + shortWordText(tracker_.clock().threadId(thread))},
-                         {"depth", std::min(facts.depth, kDeepest + 1)},
-                         {"records", facts.records},
-                         {"busy", facts.busy},
-                         {"processor", most(facts.processors)},
-                         {"driver", most(drivers[thread])},
-                         {"begin", facts.begin},
-                         {"end", facts.end}});
+        lanes.push_back(
+            {{"kind", isIo[thread] != 0 ? "io" : "thread"},
+             {"thread", thread},
+             {"id", wordText(tracker_.clock().threadId(thread))},
+             {"name", "thread " + shortWordText(tracker_.clock().threadId(thread))},
+             {"depth", std::min(facts.depth, kDeepest + 1)},
+             {"records", facts.records},
+             {"busy", facts.busy},
+             {"processor", std::ranges::max_element(facts.processors) - facts.processors.begin()},
+             {"driver", driverOf(thread)},
+             {"begin", facts.begin},
+             {"end", facts.end}});
     }
     return lanes;
 }
 
-Json Packer::dropouts(const std::vector<uint32_t>& laneOfThread) const {
+Json Packer::dropouts(const IoAnswer& io, const std::vector<uint32_t>& laneOfThread) const {
     std::map<uint64_t, uint32_t> threadOfId;
     for (uint32_t thread = 0; thread < tracker_.clock().threads(); ++thread) {
         threadOfId[tracker_.clock().threadId(thread)] = thread;
     }
     Json list = Json::array();
-    for (const Dropout& dropout : survey_->dropouts) {
+    for (const Dropout& dropout : io.dropouts) {
         const uint64_t record = numbers_.of(dropout.slot);
         if (record == kNoRecord) continue;
         const Verdict& verdict = dropout.verdict;
@@ -432,21 +462,21 @@ Json Packer::dropouts(const std::vector<uint32_t>& laneOfThread) const {
     return list;
 }
 
-Json Packer::notes() const {
+Json Packer::notes(const IoAnswer& io) const {
     Json notes = Json::array();
     if (!survey_->shown.empty()) {
         notes.push_back("A part of the trace: " + countText(recordNumber()) + " of its " +
-                        countText(survey_->io.records) + " records.");
+                        countText(io.io.records) + " records.");
     }
-    for (const std::string& limit : limitsOf(survey_->io, survey_->timed)) notes.push_back(limit);
+    for (const std::string& limit : limitsOf(io.io, io.timed)) notes.push_back(limit);
     return notes;
 }
 
-std::string Packer::cycles() const {
+std::string Packer::cycles(const IoTrace& trace) const {
     std::string heading;
     Columns columns;
-    putNumber(heading, survey_->io.threads.size());
-    for (const IoThread& io : survey_->io.threads) {
+    putNumber(heading, trace.threads.size());
+    for (const IoThread& io : trace.threads) {
         std::vector<const IoCycle*> shown;
         for (const IoCycle& cycle : io.cycles) {
             if (numbers_.of(cycle.beginSlot) != kNoRecord) shown.push_back(&cycle);
@@ -489,7 +519,7 @@ std::string Packer::cycles() const {
     return bytes;
 }
 
-PackedTrace Packer::finish(const std::string& title) {
+PackedTrace Packer::finish(const std::string& title, const IoAnswer& io) {
     resetsBefore_ = resets();
     failure_ = false;
     tracker_.finish();
@@ -499,9 +529,9 @@ PackedTrace Packer::finish(const std::string& title) {
 
     PackedTrace trace;
     trace.blocks = std::move(blocks_);
-    std::map<uint32_t, bool> processors;
+    size_t processors = 0;
     for (const Thread& thread : threads_) {
-        for (const auto& [processor, count] : thread.facts.processors) processors[processor] = true;
+        processors = std::max(processors, thread.facts.processors.size());
     }
     std::vector<uint32_t> laneOfThread;
     Json head{{"format", kFormat},
@@ -509,11 +539,11 @@ PackedTrace Packer::finish(const std::string& title) {
               {"records", recordNumber()},
               {"begin", survey_->begin},
               {"end", survey_->end}};
-    head["notes"] = notes();
+    head["notes"] = notes(io);
     tables_.describe(head);
-    head["lanes"] = lanes(laneOfThread);
-    head["dropouts"] = dropouts(laneOfThread);
-    head["overview"] = overview_.toJson(processors.size());
+    head["lanes"] = lanes(io.io, laneOfThread);
+    head["dropouts"] = dropouts(io, laneOfThread);
+    head["overview"] = overview_.toJson(processors);
     head["blocks"] = std::move(blockFacts_);
     Json& resolutions = head["levels"] = Json::array();
     for (size_t level = pyramid_.levels(); level-- > 0;) {
@@ -521,7 +551,7 @@ PackedTrace Packer::finish(const std::string& title) {
         trace.levels.push_back(chunkOf(pyramid_.packed(level, rows_)));
     }
     trace.longBars = chunkOf(longBars_.packed(rows_));
-    trace.cycles = chunkOf(cycles());
+    trace.cycles = chunkOf(cycles(io.io));
     trace.head = chunkOf(head.dump());
     return trace;
 }
@@ -531,11 +561,14 @@ PackedTrace Packer::finish(const std::string& title) {
 PackedTrace pack(const TraceOptions& trace, const std::string& title, const Survey& survey) {
     const CodeNames names = readCodeNames(trace.names);
     Packer packer(survey, names);
+    IoAnswer io;
     Input input(trace.path);
     for (auto slots = input.next(); !slots.empty(); slots = input.next()) {
+        io.take(slots);
         for (const TraceRecord& slot : slots) packer.take(slot);
     }
-    return packer.finish(title);
+    io.finish();
+    return packer.finish(title, io);
 }
 
 }  // namespace sonaprobe::scope::timeline

@@ -26,6 +26,9 @@ enum class Coding : uint8_t {
 
 constexpr size_t kMostInDictionary = Columns::kFirstLength;
 
+// The first values of a column decide on its coding.
+constexpr size_t kSample = 512;
+
 using Half = uint32_t;
 
 // A column of half words and the low halves of its records' ticks.
@@ -94,16 +97,17 @@ class WordPacker {
             putNumber(*heading_, first);
             return;
         }
+        const size_t count = std::min(column.values.size(), kSample);
+        const Column sample{column.values.first(count), column.ticks.first(count)};
         Coding best = Coding::value;
         uint64_t least = UINT64_MAX;
         for (const Coding coding :
              {Coding::value, Coding::delta, Coding::slope, Coding::afterTick}) {
-            const uint64_t cost = costOf(column, coding);
+            const uint64_t cost = costOf(sample, coding);
             if (cost >= least) continue;
             least = cost;
             best = coding;
         }
-        const size_t count = column.values.size();
         if (least > 3 * count) {
             const std::vector<Half> dictionary = dictionaryOf(column.values, places_);
             const uint64_t bits = std::bit_width(dictionary.size());

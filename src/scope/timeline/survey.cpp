@@ -2,6 +2,7 @@
 
 #include "scope/timeline/survey.h"
 
+#include "analysis/io_cycles.h"
 #include "scope/records.h"
 #include "scope/units.h"
 
@@ -44,7 +45,6 @@ class ShownSlots final : public CallSink {
 
 void survey(const TraceOptions& trace, const Selection& selection, Survey& survey) {
     Input input(trace.path);
-    IoObserver observer;
     TraceClock clock;
     ShownSlots shown(survey.shown);
     const bool all = selection.isAll();
@@ -62,7 +62,6 @@ void survey(const TraceOptions& trace, const Selection& selection, Survey& surve
     for (auto slots = input.next(); !slots.empty(); slots = input.next()) {
         uint64_t number = input.firstSlot();
         for (const TraceRecord& slot : slots) {
-            observer.take(slot);
             const SlotKind kind = kindOf(slot);
             if (kind == SlotKind::divisor) clock.takeDivisor(slot.timestamp);
             if (kind == SlotKind::record) takeRecord(slot, number);
@@ -76,10 +75,6 @@ void survey(const TraceOptions& trace, const Selection& selection, Survey& surve
                       "; no page is written. The trace ends at " + timeText(clock.latest())};
     }
     if (!all) shown.finish();
-    survey.assumedDivisor = clock.assumedDivisor();
-    survey.io = observer.finish();
-    survey.timed = timeThreads(survey.io);
-    survey.dropouts = judgeDropouts(survey.io, survey.timed);
 }
 
 }  // namespace sonaprobe::scope::timeline

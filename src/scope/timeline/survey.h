@@ -1,12 +1,9 @@
-// The first reading of a trace for its page: how long it is, which records are shown, and what its
-// I/O came to.
+// The first reading of a trace for its page: how long it is, and which records are shown.
 
 #pragma once
 
-#include <string>
 #include <vector>
 
-#include "analysis/dropout_causes.h"
 #include "analysis/selection.h"
 #include "scope/options.h"
 
@@ -19,10 +16,6 @@ struct Survey {
     // By slot: whether its record is shown; empty where all are. With a call's start its end is
     // shown too, and the other way round.
     std::vector<bool> shown{};
-    IoTrace io{};
-    std::vector<TimedThread> timed{};
-    std::vector<Dropout> dropouts{};
-    bool assumedDivisor = false;
 
     bool shows(uint64_t slot) const { return shown.empty() || shown[slot]; }
 };
