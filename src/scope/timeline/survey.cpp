@@ -3,6 +3,7 @@
 #include "scope/timeline/survey.h"
 
 #include "analysis/io_cycles.h"
+#include "scope/failure.h"
 #include "scope/records.h"
 #include "scope/units.h"
 

@@ -1,8 +1,8 @@
-// Where the page begins.
-
+// Opens the trace that the page holds, and shows it.
 import { openTrace } from './data/open';
+import { showPage } from './view/page';
 
 void openTrace(document).then((trace) => {
-  const shown = document.querySelector('main')!;
-  shown.textContent = `${trace.title}: ${trace.records} records, ${trace.dropouts.length} dropouts`;
+  showPage(document.getElementById('timeline')!, trace);
+  void trace.ready.then(() => performance.mark('ready')); // for measurements
 });

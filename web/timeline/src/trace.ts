@@ -67,7 +67,8 @@ export interface Points {
   record: Float64Array;
 }
 
-// Cycles of an I/O thread. A cycle's deadline is due plus its budget.
+// Cycles of an I/O thread. A cycle's deadline is due plus its budget. Of those that share a pixel the
+// latest past its deadline stands for all.
 export interface Cycles {
   count: number;
   begin: Float64Array;

@@ -64,7 +64,7 @@ function lateness(cycles: CycleColumns, at: number): number {
   return Number.isNaN(late) ? -Infinity : late;
 }
 
-// Cycles that begin in one cell, as one, which is as late as the latest of them.
+// Of the cycles that begin in one cell the latest, with a dropout where one of them has it.
 function merged(cycles: CycleColumns, resolution: number): CycleColumns {
   const into = cyclesOf(cycles.begin.length);
   let count = 0;
@@ -74,7 +74,6 @@ function merged(cycles: CycleColumns, resolution: number): CycleColumns {
     const at = Math.floor(cycles.begin[i]! / resolution);
     const isShort = cycles.end[i]! - cycles.begin[i]! < resolution;
     if (isShort && at === cell) {
-      into.end[count - 1] = Math.max(into.end[count - 1]!, cycles.end[i]!);
       into.dropout[count - 1]! |= cycles.dropout[i]!;
       const late = lateness(cycles, i);
       if (late <= worst) continue;
@@ -82,11 +81,11 @@ function merged(cycles: CycleColumns, resolution: number): CycleColumns {
     } else {
       cell = isShort ? at : NaN;
       worst = lateness(cycles, i);
-      into.begin[count] = cycles.begin[i]!;
-      into.end[count] = cycles.end[i]!;
       into.dropout[count] = cycles.dropout[i]!;
       ++count;
     }
+    into.begin[count - 1] = cycles.begin[i]!;
+    into.end[count - 1] = cycles.end[i]!;
     into.due[count - 1] = cycles.due[i]!;
     into.budget[count - 1] = cycles.budget[i]!;
     into.record[count - 1] = cycles.record[i]!;
