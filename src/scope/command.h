@@ -25,6 +25,7 @@ std::span<const Command> commands();
 Run setUpCompletion(CLI::App& app);
 Run setUpCut(CLI::App& app);
 Run setUpEvents(CLI::App& app);
+Run setUpExport(CLI::App& app);
 Run setUpInfo(CLI::App& app);
 Run setUpLines(CLI::App& app);
 Run setUpRepair(CLI::App& app);
