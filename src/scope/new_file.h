@@ -24,6 +24,9 @@ class NewFile {
     // Throws a Failure where the disk is full.
     void write(std::span<const std::byte> bytes);
 
+    // Where it is written meanwhile, for libraries that open files themselves.
+    const std::string& temporary() const { return temporary_; }
+
     // Writes what is left and gives the file its name. Throws a Failure.
     void keep();
 
