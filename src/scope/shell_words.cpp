@@ -7,6 +7,7 @@
 #include "analysis/selection.h"
 #include "registry/audio_class_registry.h"
 #include "scope/command_line.h"
+#include "scope/export/format.h"
 
 namespace sonaprobe::scope {
 
@@ -25,6 +26,12 @@ std::vector<std::string> classNames() {
     for (const AudioClassRegistry::Entry& entry : AudioClassRegistry::entries()) {
         names.emplace_back(entry.name);
     }
+    return names;
+}
+
+std::vector<std::string> formatNames() {
+    std::vector<std::string> names;
+    for (const FormatEntry& format : formats()) names.emplace_back(format.name);
     return names;
 }
 
@@ -61,6 +68,9 @@ bool isPath(const std::string& kind) { return kind == "FILE" || kind == "OTHER" 
 
 std::vector<std::string> wordsOfKind(const std::string& kind) {
     if (kind == "WHEN") return {"always", "auto", "never"};
+    if (kind == "FORMAT") return formatNames();
+    if (kind == "ROWS") return {"calls", "records", "stats"};
+    if (kind == "HOW") return {"frame", "omit"};
     if (kind == "SHELL") return {"bash", "fish", "zsh"};
     if (kind == "CLASS") return classNames();
     std::vector<std::string> words;

@@ -16,6 +16,8 @@ namespace {
 // Moments of a thread, each later than the one before on it. Programs that work out from times
 // alone what lies inside what lose calls, or their depth, where several begin or end at one
 // nanosecond: here these are one nanosecond apart, or so much more as a double of that size needs.
+// Where calls are cut off at the latest time of all threads, what their own thread does next may be
+// earlier: it waits.
 class StrictMoments {
   public:
     Nanoseconds next(uint32_t thread, Nanoseconds time) {

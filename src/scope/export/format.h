@@ -37,7 +37,7 @@ struct ToldCall {
     bool endSelected;
     uint32_t note;  // what opened() gave for it
     // From the trace's first record. On a thread starts, ends and points have moments of their own:
-    // where the trace has one time for several, they are a nanosecond apart.
+    // where the trace has one time for several, they are a nanosecond apart. Never back.
     Nanoseconds placedStart;
     Nanoseconds placedEnd;
     uint64_t startOrder;

@@ -21,11 +21,11 @@ class Speedscope final : public Format {
         if (!told.selected) return;
         const Call& call = *told.call;
         const uint32_t frame = frameOf(call.code);
-        add(call.thread, told.startOrder, R"({"type":"O","frame":)", frame, call.start);
-        add(call.thread, told.endOrder, R"({"type":"C","frame":)", frame, told.closing->time);
+        add(call.thread, told.startOrder, R"({"type":"O","frame":)", frame, told.placedStart);
+        add(call.thread, told.endOrder, R"({"type":"C","frame":)", frame, told.placedEnd);
         Span& span = spanOf(call.thread);
-        span.begin = std::min(span.begin, call.start);
-        span.end = std::max(span.end, told.closing->time);
+        span.begin = std::min(span.begin, told.placedStart);
+        span.end = std::max(span.end, told.placedEnd);
     }
 
     void finish(const TraceClock& clock) override {

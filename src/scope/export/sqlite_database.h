@@ -45,8 +45,9 @@ class Insert {
         return *this;
     }
     Insert& add(std::string_view text) {
-        sqlite3_bind_text(statement_.get(), ++bound_, text.data(), static_cast<int>(text.size()),
-                          SQLITE_STATIC);
+        // To the library a null pointer is NULL, not an empty text.
+        sqlite3_bind_text(statement_.get(), ++bound_, text.empty() ? "" : text.data(),
+                          static_cast<int>(text.size()), SQLITE_STATIC);
         return *this;
     }
     Insert& addNull() {
