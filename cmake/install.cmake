@@ -66,14 +66,6 @@ if(SONAPROBE_SCOPE)
   install(FILES ${PROJECT_BINARY_DIR}/install/sonascope.fish
           DESTINATION ${CMAKE_INSTALL_DATADIR}/fish/vendor_completions.d)
   install_for_zsh(${PROJECT_BINARY_DIR}/install/sonascope.zsh _sonascope)
-  # lnav looks for formats in /etc, where those of a package in /usr are.
-  install(
-    CODE "set(folder \"\${CMAKE_INSTALL_PREFIX}/etc\")
-          if(CMAKE_INSTALL_PREFIX STREQUAL \"/usr\")
-            set(folder /etc)
-          endif()
-          file(INSTALL \"${PROJECT_SOURCE_DIR}/completion/lnav/sonascope.json\"
-               DESTINATION \"\${folder}/lnav/formats/sonaprobe\")")
 endif()
 
 get_property(compressed_files GLOBAL PROPERTY SONAPROBE_COMPRESSED)

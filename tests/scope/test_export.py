@@ -1,9 +1,11 @@
 """export: the formats as their grammars have them, and a whole file or none."""
 
 import csv
+import gzip
 import io
 import json
 import os
+import pathlib
 import re
 import signal
 import sqlite3
@@ -365,3 +367,51 @@ def test_a_pipe_is_read_once_or_copied(trace, tmp_path):
         exported("-", "sqlite", "-o", tmp_path / "pipe.db", stdin=stream)
     with sqlite3.connect(tmp_path / "pipe.db") as found:
         assert found.execute("SELECT count(*) FROM calls").fetchone() == (2,)
+
+
+QUERIES = re.findall(r"^```sql\n(.*?)^```$", pathlib.Path(
+    os.environ["SONAPROBE_SOURCE_DIR"], "docs/sql.md").read_text(), re.MULTILINE | re.DOTALL)
+
+
+@pytest.fixture(scope="module")
+def story_database(story):
+    path = story.with_suffix(".db")
+    exported(story, "sqlite", "-o", path)
+    return path
+
+
+def test_there_are_ten_queries():
+    assert len(QUERIES) == 10
+
+
+@pytest.mark.parametrize("query", QUERIES, ids=range(1, 11))
+def test_each_query_of_the_page_answers(query, story_database):
+    with sqlite3.connect(story_database) as found:
+        cursor = found.execute(query)
+        assert cursor.fetchall() != []
+        assert None not in [column[0] for column in cursor.description]
+
+
+def test_partitions_are_named_after_host_and_day(trace, tmp_path):
+    other = tmp_path / "studio 7=a.raw.gz"
+    other.write_bytes(gzip.compress(nested_calls()))
+    os.utime(other, (1_763_000_000, 1_763_000_000))
+    table = tmp_path / "table"
+    assert exported(trace, "json", "--partition", "-o", table, "--date", "2026-11-22", other) == ""
+    assert exported(other, "csv", "--partition", "-o", table, "--host", "../x") == ""
+    assert sorted(str(path.relative_to(table)) for path in table.rglob("*.*s*")) == [
+        "host=_._x/date=2025-11-13/part-studio_7_a.csv",
+        "host=studio_7_a/date=2026-11-22/part-studio_7_a.json",
+        "host=trace/date=2026-11-22/part-trace.json"]
+    part = table / "host=trace/date=2026-11-22/part-trace.json"
+    assert part.read_text() == exported(trace, "json")
+
+
+@pytest.mark.parametrize("arguments, message", [
+    (["--to", "json", "--partition"], "--partition needs a folder; give it with -o"),
+    (["--to", "chrome", "--partition", "-o", "/nowhere"], "--partition is for json and csv"),
+    (["--to", "json", "second.raw"], "several files need --partition"),
+])
+def test_what_partitions_need_is_said(trace, arguments, message):
+    result = scope("export", trace, *arguments)
+    assert (result.stdout, result.stderr, result.returncode) == ("", f"sonascope: {message}\n", 2)

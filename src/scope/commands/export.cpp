@@ -10,6 +10,7 @@
 #include "scope/event_text.h"
 #include "scope/export/destination.h"
 #include "scope/export/feed.h"
+#include "scope/export/partition.h"
 #include "scope/export/sqlite.h"
 #include "scope/failure.h"
 #include "scope/repeatable.h"
@@ -20,13 +21,15 @@ namespace sonaprobe::scope {
 namespace {
 
 struct Options {
-    TraceOptions trace;
+    std::vector<std::string> traces;
+    TraceOptions trace;  // its path is that of the one being read
     SelectionOptions selection;
     const FormatEntry* format = nullptr;
     std::string path;  // empty: standard output
     bool force = false;
     What what = What::records;
     Waiting waiting = Waiting::frame;
+    PartitionOptions partition;
 };
 
 std::vector<std::string_view> formatNames() {
@@ -42,14 +45,29 @@ FormatOptions formatOptions(const Options& options, const Input& input, const Co
             .names = &names};
 }
 
-void exportText(const Options& options, const Selection& selection, const CodeNames& names) {
+void exportText(const Options& options, const std::string& path, const Selection& selection,
+                const CodeNames& names) {
     Input input(options.trace.path);
-    Destination destination(options.path, options.force, input.source().file());
+    Destination destination(path, options.force, input.source().file());
     TextOutput out(destination.sink());
     const auto format = options.format->make(formatOptions(options, input, names), out);
     feed(input, selection, options.trace, options.format->readsCalls(options.what), *format);
     out.handOver();
     destination.finish();
+}
+
+void exportPartitions(Options& options, const CodeNames& names) {
+    if (options.path.empty()) throw Failure{"--partition needs a folder; give it with -o"};
+    if (options.format->isPicture || options.format->make == nullptr) {
+        throw Failure{"--partition is for json and csv"};
+    }
+    for (const std::string& trace : options.traces) {
+        options.trace.path = trace;
+        const Selection selection = selectionOf(options.selection, options.trace);
+        const std::string path =
+            partitionPath(options.path, trace, options.partition, options.format->name);
+        exportText(options, path, selection, names);
+    }
 }
 
 void exportDatabase(Options& options, const Selection& selection, const CodeNames& names) {
@@ -67,12 +85,18 @@ Status run(Options& options) {
     if (options.format == nullptr) {
         throw Failure{"--to FORMAT is missing; see sonascope export --help"};
     }
-    const Selection selection = selectionOf(options.selection, options.trace);
     const CodeNames names = readCodeNames(options.trace.names);
+    if (options.partition.wanted) {
+        exportPartitions(options, names);
+        return Status::done;
+    }
+    if (options.traces.size() > 1) throw Failure{"several files need --partition"};
+    options.trace.path = options.traces.front();
+    const Selection selection = selectionOf(options.selection, options.trace);
     if (options.format->make == nullptr) {
         exportDatabase(options, selection, names);
     } else {
-        exportText(options, selection, names);
+        exportText(options, options.path, selection, names);
     }
     return Status::done;
 }
@@ -111,6 +135,10 @@ std::string formatList() {
 Run setUpExport(CLI::App& app) {
     const auto options = std::make_shared<Options>();
     addTraceOptions(app, options->trace);
+    app.remove_option(app.get_option("FILE"));
+    app.add_option("FILE", options->traces,
+                   "a raw file, packed or not, or - for standard input; several with --partition")
+        ->required();
     app.add_option("-o,--output", options->path, "the file to write; standard output if not given")
         ->type_name("NEW");
     app.add_flag("--force", options->force, "write over a file that exists");
@@ -121,6 +149,14 @@ Run setUpExport(CLI::App& app) {
                    "in folded, time in which an I/O thread waits: frame, or omit it")
         ->transform(CLI::CheckedTransformer(kWaiting).description(""))
         ->type_name("HOW");
+    app.add_flag("--partition", options->partition.wanted,
+                 "write json or csv of each file into folders host=.../date=... of the folder NEW");
+    app.add_option("--host", options->partition.host,
+                   "of --partition; if not given, the file's name up to a dot")
+        ->type_name("HOST");
+    app.add_option("--date", options->partition.date,
+                   "of --partition; if not given, the day on which the file was written")
+        ->type_name("DAY");
     addSelectionOptions(app, options->selection);
     app.remove_option(app.get_option("--to"));
     app.add_option_function<std::vector<std::string>>(
@@ -133,7 +169,8 @@ Run setUpExport(CLI::App& app) {
                "\nExamples:\n"
                "  sonascope export trace.raw --to json | jq -r .text\n"
                "  sonascope export trace.raw --to csv --what calls -o calls.csv\n"
-               "  sonascope export trace.raw --to sqlite -o trace.db\n");
+               "  sonascope export trace.raw --to sqlite -o trace.db\n"
+               "  sonascope export fleet/*.raw --to json --partition -o table\n");
     return [options] { return run(*options); };
 }
 
