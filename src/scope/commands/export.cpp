@@ -164,6 +164,7 @@ Run setUpExport(CLI::App& app) {
            "the format, see below; or, given again, before this time")
         ->type_name("FORMAT")
         ->expected(1)
+        ->allow_extra_args(false)
         ->multi_option_policy(CLI::MultiOptionPolicy::TakeAll);
     app.footer(formatList() +
                "\nExamples:\n"
