@@ -76,7 +76,7 @@ void exportDatabase(Options& options, const Selection& selection, const CodeName
     Input input(options.trace.path);
     NewFile file(options.path, options.force, input.source().file());
     const auto format = makeSqlite(formatOptions(options, input, names), options.trace.path,
-                                   file.temporary(), escaped(options.path));
+                                   file.written(), escaped(options.path));
     feed(input, selection, options.trace, true, *format);
     file.keep();
 }
