@@ -10,7 +10,8 @@ TEST_PACKAGES=(libgtest-dev libgmock-dev python3 python3-pytest util-linux
     mandoc bash-completion fish zsh dpkg-dev file python3-jsonschema zstd pkgconf)
 COVERAGE_PACKAGES=(gcovr)
 # Programs that read our exports; npm installs some more into tests/neighbours.
-NEIGHBOUR_PACKAGES=(chromium jq libdevel-nytprof-perl miller sqlite3 valgrind)
+NEIGHBOUR_PACKAGES=(chromium clickhouse-client clickhouse-server jq libdevel-nytprof-perl miller sqlite3
+    valgrind)
 CHECK_PACKAGES=(git clang-14 clang-tidy-14 clang-format-14 libclang-rt-14-dev lintian
     g++-multilib googletest)
 

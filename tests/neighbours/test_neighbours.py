@@ -7,11 +7,13 @@ import json
 import os
 import pathlib
 import re
+import shutil
 import subprocess
 
 import pytest
 
-from conftest import BUILD, run_program
+import clickhouse
+from conftest import run_program
 
 HERE = pathlib.Path(__file__).parent
 SAMPLE = pathlib.Path(os.environ["SONAPROBE_SOURCE_DIR"]) / "docs/sample/playback-dropout.raw"
@@ -226,21 +228,64 @@ def fleet(folder):
             for name, hosts in sorted(told.items(), key=lambda item: (-len(item[1]), item[0]))]
 
 
-def test_the_fleets_question_in_duckdb(tmp_path):
-    expected = fleet(tmp_path)
-    assert expected
-    table = tmp_path / "table"
-    result = run_program("export", *sorted(tmp_path.glob("*.raw")), "--to", "json", "--partition",
-                         "--date", "2026-11-22", "-o", table, program="sonascope")
+@pytest.fixture(scope="module")
+def partitions(tmp_path_factory):
+    """The partitions of a fleet, and what is true of it."""
+    folder = tmp_path_factory.mktemp("fleet")
+    truth = fleet(folder)
+    assert truth
+    result = run_program("export", *sorted(folder.glob("*.raw")), "--to", "json", "--partition",
+                         "--date", "2026-11-22", "-o", folder / "table", program="sonascope")
     assert (result.stderr, result.returncode) == ("", 0)
+    return folder / "table", truth
+
+
+def test_the_fleets_question_in_duckdb(partitions, tmp_path):
+    whole, truth = partitions
+    table = shutil.copytree(whole, tmp_path / "table")
 
     def answer():
-        query = QUESTION.replace("WITH last", VIEW.replace("CREATE VIEW records AS", "WITH records AS (")
-                                 + "), last", 1).replace("'table/", f"'{table}/")
+        view = VIEW.replace("CREATE VIEW records AS", "WITH records AS (") + "), last"
+        query = QUESTION.replace("WITH last", view, 1).replace("'table/", f"'{table}/")
         return [{"name": name, "dropouts": int(dropouts), "machines": int(machines)}
                 for name, dropouts, machines in node("duckdb.mjs", query)]
 
-    assert answer() == expected
+    assert answer() == truth
     for part in list(table.rglob("part-*.json"))[:60]:
         part.unlink()
-    assert answer() != expected
+    assert answer() != truth
+
+
+RECORDS = "host String, slot UInt64, code String, driver String, method String, qualifier String"
+DISTRIBUTED_QUESTION = """SELECT name, count() AS dropouts, uniqExact(host) AS machines FROM (
+    SELECT host, dropout, argMax(name, slot) AS name FROM (
+        SELECT host, slot AS dropout FROM records WHERE code = '0x21040000')
+    ALL INNER JOIN (
+        SELECT host, slot, concat(driver, '::', method) AS name FROM records
+        WHERE qualifier = 'end' AND code LIKE '0x0524%') USING host
+    WHERE slot < dropout GROUP BY host, dropout)
+GROUP BY name ORDER BY dropouts DESC, name"""
+
+
+def test_the_fleets_question_in_two_clickhouse_servers(partitions, tmp_path):
+    whole, truth = partitions
+    with clickhouse.servers(tmp_path) as ports:
+        for port in ports:
+            clickhouse.query(port, f"CREATE TABLE part ({RECORDS}) ENGINE = MergeTree "
+                                   "ORDER BY (host, slot)")
+        for number, path in enumerate(sorted(whole.rglob("part-*.json"))):
+            host = path.parent.parent.name.removeprefix("host=")
+            rows = path.read_text().replace('{"slot":', f'{{"host":"{host}","slot":')
+            clickhouse.query(ports[number % 2], "INSERT INTO part FORMAT JSONEachRow", rows.encode())
+        clickhouse.query(ports[0], f"CREATE TABLE records ({RECORDS}) "
+                                   "ENGINE = Distributed(fleet, default, part)")
+
+        def answer():
+            return [{"name": name, "dropouts": int(dropouts), "machines": int(machines)}
+                    for name, dropouts, machines in clickhouse.query(ports[0],
+                                                                     DISTRIBUTED_QUESTION)]
+
+        assert answer() == truth
+        clickhouse.query(ports[1], "DROP TABLE part")
+        clickhouse.query(ports[1], f"CREATE TABLE part ({RECORDS}) ENGINE = Memory")
+        assert answer() != truth

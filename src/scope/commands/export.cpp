@@ -78,6 +78,7 @@ void exportDatabase(Options& options, const Selection& selection, const CodeName
     const auto format = makeSqlite(formatOptions(options, input, names), options.trace.path,
                                    file.written(), escaped(options.path));
     feed(input, selection, options.trace, true, *format);
+    file.takeWritten();
     file.keep();
 }
 
