@@ -202,7 +202,8 @@ Json StatisticsTable::toJson(size_t top) const {
         Json& entry = list.emplace_back(namesInJson(row.key));
         entry["finished"] = row.finished;
         for (size_t i = 0; i < kColumns.size(); ++i) {
-            entry[fieldNameOf(kColumns[i])] = row.numbers[i] ? Json(*row.numbers[i]) : Json(nullptr);
+            entry[fieldNameOf(kColumns[i])] =
+                row.numbers[i] ? Json(*row.numbers[i]) : Json(nullptr);
         }
     }
     return list;
