@@ -5,12 +5,15 @@ set -euo pipefail
 cd "$(dirname "${BASH_SOURCE[0]}")/../.."
 
 BUILD_PACKAGES=(g++ cmake ninja-build pkg-config
-    libcli11-dev nlohmann-json3-dev libzstd-dev robin-map-dev zlib1g-dev esbuild)
+    libcli11-dev libsqlite3-dev nlohmann-json3-dev libzstd-dev robin-map-dev zlib1g-dev esbuild)
 TEST_PACKAGES=(libgtest-dev libgmock-dev python3 python3-pytest util-linux
     mandoc bash-completion fish zsh dpkg-dev file python3-jsonschema zstd pkgconf)
 PAGE_PACKAGES=(chromium fonts-dejavu-core)
 command -v npm >/dev/null || PAGE_PACKAGES+=(nodejs npm) # other Node.js packages bring their own npm
 COVERAGE_PACKAGES=(gcovr)
+# Programs that read our exports; npm installs some more into tests/neighbours.
+NEIGHBOUR_PACKAGES=(chromium clickhouse-client clickhouse-server jq libdevel-nytprof-perl miller sqlite3
+    valgrind)
 CHECK_PACKAGES=(git clang-14 clang-tidy-14 clang-format-14 libclang-rt-14-dev lintian
     g++-multilib googletest)
 

@@ -15,6 +15,7 @@ constexpr Command kCommands[] = {
     {"why", "name the cause of each dropout", setUpWhy},
     {"catch", "keep the seconds around an event of the live trace", setUpCatch},
     {"timeline", "one page to look at and to hand on", setUpTimeline},
+    {"export", "write a trace as data for other tools", setUpExport},
     {"cut", "keep a part of a trace as a file of its own", setUpCut},
     {"repair", "write a file anew without what is broken", setUpRepair},
     {"events", "search the reference of events", setUpEvents},

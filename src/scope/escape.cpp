@@ -2,7 +2,7 @@
 
 #include "scope/escape.h"
 
-#include <algorithm>
+#include "scope/byte_scan.h"
 
 namespace sonaprobe::scope {
 
@@ -26,8 +26,16 @@ void putEscaped(std::string& out, char character) {
 
 }  // namespace
 
+bool isPrintable(std::string_view text) {
+    constexpr EightBytes kHighest = kEachByte << 7;
+    return !containsAny(text, [](EightBytes bytes) {
+        const EightBytes belowBlank = (bytes - kEachByte * ' ') & ~bytes;
+        return ((belowBlank | bytes) & kHighest) | areEqual(bytes, '\x7f');
+    });
+}
+
 std::string escaped(std::string_view text) {
-    if (std::ranges::all_of(text, isPlain)) return std::string(text);
+    if (isPrintable(text)) return std::string(text);
     std::string out;
     for (const char character : text) {
         if (isPlain(character)) {

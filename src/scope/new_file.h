@@ -35,6 +35,9 @@ class NewFile {
     // The path under which what has been written can be read, until keep().
     const std::string& written();
 
+    // After a library has written the file under that path: what is there is kept.
+    void takeWritten();
+
     // What is written next takes the place of what was written first. That may be read meanwhile,
     // from before the place that is written.
     void startOver();

@@ -7,6 +7,7 @@
 #include "analysis/selection.h"
 #include "registry/audio_class_registry.h"
 #include "scope/command_line.h"
+#include "scope/export/format.h"
 #include "scope/options.h"
 
 namespace sonaprobe::scope {
@@ -26,6 +27,12 @@ std::vector<std::string> classNames() {
     for (const AudioClassRegistry::Entry& entry : AudioClassRegistry::entries()) {
         names.emplace_back(entry.name);
     }
+    return names;
+}
+
+std::vector<std::string> formatNames() {
+    std::vector<std::string> names;
+    for (const FormatEntry& format : formats()) names.emplace_back(format.name);
     return names;
 }
 
@@ -62,6 +69,7 @@ std::vector<CommandWords> commandWords() {
 bool isPath(const std::string& kind) { return kind == "FILE" || kind == "OTHER" || kind == "NEW"; }
 
 std::vector<std::string> wordsOfKind(const std::string& kind) {
+    if (kind == "FORMAT") return formatNames();
     if (kind == "CLASS") return classNames();
     std::vector<std::string> words;
     if (kind == "DRIVER") words = driverNames();

@@ -87,15 +87,15 @@ std::vector<Column> nameColumnsOf(GroupBy by) {
     return {};
 }
 
-std::string jsonNameOf(const StatisticsColumn& column) {
+}  // namespace
+
+std::span<const StatisticsColumn> statisticsColumns() { return kColumns; }
+
+std::string fieldNameOf(const StatisticsColumn& column) {
     std::string name = column.name;
     std::ranges::replace(name, '-', '_');
     return column.measure == Measure::duration ? name + "_ns" : name;
 }
-
-}  // namespace
-
-std::span<const StatisticsColumn> statisticsColumns() { return kColumns; }
 
 StatisticsTable::StatisticsTable(CallStatistics& statistics, GroupBy by, const TraceClock& clock,
                                  const CodeNames& codeNames)
@@ -225,7 +225,7 @@ void StatisticsTable::write(JsonStream& out, size_t top) const {
         Json entry = namesInJson(row.key);
         entry["finished"] = row.finished;
         for (size_t i = 0; i < kColumns.size(); ++i) {
-            entry[jsonNameOf(kColumns[i])] = jsonOf(i, row.numbers[i]);
+            entry[fieldNameOf(kColumns[i])] = jsonOf(i, row.numbers[i]);
         }
         out.item(entry);
     }
