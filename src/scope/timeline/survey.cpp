@@ -3,6 +3,7 @@
 #include "scope/timeline/survey.h"
 
 #include "analysis/io_cycles.h"
+#include "scope/failure.h"
 #include "scope/records.h"
 #include "scope/units.h"
 
@@ -44,7 +45,7 @@ class ShownSlots final : public CallSink {
 }  // namespace
 
 void survey(const TraceOptions& trace, const Selection& selection, Survey& survey) {
-    Input input(trace.path);
+    Input input(trace);
     TraceClock clock;
     ShownSlots shown(survey.shown);
     const bool all = selection.isAll();
