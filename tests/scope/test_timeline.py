@@ -171,7 +171,8 @@ def test_a_file_that_exists_is_kept_unless_forced(trace, page):
 
 
 @pytest.mark.parametrize("content, options, message", [
-    (b"", [], "no record in it"),
+    (b"", [], "no trace"),
+    (divisor(), [], "no record in it"),
     (nested_calls(), ["--from", "1h"], "no record is selected"),
     (nested_calls(), ["--driver", "OrvelHDAPat"], "OrvelHDAPath"),
 ])
