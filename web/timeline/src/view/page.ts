@@ -44,6 +44,7 @@ class Page implements Commands {
   private readonly statistics: StatisticsSheet;
   private readonly search: Search;
   private readonly tip: Tip;
+  private pointed: { x: number; y: number; event: PointerEvent } | null = null;
   private settle = 0;
   private written = '';
   private asked = 0; // the latest jump; what earlier ones waited for is too late
@@ -103,6 +104,7 @@ class Page implements Commands {
   private settled(): void {
     this.writeAddress();
     if (this.side.open === 3) this.fillCalls();
+    this.point();
   }
 
   private arrange(): void {
@@ -424,12 +426,11 @@ class Page implements Commands {
     listenToPointer(frame, view, this.trace.begin, this.trace.end, {
       changed: () => this.changed(),
       hover: (x, y, event) => {
-        const hit = event.target === frame.lanes ? drawing.hit(x, y) : null;
-        frame.hairline.hidden = false;
-        frame.hairline.style.transform = `translateX(${x * view.size + frame.lanes.offsetLeft}px)`;
-        this.tip.show(event.clientX, event.clientY, pointedMoment(view.time(x), view.nsPerPixel), hit);
+        this.pointed = { x, y, event };
+        this.point();
       },
       leave: () => {
+        this.pointed = null;
         frame.hairline.hidden = true;
         this.tip.hide();
       },
@@ -445,6 +446,17 @@ class Page implements Commands {
       },
       measure: (from, to, done) => this.measured(from, to, done),
     });
+  }
+
+  // Tells what is under the pointer: as it moves, and when something else has moved under it.
+  private point(): void {
+    if (!this.pointed) return;
+    const { x, y, event } = this.pointed;
+    const { frame, view, drawing } = this;
+    const hit = event.target === frame.lanes ? drawing.hit(x, y) : null;
+    frame.hairline.hidden = false;
+    frame.hairline.style.transform = `translateX(${x * view.size + frame.lanes.offsetLeft}px)`;
+    this.tip.show(event.clientX, event.clientY, pointedMoment(view.time(x), view.nsPerPixel), hit);
   }
 
   // ---- the address
