@@ -8,10 +8,15 @@ BUILD_PACKAGES=(g++ cmake ninja-build pkg-config
     libcli11-dev nlohmann-json3-dev libzstd-dev robin-map-dev zlib1g-dev esbuild)
 TEST_PACKAGES=(libgtest-dev libgmock-dev python3 python3-pytest util-linux
     mandoc bash-completion fish zsh dpkg-dev file python3-jsonschema zstd pkgconf)
-PAGE_PACKAGES=(nodejs npm chromium fonts-dejavu-core)
+PAGE_PACKAGES=(chromium fonts-dejavu-core)
+command -v npm >/dev/null || PAGE_PACKAGES+=(nodejs npm) # other Node.js packages bring their own npm
 COVERAGE_PACKAGES=(gcovr)
 CHECK_PACKAGES=(git clang-14 clang-tidy-14 clang-format-14 libclang-rt-14-dev lintian
     g++-multilib googletest)
+
+# Programs that the plugins are for, and what shows the graphical one.
+PLUGIN_PACKAGES=(babeltrace2 libbabeltrace2-dev python3-bt2 kernelshark libkshark-dev libjson-c-dev
+    xvfb xauth xdotool imagemagick)
 
 # fail TEXT...: says why a script ends, and ends it.
 fail() {

@@ -4,6 +4,7 @@
 
 #include <algorithm>
 
+#include "analysis/class_names.h"
 #include "analysis/event_names.h"
 #include "analysis/event_traits.h"
 
@@ -34,6 +35,7 @@ GroupKey CallStatistics::keyOf(const TraceRecord& record, uint32_t thread) {
     switch (by_) {
         case GroupBy::event: return {.code = code};
         case GroupBy::driver: return {.code = driverCodeOf(code)};
+        case GroupBy::recordClass: return {.code = classOf(code)};
         case GroupBy::thread: return {.thread = thread};
         case GroupBy::cpu: return {.cpu = record.cpuid};
         case GroupBy::object:

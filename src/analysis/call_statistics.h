@@ -14,10 +14,10 @@
 
 namespace sonaprobe {
 
-enum class GroupBy : uint8_t { event, driver, thread, cpu, object, threadAndEvent };
+enum class GroupBy : uint8_t { event, driver, recordClass, thread, cpu, object, threadAndEvent };
 
 // What the calls of a group have in common; 0 what they need not. Of a driver, `code` is the first
-// of its codes that the trace has.
+// of its codes that the trace has; of a class, the class.
 struct GroupKey {
     uint64_t object = 0;
     uint32_t code = 0;

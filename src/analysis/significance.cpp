@@ -13,7 +13,7 @@ namespace sonaprobe {
 namespace {
 
 // Batches that a sample is cut into.
-constexpr std::array<size_t, 2> kBatches{32, 16};
+constexpr std::array<size_t, 2> kBatches{64, 32};
 constexpr size_t kLeastOfBatch = 2;
 
 // Both tails of Student's distribution.

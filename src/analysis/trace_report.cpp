@@ -4,19 +4,13 @@
 
 #include <algorithm>
 
+#include "analysis/class_names.h"
 #include "analysis/event_traits.h"
 #include "events/event.h"
 
 namespace sonaprobe {
 
 namespace {
-
-constexpr uint32_t kWithoutClass = 0xFFFF0000;
-
-uint32_t classOf(uint32_t debugid) {
-    const bool hasClass = decoderOf(debugid) != nullptr || classWordOf(debugid) == kAudioClassWord;
-    return hasClass ? classKeyOf(debugid) : debugid & kWithoutClass;
-}
 
 bool isPoint(uint32_t debugid) {
     switch (qualifierOf(debugid)) {

@@ -15,7 +15,8 @@ constexpr uint64_t kUnchecked = uint64_t{64} << 20;
 
 }  // namespace
 
-ByteSource::ByteSource(const std::string& path) : file_(path), unpacker_(unpackerOf()) {}
+ByteSource::ByteSource(const std::string& path, const std::string& copyOf)
+    : file_(path, copyOf), unpacker_(unpackerOf()) {}
 
 ByteSource::Unpacker ByteSource::unpackerOf() {
     if (Gunzip::recognises(file_.head())) return Gunzip(file_);

@@ -15,8 +15,9 @@ namespace sonaprobe::scope {
 
 class ByteSource {
   public:
-    // A path, or "-" for standard input. Throws a Failure where that cannot be opened.
-    explicit ByteSource(const std::string& path);
+    // A path, or "-" for standard input, see FileBytes. Throws a Failure where that cannot be
+    // opened.
+    explicit ByteSource(const std::string& path, const std::string& copyOf = {});
 
     // The next bytes, at least one but at the end. Throws a Failure where the file cannot be read,
     // or unpacks to far more than a trace does.

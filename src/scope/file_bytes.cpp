@@ -22,11 +22,15 @@ int openPath(const std::string& path) {
     return ::open(path.c_str(), O_RDONLY | O_CLOEXEC | O_NOCTTY);
 }
 
+std::string nameOf(const std::string& path) {
+    return path == "-" ? "standard input" : escaped(path);
+}
+
 }  // namespace
 
-FileBytes::FileBytes(const std::string& path)
+FileBytes::FileBytes(const std::string& path, const std::string& copyOf)
     : isStandardInput_(path == "-"),
-      name_(isStandardInput_ ? "standard input" : escaped(path)),
+      name_(nameOf(copyOf.empty() ? path : copyOf)),
       file_(openPath(path)) {
     if (file_ < 0) throw systemFailure("could not open " + name_);
     if (isatty(file_) != 0) {

@@ -12,8 +12,9 @@ namespace sonaprobe::scope {
 
 class FileBytes {
   public:
-    // Opens a path, "-" for standard input. Throws a Failure where that is not possible.
-    explicit FileBytes(const std::string& path);
+    // Opens a path, "-" for standard input. Throws a Failure where that is not possible. Of a copy,
+    // messages name what it is one of.
+    explicit FileBytes(const std::string& path, const std::string& copyOf = {});
     ~FileBytes();
     FileBytes(const FileBytes&) = delete;
     FileBytes& operator=(const FileBytes&) = delete;

@@ -2,13 +2,35 @@
 
 #include "scope/input.h"
 
+#include <algorithm>
 #include <cstring>
 
+#include "analysis/slot_finder.h"
 #include "scope/failure.h"
+#include "scope/file_kind.h"
 
 namespace sonaprobe::scope {
 
-Input::Input(const std::string& path) : source_(path), block_(kBlockSlots) {}
+Input::Input(const TraceOptions& trace, Accept accept)
+    : source_(trace.path, trace.copyOf),
+      recognised_(accept == Accept::anything),
+      block_(kBlockSlots) {}
+
+// Asks the finder of slots, as info does about a whole file. Zeros that were never written may come
+// before a trace.
+void Input::recognise(std::span<const std::byte> begin) {
+    const auto isZero = [](std::byte byte) { return byte == std::byte{0}; };
+    if (given_ > 0 && std::ranges::all_of(begin, isZero)) return;
+    SlotFinder finder;
+    finder.feed(begin);
+    finder.end();
+    while (finder.next()) {
+    }
+    recognised_ = finder.isTrace();
+    if (recognised_) return;
+    throw Failure{source_.name() +
+                  ": no trace: " + kindOfFile(begin.empty() ? source_.file().head() : begin)};
+}
 
 std::span<const TraceRecord> Input::next() {
     const std::span<std::byte> room = std::as_writable_bytes(std::span(block_));
@@ -21,6 +43,8 @@ std::span<const TraceRecord> Input::next() {
         rest_ += got;
         given_ = rest_ / sizeof(TraceRecord);
     }
+    // At the end of a file of zeros, these still stand in the block.
+    if (!recognised_) recognise(room.first(firstSlot_ > 0 && given_ == 0 ? kBlockSlots : rest_));
     rest_ -= given_ * sizeof(TraceRecord);
     if (given_ == 0) {
         Progress::clear();

@@ -11,17 +11,21 @@
 #include "analysis/trace_clock.h"
 #include "record/trace_record.h"
 #include "scope/byte_source.h"
+#include "scope/options.h"
 #include "scope/progress.h"
 
 namespace sonaprobe::scope {
 
+// Whether a file in which no slot looks like one is refused, or read as it is.
+enum class Accept : uint8_t { traces, anything };
+
 class Input {
   public:
-    // A path, or "-" for standard input. Throws a Failure where that cannot be opened.
-    explicit Input(const std::string& path);
+    // Throws a Failure where the trace's file cannot be opened.
+    explicit Input(const TraceOptions& trace, Accept accept = Accept::traces);
 
     // The next slots, divisors, invalid and empty ones included; none at the end. They hold until
-    // the next call. Throws a Failure where the file cannot be read.
+    // the next call. Throws a Failure where the file cannot be read, or is no trace.
     std::span<const TraceRecord> next();
 
     // The number of the first slot of what next() returned last.
@@ -35,7 +39,10 @@ class Input {
   private:
     static constexpr size_t kBlockSlots = 4096;
 
+    void recognise(std::span<const std::byte> begin);
+
     ByteSource source_;
+    bool recognised_;  // as a trace, or not to be
     Progress progress_;
     std::vector<TraceRecord> block_;
     size_t given_ = 0;  // slots that next() returned last

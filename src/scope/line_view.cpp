@@ -98,7 +98,8 @@ class LineView {
         made_.add(std::string(kLevelWidth * std::min<size_t>(place.depth, kMostLevels), ' '));
         const size_t indentation = made_.columns() + kLevelWidth;
         made_.add(markOf(qualifierOf(record.debugid)), {Tone::dim});
-        made_.add(eventName(line.event, *names_), styleOf(line));
+        const std::string name = eventName(line.event, *names_);
+        wrap_ ? made_.add(name, styleOf(line)) : made_.addName(name, styleOf(line), *out_);
         if (hasObject(record.debugid) && (whole || out_->width() >= kShowsObject)) {
             made_.add(" (" + shortWordText(record.arg1) + ")", {Tone::dim});
         }

@@ -3,7 +3,9 @@
 #pragma once
 
 #include <CLI/CLI.hpp>
+#include <functional>
 #include <string>
+#include <vector>
 
 #include "scope/command.h"
 #include "scope/output.h"
@@ -13,6 +15,7 @@ namespace sonaprobe::scope {
 // Where a trace comes from, and how its times and codes are shown.
 struct TraceOptions {
     std::string path;
+    std::string copyOf;  // where the path is one: what the user gave
     bool kernelTime = false;
     std::string names;  // a code-name file, or empty
 };
@@ -29,6 +32,15 @@ struct NewFileOptions {
     bool force = false;
 };
 void addNewFileOptions(CLI::App& app, NewFileOptions& options);
+
+// Adds an option, or an operand, whose value is one of these words; `choose` is told which. Any
+// other word is refused. Help and completion have the words from here.
+CLI::Option* addChoice(CLI::App& app, const char* name, const char* type, const char* help,
+                       const std::vector<std::string>& words,
+                       const std::function<void(size_t)>& choose);
+
+// The words of an option that addChoice() added; none of others.
+std::vector<std::string> wordsOf(CLI::Option& option);
 
 // The examples at the end of a command's help.
 void addExamples(CLI::App& app, const std::string& lines);

@@ -5,7 +5,6 @@
 #include "analysis/call_tracker.h"
 #include "analysis/slot.h"
 #include "analysis/trace_clock.h"
-#include "scope/failure.h"
 #include "scope/input.h"
 
 namespace sonaprobe::scope {
@@ -23,7 +22,6 @@ void forEachRecord(Input& input, TraceClock& clock, const Visit& visit) {
             ++number;
         }
     }
-    warnOfDamage(input);
 }
 
 // Takes each slot into the tracker, whose sink hears of the calls, and then visits the records:

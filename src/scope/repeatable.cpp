@@ -11,10 +11,10 @@
 
 namespace sonaprobe::scope {
 
-std::string repeatablePath(const std::string& path) {
+void makeRepeatable(TraceOptions& trace) {
     constexpr size_t kRoom = 1 << 16;
-    FileBytes bytes(path);
-    if (bytes.repeatable()) return path;
+    FileBytes bytes(trace.path);
+    if (bytes.repeatable()) return;
     // Stays open, hence in being, for as long as the program runs.
     std::FILE* const copy = std::tmpfile();
     if (copy == nullptr) throw systemFailure("could not copy " + bytes.name());
@@ -25,7 +25,8 @@ std::string repeatablePath(const std::string& path) {
         }
     }
     if (std::fflush(copy) != 0) throw systemFailure("could not copy " + bytes.name());
-    return "/dev/fd/" + std::to_string(fileno(copy));
+    trace.copyOf = trace.path;
+    trace.path = "/dev/fd/" + std::to_string(fileno(copy));
 }
 
 }  // namespace sonaprobe::scope

@@ -2,12 +2,12 @@
 
 #pragma once
 
-#include <string>
+#include "scope/options.h"
 
 namespace sonaprobe::scope {
 
-// A path that gives the same bytes each time it is opened while the program runs: the path itself,
-// or, of a pipe, that of a copy without a name in the folder for temporary files. Throws a Failure.
-std::string repeatablePath(const std::string& path);
+// Makes the path one that gives the same bytes each time it is opened while the program runs: of a
+// pipe, that of a copy without a name in the folder for temporary files. Throws a Failure.
+void makeRepeatable(TraceOptions& trace);
 
 }  // namespace sonaprobe::scope

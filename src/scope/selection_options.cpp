@@ -75,7 +75,7 @@ class Survey : public CallSink {
 void survey(Selection& selection, const TraceOptions& trace) {
     Survey found(selection.criteria());
     CallTracker tracker(found);
-    Input input(trace.path);
+    Input input(trace);
     trackCalls(input, tracker, [&](const TraceRecord& record, const Moment& moment) {
         if (codeOf(record.debugid) != kOverload) return;
         found.dropouts.push_back(trace.kernelTime ? tracker.clock().kernelTime(record)
@@ -135,7 +135,7 @@ Selection selectionOf(const SelectionOptions& options, TraceOptions& trace) {
     }
     Selection selection = std::move(std::get<Selection>(made));
     if (selection.needsSurvey()) {
-        trace.path = repeatablePath(trace.path);
+        makeRepeatable(trace);
         survey(selection, trace);
     }
     return selection;

@@ -38,20 +38,22 @@ std::vector<std::string> namesOf(std::span<const CommandWords> commands) {
 std::set<std::string> kindsOf(std::span<const CommandWords> commands) {
     std::set<std::string> kinds;
     for (const CommandWords& command : commands) {
-        for (const OptionWords& option : command.options) kinds.insert(option.value);
-        kinds.insert(command.operands.begin(), command.operands.end());
+        for (const OptionWords& option : command.options) kinds.insert(option.value.kind);
+        for (const ValueWords& operand : command.operands) kinds.insert(operand.kind);
     }
     std::erase_if(kinds, [](const std::string& kind) { return wordsOfKind(kind).empty(); });
     return kinds;
 }
 
-std::string bashWords(const std::string& kind) {
-    return "COMPREPLY=($(compgen -W " + quoted(joined(wordsOfKind(kind))) + " -- \"$current\"))";
+std::vector<std::string> wordsOf(const ValueWords& value) {
+    return value.choices.empty() ? wordsOfKind(value.kind) : value.choices;
 }
 
-std::string bashReplyOf(const std::string& kind) {
-    if (isPath(kind)) return "_filedir";
-    return wordsOfKind(kind).empty() ? ":" : bashWords(kind);
+std::string bashReplyOf(const ValueWords& value) {
+    if (isPath(value.kind)) return "_filedir";
+    const std::vector<std::string> words = wordsOf(value);
+    if (words.empty()) return ":";
+    return "COMPREPLY=($(compgen -W " + quoted(joined(words)) + " -- \"$current\"))";
 }
 
 }  // namespace
@@ -75,7 +77,7 @@ std::string bashCompletion(std::span<const CommandWords> commands) {
         std::vector<std::string> names;
         for (const OptionWords& option : command.options) {
             names.insert(names.end(), option.names.begin(), option.names.end());
-            if (option.value.empty()) continue;
+            if (option.value.kind.empty()) continue;
             text += "                " + joined(option.names, " | ") + ") " +
                     bashReplyOf(option.value) + "; return ;;\n";
         }
@@ -101,9 +103,9 @@ std::string zshHelp(const std::string& help) {
     return out;
 }
 
-std::string zshAction(const std::string& kind) {
-    if (isPath(kind)) return "_files";
-    const std::vector<std::string> words = wordsOfKind(kind);
+std::string zshAction(const ValueWords& value) {
+    if (isPath(value.kind)) return "_files";
+    const std::vector<std::string> words = wordsOf(value);
     return words.empty() ? " " : "(" + joined(words) + ")";
 }
 
@@ -134,20 +136,21 @@ std::string zshCompletion(std::span<const CommandWords> commands) {
             for (const std::string& name : option.names) {
                 const bool isLong = name.starts_with("--");
                 std::string argument = "*" + name;
-                if (!option.value.empty() && isLong) argument += "=";
+                const bool hasValue = !option.value.kind.empty();
+                if (hasValue && isLong) argument += "=";
                 argument += "[" + zshHelp(option.help) + "]";
-                if (!option.value.empty()) {
-                    argument += ":" + option.value + ":" + zshAction(option.value);
+                if (hasValue) {
+                    argument += ":" + option.value.kind + ":" + zshAction(option.value);
                 }
                 text += "                " + quoted(argument) + " \\\n";
             }
         }
         // The last one may come several times.
         for (size_t i = 0; i < command.operands.size(); ++i) {
-            const std::string& operand = command.operands[i];
+            const ValueWords& operand = command.operands[i];
             const bool last = i + 1 == command.operands.size();
             std::string argument = last ? "*" : std::to_string(i + 1);
-            argument.append(":").append(operand).append(":").append(zshAction(operand));
+            argument.append(":").append(operand.kind).append(":").append(zshAction(operand));
             text += "                " + quoted(argument) + " \\\n";
         }
         text += "                && return\n            ;;\n";
@@ -169,10 +172,11 @@ std::string fishCompletion(std::span<const CommandWords> commands) {
             "complete -c sonascope -n '__fish_seen_subcommand_from " + command.name + "'";
         text += "complete -c sonascope -n __fish_use_subcommand -a " + command.name + " -d " +
                 quoted(command.help) + "\n";
-        const auto valueOf = [](const std::string& kind) {
-            if (isPath(kind)) return std::string(" -F");
-            if (wordsOfKind(kind).empty()) return std::string(" -f");
-            return " -f -a \"$__sonascope_" + kind + "\"";
+        const auto valueOf = [](const ValueWords& value) {
+            if (isPath(value.kind)) return std::string(" -F");
+            if (!value.choices.empty()) return " -f -a " + quoted(joined(value.choices));
+            if (wordsOfKind(value.kind).empty()) return std::string(" -f");
+            return " -f -a \"$__sonascope_" + value.kind + "\"";
         };
         for (const OptionWords& option : command.options) {
             text += begin;
@@ -180,10 +184,10 @@ std::string fishCompletion(std::span<const CommandWords> commands) {
                 const bool isLong = name.starts_with("--");
                 text += (isLong ? " -l " : " -s ") + name.substr(isLong ? 2 : 1);
             }
-            if (!option.value.empty()) text += " -r" + valueOf(option.value);
+            if (!option.value.kind.empty()) text += " -r" + valueOf(option.value);
             text += " -d " + quoted(option.help) + "\n";
         }
-        for (const std::string& operand : command.operands) {
+        for (const ValueWords& operand : command.operands) {
             text += begin + valueOf(operand) + "\n";
         }
     }

@@ -7,6 +7,7 @@
 #include "analysis/selection.h"
 #include "registry/audio_class_registry.h"
 #include "scope/command_line.h"
+#include "scope/options.h"
 
 namespace sonaprobe::scope {
 
@@ -28,11 +29,13 @@ std::vector<std::string> classNames() {
     return names;
 }
 
-OptionWords wordsOf(const CLI::Option& option) {
+OptionWords optionWords(CLI::Option& option) {
     OptionWords words{.names = {}, .help = option.get_description(), .value = {}};
     for (const std::string& name : option.get_lnames()) words.names.push_back("--" + name);
     for (const std::string& name : option.get_snames()) words.names.push_back("-" + name);
-    if (option.get_items_expected_max() > 0) words.value = option.get_type_name();
+    if (option.get_items_expected_max() > 0) {
+        words.value = {option.get_type_name(), wordsOf(option)};
+    }
     return words;
 }
 
@@ -44,12 +47,11 @@ std::vector<CommandWords> commandWords() {
     for (const Command& command : commands()) {
         CommandWords words{
             .name = command.name, .help = command.summary, .options = {}, .operands = {}};
-        for (const CLI::Option* const option :
-             line.app->get_subcommand(command.name)->get_options()) {
+        for (CLI::Option* const option : line.app->get_subcommand(command.name)->get_options()) {
             if (option->get_positional()) {
-                words.operands.push_back(option->get_name());
+                words.operands.push_back({option->get_name(), wordsOf(*option)});
             } else {
-                words.options.push_back(wordsOf(*option));
+                words.options.push_back(optionWords(*option));
             }
         }
         all.push_back(std::move(words));
@@ -60,12 +62,10 @@ std::vector<CommandWords> commandWords() {
 bool isPath(const std::string& kind) { return kind == "FILE" || kind == "OTHER" || kind == "NEW"; }
 
 std::vector<std::string> wordsOfKind(const std::string& kind) {
-    if (kind == "WHEN") return {"always", "auto", "never"};
-    if (kind == "SHELL") return {"bash", "fish", "zsh"};
     if (kind == "CLASS") return classNames();
     std::vector<std::string> words;
     if (kind == "DRIVER") words = driverNames();
-    if (kind == "METHOD") words = methodNames();
+    if (kind == "METHOD" || kind == "EVENT") words = methodNames();
     std::erase_if(words, [](const std::string& word) { return !isOneWord(word); });
     return words;
 }

@@ -8,24 +8,30 @@
 
 namespace sonaprobe::scope {
 
+// What an option's value or an operand may be.
+struct ValueWords {
+    std::string kind;                  // "TIME"; empty where there is none
+    std::vector<std::string> choices;  // empty where it may be anything of its kind
+};
+
 struct OptionWords {
     std::vector<std::string> names;  // "--from", "-o"
     std::string help;
-    std::string value;  // "TIME", or empty where the option takes none
+    ValueWords value;
 };
 
 struct CommandWords {
     std::string name;
     std::string help;
     std::vector<OptionWords> options;
-    std::vector<std::string> operands;  // "FILE"
+    std::vector<ValueWords> operands;
 };
 
 // Of the real command line, in the order of its help.
 std::vector<CommandWords> commandWords();
 
-// The words that a value or operand of this kind may be: "WHEN", "SHELL", "NAME" of a driver. None
-// where it may be anything.
+// The words that values of a kind may be whatever the option: "DRIVER", "METHOD". None where they
+// may be anything.
 std::vector<std::string> wordsOfKind(const std::string& kind);
 
 // Whether it is a path: "FILE", "OTHER", "NEW".

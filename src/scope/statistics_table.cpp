@@ -5,6 +5,7 @@
 #include <algorithm>
 #include <array>
 
+#include "analysis/class_names.h"
 #include "analysis/event_names.h"
 #include "scope/event_text.h"
 #include "scope/units.h"
@@ -33,7 +34,9 @@ Number percentile(CallGroup& group) {
 constexpr std::array kColumns{
     StatisticsColumn{"self", "self", Measure::duration, 0,
                      [](CallGroup& g) { return ofFinished(g, [&] { return g.self; }); }, true},
-    StatisticsColumn{"total", "total", Measure::duration, 0,
+    StatisticsColumn{"share", "share", Measure::share, 0,
+                     [](CallGroup& g) { return ofFinished(g, [&] { return g.self; }); }, true},
+    StatisticsColumn{"total", "total", Measure::duration, 78,
                      [](CallGroup& g) { return ofFinished(g, [&] { return saturated(g.total); }); },
                      true},
     StatisticsColumn{"outermost", "outermost", Measure::duration, 120,
@@ -44,13 +47,13 @@ constexpr std::array kColumns{
                      [](CallGroup& g) -> Number { return count(g.calls); }, true},
     StatisticsColumn{"mean", "mean", Measure::duration, 110,
                      [](CallGroup& g) { return ofFinished(g, [&] { return g.mean(); }); }, false},
-    StatisticsColumn{"p50", "p50", Measure::duration, 84, percentile<50>, false},
+    StatisticsColumn{"p50", "p50", Measure::duration, 80, percentile<50>, false},
     StatisticsColumn{"p90", "p90", Measure::duration, 104, percentile<90>, false},
     StatisticsColumn{"p99", "p99", Measure::duration, 92, percentile<99>, false},
-    StatisticsColumn{"max", "max", Measure::duration, 80,
+    StatisticsColumn{"max", "max", Measure::duration, 79,
                      [](CallGroup& g) { return ofFinished(g, [&] { return g.durations.max(); }); },
                      false},
-    StatisticsColumn{"failures", "failed", Measure::failures, 79,
+    StatisticsColumn{"failures", "failed", Measure::failures, 77,
                      [](CallGroup& g) -> Number { return count(g.failures); }, true},
     StatisticsColumn{"cut-off", "cut off", Measure::count, 112,
                      [](CallGroup& g) -> Number { return count(g.cutOff); }, true},
@@ -75,19 +78,13 @@ std::vector<Column> nameColumnsOf(GroupBy by) {
     switch (by) {
         case GroupBy::event: return {{"event", Align::left, 0, true}};
         case GroupBy::driver: return {{"driver", Align::left}};
+        case GroupBy::recordClass: return {{"class", Align::left}};
         case GroupBy::thread: return {thread};
         case GroupBy::cpu: return {{"processor", Align::left}};
         case GroupBy::object: return {{"object", Align::left}};
         case GroupBy::threadAndEvent: return {thread, {"event", Align::left, 0, true}};
     }
     return {};
-}
-
-Cell cellOf(Measure measure, Number number) {
-    if (!number) return "-";
-    if (measure == Measure::duration) return durationText(*number);
-    const std::string text = countText(static_cast<uint64_t>(*number));
-    return measure == Measure::failures && *number > 0 ? Cell(text, {Tone::failure}) : Cell(text);
 }
 
 std::string jsonNameOf(const StatisticsColumn& column) {
@@ -108,13 +105,36 @@ StatisticsTable::StatisticsTable(CallStatistics& statistics, GroupBy by, const T
         StatisticsRow& row = rows_.emplace_back();
         row.key = group.key;
         row.finished = group.finished();
+        busy_ += Wide{group.self} + group.cutOffSelf + group.unfinishedSelf;
         for (const StatisticsColumn& column : kColumns) {
             row.numbers.push_back(column.numberOf(group));
         }
     }
 }
 
+double StatisticsTable::shareOf(int64_t part) const {
+    return busy_ == 0 ? 0 : static_cast<double>(part) / static_cast<double>(busy_);
+}
+
+Cell StatisticsTable::cellOf(size_t column, Number number) const {
+    if (!number) return "-";
+    switch (kColumns[column].measure) {
+        case Measure::duration: return durationText(*number);
+        case Measure::share: return shareText(shareOf(*number));
+        case Measure::count:
+        case Measure::failures: break;
+    }
+    const bool failed = kColumns[column].measure == Measure::failures && *number > 0;
+    return {countText(static_cast<uint64_t>(*number)), {failed ? Tone::failure : Tone::plain}};
+}
+
+Json StatisticsTable::jsonOf(size_t column, Number number) const {
+    if (!number) return nullptr;
+    return kColumns[column].measure == Measure::share ? Json(shareOf(*number)) : Json(*number);
+}
+
 void StatisticsTable::sortBy(size_t column) {
+    sortColumn_ = column;
     std::ranges::stable_sort(rows_, [column](const auto& one, const auto& other) {
         return one.numbers[column] > other.numbers[column];
     });
@@ -123,8 +143,10 @@ void StatisticsTable::sortBy(size_t column) {
 void StatisticsTable::print(Output& out, size_t top) const {
     std::vector<Column> columns;
     columns.reserve(kColumns.size());
-    for (const StatisticsColumn& column : kColumns) {
-        columns.push_back({column.head, Align::right, column.shownFrom, false, true});
+    for (size_t i = 0; i < kColumns.size(); ++i) {
+        const bool sorts = i == sortColumn_;
+        columns.push_back(
+            {kColumns[i].head, Align::right, sorts ? 0 : kColumns[i].shownFrom, false, !sorts});
     }
     const std::vector<Column> nameColumns = nameColumnsOf(by_);
     columns.insert(columns.end(), nameColumns.begin(), nameColumns.end());
@@ -134,7 +156,7 @@ void StatisticsTable::print(Output& out, size_t top) const {
     for (const StatisticsRow& row : std::span(rows_).first(printed)) {
         std::vector<Cell> cells;
         for (size_t i = 0; i < kColumns.size(); ++i) {
-            cells.push_back(cellOf(kColumns[i].measure, row.numbers[i]));
+            cells.push_back(cellOf(i, row.numbers[i]));
         }
         for (Cell& name : namesOf(row.key)) cells.push_back(std::move(name));
         table.add(std::move(cells));
@@ -158,6 +180,7 @@ std::vector<Cell> StatisticsTable::namesOf(const GroupKey& key) const {
         case GroupBy::event: return {eventCell(key.code)};
         case GroupBy::driver:
             return {{std::string(driverOf(key.code)), {Tone::driver, hueOf(key.code)}}};
+        case GroupBy::recordClass: return {classNameOf(key.code)};
         case GroupBy::thread: return {threadCell()};
         case GroupBy::cpu: return {std::to_string(key.cpu)};
         case GroupBy::object: return {objectText(key)};
@@ -174,6 +197,7 @@ Json StatisticsTable::namesInJson(const GroupKey& key) const {
         addEvent(names, key.code, *codeNames_);
     }
     if (by_ == GroupBy::driver) names["driver"] = driverOf(key.code);
+    if (by_ == GroupBy::recordClass) names["class"] = classNameOf(key.code);
     if (by_ == GroupBy::cpu) names["cpu"] = key.cpu;
     if (by_ == GroupBy::object) {
         names["object"] = key.hasObject ? Json(wordText(key.object)) : Json(nullptr);
@@ -189,23 +213,22 @@ std::vector<Cell> StatisticsTable::sumsAfter(size_t printed) const {
         for (const StatisticsRow& row : std::span(rows_).subspan(printed)) {
             sum = saturated(Wide{sum} + row.numbers[i].value_or(0));
         }
-        Cell& cell = cells.emplace_back(kColumns[i].sums ? cellOf(kColumns[i].measure, sum) : "");
+        Cell& cell = cells.emplace_back(kColumns[i].sums ? cellOf(i, sum) : "");
         cell.style = {Tone::dim};
     }
     return cells;
 }
 
-Json StatisticsTable::toJson(size_t top) const {
-    Json list = Json::array();
+void StatisticsTable::write(JsonStream& out, size_t top) const {
     const size_t listed = top == 0 ? rows_.size() : std::min(top, rows_.size());
     for (const StatisticsRow& row : std::span(rows_).first(listed)) {
-        Json& entry = list.emplace_back(namesInJson(row.key));
+        Json entry = namesInJson(row.key);
         entry["finished"] = row.finished;
         for (size_t i = 0; i < kColumns.size(); ++i) {
-            entry[jsonNameOf(kColumns[i])] = row.numbers[i] ? Json(*row.numbers[i]) : Json(nullptr);
+            entry[jsonNameOf(kColumns[i])] = jsonOf(i, row.numbers[i]);
         }
+        out.item(entry);
     }
-    return list;
 }
 
 }  // namespace sonaprobe::scope

@@ -15,7 +15,7 @@
 namespace sonaprobe::scope {
 
 // What a column's numbers are.
-enum class Measure : uint8_t { count, duration, failures };
+enum class Measure : uint8_t { count, duration, share, failures };
 
 // A group with its numbers; those of finished calls are missing where there is none.
 struct StatisticsRow {
@@ -28,9 +28,9 @@ struct StatisticsColumn {
     const char* name;  // for --sort, and with "_ns" after durations in JSON
     const char* head;
     Measure measure;
-    unsigned shownFrom;  // terminal columns
-    std::optional<int64_t> (*numberOf)(CallGroup& group);
-    bool sums;  // a sum over groups means something
+    unsigned shownFrom;                                    // terminal columns
+    std::optional<int64_t> (*numberOf)(CallGroup& group);  // of a share, the part
+    bool sums;                                             // a sum over groups means something
 };
 
 std::span<const StatisticsColumn> statisticsColumns();
@@ -41,13 +41,14 @@ class StatisticsTable {
     StatisticsTable(CallStatistics& statistics, GroupBy by, const TraceClock& clock,
                     const CodeNames& codeNames);
 
-    // The largest first, by the place of a column.
+    // The largest first, by the place of a column, which tables then have at any width.
     void sortBy(size_t column);
 
     // At most `top` rows, 0 for all, and the others summed in one.
     void print(Output& out, size_t top) const;
 
-    Json toJson(size_t top) const;
+    // The same rows as items of a list.
+    void write(JsonStream& out, size_t top) const;
 
   private:
     std::vector<Cell> namesOf(const GroupKey& key) const;
@@ -55,9 +56,15 @@ class StatisticsTable {
     Json namesInJson(const GroupKey& key) const;
     std::vector<Cell> sumsAfter(size_t printed) const;
 
+    Cell cellOf(size_t column, std::optional<int64_t> number) const;
+    Json jsonOf(size_t column, std::optional<int64_t> number) const;
+    double shareOf(int64_t part) const;
+
     GroupBy by_;
     const TraceClock* clock_;
     const CodeNames* codeNames_;
+    size_t sortColumn_ = 0;
+    Wide busy_ = 0;  // the time in which calls were open, summed over the threads
     std::vector<StatisticsRow> rows_;
 };
 

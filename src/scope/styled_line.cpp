@@ -26,6 +26,22 @@ void StyledLine::addRight(std::string_view text, size_t width, Style style) {
     add(text, style);
 }
 
+void StyledLine::addName(const std::string& name, Style style, const Output& out) {
+    // The last column is that of the dots.
+    const size_t room = out.width() > columns_ ? out.width() - columns_ - 1 : 0;
+    add(room >= leastFit(name) ? fitted(name, room) : name, style);
+}
+
+size_t StyledLine::wrappedLength(size_t begin, size_t columns) const {
+    const std::string_view rest = std::string_view(text_).substr(begin);
+    const std::string_view most = firstColumns(rest, columns);
+    if (most.size() == rest.size()) return most.size();
+    const size_t blank = rest.substr(0, most.size() + 1).rfind(' ');
+    // A line of little more than blanks is none.
+    const bool breaks = blank != std::string_view::npos && 2 * blank > most.size();
+    return breaks ? blank : most.size();
+}
+
 size_t StyledLine::printSome(Output& out, size_t begin, size_t columns) const {
     size_t at = begin;
     for (const Part& part : parts_) {
@@ -53,12 +69,13 @@ void StyledLine::print(Output& out, bool wrap, size_t indentation) const {
     }
     // A narrow terminal has no room for the indentation.
     const size_t in = indentation + 20 < out.width() ? indentation : 0;
-    size_t at = printSome(out, 0, out.width());
-    out.write("\n");
-    while (at < text_.size()) {
-        out.write(std::string(in, ' '));
-        at = printSome(out, at, out.width() - in);
+    for (size_t at = 0; at < text_.size();) {
+        const size_t before = at == 0 ? 0 : in;
+        const size_t length = wrappedLength(at, out.width() - before);
+        out.write(std::string(before, ' '));
+        at = printSome(out, at, columnsOf(std::string_view(text_).substr(at, length)));
         out.write("\n");
+        while (at < text_.size() && text_[at] == ' ') ++at;
     }
 }
 

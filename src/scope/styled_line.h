@@ -20,8 +20,11 @@ class StyledLine {
     // The same, with blanks before it up to `width` columns.
     void addRight(std::string_view text, size_t width, Style style = {});
 
-    // Whole where the output is no terminal; else cut at its width, or wrapped there with the lines
-    // after the first `indentation` columns in.
+    // Adds an event's name. Where the line would be cut inside its method, the driver gives way.
+    void addName(const std::string& name, Style style, const Output& out);
+
+    // Whole where the output is no terminal; else cut at its width, or wrapped there, at blanks
+    // where it can be, with the lines after the first `indentation` columns in.
     void print(Output& out, bool wrap, size_t indentation) const;
 
     size_t columns() const { return columns_; }
@@ -32,6 +35,9 @@ class StyledLine {
         size_t end = 0;
         Style style{};
     };
+
+    // How much of the text from a byte on a line of so many columns holds.
+    size_t wrappedLength(size_t begin, size_t columns) const;
 
     // Prints from a byte of the text on, at most so many columns; where it ended.
     size_t printSome(Output& out, size_t begin, size_t columns) const;

@@ -148,13 +148,13 @@ void TreeView::print(Output& out) const {
     table.print(out);
 }
 
-Json TreeView::toJson() const {
-    Json list = Json::array();
+void TreeView::write(JsonStream& out) const {
     std::vector<uint32_t> places(nodes_->size());
+    uint32_t place = 0;
     for (const uint32_t at : shown_) {
         const CallNode& node = (*nodes_)[at];
-        places[at] = static_cast<uint32_t>(list.size());
-        Json& entry = list.emplace_back(Json::object());
+        places[at] = place++;
+        Json entry;
         entry["parent"] =
             node.parent == CallNode::kNone ? Json(nullptr) : Json(places[node.parent]);
         if (node.code == CallNode::kThread) {
@@ -167,8 +167,8 @@ Json TreeView::toJson() const {
         entry["unfinished"] = node.unfinished;
         entry["time_ns"] = node.time;
         entry["self_ns"] = node.self;
+        out.item(entry);
     }
-    return list;
 }
 
 }  // namespace sonaprobe::scope

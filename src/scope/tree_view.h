@@ -27,7 +27,7 @@ class TreeView {
     void print(Output& out) const;
 
     // Each node names its parent by its place in the list, or null.
-    Json toJson() const;
+    void write(JsonStream& out) const;
 
   private:
     std::string nameOf(const CallNode& node) const;

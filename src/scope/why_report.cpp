@@ -34,6 +34,11 @@ constexpr std::array<const char*, 9> kMeanings = {
     "the records do not tell",
 };
 
+void sortUnique(std::vector<uint64_t>& slots) {
+    std::ranges::sort(slots);
+    slots.erase(std::unique(slots.begin(), slots.end()), slots.end());
+}
+
 std::string_view nameOf(DropoutCause cause) {
     return kDropoutCauses.at(static_cast<size_t>(cause));
 }
@@ -65,22 +70,29 @@ void printRecord(Output& out, uint64_t slot, const EvidenceRecord& shown, const 
     StyledLine line;
     line.add("    ");
     line.addRight(timeText(shown.time), 14);
-    line.add("  " + shortWordText(record.arg5) + " ", {Tone::dim});
+    line.add("  slot " + countText(slot) + "  " + shortWordText(record.arg5) + " ", {Tone::dim});
     line.add(qualifier == Qualifier::start ? "-> "
              : qualifier == Qualifier::end ? "<- "
                                            : "   ",
              {Tone::dim});
     const bool isDropout = codeOf(record.debugid) == kOverload;
-    line.add(eventName(event, names),
-             isDropout ? Style{Tone::dropout} : Style{Tone::driver, hueOf(record.debugid)});
+    line.addName(eventName(event, names),
+                 isDropout ? Style{Tone::dropout} : Style{Tone::driver, hueOf(record.debugid)},
+                 out);
     if (event.text != nullptr) {
         char text[kLogTextRoom];
         const char* const end = putLogText(text, event, shown.ticksPerMicrosecond);
         line.add("  " + escaped({text, static_cast<size_t>(end - text)}),
                  isFailure(event) ? Style{Tone::failure} : Style{});
     }
-    line.add("  (slot " + countText(slot) + ")", {Tone::dim});
     line.print(out, false, 0);
+}
+
+// A sentence, wrapped on a terminal.
+void printWrapped(Output& out, const std::string& text) {
+    StyledLine line;
+    line.add(text);
+    line.print(out, true, 2);
 }
 
 void printFinding(Output& out, const WhyAnswer& answer, const DropoutFinding& finding,
@@ -96,21 +108,24 @@ void printFinding(Output& out, const WhyAnswer& answer, const DropoutFinding& fi
     head.add("  " + std::string(kCertainties.at(static_cast<size_t>(first.verdict.certainty))),
              {Tone::dim});
     head.print(out, true, 2);
-    out.line("  " + meaningOf(first.verdict));
+    printWrapped(out, "  " + meaningOf(first.verdict));
 
-    std::string when = "  " + plural(finding.dropouts.size(), "dropout");
+    std::string what = "  " + plural(finding.dropouts.size(), "dropout");
     if (finding.lacking > 0) {
-        when += ", " + durationText(finding.mostLacking) + " lacking";
-        if (finding.dropouts.size() > 1) when += " at most";
+        what += ", " + durationText(finding.mostLacking) + " lacking";
+        if (finding.dropouts.size() > 1) what += " at most";
     }
-    when += ", at ";
+    what += ",";
+    std::string when = "at ";
     const size_t times = all ? finding.dropouts.size() : std::min(finding.dropouts.size(), kTimes);
     for (size_t i = 0; i < times; ++i) {
         const uint64_t slot = answer.dropouts[finding.dropouts[i]].slot;
         when += (i == 0 ? "" : ", ") + timeText(answer.evidence.at(slot).time);
     }
     if (times < finding.dropouts.size()) when += ", …";
-    out.line(when);
+    const bool fits = out.width() == 0 || columnsOf(what + " " + when) <= out.width();
+    if (!fits) out.line(what);
+    printWrapped(out, (fits ? what + " " : "  ") + when);
     const size_t shown = all ? finding.dropouts.size() : 1;
     for (size_t i = 0; i < shown; ++i) {
         for (const uint64_t slot : evidenceOf(answer.dropouts[finding.dropouts[i]], all)) {
@@ -118,7 +133,6 @@ void printFinding(Output& out, const WhyAnswer& answer, const DropoutFinding& fi
         }
         if (i + 1 < shown) out.line("");
     }
-    out.line("");
 }
 
 void printThreads(Output& out, const WhyAnswer& answer) {
@@ -141,13 +155,15 @@ void printThreads(Output& out, const WhyAnswer& answer) {
     table.print(out);
     for (const IoSummary& thread : answer.threads) {
         if (!thread.worstNearMiss) continue;
-        out.line("thread " + shortWordText(thread.thread) + ": the nearest miss ended " +
-                 durationText(thread.worstLateness) + " after its deadline, at slot " +
-                 countText(*thread.worstNearMiss));
+        printWrapped(out, "thread " + shortWordText(thread.thread) + ": the nearest miss ended " +
+                              durationText(thread.worstLateness) + " after its deadline, at slot " +
+                              countText(*thread.worstNearMiss));
     }
 }
 
-Json culpritJson(const Culprit& culprit) {
+Json culpritOf(const Verdict& verdict) {
+    if (!verdict.culprit) return nullptr;
+    const Culprit& culprit = *verdict.culprit;
     Json json;
     if (culprit.code) {
         const EventName name = sonaprobe::nameOf(*culprit.code);
@@ -173,7 +189,7 @@ Json dropoutJson(const Dropout& dropout) {
     json["certainty"] = kCertainties.at(static_cast<size_t>(verdict.certainty));
     json["share"] = verdict.share;
     json["carried"] = verdict.carried;
-    json["culprit"] = verdict.culprit ? culpritJson(*verdict.culprit) : Json();
+    json["culprit"] = culpritOf(verdict);
     json["evidence"] = verdict.evidence;
     return json;
 }
@@ -227,6 +243,15 @@ std::vector<std::string> limitsOf(const IoTrace& trace, const std::vector<TimedT
     return limits;
 }
 
+std::vector<uint64_t> evidenceSlots(const std::vector<Dropout>& dropouts) {
+    std::vector<uint64_t> slots;
+    for (const Dropout& dropout : dropouts) {
+        slots.insert(slots.end(), dropout.verdict.evidence.begin(), dropout.verdict.evidence.end());
+    }
+    sortUnique(slots);
+    return slots;
+}
+
 std::vector<uint64_t> shownSlots(const WhyAnswer& answer, bool all) {
     std::vector<uint64_t> slots;
     for (const Dropout& dropout : answer.dropouts) slots.push_back(dropout.slot);
@@ -237,36 +262,39 @@ std::vector<uint64_t> shownSlots(const WhyAnswer& answer, bool all) {
             slots.insert(slots.end(), evidence.begin(), evidence.end());
         }
     }
-    std::ranges::sort(slots);
-    slots.erase(std::unique(slots.begin(), slots.end()), slots.end());
+    sortUnique(slots);
     return slots;
 }
 
 void printWhy(Output& out, const WhyAnswer& answer, const CodeNames& names, bool all) {
-    if (answer.dropouts.empty()) {
+    const std::string ofAll = answer.dropouts.size() == answer.found
+                                  ? ""
+                                  : " of the " + countText(answer.found) + " in this trace";
+    if (answer.found == 0) {
         out.line("No dropout in this trace.");
+    } else if (answer.dropouts.empty()) {
+        out.line("No dropout" + ofAll + " is selected.");
     } else {
-        out.line(out.styled(plural(answer.dropouts.size(), "dropout"), {Tone::dropout}) + ", " +
-                 plural(answer.findings.size(), "finding"));
+        out.line(out.styled(plural(answer.dropouts.size(), "dropout"), {Tone::dropout}) + ofAll +
+                 ", " + plural(answer.findings.size(), "finding"));
     }
-    out.line("");
     const size_t shown = all ? answer.findings.size() : std::min(answer.findings.size(), kFindings);
     for (size_t i = 0; i < shown; ++i) {
+        out.line("");
         printFinding(out, answer, answer.findings[i], names, all);
     }
     if (shown < answer.findings.size()) {
-        out.line(plural(answer.findings.size() - shown, "more finding") + "; --all shows them");
         out.line("");
+        out.line(plural(answer.findings.size() - shown, "more finding") + "; --all shows them");
     }
-    if (!answer.threads.empty()) printThreads(out, answer);
+    if (!answer.threads.empty()) {
+        out.line("");
+        printThreads(out, answer);
+    }
     if (answer.limits.empty()) return;
     out.line("");
     out.line(out.styled("What this trace cannot show", {Tone::head}));
-    for (const std::string& limit : answer.limits) {
-        StyledLine line;
-        line.add("  " + limit);
-        line.print(out, true, 2);
-    }
+    for (const std::string& limit : answer.limits) printWrapped(out, "  " + limit);
 }
 
 void printWhyJson(Output& out, const WhyAnswer& answer) {
@@ -282,6 +310,7 @@ void printWhyJson(Output& out, const WhyAnswer& answer) {
             slots.push_back(answer.dropouts[dropout].slot);
         const Verdict& verdict = answer.dropouts[finding.dropouts.front()].verdict;
         json["findings"].push_back({{"cause", nameOf(verdict.cause)},
+                                    {"culprit", culpritOf(verdict)},
                                     {"dropouts", slots},
                                     {"lacking_ns", finding.lacking}});
     }

@@ -24,7 +24,8 @@ struct WhyAnswer {
     std::string file{};
     uint64_t records = 0;
     uint64_t serverRecords = 0;
-    std::vector<Dropout> dropouts{};
+    size_t found = 0;                 // dropouts in the trace
+    std::vector<Dropout> dropouts{};  // those that are selected
     std::vector<DropoutFinding> findings{};
     std::vector<IoSummary> threads{};
     std::vector<std::string> limits{};              // what the trace cannot show
@@ -37,7 +38,10 @@ std::string meaningOf(const Verdict& verdict);
 // What the trace cannot show, in sentences.
 std::vector<std::string> limitsOf(const IoTrace& trace, const std::vector<TimedThread>& threads);
 
-// The slots that printWhy() will show.
+// The slots of all evidence, ascending.
+std::vector<uint64_t> evidenceSlots(const std::vector<Dropout>& dropouts);
+
+// The slots that printWhy() will show, ascending.
 std::vector<uint64_t> shownSlots(const WhyAnswer& answer, bool all);
 
 // Without `all` a screen's worth: the first findings, each with a few lines of its clearest

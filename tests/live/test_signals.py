@@ -201,7 +201,7 @@ def test_a_signal_ends_a_run_whose_reader_is_slow(stage, raw):
     if raw:
         fifo = stage.folder / "fifo"
         os.mkfifo(fifo)
-        run = stage.start(f"-w{fifo}", "-X", 1)
+        run = stage.start("-b", 100_000, f"-w{fifo}", "-X", 1)
         os.close(theirs)
         theirs = os.open(fifo, os.O_RDWR)
         ours, theirs = theirs, ours

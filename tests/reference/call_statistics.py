@@ -6,9 +6,18 @@
 
 from dataclasses import dataclass, field
 
+
+
+def class_of(code):
+    """Drivers and the audio server have class ids in their codes, others class words alone."""
+    has_class = code >> 16 == 0x0524 or code >> 10 == 0x21040000 >> 10
+    return code & ~0x3FF if has_class else code & ~0xFFFF
+
+
 # What a call, a point or an orphan end is counted under. Each is a record or has one as its start.
 KEYS = {
     "event": lambda record: record.code,
+    "class": lambda record: class_of(record.code),
     "thread": lambda record: record.thread,
     "cpu": lambda record: record.cpu,
     "object": lambda record: record.object,

@@ -8,9 +8,14 @@ from cases import POINT_CODES, pack
 from random_trace import random_trace
 from sonascope import ask
 
+# The classes that random traces have.
+CLASS_NAMES = {"OrvelHDAPath": 0x05245C00, "class word 0x0140": 0x01400000,
+               "class word 0x05F0": 0x05F00000, "audio server": 0x21040000}
+
 # How a row of each grouping tells what its calls have in common.
 KEYS = {
     "event": lambda row: int(row["code"], 16),
+    "class": lambda row: CLASS_NAMES[row["class"]],
     "thread": lambda row: int(row["thread"], 16),
     "cpu": lambda row: row["cpu"],
     "object": lambda row: None if row["object"] is None else int(row["object"], 16),
@@ -62,6 +67,19 @@ def test_self_times_of_a_thread_are_its_busy_time(seed, tmp_path):
     for row in ask("stats", tmp_path / "trace.raw", "--by", "thread")["rows"]:
         spent = (row["self_ns"] or 0) + row["cut_off_self_ns"] + row["unfinished_self_ns"]
         assert spent == row["busy_ns"] == busy_time(trace, int(row["thread"], 16))
+
+
+@pytest.mark.parametrize("by", KEYS)
+def test_shares_are_self_times_of_all_time_in_calls(by, tmp_path):
+    data = random_trace(11)
+    (tmp_path / "trace.raw").write_bytes(data)
+    trace = calls.read(data, POINT_CODES)
+    busy = sum(busy_time(trace, thread) for thread in {call.start.thread for call in trace.calls})
+    rows = ask("stats", tmp_path / "trace.raw", "--by", by)["rows"]
+    assert busy > 0 and any(row["share"] for row in rows)
+    for row in rows:
+        assert row["share"] == (None if row["self_ns"] is None
+                                else pytest.approx(row["self_ns"] / busy))
 
 
 def calls_of(*lengths, code=0x05245C0C):

@@ -33,7 +33,7 @@ def test_the_version_is_the_projects():
     (["lines", "f", "--frm=3s"], "The following argument was not expected: --frm=3s; the nearest is "
      "'--from'; see sonascope lines --help"),
     (["cut", "trace.raw"], "--output is required; see sonascope cut --help"),
-    (["completion", "tcsh"], "no completion for 'tcsh'; there is one for bash, fish and zsh"),
+    (["completion", "tcsh"], "SHELL: 'tcsh' is none of bash, fish, zsh; see sonascope completion --help"),
     (["lines", "f", "--plain", "--json"], "--plain and --json do not go together; give one of them"),
 ])
 def test_what_is_mistyped_is_answered(arguments, message):

@@ -92,7 +92,6 @@ def test_a_file_that_unpacks_without_end_is_refused(packing, tmp_path):
 def test_a_cut_last_slot_is_left_out(tmp_path):
     data = nested_calls()
     assert lines(write(tmp_path, data[:-1], "cut")) == lines(write(tmp_path, data[:-64], "short"))
-    assert lines(write(tmp_path, data[:30], "stump")) == ""
 
 
 def test_empty_and_invalid_slots_are_no_records(tmp_path):
@@ -118,6 +117,34 @@ def test_a_trace_without_divisor_says_what_is_assumed(tmp_path):
                              "microsecond are assumed\n")
 
 
-def test_other_packings_are_no_trace_of_a_packed_file(tmp_path):
-    # Passed on as they are: what they are is told by info.
-    assert scope("lines", write(tmp_path, bz2.compress(bytes(10_000)))).returncode == 0
+NO_TRACES = {
+    "packed": (bz2.compress(bytes(10_000)), "this is packed with bzip2; unpack it first: bzip2 -d"),
+    "packed twice": (gzip.compress(b"\xFF\xD8\xFF" + os.urandom(5_000)), "this is a JPEG image"),
+    "text": (b"12:00:00 OrvelHDAPath::enable Start\n" * 9_000,
+             "this is a text; traces are what sonaprobe -w keeps, not what it prints"),
+    "zeros": (bytes(1 << 20), "this is nothing but zeros, as a disk leaves what was never written"),
+    "nothing": (b"", "this is empty: nothing was written, not even a divisor"),
+    "stump": (nested_calls()[64:94], "no slot of 64 bytes looks like a record"),
+}
+
+
+@pytest.mark.parametrize("command", [["lines"], ["lines", "--json"], ["stats", "--longer", "1ms"],
+                                     ["tree"], ["why"], ["diff"], ["cut", "-o", "new.raw"]])
+@pytest.mark.parametrize("name", NO_TRACES)
+def test_what_is_no_trace_is_named(name, command, tmp_path):
+    data, kind = NO_TRACES[name]
+    write(tmp_path, data)
+    operands = ["trace", "trace"] if command == ["diff"] else ["trace"]
+    result = scope(command[0], *operands, *command[1:], cwd=tmp_path)
+    assert (result.stderr, result.returncode) == (f"sonascope: trace: no trace: {kind}\n", 2)
+    assert os.listdir(tmp_path) == ["trace"]
+
+
+def test_a_trace_after_zeros_is_read(tmp_path):
+    whole = lines(write(tmp_path, nested_calls()))
+    assert lines(write(tmp_path, bytes(1 << 20) + nested_calls(), "late")) == whole
+
+
+def test_plain_lines_are_of_whatever_is_given(tmp_path, run):
+    path = write(tmp_path, NO_TRACES["text"][0])
+    assert lines(path, "--plain", "-a", "-k") == run("-a", "-k", "-r", path).stdout != ""

@@ -121,7 +121,8 @@ def test_values_of_64_bits_are_strings(trace):
     ("--driver", "OrvelHDAPth", "--driver: no driver is called 'OrvelHDAPth'; the nearest are "
      "'OrvelHDAPath', 'OrvelHDATDM' and 'OrvelHDANode'"),
     ("--where", "result = 3", "--where: write == to compare\n  result = 3\n         ^"),
-    ("--color", "red", "--color: 'red' is not always, never or auto"),
+    ("--color", "red", "--color: 'red' is none of auto, always, never; see sonascope lines "
+     "--help"),
     ("--names", "nowhere", "could not open nowhere: No such file or directory"),
 ])
 def test_what_an_option_cannot_be_is_said(option, value, message, trace):

@@ -20,7 +20,7 @@ CASES = [case for path in sorted(GOLDEN.rglob("*.golden")) for case in read_case
 # What sonaprobe says under --verbose beside its lines.
 MESSAGES = ("Verbose mode ON", "Will read raw data", "Found divisor", "Found an invalid entry")
 
-# More of them: SONASCOPE_RANDOM_RECORDS=10000000 ctest -R scope.test_plain_lines
+# More of them: script/torture lines
 RANDOM_RECORDS = int(os.environ.get("SONASCOPE_RANDOM_RECORDS", "20000"))
 CHUNK = 100_000
 
@@ -66,7 +66,7 @@ def random_slots(source, codes, count):
 
 @needs_root
 def test_prints_random_records_alike(tmp_path):
-    source = random.Random(7)
+    source = random.Random(int(os.environ.get("SONASCOPE_RANDOM_SEED", "7")))
     codes = known_codes()
     path = tmp_path / "random.raw"
     for begin in range(0, RANDOM_RECORDS, CHUNK):

@@ -53,6 +53,24 @@ def test_lines_are_cut_at_the_terminals_width(columns, trace):
         assert line == full or line.endswith("…") or columns < 150
 
 
+@pytest.mark.parametrize("column", ["max", "p99", "points"])
+def test_the_column_that_sorts_is_shown_at_any_width(column, trace):
+    text = at_terminal("stats", trace, "--sort", column, "--color=never", columns=60)[0]
+    assert column in text.splitlines()[0].split()
+    assert max(map(len, text.splitlines())) <= 60
+
+
+def test_a_line_is_not_cut_inside_a_method_while_its_driver_can_give_way(trace):
+    text = at_terminal("lines", trace, "--color=never", columns=64)[0]
+    assert "…::setPathFormat" in text and "OrvelHDAPath::setP" not in text
+
+
+def test_wrapped_lines_break_at_blanks(trace):
+    text = at_terminal("lines", trace, "--wrap", "--color=never", columns=80)[0]
+    assert text.count("\n") > 6
+    assert set(text.split()) <= set(scope("lines", trace).stdout.split())
+
+
 def test_wrapped_lines_lose_nothing(trace):
     cut = at_terminal("lines", trace, "--color=never", columns=4000)[0]
     text = at_terminal("lines", trace, "--wrap", "--color=never", columns=160)[0]

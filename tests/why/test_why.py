@@ -13,6 +13,7 @@ from conftest import BUILD, run_program
 from io_trace import (BUDGET, CLIENT, CODEC_COMMAND, CONVERT, DRIVER, END, IO, IO_THREAD, MS, OTHER,
                       PIN_SENSE, POLL_REGISTER, START, STOP_AUDIO, ZERO_TIME_STAMP, Trace)
 from records import unpack
+from schemas import valid
 
 SOURCE = pathlib.Path(os.environ["SONAPROBE_SOURCE_DIR"])
 SCHEMA = json.loads((SOURCE / "docs/schema/why.schema.json").read_text())
@@ -254,10 +255,58 @@ def test_the_sample_is_explained_as_readme_does_from_a_pipe_too():
     lines = result.stdout.splitlines()
     assert len(lines) < 24
     [dropout] = [line for line in lines if "QuorraHAL::OVERLOAD" in line]
-    assert "(slot 944)" in dropout
+    assert "  slot 944  " in dropout
     piped = subprocess.run([*asked, "-"], input=SAMPLE.read_bytes(), capture_output=True,
                            check=False)
     assert piped.stdout.decode() == result.stdout
+
+
+@pytest.fixture(scope="module")
+def dropouts(tmp_path_factory):
+    """A trace with nine dropouts of known causes, and what why says of it."""
+    trace = tmp_path_factory.mktemp("dropouts") / "dropouts.raw"
+    run_program("write", "dropouts", trace, "--seed", "3", "--level", "easy", program="sonaprobe-sim")
+    return trace, valid("why", run_program("why", "--json", trace, program="sonascope").stdout)
+
+
+def selected(trace, *options):
+    result = run_program("why", "--json", trace, *options, program="sonascope")
+    answer = valid("why", result.stdout)
+    assert result.returncode == (1 if answer["dropouts"] else 0)
+    return answer
+
+
+def test_a_selection_tells_the_dropouts_of_whose_evidence_a_record_is_selected(dropouts):
+    trace, whole = dropouts
+    assert len(whole["dropouts"]) == 9
+    for dropout in whole["dropouts"]:
+        begin, end = f"{dropout['time_ns']}ns", f"{dropout['time_ns'] + 1}ns"
+        answer = selected(trace, "--from", begin, "--to", end)
+        # The cause is that of the whole trace.
+        assert answer["dropouts"] == [dropout]
+        assert [finding["dropouts"] for finding in answer["findings"]] == [[dropout["slot"]]]
+        assert answer["io_threads"] == whole["io_threads"]
+        if dropout["culprit"] and "method" in dropout["culprit"]:
+            method = selected(trace, "--method", dropout["culprit"]["method"])
+            assert dropout in method["dropouts"]
+    assert selected(trace, "--thread", "0xDEAD")["dropouts"] == []
+    result = run_program("why", trace, "--from", "10h", program="sonascope")
+    assert result.stdout.startswith("No dropout of the 9 in this trace is selected.\n")
+
+
+def test_findings_name_their_culprit(dropouts):
+    _, whole = dropouts
+    by_slot = {dropout["slot"]: dropout for dropout in whole["dropouts"]}
+    for finding in whole["findings"]:
+        assert finding["culprit"] == by_slot[finding["dropouts"][0]]["culprit"]
+    assert any(finding["culprit"] for finding in whole["findings"])
+
+
+def test_a_trace_of_no_records_is_told_in_few_lines(tmp_path):
+    trace = tmp_path / "divisor.raw"
+    trace.write_bytes(SAMPLE.read_bytes()[:64])
+    assert run_program("why", trace, program="sonascope").stdout == (
+        "No dropout in this trace.\n\nWhat this trace cannot show\n  The trace has no records.\n")
 
 
 def test_without_a_dropout_it_says_so_and_what_is_missing(tmp_path):

@@ -1,7 +1,6 @@
 // sonascope completion: the completion of a shell, made from the command line's own tables.
 
 #include "scope/command.h"
-#include "scope/failure.h"
 #include "scope/options.h"
 #include "scope/output.h"
 #include "scope/shell_words.h"
@@ -17,24 +16,24 @@ struct Shell {
 constexpr Shell kShells[] = {
     {"bash", bashCompletion}, {"fish", fishCompletion}, {"zsh", zshCompletion}};
 
-Status run(const std::string& name) {
-    for (const Shell& shell : kShells) {
-        if (name != shell.name) continue;
-        Output out({.noPager = true});
-        out.write(shell.completion(commandWords()));
-        out.finish();
-        return Status::done;
-    }
-    throw Failure{"no completion for '" + name + "'; there is one for bash, fish and zsh"};
+Status run(const Shell& shell) {
+    Output out({.noPager = true});
+    out.write(shell.completion(commandWords()));
+    out.finish();
+    return Status::done;
 }
 
 }  // namespace
 
 Run setUpCompletion(CLI::App& app) {
-    const auto shell = std::make_shared<std::string>();
-    app.add_option("SHELL", *shell, "bash, fish or zsh")->required();
+    const auto chosen = std::make_shared<const Shell*>();
+    std::vector<std::string> names;
+    for (const Shell& shell : kShells) names.emplace_back(shell.name);
+    addChoice(app, "SHELL", "", "the shell", names, [chosen](size_t shell) {
+        *chosen = &kShells[shell];
+    })->required();
     addExamples(app, "  source <(sonascope completion bash)\n");
-    return [shell] { return run(*shell); };
+    return [chosen] { return run(**chosen); };
 }
 
 }  // namespace sonaprobe::scope

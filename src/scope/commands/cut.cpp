@@ -64,7 +64,7 @@ void print(const OutputOptions& options, const std::string& path, const Kept& ke
 
 Status run(Options& options) {
     const Selection selection = selectionOf(options.selection, options.trace);
-    Input input(options.trace.path);
+    Input input(options.trace);
     NewFile file(options.newFile.path, options.newFile.force, input.source().file());
     Cutter cutter(file);
     TraceClock clock;
@@ -76,6 +76,7 @@ Status run(Options& options) {
         if (kept.records++ == 0) kept.first = time;
         kept.last = time;
     });
+    warnOfDamage(input);
     warnOfAssumedDivisor(input, clock);
     if (kept.records == 0) {
         throw Failure{input.source().name() + ": no record is selected; " +

@@ -6,9 +6,11 @@
 #include "scope/command.h"
 #include "scope/escape.h"
 #include "scope/event_text.h"
+#include "scope/failure.h"
 #include "scope/record_filter.h"
 #include "scope/records.h"
 #include "scope/selection_options.h"
+#include "scope/styled_line.h"
 #include "scope/table.h"
 #include "scope/trace_summary.h"
 #include "scope/units.h"
@@ -83,7 +85,7 @@ Side readSide(TraceOptions trace, SelectionOptions selectionOptions, const std::
         name += " " + window;
     }
     const Selection selection = selectionOf(selectionOptions, trace);
-    Input input(trace.path);
+    Input input(trace);
     Sink sink(selection, trace);
     trackCalls(input, sink.tracker, [&](const TraceRecord& record, const Moment& moment) {
         sink.visit(record, moment);
@@ -150,7 +152,11 @@ void print(Output& out, const TraceComparison& comparison, const Side& first, co
                  " events compared");
         return;
     }
-    out.line(out.styled("A " + escaped(first.name) + ", B " + escaped(second.name), {Tone::dim}));
+    StyledLine head;
+    head.add("A " + escaped(first.name) + ", B " + escaped(second.name) +
+                 "; chance alone leaves 99 of 100 such lists empty",
+             {Tone::dim});
+    head.print(out, true, 0);
     Table table({{"explains", Align::right, 79},
                  {"change"},
                  {"A"},

@@ -2,9 +2,8 @@
 
 #include <algorithm>
 
+#include "analysis/class_names.h"
 #include "analysis/trace_report.h"
-#include "events/class_table.h"
-#include "registry/audio_class_registry.h"
 #include "scope/command.h"
 #include "scope/escape.h"
 #include "scope/failure.h"
@@ -41,17 +40,6 @@ struct FileReport {
         return sound ? Status::done : Status::findings;
     }
 };
-
-// "OrvelHDADriver", "audio server", "class 60".
-std::string classNameOf(uint32_t key) {
-    if (key == kAudioServerKey) return "audio server";
-    if (classWordOf(key) != kAudioClassWord) return "class word " + codeText(key).substr(0, 6);
-    const auto entries = AudioClassRegistry::entries();
-    const auto entry = std::ranges::find(entries, classIdOf(key), &AudioClassRegistry::Entry::id);
-    if (entry == entries.end()) return "class " + std::to_string(classIdOf(key));
-    constexpr std::string_view kPrefix = "kAudioT";
-    return std::string(entry->name).substr(kPrefix.size());
-}
 
 void read(const std::string& path, FileReport& file) {
     FoundSlots slots(path);

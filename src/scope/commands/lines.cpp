@@ -25,7 +25,8 @@ Status run(Options& options) {
         throw Failure{"--plain and --json do not go together; give one of them"};
     }
     const Selection selection = selectionOf(options.selection, options.trace);
-    Input input(options.trace.path);
+    // sonaprobe -r prints whatever it is given.
+    Input input(options.trace, options.plain ? Accept::anything : Accept::traces);
     Output out(options.output);
     if (options.plain) {
         printPlainLines(input, selection, options.trace, options.columns, out);

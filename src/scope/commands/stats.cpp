@@ -1,7 +1,5 @@
 // sonascope stats: where the time goes, by event or by whatever else calls have in common.
 
-#include <map>
-
 #include "scope/call_report.h"
 #include "scope/command.h"
 #include "scope/record_filter.h"
@@ -81,7 +79,7 @@ class Sink : public CallSink {
 Status run(Options& options) {
     const Selection selection = selectionOf(options.selection, options.trace);
     const CodeNames codeNames = readCodeNames(options.trace.names);
-    Input input(options.trace.path);
+    Input input(options.trace);
     Output out(options.output);
     Sink sink(options, selection);
     trackCalls(input, sink.tracker, [&](const TraceRecord& record, const Moment& moment) {
@@ -94,13 +92,16 @@ Status run(Options& options) {
     const std::vector<LongCall> longest = sink.longest.sorted();
 
     if (out.json()) {
-        Json document{{"schema", schemaName("stats")}};
-        sink.summary.addTo(document, clock);
-        document["percentile_error"] = sink.statistics.isSketch() ? DurationSketch::kError : 0.0;
-        document["rows"] = table.toJson(options.top.value_or(0));
-        if (sink.histogram) document["histogram"] = report.toJson(*sink.histogram);
-        if (options.longest > 0) document["longest"] = report.toJson(longest);
-        printJson(out, document);
+        Json head{{"schema", schemaName("stats")}};
+        sink.summary.addTo(head, clock);
+        head["percentile_error"] = sink.statistics.isSketch() ? DurationSketch::kError : 0.0;
+        JsonStream document(out, head);
+        document.beginList("rows");
+        table.write(document, options.top.value_or(0));
+        document.endList();
+        if (sink.histogram) document.member("histogram", report.toJson(*sink.histogram));
+        if (options.longest > 0) document.member("longest", report.toJson(longest));
+        document.end();
     } else {
         table.print(out, options.top.value_or(out.terminal() ? kTopOnTerminal : 0));
         if (sink.histogram) report.print(out, *sink.histogram);
@@ -115,16 +116,13 @@ Status run(Options& options) {
     return Status::done;
 }
 
-const std::map<std::string, GroupBy> kGroupings{
-    {"event", GroupBy::event},   {"driver", GroupBy::driver},
-    {"thread", GroupBy::thread}, {"cpu", GroupBy::cpu},
-    {"object", GroupBy::object}, {"thread,event", GroupBy::threadAndEvent}};
+// By GroupBy.
+const std::vector<std::string> kGroupings{"event", "driver", "class",       "thread",
+                                          "cpu",   "object", "thread,event"};
 
-std::map<std::string, size_t> sortNames() {
-    std::map<std::string, size_t> names;
-    for (size_t i = 0; i < statisticsColumns().size(); ++i) {
-        names[statisticsColumns()[i].name] = i;
-    }
+std::vector<std::string> columnNames() {
+    std::vector<std::string> names;
+    for (const StatisticsColumn& column : statisticsColumns()) names.emplace_back(column.name);
     return names;
 }
 
@@ -133,13 +131,10 @@ std::map<std::string, size_t> sortNames() {
 Run setUpStats(CLI::App& app) {
     const auto options = std::make_shared<Options>();
     addTraceOptions(app, options->trace);
-    app.add_option("--by", options->by,
-                   "group calls by event, driver, thread, cpu, object or thread,event")
-        ->transform(CLI::CheckedTransformer(kGroupings).description(""))
-        ->type_name("WHAT");
-    app.add_option("--sort", options->sortColumn, "the column to sort by")
-        ->transform(CLI::CheckedTransformer(sortNames()).description(""))
-        ->type_name("COLUMN");
+    addChoice(app, "--by", "WHAT", "what calls are grouped by", kGroupings,
+              [options](size_t by) { options->by = static_cast<GroupBy>(by); });
+    addChoice(app, "--sort", "COLUMN", "the column to sort by, the largest first", columnNames(),
+              [options](size_t column) { options->sortColumn = column; });
     app.add_option("--top", options->top, "rows to show, 0 for all; on a terminal 20")
         ->type_name("N");
     app.add_option("--histogram", options->histogram,

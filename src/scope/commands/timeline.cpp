@@ -77,7 +77,7 @@ Status run(Options& options) {
         throw Failure{"--open needs a file; leave out -o, or name one"};
     }
     const std::string title = titleOf(options.trace.path);
-    options.trace.path = repeatablePath(options.trace.path);
+    makeRepeatable(options.trace);
     const Selection selection = selectionOf(options.selection, options.trace);
     const auto pack = [&] {
         timeline::Survey survey;

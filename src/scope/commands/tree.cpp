@@ -1,7 +1,5 @@
 // sonascope tree: who calls whom.
 
-#include <map>
-
 #include "scope/command.h"
 #include "scope/event_text.h"
 #include "scope/record_filter.h"
@@ -68,7 +66,7 @@ Status run(Options& options) {
         options.path.empty() ? std::vector<uint32_t>() : codesNamed(options.path, "--path");
     const Selection selection = selectionOf(options.selection, options.trace);
     const CodeNames codeNames = readCodeNames(options.trace.names);
-    Input input(options.trace.path);
+    Input input(options.trace);
     Output out(options.output);
     Sink sink(options, selection);
     trackCalls(input, sink.tracker, [&](const TraceRecord& record, const Moment& moment) {
@@ -80,12 +78,18 @@ Status run(Options& options) {
     const TreeLimits limits{.depth = options.depth,
                             .least = options.least / 100,
                             .top = options.top.value_or(forPeople ? kTopOnTerminal : 0)};
-    Json document{{"schema", schemaName("tree")}};
-    sink.summary.addTo(document, clock);
+    std::optional<JsonStream> document;
+    if (out.json()) {
+        Json head{{"schema", schemaName("tree")}};
+        sink.summary.addTo(head, clock);
+        document.emplace(out, head);
+    }
     const auto tell = [&](const char* key, const char* head, const CallTree& tree) {
         const TreeView view(tree, clock, codeNames, limits);
-        if (out.json()) {
-            document[key] = view.toJson();
+        if (document) {
+            document->beginList(key);
+            view.write(*document);
+            document->endList();
         } else {
             if (head != nullptr) out.line(out.styled(head, {Tone::head}));
             view.print(out);
@@ -98,25 +102,24 @@ Status run(Options& options) {
         if (!out.json()) out.line("");
         tell("callees", "Calls inside", sink.tree.calleesOf(codes));
     }
-    if (out.json()) printJson(out, document);
+    if (document) document->end();
     out.finish();
     warnOfDamage(input);
     warnOfAssumedDivisor(input, clock);
     return Status::done;
 }
 
-const std::map<std::string, CallTree::Threads> kThreads{{"all", CallTree::Threads::merged},
-                                                        {"thread", CallTree::Threads::apart}};
+// By CallTree::Threads.
+const std::vector<std::string> kThreads{"all", "thread"};
 
 }  // namespace
 
 Run setUpTree(CLI::App& app) {
     const auto options = std::make_shared<Options>();
     addTraceOptions(app, options->trace);
-    app.add_option("--by", options->threads,
-                   "one tree over all threads, or one for each: all, thread")
-        ->transform(CLI::CheckedTransformer(kThreads).description(""))
-        ->type_name("WHAT");
+    addChoice(
+        app, "--by", "WHAT", "one tree over all threads, or one for each", kThreads,
+        [options](size_t threads) { options->threads = static_cast<CallTree::Threads>(threads); });
     app.add_option("--path", options->path, "who calls this method, and what it calls")
         ->type_name("EVENT");
     app.add_option("--depth", options->depth, "levels to show; 24 if not given")->type_name("N");

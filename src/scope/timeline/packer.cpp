@@ -562,7 +562,7 @@ PackedTrace pack(const TraceOptions& trace, const std::string& title, const Surv
     const CodeNames names = readCodeNames(trace.names);
     Packer packer(survey, names);
     IoAnswer io;
-    Input input(trace.path);
+    Input input(trace);
     for (auto slots = input.next(); !slots.empty(); slots = input.next()) {
         io.take(slots);
         for (const TraceRecord& slot : slots) packer.take(slot);

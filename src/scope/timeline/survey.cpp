@@ -44,7 +44,7 @@ class ShownSlots final : public CallSink {
 }  // namespace
 
 void survey(const TraceOptions& trace, const Selection& selection, Survey& survey) {
-    Input input(trace.path);
+    Input input(trace);
     TraceClock clock;
     ShownSlots shown(survey.shown);
     const bool all = selection.isAll();

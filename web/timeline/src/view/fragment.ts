@@ -3,62 +3,62 @@
 import { type Grouping, kGroupings } from './lanes';
 
 export interface Shared {
-    from: number | null;
-    to: number | null;
-    record: number | null;
-    words: string;
-    grouping: Grouping;
-    pinned: number[];
-    hidden: number[];
-    folded: number[];
-    idle: boolean;
-    selection: [number, number] | null;
+  from: number | null;
+  to: number | null;
+  record: number | null;
+  words: string;
+  grouping: Grouping;
+  pinned: number[];
+  hidden: number[];
+  folded: number[];
+  idle: boolean;
+  selection: [number, number] | null;
 }
 
 export function readFragment(fragment: string): Shared {
-    const fields = new URLSearchParams(fragment.replace(/^#/, ''));
-    const selection = numbers(fields.get('selection'));
-    const grouping = kGroupings.find((one) => one === fields.get('group'));
-    return {
-        from: number(fields.get('from')),
-        to: number(fields.get('to')),
-        record: number(fields.get('record')),
-        words: fields.get('search') ?? '',
-        grouping: grouping ?? 'thread',
-        pinned: numbers(fields.get('pinned')),
-        hidden: numbers(fields.get('hidden')),
-        folded: numbers(fields.get('folded')),
-        idle: fields.get('idle') === 'shown',
-        selection: selection.length === 2 ? [selection[0], selection[1]] : null,
-    };
+  const fields = new URLSearchParams(fragment.replace(/^#/, ''));
+  const selection = numbers(fields.get('selection'));
+  const grouping = kGroupings.find((one) => one === fields.get('group'));
+  return {
+    from: number(fields.get('from')),
+    to: number(fields.get('to')),
+    record: number(fields.get('record')),
+    words: fields.get('search') ?? '',
+    grouping: grouping ?? 'thread',
+    pinned: numbers(fields.get('pinned')),
+    hidden: numbers(fields.get('hidden')),
+    folded: numbers(fields.get('folded')),
+    idle: fields.get('idle') === 'shown',
+    selection: selection.length === 2 ? [selection[0], selection[1]] : null,
+  };
 }
 
 export function writeFragment(view: Shared): string {
-    const fields = new URLSearchParams();
-    if (view.from !== null && view.to !== null) {
-        fields.set('from', String(Math.round(view.from)));
-        fields.set('to', String(Math.round(view.to)));
-    }
-    if (view.record !== null) fields.set('record', String(view.record));
-    if (view.words) fields.set('search', view.words);
-    if (view.grouping !== 'thread') fields.set('group', view.grouping);
-    if (view.pinned.length) fields.set('pinned', view.pinned.join(','));
-    if (view.hidden.length) fields.set('hidden', view.hidden.join(','));
-    if (view.folded.length) fields.set('folded', view.folded.join(','));
-    if (view.idle) fields.set('idle', 'shown');
-    if (view.selection) fields.set('selection', view.selection.map(Math.round).join(','));
-    return fields.toString().replaceAll('%2C', ',');
+  const fields = new URLSearchParams();
+  if (view.from !== null && view.to !== null) {
+    fields.set('from', String(Math.round(view.from)));
+    fields.set('to', String(Math.round(view.to)));
+  }
+  if (view.record !== null) fields.set('record', String(view.record));
+  if (view.words) fields.set('search', view.words);
+  if (view.grouping !== 'thread') fields.set('group', view.grouping);
+  if (view.pinned.length) fields.set('pinned', view.pinned.join(','));
+  if (view.hidden.length) fields.set('hidden', view.hidden.join(','));
+  if (view.folded.length) fields.set('folded', view.folded.join(','));
+  if (view.idle) fields.set('idle', 'shown');
+  if (view.selection) fields.set('selection', view.selection.map(Math.round).join(','));
+  return fields.toString().replaceAll('%2C', ',');
 }
 
 function number(text: string | null): number | null {
-    if (text === null || text.trim() === '') return null;
-    const value = Number(text);
-    return Number.isFinite(value) ? value : null;
+  if (text === null || text.trim() === '') return null;
+  const value = Number(text);
+  return Number.isFinite(value) ? value : null;
 }
 
 function numbers(text: string | null): number[] {
-    return (text ?? '')
-        .split(',')
-        .map(number)
-        .filter((value) => value !== null);
+  return (text ?? '')
+    .split(',')
+    .map(number)
+    .filter((value) => value !== null);
 }

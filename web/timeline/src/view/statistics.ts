@@ -8,88 +8,83 @@ import { count, counted, duration, moment } from './units';
 const kRows = 100;
 
 export class StatisticsSheet {
-    private asked = 0;
-    private ofLane = false; // only the current lane's
+  private asked = 0;
+  private ofLane = false; // only the current lane's
 
-    constructor(
-        private readonly sheet: HTMLElement,
-        private readonly trace: Trace,
-        private readonly state: State,
-        private readonly commands: Commands,
-    ) {
-        this.show(null);
-    }
+  constructor(
+    private readonly sheet: HTMLElement,
+    private readonly trace: Trace,
+    private readonly state: State,
+    private readonly commands: Commands,
+  ) {
+    this.show(null);
+  }
 
-    show(span: Span | null): void {
-        const asked = ++this.asked;
-        if (!span) {
-            this.sheet.replaceChildren(
-                element(
-                    'p',
-                    { class: 'empty' },
-                    'Nothing is measured: drag with Shift held, or press m.',
-                ),
-                button({}, () => this.commands.measure(), 'Measure the screen'),
-            );
-            return;
-        }
-        const from = Math.min(span.from, span.to);
-        const to = Math.max(span.from, span.to);
-        const lane = this.ofLane && this.state.lane >= 0 ? this.trace.lanes[this.state.lane] : null;
-        void this.trace.statistics({ from, to, lanes: lane ? [lane.id] : null }).then((rows) => {
-            if (asked !== this.asked) return;
-            this.sheet.replaceChildren(
-                element('h2', {}, duration(to - from)),
-                element('p', {}, `${moment(from, 1e3)} to ${moment(to, 1e3)}`),
-                this.laneSwitch(span),
-                this.rows(rows),
-            );
-        });
+  show(span: Span | null): void {
+    const asked = ++this.asked;
+    if (!span) {
+      this.sheet.replaceChildren(
+        element('p', { class: 'empty' }, 'Nothing is measured: drag with Shift held, or press m.'),
+        button({}, () => this.commands.measure(), 'Measure the screen'),
+      );
+      return;
     }
+    const from = Math.min(span.from, span.to);
+    const to = Math.max(span.from, span.to);
+    const lane = this.ofLane && this.state.lane >= 0 ? this.trace.lanes[this.state.lane] : null;
+    void this.trace.statistics({ from, to, lanes: lane ? [lane.id] : null }).then((rows) => {
+      if (asked !== this.asked) return;
+      this.sheet.replaceChildren(
+        element('h2', {}, duration(to - from)),
+        element('p', {}, `${moment(from, 1e3)} to ${moment(to, 1e3)}`),
+        this.laneSwitch(span),
+        this.rows(rows),
+      );
+    });
+  }
 
-    private laneSwitch(span: Span): HTMLElement {
-        const { lane } = this.state;
-        const box = element('input', { type: 'checkbox' });
-        box.checked = this.ofLane && lane >= 0;
-        box.disabled = lane < 0;
-        box.addEventListener('change', () => {
-            this.ofLane = box.checked;
-            this.show(span);
-        });
-        const name = lane < 0 ? 'the current lane' : laneTitle(this.trace.lanes[lane]);
-        return element('p', {}, element('label', {}, box, ' only ', data(name)));
-    }
+  private laneSwitch(span: Span): HTMLElement {
+    const { lane } = this.state;
+    const box = element('input', { type: 'checkbox' });
+    box.checked = this.ofLane && lane >= 0;
+    box.disabled = lane < 0;
+    box.addEventListener('change', () => {
+      this.ofLane = box.checked;
+      this.show(span);
+    });
+    const name = lane < 0 ? 'the current lane' : laneTitle(this.trace.lanes[lane]);
+    return element('p', {}, element('label', {}, box, ' only ', data(name)));
+  }
 
-    private rows(rows: readonly StatisticsRow[]): Node {
-        if (rows.length === 0)
-            return element('p', { class: 'empty' }, 'No call begins in this stretch.');
-        const sorted = [...rows].sort((one, other) => other.total - one.total);
-        const cells = sorted
-            .slice(0, kRows)
-            .map((row) => [
-                button(
-                    { class: 'culprit', title: 'Show its longest call' },
-                    () => this.commands.reveal(row.longest),
-                    data(this.trace.events[row.event].method),
-                ),
-                count(row.calls),
-                row.failures ? element('span', { class: 'failed' }, count(row.failures)) : '',
-                duration(row.total),
-                duration(row.self),
-                duration(row.median),
-                duration(row.max),
-            ]);
-        const heads = ['method', 'calls', 'failed', 'total', 'self', 'median', 'max'];
-        const made = table(
-            { class: 'numbers' },
-            'Calls that begin in the measured stretch',
-            heads,
-            cells,
-        );
-        const wrapped = element('div', { class: 'wide' }, made);
-        const more = sorted.length - kRows;
-        if (more > 0)
-            wrapped.append(element('p', {}, `and ${counted(more, 'event')} with less time`));
-        return wrapped;
-    }
+  private rows(rows: readonly StatisticsRow[]): Node {
+    if (rows.length === 0)
+      return element('p', { class: 'empty' }, 'No call begins in this stretch.');
+    const sorted = [...rows].sort((one, other) => other.total - one.total);
+    const cells = sorted
+      .slice(0, kRows)
+      .map((row) => [
+        button(
+          { class: 'culprit', title: 'Show its longest call' },
+          () => this.commands.reveal(row.longest),
+          data(this.trace.events[row.event].method),
+        ),
+        count(row.calls),
+        row.failures ? element('span', { class: 'failed' }, count(row.failures)) : '',
+        duration(row.total),
+        duration(row.self),
+        duration(row.median),
+        duration(row.max),
+      ]);
+    const heads = ['method', 'calls', 'failed', 'total', 'self', 'median', 'max'];
+    const made = table(
+      { class: 'numbers' },
+      'Calls that begin in the measured stretch',
+      heads,
+      cells,
+    );
+    const wrapped = element('div', { class: 'wide' }, made);
+    const more = sorted.length - kRows;
+    if (more > 0) wrapped.append(element('p', {}, `and ${counted(more, 'event')} with less time`));
+    return wrapped;
+  }
 }

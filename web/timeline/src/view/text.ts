@@ -10,14 +10,14 @@ export const kNameLimit = 120;
 export const kLineLimit = 4000;
 
 export function shown(text: string, limit = kLineLimit): string {
-    const whole = text.length <= limit;
-    const kept = (whole ? text : text.slice(0, limit)).replace(kUnseen, spelled);
-    return whole ? kept : `${kept}… (${count(text.length)} characters)`;
+  const whole = text.length <= limit;
+  const kept = (whole ? text : text.slice(0, limit)).replace(kUnseen, spelled);
+  return whole ? kept : `${kept}… (${count(text.length)} characters)`;
 }
 
 function spelled(character: string): string {
-    const code = character.codePointAt(0)!;
-    if (kShort[character]) return kShort[character];
-    if (code < 0x100) return `\\x${code.toString(16).padStart(2, '0')}`;
-    return `\\u${code.toString(16).padStart(4, '0')}`;
+  const code = character.codePointAt(0)!;
+  if (kShort[character]) return kShort[character];
+  if (code < 0x100) return `\\x${code.toString(16).padStart(2, '0')}`;
+  return `\\u${code.toString(16).padStart(4, '0')}`;
 }

@@ -5,8 +5,8 @@ import { open, settled, startBrowser } from './pages';
 const [, , file, picture] = process.argv;
 const browser = await startBrowser();
 const { page } = await open(browser, pathToFileURL(file).href, {
-    viewport: { width: 1200, height: 700 },
-    colorScheme: 'light',
+  viewport: { width: 1200, height: 700 },
+  colorScheme: 'light',
 });
 await page.keyboard.press('o');
 await settled(page);

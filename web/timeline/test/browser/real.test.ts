@@ -13,52 +13,47 @@ before(async () => void (browser = await startBrowser()));
 after(() => browser.close());
 
 function pageFile(trace: string): string {
-    const page = `${trace}.html`;
-    run('sonascope', 'timeline', trace, '-o', page, '--force');
-    return pathToFileURL(page).href;
+  const page = `${trace}.html`;
+  run('sonascope', 'timeline', trace, '-o', page, '--force');
+  return pathToFileURL(page).href;
 }
 
 test('a planted dropout is found, with the cause that why names', async () => {
-    const trace = story('playback', 20_000);
-    const why = join(process.env['SONAPROBE_BUILD_DIR']!, 'sonascope');
-    const [dropout] = JSON.parse(
-        spawnSync(why, ['why', '--json', trace]).stdout.toString(),
-    ).dropouts;
-    const { page, context, complaints, requests } = await open(browser, pageFile(trace));
-    await page.locator('.verdict.dropout').click();
-    await settled(page);
-    const fields = new URLSearchParams(new URL(page.url()).hash.slice(1));
-    const [from, to] = [Number(fields.get('from')), Number(fields.get('to'))];
-    assert.ok(
-        from < dropout.time_ns && dropout.time_ns < to && to - from < 2e8,
-        `${from} to ${to}`,
-    );
-    const finding = page.locator('.finding').first();
-    assert.match(await finding.innerText(), new RegExp(`${dropout.cause}, ${dropout.certainty}`));
-    assert.match(await finding.innerText(), new RegExp(dropout.culprit.method));
-    await page.keyboard.press('c');
-    await settled(page);
-    const record = await page.locator('.sheet:visible').innerText();
-    assert.match(record, new RegExp(`^${dropout.culprit.method}`));
-    assert.ok(record.replaceAll(',', '').includes(String(dropout.culprit.slot)), 'its slot');
-    assert.deepEqual([complaints, requests], [[], []]);
-    await context.close();
+  const trace = story('playback', 20_000);
+  const why = join(process.env['SONAPROBE_BUILD_DIR']!, 'sonascope');
+  const [dropout] = JSON.parse(spawnSync(why, ['why', '--json', trace]).stdout.toString()).dropouts;
+  const { page, context, complaints, requests } = await open(browser, pageFile(trace));
+  await page.locator('.verdict.dropout').click();
+  await settled(page);
+  const fields = new URLSearchParams(new URL(page.url()).hash.slice(1));
+  const [from, to] = [Number(fields.get('from')), Number(fields.get('to'))];
+  assert.ok(from < dropout.time_ns && dropout.time_ns < to && to - from < 2e8, `${from} to ${to}`);
+  const finding = page.locator('.finding').first();
+  assert.match(await finding.innerText(), new RegExp(`${dropout.cause}, ${dropout.certainty}`));
+  assert.match(await finding.innerText(), new RegExp(dropout.culprit.method));
+  await page.keyboard.press('c');
+  await settled(page);
+  const record = await page.locator('.sheet:visible').innerText();
+  assert.match(record, new RegExp(`^${dropout.culprit.method}`));
+  assert.ok(record.replaceAll(',', '').includes(String(dropout.culprit.slot)), 'its slot');
+  assert.deepEqual([complaints, requests], [[], []]);
+  await context.close();
 });
 
 test('search, measure and the keys work over packed blocks', async () => {
-    const trace = story('all', 50_000);
-    const { page, context, complaints, requests } = await open(browser, pageFile(trace));
-    await page.keyboard.press('/');
-    await page.keyboard.type('pinSense');
-    await page.locator('.search output', { hasText: /^\d+ matches$/ }).waitFor();
-    await page.keyboard.press('Enter');
-    await page.locator('#sheet-1 h2').waitFor();
-    assert.match(await page.locator('.sheet:visible').innerText(), /pinSense/i);
-    await page.keyboard.press('m');
-    await page.locator('.sheet:visible tbody tr').first().waitFor();
-    assert.match(await page.locator('.sheet:visible').innerText(), /begin in the measured stretch/);
-    for (const key of ['f', 'o', 'g', 'g', 'g', '0', 'w', 'd', 's']) await page.keyboard.press(key);
-    await settled(page);
-    assert.deepEqual([complaints, requests], [[], []]);
-    await context.close();
+  const trace = story('all', 50_000);
+  const { page, context, complaints, requests } = await open(browser, pageFile(trace));
+  await page.keyboard.press('/');
+  await page.keyboard.type('pinSense');
+  await page.locator('.search output', { hasText: /^\d+ matches$/ }).waitFor();
+  await page.keyboard.press('Enter');
+  await page.locator('#sheet-1 h2').waitFor();
+  assert.match(await page.locator('.sheet:visible').innerText(), /pinSense/i);
+  await page.keyboard.press('m');
+  await page.locator('.sheet:visible tbody tr').first().waitFor();
+  assert.match(await page.locator('.sheet:visible').innerText(), /begin in the measured stretch/);
+  for (const key of ['f', 'o', 'g', 'g', 'g', '0', 'w', 'd', 's']) await page.keyboard.press(key);
+  await settled(page);
+  assert.deepEqual([complaints, requests], [[], []]);
+  await context.close();
 });
