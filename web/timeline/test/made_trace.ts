@@ -114,8 +114,18 @@ class MadeTrace implements Trace {
     this.title = making.hostile ? `${kHostile[0]}${kHostile[2]}.raw` : 'pops-on-headphones.raw';
     const names = making.hostile ? kHostile : [];
     this.events = [
-      ...kMethods.map(([driver, family, method], at) => ({ code: at, driver, family, method })),
-      ...names.map((method, at) => ({ code: 0x1000 + at, driver: method, family: at, method })),
+      ...kMethods.map(([driver, family, method], at) => ({
+        code: at,
+        driver,
+        family,
+        method,
+      })),
+      ...names.map((method, at) => ({
+        code: 0x1000 + at,
+        driver: method,
+        family: at,
+        method,
+      })),
     ];
     this.notes = making.hostile
       ? kHostile.slice(0, 5)
@@ -139,7 +149,14 @@ class MadeTrace implements Trace {
     return this.random / 2 ** 32;
   }
 
-  private call(lane: number, begin: number, end: number, event: number, parent: Call | null, flags = 0): Call {
+  private call(
+    lane: number,
+    begin: number,
+    end: number,
+    event: number,
+    parent: Call | null,
+    flags = 0,
+  ): Call {
     const depth = parent ? parent.depth + 1 : 0;
     const made: Call = { lane, begin, end, depth, event, flags, record: -1, parent, inside: 0 };
     if (parent) parent.inside += end - begin;
@@ -153,11 +170,26 @@ class MadeTrace implements Trace {
     return made;
   }
 
-  private ioThread(lane: number, cycles: number, from: number, making: Making, dropouts: Dropout[]): void {
+  private ioThread(
+    lane: number,
+    cycles: number,
+    from: number,
+    making: Making,
+    dropouts: Dropout[],
+  ): void {
     this.calls[lane] = [];
-    const thread = this.call(lane, from, Math.min(this.end, from + cycles * kBudget), 0, null, kWaiting);
+    const thread = this.call(
+      lane,
+      from,
+      Math.min(this.end, from + cycles * kBudget),
+      0,
+      null,
+      kWaiting,
+    );
     const made: Cycle[] = [];
-    const places = making.healthy ? [] : [0.34, 0.35, 0.78].map((share) => Math.floor(share * cycles));
+    const places = making.healthy
+      ? []
+      : [0.34, 0.35, 0.78].map((share) => Math.floor(share * cycles));
     for (let at = 0; at < cycles - 1; at++) {
       const due = from + at * kBudget + 1e5;
       const late = lane === 0 && places.includes(at);
@@ -169,7 +201,14 @@ class MadeTrace implements Trace {
       this.call(lane, client.begin + used * 0.1, client.begin + used * 0.3, 5, client);
       this.call(lane, begin + used * 0.84, begin + used * 0.93, 6, cycle);
       const over = late || (lane === 1 && at % 91 === 90);
-      made.push({ begin, end: late ? due + kBudget * 1.12 : end, due, budget: kBudget, dropout: late, call: cycle });
+      made.push({
+        begin,
+        end: late ? due + kBudget * 1.12 : end,
+        due,
+        budget: kBudget,
+        dropout: late,
+        call: cycle,
+      });
       if (lane === 1 && over) made[made.length - 1].end = due + kBudget * 1.05;
       if (!late) continue;
       this.point(lane, end - 1e4, 3, cycle);
@@ -199,8 +238,15 @@ class MadeTrace implements Trace {
       const end = Math.min(this.end, time + length);
       const failed = !making.healthy && lane === 3 && this.next() < 0.01 ? kFailure : 0;
       const outer = this.call(lane, time, end, event, null, failed);
-      const inner = this.call(lane, time + length * 0.1, time + length * 0.6, 4 + ((lane * 5 + 1) % 10), outer);
-      if (lane % 2 === 0) this.call(lane, inner.begin + length * 0.1, inner.begin + length * 0.3, 9, inner);
+      const inner = this.call(
+        lane,
+        time + length * 0.1,
+        time + length * 0.6,
+        4 + ((lane * 5 + 1) % 10),
+        outer,
+      );
+      if (lane % 2 === 0)
+        this.call(lane, inner.begin + length * 0.1, inner.begin + length * 0.3, 9, inner);
       if (this.next() < 0.3) this.point(lane, time + length * 0.8, lane === 11 ? 14 : 8, outer);
       time += every * (0.6 + 0.8 * this.next());
     }
@@ -220,7 +266,13 @@ class MadeTrace implements Trace {
     for (let time = this.end * 0.1; time < this.end * 0.9; time += this.end * 0.2) {
       let parent: Call | null = null;
       for (let depth = 0; depth < 200; depth++)
-        parent = this.call(lane, time + depth * 1e4, time + 20e6 - depth * 1e4, 4 + (depth % 10), parent);
+        parent = this.call(
+          lane,
+          time + depth * 1e4,
+          time + 20e6 - depth * 1e4,
+          4 + (depth % 10),
+          parent,
+        );
     }
   }
 
@@ -228,7 +280,14 @@ class MadeTrace implements Trace {
     this.calls[lane] = [];
     kHostile.forEach((_, at) => {
       const begin = (this.end * (at + 1)) / 10;
-      const outer = this.call(lane, begin, begin + this.end / 12, kMethods.length + at, null, at === 3 ? kFailure : 0);
+      const outer = this.call(
+        lane,
+        begin,
+        begin + this.end / 12,
+        kMethods.length + at,
+        null,
+        at === 3 ? kFailure : 0,
+      );
       this.point(lane, begin + 1e6, kMethods.length + at, outer);
     });
   }
@@ -237,11 +296,18 @@ class MadeTrace implements Trace {
   private number(): number {
     const all: { time: number; take(record: number): void }[] = [];
     for (const call of this.calls.flat()) {
-      all.push({ time: call.begin, take: (record) => this.byRecord.set((call.record = record), call) });
+      all.push({
+        time: call.begin,
+        take: (record) => this.byRecord.set((call.record = record), call),
+      });
       all.push({ time: call.end, take: (record) => this.byRecord.set(record, call) });
     }
     for (const point of this.points_.flat())
-      if (point) all.push({ time: point.time, take: (record) => this.byRecord.set((point.record = record), point) });
+      if (point)
+        all.push({
+          time: point.time,
+          take: (record) => this.byRecord.set((point.record = record), point),
+        });
     all.sort((one, other) => one.time - other.time);
     all.forEach((one, record) => one.take(record));
     return all.length;
@@ -257,9 +323,13 @@ class MadeTrace implements Trace {
       ...dropout,
       record: overload.record,
       cause: last ? 'late-wake' : dropout.cause,
-      meaning: last ? 'the cycle began late, and nothing on its processor says why' : dropout.meaning,
+      meaning: last
+        ? 'the cycle began late, and nothing on its processor says why'
+        : dropout.meaning,
       certainty: last ? 'possible' : 'likely',
-      culprit: last ? '' : `${this.events[culprit.event].driver}::${this.events[culprit.event].method}, thread 0x00001002`,
+      culprit: last
+        ? ''
+        : `${this.events[culprit.event].driver}::${this.events[culprit.event].method}, thread 0x00001002`,
       culpritRecord: last ? -1 : culprit.record,
       evidence: [overload.record, culprit.record],
     };
@@ -298,7 +368,8 @@ class MadeTrace implements Trace {
     const busy = new Float32Array(buckets);
     const failures = new Uint32Array(buckets);
     const records = new Uint32Array(buckets);
-    const bucketOf = (time: number) => Math.min(buckets - 1, Math.floor((time / this.end) * buckets));
+    const bucketOf = (time: number) =>
+      Math.min(buckets - 1, Math.floor((time / this.end) * buckets));
     for (const call of this.calls.flat()) {
       records[bucketOf(call.begin)] += 2;
       if (call.flags & kFailure) failures[bucketOf(call.begin)]++;
@@ -322,7 +393,12 @@ class MadeTrace implements Trace {
       for (let at = firstEnding(row, from); at < row.length && row[at].begin < to; at++) {
         const call = row[at];
         const narrow = call.end - call.begin < nsPerPixel;
-        if (narrow && last >= 0 && call.begin - into.end[last] < nsPerPixel && call.end - into.begin[last] < nsPerPixel) {
+        if (
+          narrow &&
+          last >= 0 &&
+          call.begin - into.end[last] < nsPerPixel &&
+          call.end - into.begin[last] < nsPerPixel
+        ) {
           into.end[last] = call.end;
           into.flags[last] |= call.flags | kMerged;
           continue;
@@ -402,7 +478,11 @@ class MadeTrace implements Trace {
         { name: 'nodeID', text: '21' },
       ],
       flags: found.flags,
-      call: call && { begin: call.begin, end: call.end, self: call.end - call.begin - call.inside },
+      call: call && {
+        begin: call.begin,
+        end: call.end,
+        self: call.end - call.begin - call.inside,
+      },
       parents,
     });
   }

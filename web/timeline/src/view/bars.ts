@@ -140,7 +140,9 @@ export class BarPainter {
         surface.width + corner,
         Math.max(left + least, Math.round((bars.end[at] - view.from) * scale) - 1),
       );
-      const bottom = Math.round((top + depthTop(bars.depth[at]) + depthHeight(bars.depth[at])) * ratio);
+      const bottom = Math.round(
+        (top + depthTop(bars.depth[at]) + depthHeight(bars.depth[at])) * ratio,
+      );
       if ((flags & kFailure) !== 0) {
         context.fillStyle = theme.amber;
         context.fillRect(left, bottom - thick, right - left, thick);
@@ -156,13 +158,7 @@ export class BarPainter {
     }
   }
 
-  private name(
-    surface: Surface,
-    rectangles: number,
-    top: number,
-    bars: Bars,
-    theme: Theme,
-  ): void {
+  private name(surface: Surface, rectangles: number, top: number, bars: Bars, theme: Theme): void {
     const { context, ratio } = surface;
     const least = kNamed * ratio;
     const padding = 4 * ratio;
@@ -214,7 +210,7 @@ export function paintPoints(
     context.beginPath();
     let last = -Infinity;
     for (let at = 0; at < points.count; at++) {
-      if ((points.flags[at] & kFailure) !== 0 !== failed) continue;
+      if (((points.flags[at] & kFailure) !== 0) !== failed) continue;
       const depth = Math.min(points.depth[at], row.depths - 1);
       const x = Math.round((points.time[at] - view.from) * scale);
       if (x < -size || x > surface.width + size) continue;

@@ -64,7 +64,7 @@ function fromOklch(lightness: number, chroma: number, angle: number): [number, n
   return [
     gamma(4.0767416621 * l - 3.3077115913 * m + 0.2309699292 * s),
     gamma(-1.2684380046 * l + 2.6097574011 * m - 0.3413193965 * s),
-    gamma(-0.0041960863 * l - 0.7034186147 * m + 1.7076147010 * s),
+    gamma(-0.0041960863 * l - 0.7034186147 * m + 1.707614701 * s),
   ];
 }
 
@@ -91,7 +91,6 @@ export interface Theme {
   readonly barInk: string;
   readonly bars: readonly string[]; // [hue * kShades + shade]
 }
-
 
 // The style sheet's colours go to the canvases, the families' the other way.
 export function currentTheme(dark: boolean): Theme {

@@ -1,11 +1,5 @@
 // All that is known of a record: its line, its call, its values, the calls around it.
-import {
-  kCutOff,
-  kFailure,
-  kUnfinished,
-  type RecordDetail,
-  type Trace,
-} from '../trace';
+import { kCutOff, kFailure, kUnfinished, type RecordDetail, type Trace } from '../trace';
 import { button, data, element, table } from './dom';
 import { laneTitle } from './heads';
 import type { Commands } from './state';
@@ -16,7 +10,11 @@ const kParents = 12;
 
 export function emptyDetails(sheet: HTMLElement): void {
   sheet.replaceChildren(
-    element('p', { class: 'empty' }, 'No record is selected: click a call or a point, or press Enter.'),
+    element(
+      'p',
+      { class: 'empty' },
+      'No record is selected: click a call or a point, or press Enter.',
+    ),
   );
 }
 
@@ -48,7 +46,11 @@ export function fillDetails(
     state(detail.flags),
     element('p', { class: 'line' }, data(detail.line, kLineLimit)),
     list,
-    element('p', {}, button({ title: 'Key z' }, () => commands.zoomToSelected(), 'Zoom to it')),
+    element(
+      'p',
+      {},
+      button({ title: 'Key z' }, () => commands.zoomToSelected(), 'Zoom to it'),
+    ),
     values(detail),
   );
   sheet.scrollTop = 0;
@@ -61,11 +63,16 @@ function state(flags: number): HTMLElement {
   if (flags & kCutOff) words.push('cut off: its end is missing');
   if (flags & kUnfinished) words.push('unfinished where the trace ends');
   const failed = flags & kFailure ? 'verdict failure' : 'state';
-  return element('p', words.length ? {} : { hidden: '' }, element('span', { class: failed }, words.join(', ')));
+  return element(
+    'p',
+    words.length ? {} : { hidden: '' },
+    element('span', { class: failed }, words.join(', ')),
+  );
 }
 
 function values(detail: RecordDetail): Node {
-  if (detail.values.length === 0) return element('p', { class: 'empty' }, 'Its text has no values.');
+  if (detail.values.length === 0)
+    return element('p', { class: 'empty' }, 'Its text has no values.');
   const rows = detail.values.map((value) => [data(value.name), data(value.text, 1000)]);
   return table({}, 'Values', ['value', 'reads'], rows);
 }
@@ -74,7 +81,11 @@ function values(detail: RecordDetail): Node {
 function parents(trace: Trace, detail: RecordDetail, commands: Commands): HTMLElement {
   const list = element('ol', { class: 'parents' });
   for (const record of detail.parents.slice(0, kParents)) {
-    const name = button({ class: 'culprit' }, () => commands.reveal(record), `record ${count(record)}`);
+    const name = button(
+      { class: 'culprit' },
+      () => commands.reveal(record),
+      `record ${count(record)}`,
+    );
     list.append(element('li', {}, name));
     void trace.detail(record).then((parent) => {
       const taken = parent.call ? `, ${duration(parent.call.end - parent.call.begin)}` : '';

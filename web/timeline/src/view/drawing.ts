@@ -168,7 +168,10 @@ export class Drawing {
     const { context, width, height, ratio } = this.lanes;
     const scale = ratio / this.view.nsPerPixel;
     const left = Math.max(-4, Math.round((Math.min(span.from, span.to) - this.view.from) * scale));
-    const right = Math.min(width + 4, Math.round((Math.max(span.from, span.to) - this.view.from) * scale));
+    const right = Math.min(
+      width + 4,
+      Math.round((Math.max(span.from, span.to) - this.view.from) * scale),
+    );
     context.fillStyle = this.theme.ink;
     context.globalAlpha = 0.1;
     context.fillRect(left, 0, right - left, height);
@@ -190,7 +193,10 @@ export class Drawing {
     const thick = Math.max(2, Math.round(2 * ratio));
     const half = selected.call ? 0 : 7 * ratio;
     const left = Math.max(-8, Math.round((begin - this.view.from) * scale - half));
-    const right = Math.min(width + 8, Math.max(left + 4, Math.round((end - this.view.from) * scale + half)));
+    const right = Math.min(
+      width + 8,
+      Math.max(left + 4, Math.round((end - this.view.from) * scale + half)),
+    );
     const offset = selected.call ? depthTop(depth) : pointTop(depth) - half / ratio;
     const height = selected.call ? depthHeight(depth) * ratio : 2 * half;
     const top = Math.round((row.top - this.scrolled + row.callsTop + offset) * ratio);

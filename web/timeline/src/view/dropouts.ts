@@ -18,7 +18,11 @@ export class DropoutList {
     const { dropouts } = trace;
     if (dropouts.length === 0) {
       sheet.append(
-        element('p', { class: 'empty' }, 'There is no dropout in this trace: no OVERLOAD was recorded.'),
+        element(
+          'p',
+          { class: 'empty' },
+          'There is no dropout in this trace: no OVERLOAD was recorded.',
+        ),
       );
     } else {
       const often = dropouts.length === 1 ? 'once' : counted(dropouts.length, 'time');

@@ -80,16 +80,14 @@ export function makeFrame(
   return frame;
 }
 
-function head(
-  trace: Trace,
-  commands: Commands,
-  about: () => void,
-  frame: Frame,
-): HTMLElement {
+function head(trace: Trace, commands: Commands, about: () => void, frame: Frame): HTMLElement {
   const facts = [
     duration(trace.end - trace.begin),
     counted(trace.records, 'record'),
-    counted(trace.lanes.filter((lane) => lane.kind === 'io' || lane.kind === 'thread').length, 'thread'),
+    counted(
+      trace.lanes.filter((lane) => lane.kind === 'io' || lane.kind === 'thread').length,
+      'thread',
+    ),
   ];
   return element(
     'header',
@@ -100,12 +98,18 @@ function head(
       element('h1', {}, data(trace.title)),
       element('p', {}, facts.join(' · ')),
     ),
-    element('div', { class: 'verdicts' }, dropoutVerdict(trace, commands), failureVerdict(trace, commands)),
+    element(
+      'div',
+      { class: 'verdicts' },
+      dropoutVerdict(trace, commands),
+      failureVerdict(trace, commands),
+    ),
     frame.searchPlace,
     element(
       'div',
       { class: 'tools' },
-      element('span', { 'aria-hidden': 'true' }, 'Lanes by'), frame.grouping,
+      element('span', { 'aria-hidden': 'true' }, 'Lanes by'),
+      frame.grouping,
       button({ title: 'Key 0' }, () => commands.whole(), 'Whole trace'),
       button({ title: 'Key ?' }, () => commands.help(), 'Keys'),
       button({}, about, 'About'),
@@ -140,7 +144,8 @@ function failureVerdict(trace: Trace, commands: Commands): HTMLElement {
 
 function groupingSelect(regroup: (grouping: Grouping) => void): HTMLSelectElement {
   const select = element('select', { 'aria-label': 'Lanes by' });
-  for (const grouping of kGroupings) select.append(element('option', { value: grouping }, grouping));
+  for (const grouping of kGroupings)
+    select.append(element('option', { value: grouping }, grouping));
   select.addEventListener('change', () => regroup(select.value as Grouping));
   return select;
 }

@@ -52,7 +52,10 @@ export class Heads {
       const top = (row.top - scrolled) * size;
       if (head.top !== top) head.section.style.transform = `translateY(${top}px)`;
       head.top = top;
-      head.section.classList.toggle('current', row.lane !== null && row.lane.id === this.state.lane);
+      head.section.classList.toggle(
+        'current',
+        row.lane !== null && row.lane.id === this.state.lane,
+      );
     }
     for (const [key, head] of this.heads) {
       if (head.seen === this.frames) continue;
@@ -96,9 +99,7 @@ export class Heads {
 
   private make(row: Row): Head {
     const place = element('div', { class: 'unseen' });
-    const section = row.lane
-      ? this.laneSection(row, row.lane, place)
-      : this.headingSection(row);
+    const section = row.lane ? this.laneSection(row, row.lane, place) : this.headingSection(row);
     section.style.height = `${row.height * this.view.size}px`;
     return { section, table: place, row, top: NaN, seen: 0 };
   }
@@ -121,7 +122,11 @@ export class Heads {
     const title = laneTitle(lane);
     const pinned = this.state.choice.pinned.includes(lane.id);
     const tool = (text: string, key: string, act: () => void) =>
-      button({ title: `${text} this lane (key ${key})`, 'aria-label': `${text} ${safe(title)}` }, act, text);
+      button(
+        { title: `${text} this lane (key ${key})`, 'aria-label': `${text} ${safe(title)}` },
+        act,
+        text,
+      );
     return element(
       'section',
       { class: `lane ${lane.kind}${row.folded ? ' folded' : ''}`, 'aria-label': safe(title) },

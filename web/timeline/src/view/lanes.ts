@@ -162,7 +162,10 @@ export class LaneLayout {
   }
 
   private addHeading(text: string, idle: boolean): void {
-    this.add({ lane: null, text, idle, folded: false, stripTop: 0, callsTop: 0, depths: 0 }, kHeading);
+    this.add(
+      { lane: null, text, idle, folded: false, stripTop: 0, callsTop: 0, depths: 0 },
+      kHeading,
+    );
   }
 
   private addLane(lane: Lane, choice: LaneChoice): void {

@@ -44,6 +44,7 @@ class Page implements Commands {
   private readonly statistics: StatisticsSheet;
   private readonly search: Search;
   private readonly tip: Tip;
+  private pointed: { x: number; y: number; event: PointerEvent } | null = null;
   private settle = 0;
   private written = '';
   private asked = 0; // the latest jump; what earlier ones waited for is too late
@@ -58,7 +59,13 @@ class Page implements Commands {
     this.view.calm = calm.matches;
     calm.addEventListener('change', () => (this.view.calm = calm.matches));
     this.layout = new LaneLayout(trace);
-    this.frame = makeFrame(place, trace, this, () => this.overlays.showAbout(), (grouping) => this.regroup(grouping));
+    this.frame = makeFrame(
+      place,
+      trace,
+      this,
+      () => this.overlays.showAbout(),
+      (grouping) => this.regroup(grouping),
+    );
     this.side = new Side(this.frame.side, () => this.changed());
     this.frame.side.append(legend(trace));
     const [list, details, statistics] = this.side.sheets;
@@ -74,8 +81,12 @@ class Page implements Commands {
     );
     this.overlays = new Overlays(place, legend(trace));
     this.tip = new Tip(this.frame.tip, trace);
-    this.heads = new Heads(trace, this.frame, this.view, this.layout, this.state, this, (lane) => this.choose(lane));
-    this.drawing = new Drawing(trace, this.frame, this.view, this.layout, this.state, () => this.drawn());
+    this.heads = new Heads(trace, this.frame, this.view, this.layout, this.state, this, (lane) =>
+      this.choose(lane),
+    );
+    this.drawing = new Drawing(trace, this.frame, this.view, this.layout, this.state, () =>
+      this.drawn(),
+    );
     this.readAddress();
     this.drawing.resize();
     this.frame.scroller.addEventListener('scroll', () => this.drawing.scroll());
@@ -103,6 +114,7 @@ class Page implements Commands {
   private settled(): void {
     this.writeAddress();
     if (this.side.open === 3) this.fillCalls();
+    this.point();
   }
 
   private arrange(): void {
@@ -151,7 +163,10 @@ class Page implements Commands {
   nextDropout(step: number): void {
     const { dropouts } = this.trace;
     if (dropouts.length === 0) return this.speak('There is no dropout in this trace.');
-    this.dropout((this.state.dropout + step + dropouts.length + (this.state.dropout < 0 && step < 0 ? 1 : 0)) % dropouts.length);
+    this.dropout(
+      (this.state.dropout + step + dropouts.length + (this.state.dropout < 0 && step < 0 ? 1 : 0)) %
+        dropouts.length,
+    );
   }
 
   dropout(index: number): void {
@@ -161,7 +176,9 @@ class Page implements Commands {
     this.side.show(0);
     this.dropouts.mark(index);
     const named = dropout.culprit ? ` ${safe(dropout.culprit)}.` : '';
-    this.speak(`Dropout ${index + 1} of ${this.trace.dropouts.length}, at ${moment(dropout.time, 1e5)}. ${sentence(dropout.meaning)}${named}`);
+    this.speak(
+      `Dropout ${index + 1} of ${this.trace.dropouts.length}, at ${moment(dropout.time, 1e5)}. ${sentence(dropout.meaning)}${named}`,
+    );
     const asked = ++this.asked;
     void neighbourhood(this.trace, dropout).then(({ span, culprit }) => {
       if (asked !== this.asked) return;
@@ -258,7 +275,11 @@ class Page implements Commands {
     if (lane < 0) return;
     const { targetFrom, targetTo } = this.view;
     const span = (targetTo - targetFrom) * 2;
-    const time = selected ? (selected.call?.begin ?? selected.time) : step > 0 ? targetFrom : targetTo;
+    const time = selected
+      ? (selected.call?.begin ?? selected.time)
+      : step > 0
+        ? targetFrom
+        : targetTo;
     const depth = selected?.parents.length ?? 0;
     const record = callBeside(this.trace, lane, depth, time, span, step);
     if (record >= 0) this.reveal(record);
@@ -297,7 +318,8 @@ class Page implements Commands {
   // ---- lanes
 
   private currentLane(): number {
-    if (this.state.lane < 0) this.state.lane = this.layout.rows.find((row) => row.lane)?.lane?.id ?? -1;
+    if (this.state.lane < 0)
+      this.state.lane = this.layout.rows.find((row) => row.lane)?.lane?.id ?? -1;
     return this.state.lane;
   }
 
@@ -404,7 +426,13 @@ class Page implements Commands {
       .slice(0, this.drawing.shownCount)
       .find((one) => one.row.lane?.id === lane);
     if (!shown) {
-      sheet.replaceChildren(element('p', { class: 'empty' }, 'The current lane is not on the screen: choose one by its title, or with ↑ and ↓.'));
+      sheet.replaceChildren(
+        element(
+          'p',
+          { class: 'empty' },
+          'The current lane is not on the screen: choose one by its title, or with ↑ and ↓.',
+        ),
+      );
       return;
     }
     const made = callTable(this.trace.events, shown, kCalls, (method, record) =>
@@ -424,12 +452,11 @@ class Page implements Commands {
     listenToPointer(frame, view, this.trace.begin, this.trace.end, {
       changed: () => this.changed(),
       hover: (x, y, event) => {
-        const hit = event.target === frame.lanes ? drawing.hit(x, y) : null;
-        frame.hairline.hidden = false;
-        frame.hairline.style.transform = `translateX(${x * view.size + frame.lanes.offsetLeft}px)`;
-        this.tip.show(event.clientX, event.clientY, pointedMoment(view.time(x), view.nsPerPixel), hit);
+        this.pointed = { x, y, event };
+        this.point();
       },
       leave: () => {
+        this.pointed = null;
         frame.hairline.hidden = true;
         this.tip.hide();
       },
@@ -445,6 +472,17 @@ class Page implements Commands {
       },
       measure: (from, to, done) => this.measured(from, to, done),
     });
+  }
+
+  // Tells what is under the pointer: as it moves, and when something else has moved under it.
+  private point(): void {
+    if (!this.pointed) return;
+    const { x, y, event } = this.pointed;
+    const { frame, view, drawing } = this;
+    const hit = event.target === frame.lanes ? drawing.hit(x, y) : null;
+    frame.hairline.hidden = false;
+    frame.hairline.style.transform = `translateX(${x * view.size + frame.lanes.offsetLeft}px)`;
+    this.tip.show(event.clientX, event.clientY, pointedMoment(view.time(x), view.nsPerPixel), hit);
   }
 
   // ---- the address

@@ -26,7 +26,9 @@ export function listenToPointer(
     canvas.addEventListener('wheel', (event) => wheel(event, view, acts), { passive: false });
     new Drag(canvas, frame.scroller, view, acts);
   }
-  frame.lanes.addEventListener('dblclick', (event) => acts.doubleClick(event.offsetX / view.size, event.offsetY / view.size));
+  frame.lanes.addEventListener('dblclick', (event) =>
+    acts.doubleClick(event.offsetX / view.size, event.offsetY / view.size),
+  );
   listenToMinimap(frame, view, begin, end, acts);
 }
 
@@ -129,7 +131,8 @@ function listenToMinimap(
   acts: PointerActs,
 ): void {
   const canvas = frame.minimap;
-  const timeAt = (event: MouseEvent) => begin + (event.offsetX / canvas.clientWidth) * (end - begin);
+  const timeAt = (event: MouseEvent) =>
+    begin + (event.offsetX / canvas.clientWidth) * (end - begin);
   const centre = (event: MouseEvent, eased: boolean) => {
     const half = (view.targetTo - view.targetFrom) / 2;
     const time = timeAt(event);

@@ -55,7 +55,9 @@ export class Search {
     else {
       const all = `${count(matches.record.length)}${matches.complete ? '' : ' so far'}`;
       this.told.textContent =
-        match >= 0 ? `${count(match + 1)} of ${all}` : counted(matches.record.length, 'match', 'matches');
+        match >= 0
+          ? `${count(match + 1)} of ${all}`
+          : counted(matches.record.length, 'match', 'matches');
     }
   }
 

@@ -32,17 +32,15 @@ export class StatisticsSheet {
     const from = Math.min(span.from, span.to);
     const to = Math.max(span.from, span.to);
     const lane = this.ofLane && this.state.lane >= 0 ? this.trace.lanes[this.state.lane] : null;
-    void this.trace
-      .statistics({ from, to, lanes: lane ? [lane.id] : null })
-      .then((rows) => {
-        if (asked !== this.asked) return;
-        this.sheet.replaceChildren(
-          element('h2', {}, duration(to - from)),
-          element('p', {}, `${moment(from, 1e3)} to ${moment(to, 1e3)}`),
-          this.laneSwitch(span),
-          this.rows(rows),
-        );
-      });
+    void this.trace.statistics({ from, to, lanes: lane ? [lane.id] : null }).then((rows) => {
+      if (asked !== this.asked) return;
+      this.sheet.replaceChildren(
+        element('h2', {}, duration(to - from)),
+        element('p', {}, `${moment(from, 1e3)} to ${moment(to, 1e3)}`),
+        this.laneSwitch(span),
+        this.rows(rows),
+      );
+    });
   }
 
   private laneSwitch(span: Span): HTMLElement {
@@ -62,21 +60,28 @@ export class StatisticsSheet {
     if (rows.length === 0)
       return element('p', { class: 'empty' }, 'No call begins in this stretch.');
     const sorted = [...rows].sort((one, other) => other.total - one.total);
-    const cells = sorted.slice(0, kRows).map((row) => [
-      button(
-        { class: 'culprit', title: 'Show its longest call' },
-        () => this.commands.reveal(row.longest),
-        data(this.trace.events[row.event].method),
-      ),
-      count(row.calls),
-      row.failures ? element('span', { class: 'failed' }, count(row.failures)) : '',
-      duration(row.total),
-      duration(row.self),
-      duration(row.median),
-      duration(row.max),
-    ]);
+    const cells = sorted
+      .slice(0, kRows)
+      .map((row) => [
+        button(
+          { class: 'culprit', title: 'Show its longest call' },
+          () => this.commands.reveal(row.longest),
+          data(this.trace.events[row.event].method),
+        ),
+        count(row.calls),
+        row.failures ? element('span', { class: 'failed' }, count(row.failures)) : '',
+        duration(row.total),
+        duration(row.self),
+        duration(row.median),
+        duration(row.max),
+      ]);
     const heads = ['method', 'calls', 'failed', 'total', 'self', 'median', 'max'];
-    const made = table({ class: 'numbers' }, 'Calls that begin in the measured stretch', heads, cells);
+    const made = table(
+      { class: 'numbers' },
+      'Calls that begin in the measured stretch',
+      heads,
+      cells,
+    );
     const wrapped = element('div', { class: 'wide' }, made);
     const more = sorted.length - kRows;
     if (more > 0) wrapped.append(element('p', {}, `and ${counted(more, 'event')} with less time`));

@@ -96,7 +96,9 @@ function percentile(sorted: readonly number[], share: number): string {
 }
 
 // Arguments: records and a page, in turn.
-console.log('   records    MB  bytes/record  first picture ms  ready ms  memory MB  frame ms: median   p99   max');
+console.log(
+  '   records    MB  bytes/record  first picture ms  ready ms  memory MB  frame ms: median   p99   max',
+);
 for (let at = 2; at + 1 < process.argv.length; at += 2) {
   const records = Number(process.argv[at]);
   const file = process.argv[at + 1];

@@ -13,7 +13,11 @@ after(() => browser.close());
 const kTrace = madeTrace();
 const made = () => madePage('made', {});
 
-async function opened(address: string, act: (one: Opened) => Promise<void>, options = {}): Promise<void> {
+async function opened(
+  address: string,
+  act: (one: Opened) => Promise<void>,
+  options = {},
+): Promise<void> {
   const one = await open(browser, address, options);
   try {
     await act(one);
@@ -66,9 +70,15 @@ function columnsOf(page: Page, canvas: string, colour: string): Promise<number[]
 
 test('the whole trace is there at first, and says when the sound broke off', async () => {
   await opened(made(), async ({ page }) => {
-    assert.match(await page.locator('.verdict.dropout').innerText(), /^3 dropouts, first at 10\.080 s$/);
+    assert.match(
+      await page.locator('.verdict.dropout').innerText(),
+      /^3 dropouts, first at 10\.080 s$/,
+    );
     assert.match(await page.locator('.verdict.failure').innerText(), /^\d+ failures$/);
-    assert.match(await sheet(page).innerText(), /The sound broke off 3 times[^]*Another thread's call held/);
+    assert.match(
+      await sheet(page).innerText(),
+      /The sound broke off 3 times[^]*Another thread's call held/,
+    );
     const [first, second, third] = await lanesShown(page);
     assert.match(first, /^I\/O thread/);
     assert.match(second, /^I\/O thread/);
@@ -82,7 +92,8 @@ test('dropouts are red lines where they happened, and nothing else is red', asyn
     const [from, to] = spanOf(page);
     const width = await page.locator('.stage > canvas').evaluate((canvas) => canvas.clientWidth);
     const columns = await columnsOf(page, '.stage > canvas', '--red');
-    const near = (time: number) => (x: number) => Math.abs(x - ((time - from) / (to - from)) * width) < 3;
+    const near = (time: number) => (x: number) =>
+      Math.abs(x - ((time - from) / (to - from)) * width) < 3;
     for (const { time } of kTrace.dropouts) assert.ok(columns.some(near(time)), `${time}`);
     const strange = columns.filter((x) => !kTrace.dropouts.some(({ time }) => near(time)(x)));
     assert.deepEqual(strange, []);
@@ -132,25 +143,35 @@ test('the wheel zooms at the pointer', async () => {
 
 test('dragging takes the time along, and two fingers pinch', async () => {
   const touch = { hasTouch: true };
-  await opened(`${made()}#from=5000000000&to=6000000000`, async ({ page, context }) => {
-    await page.mouse.move(700, 300);
-    await page.mouse.down();
-    await page.mouse.move(500, 300, { steps: 4 });
-    await page.mouse.up();
-    await settled(page);
-    const [from, to] = spanOf(page);
-    assert.ok(from > 5.2e9 && Math.abs(to - from - 1e9) < 10, `${from} to ${to}`);
-    const session = await context.newCDPSession(page);
-    const fingers = (type: 'touchStart' | 'touchMove' | 'touchEnd', ...at: number[]) =>
-      session.send('Input.dispatchTouchEvent', { type, touchPoints: at.map((x, id) => ({ x, y: 300, id })) });
-    await fingers('touchStart', 500, 600);
-    await fingers('touchMove', 450, 650);
-    await fingers('touchMove', 400, 700);
-    await fingers('touchEnd');
-    await settled(page);
-    const [pinchedFrom, pinchedTo] = spanOf(page);
-    assert.ok(Math.abs((pinchedTo - pinchedFrom) / (to - from) - 1 / 3) < 0.1, `${pinchedTo - pinchedFrom}`);
-  }, touch);
+  await opened(
+    `${made()}#from=5000000000&to=6000000000`,
+    async ({ page, context }) => {
+      await page.mouse.move(700, 300);
+      await page.mouse.down();
+      await page.mouse.move(500, 300, { steps: 4 });
+      await page.mouse.up();
+      await settled(page);
+      const [from, to] = spanOf(page);
+      assert.ok(from > 5.2e9 && Math.abs(to - from - 1e9) < 10, `${from} to ${to}`);
+      const session = await context.newCDPSession(page);
+      const fingers = (type: 'touchStart' | 'touchMove' | 'touchEnd', ...at: number[]) =>
+        session.send('Input.dispatchTouchEvent', {
+          type,
+          touchPoints: at.map((x, id) => ({ x, y: 300, id })),
+        });
+      await fingers('touchStart', 500, 600);
+      await fingers('touchMove', 450, 650);
+      await fingers('touchMove', 400, 700);
+      await fingers('touchEnd');
+      await settled(page);
+      const [pinchedFrom, pinchedTo] = spanOf(page);
+      assert.ok(
+        Math.abs((pinchedTo - pinchedFrom) / (to - from) - 1 / 3) < 0.1,
+        `${pinchedTo - pinchedFrom}`,
+      );
+    },
+    touch,
+  );
 });
 
 test('a click shows a call: line, values, duration, itself, and the calls around it', async () => {
@@ -160,7 +181,10 @@ test('a click shows a call: line, values, duration, itself, and the calls around
     await page.mouse.click(box.x + box.width / 2, box.y + 6 + 44 + 2 * 18 + 9);
     await settled(page);
     const text = await sheet(page).innerText();
-    assert.match(text, /^Client\n[^]*QuorraHAL::Client - result[^]*takes[^]*of it, itself[^]*nodeID\s+21/);
+    assert.match(
+      text,
+      /^Client\n[^]*QuorraHAL::Client - result[^]*takes[^]*of it, itself[^]*nodeID\s+21/,
+    );
     assert.match(text, /Inside of\s+IOCycle, [\d.]+ ms\s+IOThread/);
     assert.ok((await columnsOf(page, '.stage > canvas', '--ink')).length > 100, 'outlined');
   });
@@ -259,7 +283,12 @@ test('lanes are chosen, pinned, folded, hidden and grouped by keyboard', async (
     await press(page, 't');
     assert.match(await sheet(page).innerText(), /on the screen[^]*method\s+driver\s+begins/);
     await press(page, '?');
-    assert.ok(await page.getByRole('dialog').getByText('the next dropout and its neighbourhood').isVisible());
+    assert.ok(
+      await page
+        .getByRole('dialog')
+        .getByText('the next dropout and its neighbourhood')
+        .isVisible(),
+    );
     await press(page, 'Escape');
     assert.equal(await page.getByRole('dialog').count(), 0);
   });
@@ -268,7 +297,9 @@ test('lanes are chosen, pinned, folded, hidden and grouped by keyboard', async (
 test('a link brings the same view back', async () => {
   let address = '';
   const picture = (page: Page) =>
-    page.evaluate(() => [...document.querySelectorAll('canvas')].map((canvas) => canvas.toDataURL()));
+    page.evaluate(() =>
+      [...document.querySelectorAll('canvas')].map((canvas) => canvas.toDataURL()),
+    );
   let before: string[] = [];
   await opened(made(), async ({ page }) => {
     await press(page, 'o', 'c', 'm', 'ArrowDown', 'p', 'g', '/');
@@ -297,8 +328,14 @@ test('each lane on the screen has a table of its calls, for those who do not see
     const lane = page.getByRole('region', { name: 'I/O thread 0x00001000' });
     const rows = lane.locator('tbody tr');
     assert.ok((await rows.count()) >= 3);
-    assert.match(await lane.locator('caption').innerText(), /^I\/O thread 0x00001000: .*\d+ calls on the screen/);
-    assert.match((await rows.allTextContents()).join('\n'), /IOCycleQuorraHAL10\.0\d\d \d{3} s[\d.]+ ms/);
+    assert.match(
+      await lane.locator('caption').innerText(),
+      /^I\/O thread 0x00001000: .*\d+ calls on the screen/,
+    );
+    assert.match(
+      (await rows.allTextContents()).join('\n'),
+      /IOCycleQuorraHAL10\.0\d\d \d{3} s[\d.]+ ms/,
+    );
   });
 });
 
@@ -331,7 +368,8 @@ for (const colorScheme of ['light', 'dark'] as const)
     const check = async (page: Page, what: string) => {
       const found = await new AxeBuilder({ page }).analyze();
       const told = found.violations.map(
-        ({ id, nodes }) => `${id}: ${nodes.map((node) => `${node.html} ${node.failureSummary}`).join('; ')}`,
+        ({ id, nodes }) =>
+          `${id}: ${nodes.map((node) => `${node.html} ${node.failureSummary}`).join('; ')}`,
       );
       assert.deepEqual(told, [], what);
     };
@@ -352,22 +390,29 @@ for (const colorScheme of ['light', 'dark'] as const)
     const one = await open(browser, made(), { colorScheme });
     await act(one);
     await one.context.close();
-    const narrow = await open(browser, made(), { colorScheme, viewport: { width: 400, height: 800 } });
+    const narrow = await open(browser, made(), {
+      colorScheme,
+      viewport: { width: 400, height: 800 },
+    });
     await act(narrow);
     await narrow.context.close();
   });
 
 test('with reduced motion a jump is there in one frame', async () => {
-  await opened(made(), async ({ page }) => {
-    const frames = await page.evaluate(async () => {
-      const shown = () => document.querySelector<HTMLElement>('.window')!.style.width;
-      document.dispatchEvent(new KeyboardEvent('keydown', { key: 'w', bubbles: true }));
-      await new Promise((next) => requestAnimationFrame(next));
-      await new Promise((next) => requestAnimationFrame(next));
-      const early = shown();
-      await new Promise((next) => setTimeout(next, 400));
-      return [early, shown()];
-    });
-    assert.equal(frames[0], frames[1]);
-  }, { reducedMotion: 'reduce' });
+  await opened(
+    made(),
+    async ({ page }) => {
+      const frames = await page.evaluate(async () => {
+        const shown = () => document.querySelector<HTMLElement>('.window')!.style.width;
+        document.dispatchEvent(new KeyboardEvent('keydown', { key: 'w', bubbles: true }));
+        await new Promise((next) => requestAnimationFrame(next));
+        await new Promise((next) => requestAnimationFrame(next));
+        const early = shown();
+        await new Promise((next) => setTimeout(next, 400));
+        return [early, shown()];
+      });
+      assert.equal(frames[0], frames[1]);
+    },
+    { reducedMotion: 'reduce' },
+  );
 });

@@ -30,7 +30,13 @@ export function startBrowser(): Promise<Browser> {
 
 function bundle(entry: string, out: string): string {
   const file = join(kFolder, out);
-  execFileSync('esbuild', [entry, '--bundle', '--minify', '--log-level=warning', `--outfile=${file}`]);
+  execFileSync('esbuild', [
+    entry,
+    '--bundle',
+    '--minify',
+    '--log-level=warning',
+    `--outfile=${file}`,
+  ]);
   return readFileSync(file, 'utf8').trim();
 }
 
@@ -73,7 +79,10 @@ export async function open(
   address: string,
   options: Parameters<Browser['newContext']>[0] = {},
 ): Promise<Opened> {
-  const context = await browser.newContext({ viewport: { width: 1280, height: 800 }, ...options });
+  const context = await browser.newContext({
+    viewport: { width: 1280, height: 800 },
+    ...options,
+  });
   const page = await context.newPage();
   const complaints: string[] = [];
   const requests: string[] = [];

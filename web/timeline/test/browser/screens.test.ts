@@ -137,5 +137,8 @@ test('another colour scheme, size or place is seen as another picture', async ()
   });
   const whole = await page.screenshot();
   await context.close();
-  assert.ok((await difference(whole, read('1280-light.png'))) > kShare, 'the whole trace is no dropout');
+  assert.ok(
+    (await difference(whole, read('1280-light.png'))) > kShare,
+    'the whole trace is no dropout',
+  );
 });

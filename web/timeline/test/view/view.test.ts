@@ -95,15 +95,35 @@ test('a method on its bar has a contrast of 4.5 to 1 at least, at every hue and 
 
 // How the eyes that lack one kind of cones see, after Machado, Oliveira and Fernandes (2009).
 const kEyes: Record<string, readonly (readonly number[])[]> = {
-  all: [[1, 0, 0], [0, 1, 0], [0, 0, 1]],
-  protan: [[0.152286, 1.052583, -0.204868], [0.114503, 0.786281, 0.099216], [-0.003882, -0.048116, 1.051998]],
-  deutan: [[0.367322, 0.860646, -0.227968], [0.280085, 0.672501, 0.047413], [-0.01182, 0.04294, 0.968881]],
-  tritan: [[1.255528, -0.076749, -0.178779], [-0.078411, 0.930809, 0.147602], [0.004733, 0.691367, 0.3039]],
+  all: [
+    [1, 0, 0],
+    [0, 1, 0],
+    [0, 0, 1],
+  ],
+  protan: [
+    [0.152286, 1.052583, -0.204868],
+    [0.114503, 0.786281, 0.099216],
+    [-0.003882, -0.048116, 1.051998],
+  ],
+  deutan: [
+    [0.367322, 0.860646, -0.227968],
+    [0.280085, 0.672501, 0.047413],
+    [-0.01182, 0.04294, 0.968881],
+  ],
+  tritan: [
+    [1.255528, -0.076749, -0.178779],
+    [-0.078411, 0.930809, 0.147602],
+    [0.004733, 0.691367, 0.3039],
+  ],
 };
 
 function seen(rgb: readonly number[], eye: readonly (readonly number[])[]): number[] {
-  const linear = rgb.map((part) => (part <= 0.04045 ? part / 12.92 : ((part + 0.055) / 1.055) ** 2.4));
-  const [r, g, b] = eye.map((row) => Math.max(0, row[0] * linear[0] + row[1] * linear[1] + row[2] * linear[2]));
+  const linear = rgb.map((part) =>
+    part <= 0.04045 ? part / 12.92 : ((part + 0.055) / 1.055) ** 2.4,
+  );
+  const [r, g, b] = eye.map((row) =>
+    Math.max(0, row[0] * linear[0] + row[1] * linear[1] + row[2] * linear[2]),
+  );
   const l = Math.cbrt(0.4122214708 * r + 0.5363325363 * g + 0.0514459929 * b);
   const m = Math.cbrt(0.2119034982 * r + 0.6806995451 * g + 0.1073969566 * b);
   const s = Math.cbrt(0.0883024619 * r + 0.2817188376 * g + 0.6299787005 * b);
@@ -141,7 +161,13 @@ test('the time under the pointer stays there while zooming, at every moment of t
 test('a view keeps to its trace, whatever is asked', () => {
   const view = new Viewport(0, 1e9);
   view.width = 1000;
-  for (const [from, to] of [[-1e12, 1e12], [5e12, 6e12], [NaN, NaN], [3, 3], [Infinity, -Infinity]]) {
+  for (const [from, to] of [
+    [-1e12, 1e12],
+    [5e12, 6e12],
+    [NaN, NaN],
+    [3, 3],
+    [Infinity, -Infinity],
+  ]) {
     view.show(from, to, false);
     assert.ok(view.to - view.from >= 200 && view.to - view.from <= 1.03e9);
     assert.ok(view.to > 0 && view.from < 1e9);
@@ -164,7 +190,10 @@ test('I/O threads stand first, then the culprit, then the busiest; idle ones are
   const rows = ids(layout);
   assert.deepEqual(rows.slice(0, 3), [0, 1, 2]);
   const busy = layout.rows.slice(3, -1).map((row) => row.lane!.busy);
-  assert.deepEqual(busy, [...busy].sort((one, other) => other - one));
+  assert.deepEqual(
+    busy,
+    [...busy].sort((one, other) => other - one),
+  );
   assert.match(String(rows[rows.length - 1]), /^\d+ idle threads, folded$/);
 });
 
@@ -227,7 +256,9 @@ test('the fragment brings the same view back', () => {
 });
 
 test('a fragment without sense is left out', () => {
-  const read = readFragment('#from=abc&to=&record=1e999&group=__proto__&pinned=1,x,,2&selection=1,2,3&%E0%A4');
+  const read = readFragment(
+    '#from=abc&to=&record=1e999&group=__proto__&pinned=1,x,,2&selection=1,2,3&%E0%A4',
+  );
   assert.deepEqual([read.from, read.to, read.record, read.selection], [null, null, null, null]);
   assert.equal(read.grouping, 'thread');
   assert.deepEqual(read.pinned, [1, 2]);
@@ -241,6 +272,7 @@ test('the document lists the same keys', () => {
 
 test('each key does one thing', () => {
   const all = kKeys.flatMap((group) => group.keys);
-  for (const key of all) for (const one of key.keys) assert.equal(keyOf(one, key.shift ?? false), key);
+  for (const key of all)
+    for (const one of key.keys) assert.equal(keyOf(one, key.shift ?? false), key);
   assert.equal(keyOf('q', false), null);
 });
