@@ -45,6 +45,10 @@ foreach(program ${programs})
   install_for_zsh(${PROJECT_SOURCE_DIR}/completion/zsh/_${program} _${program})
 endforeach()
 
+compressed(man/sonaprobe.raw.5 sonaprobe.raw.5.gz)
+install(FILES ${PROJECT_BINARY_DIR}/install/sonaprobe.raw.5.gz
+        DESTINATION ${CMAKE_INSTALL_MANDIR}/man5)
+
 if(SONAPROBE_SCOPE)
   # sonascope is for everybody; its completion is printed by itself, from the tables of its parser.
   compressed(man/sonascope.1 sonascope.1.gz)

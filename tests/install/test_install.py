@@ -16,7 +16,7 @@ INSTALLED = {
     "sbin/sonaprobe", "sbin/sonaprobe-sim",
     "bin/sonascope", "share/man/man1/sonascope.1.gz",
     "share/bash-completion/completions/sonascope", "share/fish/vendor_completions.d/sonascope.fish",
-    "share/man/man8/sonaprobe.8.gz", "share/man/man8/sonaprobe-sim.8.gz",
+    "share/man/man5/sonaprobe.raw.5.gz", "share/man/man8/sonaprobe.8.gz", "share/man/man8/sonaprobe-sim.8.gz",
     "share/bash-completion/completions/sonaprobe",
     "share/bash-completion/completions/sonaprobe-sim",
     *(f"share/doc/sonaprobe/{name}" for name in ("copyright", "changelog.gz", "README.md")),
