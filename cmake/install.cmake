@@ -78,8 +78,10 @@ add_custom_target(sonaprobe_install_files DEPENDS ${compressed_files})
 add_dependencies(sonaprobe sonaprobe_install_files)
 
 file(GLOB pages CONFIGURE_DEPENDS ${PROJECT_SOURCE_DIR}/docs/*.md)
-install(FILES README.md ${pages} DESTINATION ${SONAPROBE_DOC_DIR})
-install(DIRECTORY docs/sample docs/schema DESTINATION ${SONAPROBE_DOC_DIR})
+# As in the sources, so that the pages' links lead somewhere.
+install(FILES README.md CHANGELOG.md CONTRIBUTING.md DESTINATION ${SONAPROBE_DOC_DIR})
+install(FILES ${pages} DESTINATION ${SONAPROBE_DOC_DIR}/docs)
+install(DIRECTORY docs/sample docs/schema DESTINATION ${SONAPROBE_DOC_DIR}/docs)
 install(FILES cmake/debian/copyright ${PROJECT_BINARY_DIR}/install/changelog.gz
         DESTINATION ${SONAPROBE_DOC_DIR})
 

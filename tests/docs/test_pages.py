@@ -29,3 +29,11 @@ def test_each_file_that_a_page_names_is_there(page):
     named = re.findall(r"`((?:src|tests|tools|docs|script|man|cmake|completion)/[\w/.-]+)`",
                        page.read_text())
     assert [name for name in named if not (SOURCE / name).exists()] == []
+
+
+def test_the_index_leads_to_every_page():
+    index = (SOURCE / "docs/index.md").read_text()
+    linked = set(re.findall(r"\]\(([\w.-]+\.md)\)", index))
+    assert linked == {page.name for page in (SOURCE / "docs").glob("*.md")} - {"index.md"}
+    manual = {f"{page.stem}({page.suffix[1:]})" for page in (SOURCE / "man").iterdir()}
+    assert set(re.findall(r"^\| (sona[\w.-]+\(\d\))", index, re.MULTILINE)) == manual
