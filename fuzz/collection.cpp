@@ -91,11 +91,10 @@ ssize_t count(void*, const char* text, size_t size) {
 void setUpOnce() {
     stdout = fopencookie(nullptr, "w",
                          {.read = nullptr, .write = count, .seek = nullptr, .close = nullptr});
-    settings.bufferSize = kRoom;
     settings.line.printMask |= kPrintAll;
     settings.line.includeHAL = 1;
-    allocateCollectionBuffer();
-    const auto room = collectionBuffer();
+    traceSession().allocateBuffer(kRoom);
+    const auto room = traceSession().buffer();
     std::ranges::fill(room, TraceRecord{});
 }
 

@@ -75,6 +75,7 @@ class CallTracker {
 
     const TraceClock& clock() const { return clock_; }
     uint64_t slots() const { return slots_; }
+    size_t openCalls() const { return frames_.size() - unused_.size(); }
 
   private:
     static constexpr uint32_t kNone = 0xFFFFFFFF;

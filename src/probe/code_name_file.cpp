@@ -8,10 +8,10 @@
 #include <unistd.h>
 
 #include "lines/code_names.h"
+#include "live/signals.h"
 #include "platform/steady_time.h"
 #include "probe/output.h"
 #include "probe/settings.h"
-#include "probe/signals.h"
 
 namespace sonaprobe {
 

@@ -2,21 +2,20 @@
 
 #include "probe/fatal_exit.h"
 
+#include <csignal>
 #include <cstdio>
 #include <cstdlib>
 
-#include "probe/audio_debug_flags.h"
+#include "live/signals.h"
 #include "probe/output.h"
 #include "probe/raw_file.h"
 #include "probe/settings.h"
-#include "probe/signals.h"
 #include "probe/tracing.h"
 
 namespace sonaprobe {
 
 void fatalExit(const char* message) {
     static const char* newestMessage = nullptr;
-    static bool disableTried = false;
     beginEnding();
     if (message != nullptr) newestMessage = message;
 
@@ -25,15 +24,18 @@ void fatalExit(const char* message) {
         settings.decodeFile = nullptr;
     }
     closeRawFile();
-    if (settings.traceEnabled && !disableTried) {
-        disableTried = true;
-        enableTracing(0);
-    }
-    if (settings.removeOnExit) removeTraceBuffer();
-    restoreAudioDebugFlags();
+    const char* const failure = traceSession().cleanUp();
+    if (failure != nullptr) newestMessage = failure;
     if (newestMessage == nullptr) std::exit(EXIT_SUCCESS);
     printMessage(stderr, "%s: %s\n", settings.programName, newestMessage);
     std::exit(EXIT_FAILURE);
+}
+
+void endBySignal(int number) {
+    if (settings.line.verbose && number != SIGPIPE) {
+        printMessage(stdout, "Quiting on signal %d\n", number);
+    }
+    fatalExit(nullptr);
 }
 
 }  // namespace sonaprobe

@@ -11,4 +11,7 @@ namespace sonaprobe {
 // steps after it are, and the newest message is the one printed.
 [[noreturn]] void fatalExit(const char* message);
 
+// The end by a signal, which verbose runs tell, or by a broken pipe.
+[[noreturn]] void endBySignal(int number);
+
 }  // namespace sonaprobe

@@ -8,8 +8,9 @@
 #include <new>
 #include <unistd.h>
 
+#include "live/signals.h"
+#include "live/streams.h"
 #include "platform/platform.h"
-#include "probe/audio_debug_flags.h"
 #include "probe/collection.h"
 #include "probe/fatal_exit.h"
 #include "probe/options.h"
@@ -17,7 +18,6 @@
 #include "probe/raw_file.h"
 #include "probe/raw_reader.h"
 #include "probe/settings.h"
-#include "probe/signals.h"
 #include "probe/tracing.h"
 
 namespace sonaprobe {
@@ -43,10 +43,7 @@ void endWhereMemoryRunsOut() {
 }
 
 void readTimebase() {
-    mach_timebase_info_data_t timebase{};
-    mach_timebase_info(&timebase);
-    settings.tickDivisor =
-        static_cast<double>(timebase.denom) / static_cast<double>(timebase.numer) * 1000.0;
+    settings.tickDivisor = clockTicksPerMicrosecond();
     linePrinter().setTicksPerMicrosecond(settings.tickDivisor);
 }
 
@@ -54,20 +51,17 @@ void readTimebase() {
 void setUpLiveTracing() {
     setAudioDebugFlags();
     takeSignal();
-    allocateCollectionBuffer();
+    TraceSession& session = traceSession();
+    session.allocateBuffer(settings.bufferSize);
     takeSignal();
-    removeTraceBuffer();
-    takeSignal();
-    setTraceBufferSize(settings.bufferSize);
-    takeSignal();
-    setTraceInterest(settings.interestType);
-    takeSignal();
-    setupTraceBuffer();
-    takeSignal();
+    session.setUpBuffer({.records = settings.bufferSize,
+                         .interestType = settings.interestType,
+                         .interestValue1 = settings.interestValue1,
+                         .interestValue2 = settings.interestValue2});
     readTimebase();
     if (settings.line.verbose) printBufferInfo();
     takeSignal();
-    enableTracing(1);
+    session.enableTracing(true);
     takeSignal();
 }
 
@@ -106,7 +100,7 @@ int run(int argc, char** argv) {
         dumpOnceWithAlloc();
         return EXIT_SUCCESS;
     }
-    installSignalHandlers();
+    installSignalHandlers(endBySignal);
     if (settings.readRaw) {
         openOutput();
         readRawFile(settings.rawPath);

@@ -9,23 +9,16 @@
 #include <cstdlib>
 #include <fcntl.h>
 #include <poll.h>
-#include <sys/stat.h>
 #include <unistd.h>
 
+#include "live/signals.h"
+#include "live/streams.h"
 #include "probe/code_name_file.h"
 #include "probe/settings.h"
-#include "probe/signals.h"
 
 namespace sonaprobe {
 
 namespace {
-
-void turnToNowhere(int descriptor) {
-    const int nowhere = openNowhere();
-    if (nowhere < 0) return;
-    dup2(nowhere, descriptor);
-    close(nowhere);
-}
 
 // A write that failed, with its errno. When the program is ending, or nobody reads any more, the
 // descriptor is turned to /dev/null, so that nothing waits again.
@@ -117,16 +110,6 @@ void openOutput() {
     } else {
         widenOutputPipe();
     }
-}
-
-void giveUpStream(int descriptor) {
-    struct stat status {};
-    if (fstat(descriptor, &status) == 0 && !S_ISREG(status.st_mode)) turnToNowhere(descriptor);
-}
-
-int openNowhere() {
-    const int nowhere = open("/dev/null", O_RDWR | O_CLOEXEC);
-    return nowhere >= 0 ? nowhere : open("/", O_RDONLY | O_DIRECTORY | O_CLOEXEC);
 }
 
 void flushOutput() { outputLine().handOver(); }

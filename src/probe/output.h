@@ -24,13 +24,6 @@ constexpr size_t kMessageRoom = 1024;
 // where nobody watches them come.
 void openOutput();
 
-// Turns standard output or standard error, by its descriptor, to /dev/null unless it is a file,
-// which takes what it is given. Safe in a signal handler.
-void giveUpStream(int descriptor);
-
-// A descriptor of /dev/null or, in a root without it, of something else that takes no bytes.
-int openNowhere();
-
 // Hands over what standard output is still to get.
 void flushOutput();
 

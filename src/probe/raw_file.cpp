@@ -6,10 +6,10 @@
 #include <fcntl.h>
 #include <optional>
 
+#include "live/signals.h"
 #include "probe/fatal_exit.h"
 #include "probe/output.h"
 #include "probe/settings.h"
-#include "probe/signals.h"
 #include "rawfile/raw_writer.h"
 #include "record/truncate.h"
 

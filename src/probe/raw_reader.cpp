@@ -9,10 +9,10 @@
 #include <poll.h>
 #include <unistd.h>
 
+#include "live/signals.h"
 #include "probe/fatal_exit.h"
 #include "probe/output.h"
 #include "probe/settings.h"
-#include "probe/signals.h"
 #include "rawfile/slot_reader.h"
 
 namespace sonaprobe {

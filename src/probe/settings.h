@@ -37,9 +37,6 @@ struct Settings {
 
     // Set while running, not by options.
     double tickDivisor = 1000.0;  // trace clock ticks a microsecond
-    uint32_t savedAudioFlags = 0;
-    uint32_t traceEnabled = 0;
-    uint32_t removeOnExit = 1;
 };
 
 extern Settings settings;

@@ -1,95 +1,36 @@
-// The trace facility's operations, their messages, and the buffer that takes the records.
+// What the program says of the trace facility.
 
 #include "probe/tracing.h"
-
-#include <algorithm>
-#include <cerrno>
-#include <cstdlib>
 
 #include "probe/fatal_exit.h"
 #include "probe/output.h"
 #include "probe/settings.h"
-#include "probe/signals.h"
+#include "probe/usage.h"
 
 namespace sonaprobe {
 
 namespace {
 
-using platform::KernelBufferInfo;
-using platform::TraceInterest;
-
-std::span<TraceRecord> buffer;
-
-// Whether an operation succeeded. A signal that broke it off ends the program.
-bool isDone(bool success) {
-    if (!success && errno == EINTR) takeSignal();
-    return success;
-}
+void warn(const char* message) { printMessage(stderr, "%s", message); }
 
 }  // namespace
 
-std::span<TraceRecord> allocateRecords(size_t count) {
-    size_t bytes;
-    if (__builtin_mul_overflow(count, sizeof(TraceRecord), &bytes)) return {};
-    void* const memory = std::malloc(std::max(bytes, sizeof(TraceRecord)));
-    if (memory == nullptr) return {};
-    return {static_cast<TraceRecord*>(memory), count};
+TraceSession& traceSession() {
+    static constinit TraceSession session({.fail = fatalExit, .warn = warn});
+    return session;
 }
 
-void allocateCollectionBuffer() {
-    buffer = allocateRecords(settings.bufferSize);
-    if (buffer.data() == nullptr) fatalExit("Can't allocate memory for tracing info\n");
-}
-
-std::span<TraceRecord> collectionBuffer() { return buffer; }
-
-void removeTraceBuffer() {
-    errno = 0;
-    if (isDone(trace::removeBuffer())) return;
-    settings.removeOnExit = 0;
-    fatalExit(errno == EBUSY ? "The trace facility is currently in use.\n"
-                             : "Trace facility failure, KERN_KDREMOVE\n");
-}
-
-void setTraceBufferSize(uint32_t records) {
-    if (!isDone(trace::setBufferSize(records))) {
-        fatalExit("trace facility failure, KERN_KDSETBUF\n");
+void setAudioDebugFlags() {
+    if (settings.enableAudioTracing) {
+        traceSession().startDrivers();
+        printVersion();
+    } else if (settings.line.verbose) {
+        printMessage(stdout, "Will not enable Audio tracing.\n");
     }
-}
-
-void setTraceInterest(uint32_t type) {
-    if (type != platform::kInterestValues && type != platform::kInterestSubclass) {
-        type = platform::kInterestRange;
-    }
-    const TraceInterest interest{type, settings.interestValue1, settings.interestValue2, 0, 0};
-    if (!isDone(trace::setInterest(interest))) {
-        fatalExit("trace facility failure, KERN_KDSETREG\n");
-    }
-}
-
-void setupTraceBuffer() {
-    if (!isDone(trace::setUpBuffer())) fatalExit("trace facility failure, KERN_KDSETUP\n");
-}
-
-void enableTracing(int on) {
-    if (!isDone(trace::enable(on != 0))) fatalExit("trace facility failure, KERN_KDENABLE\n");
-    settings.traceEnabled = on != 0;
-}
-
-KernelBufferInfo bufferInfo() {
-    KernelBufferInfo info{};
-    if (!isDone(trace::getBufferInfo(info))) fatalExit("trace facility failure, KERN_KDGETBUF\n");
-    return info;
-}
-
-trace::Read readTrace(std::span<TraceRecord> room) {
-    const trace::Read read = trace::read(room);
-    isDone(read.result >= 0);
-    return read;
 }
 
 void printBufferInfo() {
-    const KernelBufferInfo info = bufferInfo();
+    const platform::KernelBufferInfo info = traceSession().bufferInfo();
     printMessage(stdout,
                  "The kernel buffer settings are:\n"
                  "\tentries:\t%d\n"

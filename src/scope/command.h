@@ -22,6 +22,7 @@ struct Command {
 // In the order in which the help lists them.
 std::span<const Command> commands();
 
+Run setUpCatch(CLI::App& app);
 Run setUpCompletion(CLI::App& app);
 Run setUpCut(CLI::App& app);
 Run setUpEvents(CLI::App& app);

@@ -9,9 +9,12 @@
 #include <cstdio>
 #include <cstdlib>
 #include <cstring>
+#include <limits>
+#include <optional>
 #include <sys/stat.h>
 #include <unistd.h>
 
+#include "analysis/spelled.h"
 #include "scope/escape.h"
 #include "scope/failure.h"
 
@@ -66,6 +69,23 @@ std::string targetOf(const std::string& path) {
     return realpath(path.c_str(), target) != nullptr ? target : path;
 }
 
+// An id in the environment, as sudo leaves it.
+std::optional<unsigned> idNamed(const char* name) {
+    const char* const text = std::getenv(name);
+    if (text == nullptr) return std::nullopt;
+    const std::optional<uint64_t> id = spelledNumber(text);
+    if (!id || *id >= std::numeric_limits<unsigned>::max()) return std::nullopt;
+    return static_cast<unsigned>(*id);
+}
+
+// Whether root's new file could be given to the user who called sudo, if one did.
+bool giveToCaller(int file) {
+    const auto user = idNamed("SUDO_UID");
+    const auto group = idNamed("SUDO_GID");
+    if (geteuid() != 0 || !user || !group) return true;
+    return fchown(file, *user, *group) == 0;
+}
+
 mode_t usualMode() {
     const mode_t mask = umask(0);
     umask(mask);
@@ -74,29 +94,45 @@ mode_t usualMode() {
 
 }  // namespace
 
-NewFile::NewFile(const std::string& path, bool force, const FileBytes& input)
-    : path_(targetOf(path)), name_(escaped(path)), force_(force) {
+NewFile::NewFile(const std::string& path, bool force, const FileBytes* input, For whom)
+    : path_(targetOf(path)),
+      name_(escaped(path)),
+      force_(force),
+      removedOnSignals_(whom == For::everyone) {
     struct stat status {};
     if (stat(path_.c_str(), &status) == 0) {
-        if (input.isFileOf(path_)) {
+        if (input != nullptr && input->isFileOf(path_)) {
             throw Failure{name_ + " is the input itself; give another name to write to"};
         }
         if (!S_ISREG(status.st_mode)) {
             throw Failure{name_ + " is no regular file; give another name to write to"};
         }
-        if (!force) throw Failure{name_ + " exists; give --force to write over it"};
+        if (!force) {
+            throw Failure{name_ + " exists; give " +
+                          (whom == For::everyone ? "--force to write over it" : "another name")};
+        }
     }
     temporary_ = path_ + ".XXXXXX";
-    file_ = makeRemovedOnSignals(temporary_);
+    file_ = removedOnSignals_ ? makeRemovedOnSignals(temporary_) : mkstemp(temporary_.data());
     if (file_ < 0) throw systemFailure("could not write " + name_);
-    fchmod(file_, usualMode());
+    if (whom == For::everyone) {
+        fchmod(file_, usualMode());
+    } else if (!giveToCaller(file_)) {
+        const Failure failure = systemFailure("could not write " + name_);
+        remove();
+        throw failure;
+    }
 }
 
 NewFile::~NewFile() {
     if (file_ < 0) return;
+    remove();
+}
+
+void NewFile::remove() {
     close(file_);
     unlink(temporary_.c_str());
-    forgetOnSignals();
+    if (removedOnSignals_) forgetOnSignals();
 }
 
 void NewFile::write(std::span<const std::byte> bytes) {
@@ -128,7 +164,7 @@ void NewFile::keep() {
     if (linked) unlink(temporary_.c_str());
     close(file_);
     file_ = -1;
-    forgetOnSignals();
+    if (removedOnSignals_) forgetOnSignals();
 }
 
 }  // namespace sonaprobe::scope

@@ -15,7 +15,15 @@ class NewFile {
   public:
     // Makes a file beside `path`. Throws a Failure where that is not possible, where `path` is the
     // input, or where it exists and `force` is false. Ctrl-C leaves nothing.
-    NewFile(const std::string& path, bool force, const FileBytes& input);
+    NewFile(const std::string& path, bool force, const FileBytes& input)
+        : NewFile(path, force, &input, For::everyone) {}
+
+    // The same for whoever called sudo: that user's file, which nobody else may read, and never in
+    // the place of one that exists. What a signal does is the caller's business.
+    static NewFile ofCaller(const std::string& path) {
+        return {path, false, nullptr, For::callerAlone};
+    }
+
     // Removes what has been written, unless it was kept.
     ~NewFile();
     NewFile(const NewFile&) = delete;
@@ -30,12 +38,17 @@ class NewFile {
   private:
     static constexpr size_t kGathered = 1 << 20;
 
+    enum class For { everyone, callerAlone };
+    NewFile(const std::string& path, bool force, const FileBytes* input, For whom);
+
+    void remove();
     void flush();
 
     std::string path_;
     std::string name_;       // as messages name it
     std::string temporary_;  // where it is written
     bool force_;
+    bool removedOnSignals_;
     int file_ = -1;
     std::string gathered_;
 };

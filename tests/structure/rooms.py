@@ -16,17 +16,18 @@ MAY_INCLUDE = {
     "rawfile": ["record"],
     "meanings": [],
     "trace": ["record", "platform"],
+    "live": ["trace", "record", "platform"],
     "lines": ["events", "record"],
     "analysis": ["events", "rawfile", "record", "registry"],
     "export": ["analysis", "events", "record"],
     "page": ["analysis", "events", "record"],
     "capi": [*_LIBRARY, "registry", "sonaprobe"],
-    "probe": [*_BELOW_THE_PROGRAMS, "trace"],
+    "probe": [*_BELOW_THE_PROGRAMS, "trace", "live"],
     "scope": [*_BELOW_THE_PROGRAMS, "meanings"],
 }
 
 # One command of a program may do what the others may not.
-ALSO_IN = {"scope/catch": ["trace"]}
+ALSO_IN = {"scope/catch": ["trace", "live"]}
 
 # Headers that the include path finds without a room.
 LOOSE = {"platform": ["calls.h"]}
@@ -73,8 +74,10 @@ def faults_of_links(links):
     """What is wrong with the libraries; each line of the text is a room and what it links."""
     faults = []
     for room, *linked in (line.split() for line in links.splitlines()):
+        also = [other for part, rooms in ALSO_IN.items() if part.startswith(f"{room}/")
+                for other in rooms]
         allowed = {"sonaprobe_options", f"sonaprobe_{room}_calls",
-                   *(f"sonaprobe_{other}" for other in MAY_INCLUDE[room])}
+                   *(f"sonaprobe_{other}" for other in [*MAY_INCLUDE[room], *also])}
         faults += [f"{room}: may not link {library}" for library in linked
                    if library.startswith("sonaprobe_") and library not in allowed]
         if room in QUIET_ROOMS:

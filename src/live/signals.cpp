@@ -1,14 +1,14 @@
 // Signal handling: noting, the waiting windows, and the timer that breaks off waiting writes.
 
-#include "probe/signals.h"
+#include "live/signals.h"
 
 #include <cerrno>
+#include <cstdlib>
+#include <initializer_list>
 #include <sys/time.h>
 #include <unistd.h>
 
-#include "probe/fatal_exit.h"
-#include "probe/output.h"
-#include "probe/settings.h"
+#include "live/streams.h"
 
 namespace sonaprobe {
 
@@ -23,6 +23,7 @@ volatile std::sig_atomic_t ending = 0;
 volatile std::sig_atomic_t timerStarted = 0;
 volatile std::sig_atomic_t timerTicks = 0;
 bool brokenPipeEnds = false;
+void (*endProgram)(int number) = nullptr;
 
 constexpr int kPatience = 2;  // ticks
 
@@ -72,15 +73,14 @@ extern "C" void onSignal(int number) {
 void end() {
     ending = 1;
     windowOpen = 0;
-    if (settings.line.verbose && noted != SIGPIPE) {
-        printMessage(stdout, "Quiting on signal %d\n", static_cast<int>(noted));
-    }
-    fatalExit(nullptr);
+    endProgram(noted);
+    std::abort();  // not reached
 }
 
 }  // namespace signals
 
-void installSignalHandlers() {
+void installSignalHandlers(void (*end)(int number)) {
+    signals::endProgram = end;
     signals::letTimerThrough();
     sigset_t handled;
     sigemptyset(&handled);
@@ -102,6 +102,15 @@ void endOnBrokenPipe() { signals::brokenPipeEnds = true; }
 void beginEnding() {
     signals::ending = 1;
     signals::noted = 0;  // it is taken
+}
+
+void goOnAfterEnding() {
+    constexpr itimerval kNone{};
+    setitimer(ITIMER_REAL, &kNone, nullptr);
+    signals::timerStarted = 0;
+    signals::timerTicks = 0;
+    signals::noted = 0;
+    signals::ending = 0;
 }
 
 bool isEnding() { return signals::ending != 0 || signals::noted != 0; }

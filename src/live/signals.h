@@ -8,9 +8,10 @@
 
 namespace sonaprobe {
 
-// SIGINT, SIGQUIT, SIGHUP and SIGTERM from now on end the program through fatalExit, also where it
-// was started with them blocked.
-void installSignalHandlers();
+// SIGINT, SIGQUIT, SIGHUP and SIGTERM from now on end the program, also where it was started with
+// them blocked: `end` is called with the signal's number, SIGPIPE for a broken pipe, and does not
+// come back. A window calls it from within the handler.
+void installSignalHandlers(void (*end)(int number));
 
 // A write to a pipe that nobody reads, or to a file that grows too large, fails from now on like
 // others: no signal of it ends the program.
@@ -23,6 +24,10 @@ void endOnBrokenPipe();
 // no operation of the facility waits longer than 0.3 s, and all writes together not longer than
 // 0.9 s.
 void beginEnding();
+
+// What had to be ended is ended, and the program goes on: signals are noted again, and its writes
+// may wait.
+void goOnAfterEnding();
 
 // Whether an end is noted or under way.
 bool isEnding();
