@@ -26,6 +26,7 @@ Run setUpCatch(CLI::App& app);
 Run setUpCompletion(CLI::App& app);
 Run setUpCut(CLI::App& app);
 Run setUpEvents(CLI::App& app);
+Run setUpExport(CLI::App& app);
 Run setUpInfo(CLI::App& app);
 Run setUpLines(CLI::App& app);
 Run setUpRepair(CLI::App& app);

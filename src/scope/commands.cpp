@@ -14,6 +14,7 @@ constexpr Command kCommands[] = {
     {"diff", "what changed from one trace to another", setUpDiff},
     {"why", "name the cause of each dropout", setUpWhy},
     {"catch", "keep the seconds around an event of the live trace", setUpCatch},
+    {"export", "write a trace as data for other tools", setUpExport},
     {"cut", "keep a part of a trace as a file of its own", setUpCut},
     {"repair", "write a file anew without what is broken", setUpRepair},
     {"events", "search the reference of events", setUpEvents},

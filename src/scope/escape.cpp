@@ -2,8 +2,6 @@
 
 #include "scope/escape.h"
 
-#include <algorithm>
-
 namespace sonaprobe::scope {
 
 namespace {
@@ -26,8 +24,15 @@ void putEscaped(std::string& out, char character) {
 
 }  // namespace
 
+bool isPrintable(std::string_view text) {
+    // A sum, not a search: compilers look at many characters at once.
+    bool plain = true;
+    for (const char character : text) plain &= isPlain(character);
+    return plain;
+}
+
 std::string escaped(std::string_view text) {
-    if (std::ranges::all_of(text, isPlain)) return std::string(text);
+    if (isPrintable(text)) return std::string(text);
     std::string out;
     for (const char character : text) {
         if (isPlain(character)) {

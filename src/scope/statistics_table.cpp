@@ -90,15 +90,15 @@ Cell cellOf(Measure measure, Number number) {
     return measure == Measure::failures && *number > 0 ? Cell(text, {Tone::failure}) : Cell(text);
 }
 
-std::string jsonNameOf(const StatisticsColumn& column) {
+}  // namespace
+
+std::span<const StatisticsColumn> statisticsColumns() { return kColumns; }
+
+std::string fieldNameOf(const StatisticsColumn& column) {
     std::string name = column.name;
     std::ranges::replace(name, '-', '_');
     return column.measure == Measure::duration ? name + "_ns" : name;
 }
-
-}  // namespace
-
-std::span<const StatisticsColumn> statisticsColumns() { return kColumns; }
 
 StatisticsTable::StatisticsTable(CallStatistics& statistics, GroupBy by, const TraceClock& clock,
                                  const CodeNames& codeNames)
@@ -202,7 +202,7 @@ Json StatisticsTable::toJson(size_t top) const {
         Json& entry = list.emplace_back(namesInJson(row.key));
         entry["finished"] = row.finished;
         for (size_t i = 0; i < kColumns.size(); ++i) {
-            entry[jsonNameOf(kColumns[i])] = row.numbers[i] ? Json(*row.numbers[i]) : Json(nullptr);
+            entry[fieldNameOf(kColumns[i])] = row.numbers[i] ? Json(*row.numbers[i]) : Json(nullptr);
         }
     }
     return list;

@@ -35,6 +35,9 @@ struct StatisticsColumn {
 
 std::span<const StatisticsColumn> statisticsColumns();
 
+// "cut_off", "self_ns": the column's name for programs.
+std::string fieldNameOf(const StatisticsColumn& column);
+
 class StatisticsTable {
   public:
     // Clock and names must outlive this. The clock knows the threads by their numbers.
@@ -48,6 +51,8 @@ class StatisticsTable {
     void print(Output& out, size_t top) const;
 
     Json toJson(size_t top) const;
+
+    std::span<const StatisticsRow> rows() const { return rows_; }
 
   private:
     std::vector<Cell> namesOf(const GroupKey& key) const;

@@ -1,0 +1,20 @@
+// Tells a format what is in a trace: its records, its calls, and where they stand among each other.
+
+#pragma once
+
+#include "scope/export/format.h"
+#include "scope/input.h"
+#include "scope/options.h"
+
+namespace sonaprobe {
+class Selection;
+}
+
+namespace sonaprobe::scope {
+
+// Reads the whole input. Without calls records alone are told, faster. Memory grows with the calls
+// that are open at once and with threads. Says on standard error what is wrong with the input.
+void feed(Input& input, const Selection& selection, const TraceOptions& trace, bool withCalls,
+          Format& format);
+
+}  // namespace sonaprobe::scope

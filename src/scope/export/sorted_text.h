@@ -1,0 +1,67 @@
+// Pieces of text that come in one order and go out in another, in bounded memory: what does not fit
+// waits, sorted, in files without a name.
+
+#pragma once
+
+#include <compare>
+#include <cstdint>
+#include <cstdio>
+#include <functional>
+#include <memory>
+#include <string_view>
+#include <vector>
+
+namespace sonaprobe::scope {
+
+// Pieces go out by `first`, then by `second`.
+struct TextKey {
+    int64_t first;
+    uint64_t second;
+    auto operator<=>(const TextKey&) const = default;
+};
+
+class SortedText {
+  public:
+    // What a piece may take.
+    static constexpr size_t kPieceRoom = 1 << 16;
+
+    explicit SortedText(size_t memory = kMemory) : memory_(memory) {}
+
+    // A piece is written at the cursor and then added. Throw a Failure where a file cannot be
+    // written or read.
+    char* cursor();
+    void add(const TextKey& key, const char* end);
+
+    // Once, after the last piece.
+    using Visit = std::function<void(const TextKey&, std::string_view)>;
+    void forEach(const Visit& visit);
+
+  private:
+    static constexpr size_t kMemory = 64 << 20;
+
+    struct Piece {
+        TextKey key;
+        size_t begin;
+        size_t length;
+    };
+    struct Close {
+        void operator()(std::FILE* file) const { std::fclose(file); }
+    };
+    using File = std::unique_ptr<std::FILE, Close>;
+    class Run;
+
+    std::string_view textOf(const Piece& piece) const {
+        return {text_.data() + piece.begin, piece.length};
+    }
+    void sortPieces();
+    void spill();
+    void merge(const Visit& visit);
+
+    size_t memory_;
+    size_t used_ = 0;
+    std::vector<char> text_;
+    std::vector<Piece> pieces_;
+    std::vector<File> spilled_;
+};
+
+}  // namespace sonaprobe::scope

@@ -1,0 +1,47 @@
+// Text on its way to a file or to standard output, written at a cursor.
+
+#pragma once
+
+#include <cstddef>
+#include <cstring>
+#include <string_view>
+#include <vector>
+
+#include "lines/output_line.h"
+
+namespace sonaprobe::scope {
+
+class TextOutput {
+  public:
+    // What may be written at the cursor before it is put back.
+    static constexpr size_t kRoom = 1 << 16;
+
+    explicit TextOutput(Sink sink) : sink_(sink), buffer_(kGathered + kRoom) {}
+
+    char* cursor() { return buffer_.data() + used_; }
+    void moveTo(const char* at) {
+        used_ = static_cast<size_t>(at - buffer_.data());
+        if (used_ >= kGathered) handOver();
+    }
+
+    // A text of any length.
+    void put(std::string_view text) {
+        for (; text.size() > kRoom; text.remove_prefix(kRoom)) put(text.substr(0, kRoom));
+        std::memcpy(cursor(), text.data(), text.size());
+        moveTo(cursor() + text.size());
+    }
+
+    void handOver() {
+        if (used_ > 0) sink_.write(sink_.context, buffer_.data(), used_);
+        used_ = 0;
+    }
+
+  private:
+    static constexpr size_t kGathered = 1 << 16;
+
+    Sink sink_;
+    std::vector<char> buffer_;
+    size_t used_ = 0;
+};
+
+}  // namespace sonaprobe::scope
