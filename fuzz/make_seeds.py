@@ -2,8 +2,10 @@
 """Writes the seeds of the fuzz targets, corpus/*/seed-*, from the golden records. Findings stand
 beside them under other names and are left alone."""
 
+import gzip
 import pathlib
 import struct
+import subprocess
 import sys
 
 HERE = pathlib.Path(__file__).resolve().parent
@@ -150,7 +152,87 @@ def standin_states():
         write("standin_state", name, data)
 
 
+def playback(records):
+    """The first records of the sample, a divisor before them."""
+    sample = HERE.parent / "docs/sample/playback-dropout.raw"
+    return sample.read_bytes()[:64 * records]
+
+
+def damaged_files():
+    """A byte for the size of pieces, then the file."""
+    slots = playback(20)
+    swapped = b"".join(
+        struct.pack(">6QIIQ", *struct.unpack("<6QIIQ", slots[at:at + 64]))
+        for at in range(0, len(slots), 64))
+    for name, data in {
+            "sound": slots, "cut": slots[:-30], "misaligned": slots[:200] + slots[207:],
+            "bytes-between": slots[:640] + b"\xff" * 100 + slots[640:], "swapped": swapped,
+            "swapped-from-there": slots + swapped, "empty-slots": slots[:640] + bytes(640) + slots,
+            "divisors": slots[:64] + pack(DIVISOR_MARKER) + slots + slots[:64],
+            "invalid": slots + pack(INVALID_MARKER) + slots, "text": b"no trace at all\n" * 40,
+            "zeros": bytes(1000), "nothing": b""}.items():
+        write("damaged_file", name, b"\x3f" + data)
+
+
+def step(code, qualifier=0, thread=0, cpu=0, later=100, extra=b""):
+    """One of calls.cpp; `code` is a place in its table."""
+    return struct.pack("<BBh", code << 2 | qualifier, thread << 2 | cpu << 5, later) + extra
+
+
+def calls():
+    overload, io_thread, cycle, client, stamp, method, other, _, _, _, divisor = range(11)
+    words = b"\x40\0\2\x10\x27"  # of the audio server's records
+    period = (step(cycle, 1, extra=words) + step(client, 1, extra=words) + step(method, 1)
+              + step(method, 2) + step(client, 2, extra=words) + step(cycle, 2, extra=words))
+    late = (step(cycle, 1, extra=words) + step(method, 1, later=30000) + step(overload, extra=words)
+            + step(method, 2) + step(cycle, 2, extra=words))
+    started = step(io_thread, 1, extra=words) + step(stamp, extra=words)
+    for name, data in {
+            "periods": started + 20 * period, "dropout": started + 9 * period + late + 3 * period,
+            "nested": 30 * step(method, 1) + 30 * step(method, 2),
+            "threads": b"".join(step(method, 1, thread) + step(other, 1, thread)
+                                for thread in range(8)) + step(method, 2, 3) + step(other, 2, 5),
+            "steps-back": 10 * (step(method, 1, later=-30000) + step(other, 1)),
+            "divisors": 5 * (step(method, 1) + step(divisor, extra=b"\x18") + step(method, 2)),
+            "orphans": 20 * step(method, 2) + period + 20 * step(cycle, 2, extra=words),
+            "any": b"\xff" + playback(2)[64:] + step(method, 2)}.items():
+        for by in range(6):
+            write("calls", f"{name}-{by}", struct.pack("<BI", by, 1000) + data)
+
+
+def selections():
+    """A record, the length of a name, the name, an expression."""
+    record = playback(2)[64:]
+    for name, (word, where) in {
+            "pin": (b"OrvelHDAWidget", b"pin nodeID == 21 && result != 0"),
+            "either": (b"hdad", b"(result == 0xe00002d6 || !(state > 1)) && \"a name\" <= 0x10"),
+            "unknown": (b"nosuch", b"nosuch == 1"), "texts": (b"enable", b"direction == 'output'"),
+            "nested": (b"21", 40 * b"(" + b"result == 0" + 40 * b")"), "nots": (b"", 40 * b"!" + b"x"),
+            "open": (b"OrvelHDAPath::enable", b"(result == "), "large": (b"0x05245C0C", b"x > " + 30 * b"9"),
+            "bytes": (b"\xff\0", b"\xfe \0 == \x80"), "empty": (b"", b"")}.items():
+        write("selection", name, record + bytes([len(word)]) + word + where)
+
+
+def packed_files():
+    slots = playback(12)
+
+    def zstd(data):
+        return subprocess.run(["zstd", "-c"], input=data, capture_output=True, check=True).stdout
+
+    zipped, pressed = gzip.compress(slots, mtime=0), zstd(slots)
+    for name, data in {
+            "gzip": zipped, "zstd": pressed, "members": zipped + zipped, "frames": 2 * pressed,
+            "cut-gzip": zipped[:-20], "cut-zstd": pressed[:-20], "gzip-rest": zipped + b"rest",
+            "zstd-rest": pressed + b"rest", "gzip-head": zipped[:10], "zstd-head": pressed[:4],
+            "plain": slots[:200], "empty": b""}.items():
+        write("packed", name, data)
+
+
 if __name__ == "__main__":
+    damaged_files()
+    calls()
+    selections()
+    packed_files()
     raw_files()
     code_names()
     class_arguments()

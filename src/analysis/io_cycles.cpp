@@ -74,8 +74,8 @@ IoCycle* IoObserver::openCycle(uint32_t thread) {
 
 // A host time on the trace's time scale, the two clocks taken for one.
 Nanoseconds IoObserver::hostTime(uint64_t word, uint64_t timestamp, Nanoseconds time) const {
-    return saturated(Wide{time} +
-                     nanosecondsOf(word, timestamp, tracker_.clock().ticksPerMicrosecond()));
+    return bounded(saturated(
+        Wide{time} + nanosecondsOf(word, timestamp, tracker_.clock().ticksPerMicrosecond())));
 }
 
 uint32_t IoObserver::opened(const TraceRecord& record, const Call& call, const Call*) {
@@ -220,8 +220,8 @@ void IoObserver::takeOverload(const TraceRecord& record, const Moment& moment) {
     if (record.arg4 != 0) {
         overload.targetHost = hostTime(record.arg4, record.timestamp, moment.time);
         if (record.arg2 > record.arg4) {
-            overload.overrun =
-                nanosecondsOf(record.arg2, record.arg4, tracker_.clock().ticksPerMicrosecond());
+            overload.overrun = bounded(
+                nanosecondsOf(record.arg2, record.arg4, tracker_.clock().ticksPerMicrosecond()));
         }
     }
     const Nanoseconds period =

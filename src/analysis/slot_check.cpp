@@ -41,7 +41,6 @@ bool SlotCheck::take(const Found& found) {
                            .bytes = found.length});
             break;
     }
-    if (keep) ++kept_;
     return keep;
 }
 

@@ -24,7 +24,6 @@ class SlotCheck {
 
     uint64_t slots() const { return slots_; }  // whole ones, of whatever kind
     uint64_t records() const { return records_; }
-    uint64_t kept() const { return kept_; }  // slots
 
   private:
     void settleDamage(bool slotsGoOn);
@@ -38,7 +37,6 @@ class SlotCheck {
     std::optional<uint64_t> divisor_;
     uint64_t slots_ = 0;
     uint64_t records_ = 0;
-    uint64_t kept_ = 0;
 };
 
 }  // namespace sonaprobe

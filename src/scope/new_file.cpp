@@ -150,8 +150,21 @@ void NewFile::flush() {
     gathered_.clear();
 }
 
-void NewFile::keep() {
+const std::string& NewFile::written() {
     flush();
+    if (ftruncate(file_, lseek(file_, 0, SEEK_CUR)) != 0) {
+        throw systemFailure("could not write " + name_);
+    }
+    return temporary_;
+}
+
+void NewFile::startOver() {
+    flush();
+    lseek(file_, 0, SEEK_SET);
+}
+
+void NewFile::keep() {
+    written();
     // A name must not stand for data that a power cut could still take.
     if (fsync(file_) != 0) throw systemFailure("could not write " + name_);
     // Unlike a renamed one, a linked file takes no place that somebody has taken meanwhile. Some

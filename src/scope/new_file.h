@@ -32,6 +32,13 @@ class NewFile {
     // Throws a Failure where the disk is full.
     void write(std::span<const std::byte> bytes);
 
+    // The path under which what has been written can be read, until keep().
+    const std::string& written();
+
+    // What is written next takes the place of what was written first. That may be read meanwhile,
+    // from before the place that is written.
+    void startOver();
+
     // Writes what is left and gives the file its name. Throws a Failure.
     void keep();
 

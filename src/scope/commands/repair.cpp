@@ -1,6 +1,6 @@
 // sonascope repair: a new file without what is broken.
 
-#include "analysis/slot_check.h"
+#include "analysis/slot_repair.h"
 #include "scope/command.h"
 #include "scope/escape.h"
 #include "scope/failure.h"
@@ -25,24 +25,25 @@ std::string tellRepair(const Finding& finding) {
     return meaningOf(finding) + "; " + (repair != nullptr ? repair : "stays as it is");
 }
 
-void print(Output& out, const Options& options, const SlotCheck& slots) {
+void print(Output& out, const Options& options, const SlotRepair& repair) {
+    const SlotCheck& slots = repair.slots();
     printFindings(out, slots.findings(), tellRepair);
-    out.line(escaped(options.newFile.path) + ": " + countText(slots.kept()) + " of " +
+    out.line(escaped(options.newFile.path) + ": " + countText(repair.kept()) + " of " +
              countText(slots.slots()) + " slots" +
              (slots.findings().none() ? ", all of a sound file" : ""));
 }
 
-void printAsJson(Output& out, const Options& options, const SlotCheck& slots) {
+void printAsJson(Output& out, const Options& options, const SlotRepair& repair) {
+    const SlotCheck& slots = repair.slots();
     Json document{{"schema", schemaName("repair")},
                   {"file", escaped(options.path)},
                   {"output", escaped(options.newFile.path)},
                   {"slots", slots.slots()},
-                  {"kept", slots.kept()},
+                  {"kept", repair.kept()},
                   {"findings", Json::array()}};
     for (const Finding& finding : slots.findings().all()) {
-        const char* const repair = repairOf(finding.kind);
         Json entry = jsonOf(finding);
-        entry["repaired"] = repair != nullptr;
+        entry["repaired"] = repairOf(finding.kind) != nullptr;
         entry["meaning"] = tellRepair(finding);
         document["findings"].push_back(entry);
     }
@@ -52,21 +53,26 @@ void printAsJson(Output& out, const Options& options, const SlotCheck& slots) {
 Status run(const Options& options) {
     FoundSlots input(options.path);
     NewFile file(options.newFile.path, options.newFile.force, input.source().file());
-    SlotCheck slots;
-    input.forEach([&](const Found& found) {
-        if (slots.take(found)) file.write(std::as_bytes(std::span(&found.slot, 1)));
-    });
-    slots.finish();
+    SlotRepair repair;
+    const auto take = [&](const Found& found) {
+        if (repair.take(found)) file.write(std::as_bytes(std::span(&found.slot, 1)));
+    };
+    input.forEach(take);
     const std::string otherKind = input.otherKind();
     if (!otherKind.empty()) {
         throw Failure{input.source().name() + ": no trace: " + otherKind + "; nothing is written"};
     }
     const char* const damage = input.source().damage();
     if (damage != nullptr) warn(input.source().name() + ": " + damage);
+    while (repair.finish()) {
+        FoundSlots kept(file.written());
+        file.startOver();
+        kept.forEach(take);
+    }
     file.keep();
 
     Output out(options.output);
-    out.json() ? printAsJson(out, options, slots) : print(out, options, slots);
+    out.json() ? printAsJson(out, options, repair) : print(out, options, repair);
     out.finish();
     return Status::done;
 }
