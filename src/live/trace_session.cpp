@@ -66,7 +66,9 @@ void TraceSession::endUnless(bool done, const char* message) {
 
 void TraceSession::startDrivers() {
     AudioDebugFlagsRequest reply{};
-    if (!getAudioFlags(reply) && !getAudioFlags(reply)) {
+    bool known = getAudioFlags(reply);
+    if (!known) known = getAudioFlags(reply);
+    if (!known) {
         program_.warn("sysctlbyname failed to get old 'audio' debug flags second time\n");
         reply.value = 0;
     }
@@ -132,13 +134,13 @@ TraceSession::Pass TraceSession::takePass() {
     const KernelBufferInfo info = bufferInfo();
     const std::span<TraceRecord> room = roomFor(info.entries);
     const trace::Read got = read(room);
-    if (got.result < 0) return {got.result, false, {}};
+    if (got.result < 0) return {got.result, false, room.size(), {}};
     const bool wrapped = (info.flags & platform::kBufferWrapped) != 0;
     if (wrapped) {
         enableTracing(false);
         enableTracing(true);
     }
-    return {got.result, wrapped, room.first(got.records)};
+    return {got.result, wrapped, room.size(), room.first(got.records)};
 }
 
 const char* TraceSession::cleanUp() {

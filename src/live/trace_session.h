@@ -63,6 +63,7 @@ class TraceSession {
     struct Pass {
         int result;
         bool wrapped;
+        size_t room;                           // records that the kernel's buffer may hold
         std::span<const TraceRecord> records;  // up to the next pass
     };
     Pass takePass();

@@ -85,8 +85,9 @@ void collectAndPrint() {
 }
 
 void writeRawRecords(RawWriter& rawFile) {
-    const auto [result, wrapped, records] = traceSession().takePass();
-    if (result < 0) fatalExit("trace facility failure, KERN_KDREADTR\n");
+    const TraceSession::Pass pass = traceSession().takePass();
+    if (pass.result < 0) fatalExit("trace facility failure, KERN_KDREADTR\n");
+    const std::span<const TraceRecord> records = pass.records;
     for (size_t next = 0; next < records.size(); next += RawWriter::kBlockSlots) {
         const size_t count = std::min(records.size() - next, RawWriter::kBlockSlots);
         storeAndPrint(rawFile, records.subspan(next, count), next);

@@ -118,9 +118,10 @@ NewFile::NewFile(const std::string& path, bool force, const FileBytes* input, Fo
     if (whom == For::everyone) {
         fchmod(file_, usualMode());
     } else if (!giveToCaller(file_)) {
-        const Failure failure = systemFailure("could not write " + name_);
+        const int error = errno;
         remove();
-        throw failure;
+        errno = error;
+        throw systemFailure("could not write " + name_);
     }
 }
 

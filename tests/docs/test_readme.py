@@ -1,4 +1,5 @@
-"""README does what it says: each command of its sh blocks is run, each excerpt is what is printed.
+"""README and the hunt by hand do what they say: each command of their sh blocks is run, each excerpt
+is what is printed.
 
 The commands run in a folder that looks like the project's, with the build at hand as build/release.
 sudo ends the project's programs after some seconds, as Ctrl-C would, and what would change the
@@ -16,6 +17,7 @@ from conftest import BUILD
 
 SOURCE = pathlib.Path(os.environ["SONAPROBE_SOURCE_DIR"])
 README = (SOURCE / "README.md").read_text()
+HUNT = (SOURCE / "docs/hunt-by-hand.md").read_text()
 LIVE_SECONDS = 4
 ENDED_BY_LIMIT = 124
 FINDINGS = 1
@@ -53,9 +55,8 @@ EXPECTED = {
     "sonaprobe-sim status": (0, "owner: none"),
     "sonaprobe-sim reset": (0, ""),
     "sonaprobe-sim play playback &": (0, ""),
-    "sonaprobe -A -w/tmp/dropout.raw >/dev/null": (ENDED_BY_LIMIT, ""),
-    "sonaprobe -k -A -u -r docs/sample/playback-dropout.raw | grep -B 12 OVERLOAD": (0, "OVERLOAD"),
-    "sonaprobe -k -H -u -X hdac -r docs/sample/playback-dropout.raw": (0, "timed out - offset"),
+    "sonascope catch --on dropout --then why -o /tmp/dropout.raw": (
+        0, "OrvelHDAController::pollRegister on thread"),
     "sonascope why docs/sample/playback-dropout.raw": (FINDINGS, "OrvelHDAController::pollRegister"),
     "sonascope stats /tmp/dropout.raw": (0, "QuorraHAL::IOCycle"),
     "sonascope lines /tmp/dropout.raw --longer 100us": (0, "QuorraHAL::IOCycle"),
@@ -65,13 +66,22 @@ EXPECTED = {
     "dpkg -i sonaprobe_*.deb": (0, "sonaprobe"),
 }
 
+HUNT_EXPECTED = {
+    "sonaprobe-sim play playback &": (0, ""),
+    "sonaprobe -A -w/tmp/dropout.raw >/dev/null": (ENDED_BY_LIMIT, ""),
+    "sonaprobe -k -A -u -r docs/sample/playback-dropout.raw | grep -B 12 OVERLOAD": (0, "OVERLOAD"),
+    "sonaprobe -k -H -u -X hdac -r docs/sample/playback-dropout.raw": (0, "timed out - offset"),
+}
 
-def blocks(language):
-    found = re.findall(r"^```(\w*)\n(.*?)^```$", README, re.MULTILINE | re.DOTALL)
+
+def blocks(language, page=README):
+    found = re.findall(r"^```(\w*)\n(.*?)^```$", page, re.MULTILINE | re.DOTALL)
     return [text for name, text in found if name == language]
 
 
-COMMANDS = [re.sub(r"\s+#.*", "", line) for block in blocks("sh") for line in block.splitlines()]
+def commands_of(page):
+    return [re.sub(r"\s+#.*", "", line)
+            for block in blocks("sh", page) for line in block.splitlines()]
 
 
 def known_as(command):
@@ -104,29 +114,39 @@ def run(project, command):
         return result.returncode, output.read()
 
 
-def test_each_command_has_its_expectation():
-    assert [known_as(command) for command in COMMANDS] == list(EXPECTED)
+@pytest.mark.parametrize("page, expected", [(README, EXPECTED), (HUNT, HUNT_EXPECTED)],
+                         ids=["README", "hunt"])
+class TestCommands:
+    """The commands of a page."""
+
+    def test_each_has_its_expectation(self, page, expected):
+        assert [known_as(command) for command in commands_of(page)] == list(expected)
+
+    def test_each_does_what_it_says(self, page, expected, project, facility):
+        for command in commands_of(page):
+            status, text = expected[known_as(command)]
+            found, output = run(project, command)
+            assert found == status, f"{command}\n{output[-2000:]}"
+            assert text in output, f"{command}\n{output[-2000:]}"
+        # The hunt's own recording: drivers and server, in whole slots behind the divisor.
+        assert (project / "tmp/dropout.raw").stat().st_size > 100 * 64
 
 
-def test_each_command_does_what_it_says(project, facility):
-    for command in COMMANDS:
-        status, text = EXPECTED[known_as(command)]
-        found, output = run(project, command)
-        assert found == status, f"{command}\n{output[-2000:]}"
-        assert text in output, f"{command}\n{output[-2000:]}"
+def test_the_install_command_installs(project):
+    run(project, next(command for command in commands_of(README) if "--install" in command))
     assert (project / "installed/usr/local/sbin/sonaprobe").exists()
-    # The hunt's own recording: drivers and server, in whole slots behind the divisor.
-    assert (project / "tmp/dropout.raw").stat().st_size > 100 * 64
 
 
-@pytest.mark.parametrize("excerpt, command", zip(blocks(""), [
-    "sonaprobe -k -A -H -u -r docs/sample/playback-dropout.raw",
-    "sonaprobe -k -A -u -r docs/sample/playback-dropout.raw",
-    "sonaprobe -k -H -u -X hdac -r docs/sample/playback-dropout.raw",
-    "sonascope why docs/sample/playback-dropout.raw",
-], strict=True), ids=["first screen", "hunt", "cause", "why"])
-def test_each_excerpt_is_what_the_command_prints(excerpt, command, project):
-    assert f"build/release/{command}" in README
+@pytest.mark.parametrize("page, excerpt, command", [
+    (page, *pair) for page, commands in [
+        (README, ["sonaprobe -k -A -H -u -r docs/sample/playback-dropout.raw",
+                  "sonascope why docs/sample/playback-dropout.raw"]),
+        (HUNT, ["sonaprobe -k -A -u -r docs/sample/playback-dropout.raw",
+                "sonaprobe -k -H -u -X hdac -r docs/sample/playback-dropout.raw"]),
+    ] for pair in zip(blocks("", page), commands, strict=True)
+], ids=["first screen", "why", "hunt", "cause"])
+def test_each_excerpt_is_what_the_command_prints(page, excerpt, command, project):
+    assert f"build/release/{command}" in page
     printed = run(project, f"sudo build/release/{command}")[1].splitlines()
     shown = excerpt.splitlines()
     [start] = [at for at, line in enumerate(printed) if fits(shown[0], line)]

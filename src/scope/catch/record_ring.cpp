@@ -15,11 +15,13 @@ void RecordRing::dropOldestChunk() {
     if (begin_ >= firstOfChunks_) return;
     begin_ = firstOfChunks_;
     limitTook_ = true;
+    bool ofWholePasses = false;
     while (!passes_.empty() && passes_.front().end <= begin_) {
+        ofWholePasses = passes_.front().end == begin_;
         limitTookUpTo_ = passes_.front().time;
         passes_.pop_front();
     }
-    // A pass of which a part is gone is not whole any more.
+    if (ofWholePasses) return;
     limitTookOfPass_ = passes_.empty();
     if (!passes_.empty()) limitTookUpTo_ = passes_.front().time;
 }

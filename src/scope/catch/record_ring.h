@@ -41,7 +41,7 @@ class RecordRing {
     // something else are left out.
     void add(std::span<const TraceRecord> records, Nanoseconds time);
 
-    // Records are lost after the latest one: an invalid slot says so in the file.
+    // Records may be lost near here: an invalid slot says so in the file.
     void markLoss(Nanoseconds time);
 
     // Lets go of the passes before this time.

@@ -46,6 +46,13 @@ std::string bytesText(uint64_t bytes) {
     return countText((bytes + kMebi - 1) / kMebi) + " MiB";
 }
 
+// Whether records may be lost in a pass, before it, or at the end of the one before. The kernel
+// tells of a buffer that has wrapped until it is asked, and not of one that wraps while it is read:
+// but then this pass or the next brings more than half a buffer.
+bool isLossy(const TraceSession::Pass& pass) {
+    return pass.wrapped || pass.records.size() > pass.room / 2;
+}
+
 std::string recordsText(uint64_t count) {
     return countText(count) + (count == 1 ? " record" : " records");
 }
@@ -131,7 +138,6 @@ void Watch::setUp() {
     begin_ = shownAt_ = steadyNanoseconds();
 }
 
-// Records are lost between those that have come and those that will.
 void Watch::noteLoss(Nanoseconds time) {
     ring_.markLoss(time);
     trigger_.beginAnew(ticksPerMicrosecond_);
@@ -142,17 +148,17 @@ void Watch::takePass() {
     if (pass.result < 0) fail("trace facility failure, KERN_KDREADTR\n");
     const Nanoseconds now = steadyNanoseconds();
     latestPass_ = now;
-    if (pass.wrapped) noteLoss(now);
+    records_ += pass.records.size();
+    const bool lossy = isLossy(pass);
+    losses_ += lossy ? 1 : 0;
+    if (lossy) noteLoss(now);
     ring_.add(pass.records, now);
     for (const TraceRecord& record : pass.records) {
         const auto met = trigger_.take(record);
         if (met && !event_) event_ = {std::string(*met), now};
         takeSignal();
     }
-    // Tracing was off for a moment.
-    if (pass.wrapped) noteLoss(now);
-    losses_ += pass.wrapped ? 1 : 0;
-    records_ += pass.records.size();
+    if (lossy) noteLoss(now);
     ring_.forgetBefore((event_ ? event_->time : now) - options_.keep);
 }
 
@@ -210,7 +216,7 @@ void Watch::save(const std::string& path, const std::string& reason, Nanoseconds
         message += "; no more than " + durationText(std::max<Nanoseconds>(0, eventTime - oldest)) +
                    " before it went into " + bytesText(options_.memory) + ", see --memory";
     }
-    if (marks > 0) message += "; records are lost, invalid slots show where";
+    if (marks > 0) message += "; records may be lost near " + countText(marks) + " invalid slots";
     status_.say(message);
     answers_.begin(path, live_);
 }
@@ -252,8 +258,8 @@ void Watch::sayEnd() {
     std::string message =
         "watched " + durationText(latestPass_ - begin_) + ": " + recordsText(records_);
     if (losses_ > 0) {
-        message += "; the kernel's buffer was too small " + countText(losses_) +
-                   (losses_ == 1 ? " time" : " times") + ", see --buffer";
+        message += "; records may be lost, for the kernel's buffer was too full " +
+                   countText(losses_) + (losses_ == 1 ? " time" : " times") + ", see --buffer";
     } else {
         message += ", none lost";
     }
@@ -277,7 +283,7 @@ Status Watch::run() {
         const bool wasLive = live_;
         cleanUp();
         // A second signal ends the writing too.
-        if (wasLive && options_.saveOnEnd && files_ < options_.count) {
+        if (wasLive && options_.saveOnEnd && !ring_.empty()) {
             try {
                 save(pathOf(files_ + 1), "end", latestPass_);
             } catch (const Ended&) {
