@@ -5,7 +5,7 @@ set -euo pipefail
 cd "$(dirname "${BASH_SOURCE[0]}")/../.."
 
 BUILD_PACKAGES=(g++ cmake ninja-build pkg-config
-    libcli11-dev nlohmann-json3-dev libzstd-dev robin-map-dev zlib1g-dev)
+    libcli11-dev libsqlite3-dev nlohmann-json3-dev libzstd-dev robin-map-dev zlib1g-dev)
 TEST_PACKAGES=(libgtest-dev libgmock-dev python3 python3-pytest util-linux
     mandoc bash-completion fish zsh dpkg-dev file python3-jsonschema zstd pkgconf)
 COVERAGE_PACKAGES=(gcovr)

@@ -2,6 +2,8 @@
 
 #include "scope/escape.h"
 
+#include "scope/byte_scan.h"
+
 namespace sonaprobe::scope {
 
 namespace {
@@ -25,10 +27,11 @@ void putEscaped(std::string& out, char character) {
 }  // namespace
 
 bool isPrintable(std::string_view text) {
-    // A sum, not a search: compilers look at many characters at once.
-    bool plain = true;
-    for (const char character : text) plain &= isPlain(character);
-    return plain;
+    constexpr EightBytes kHighest = kEachByte << 7;
+    return !containsAny(text, [](EightBytes bytes) {
+        const EightBytes belowBlank = (bytes - kEachByte * ' ') & ~bytes;
+        return ((belowBlank | bytes) & kHighest) | areEqual(bytes, '\x7f');
+    });
 }
 
 std::string escaped(std::string_view text) {

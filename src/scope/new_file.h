@@ -39,6 +39,9 @@ class NewFile {
     // from before the place that is written.
     void startOver();
 
+    // Where it is written meanwhile, for libraries that open files themselves.
+    const std::string& temporary() const { return temporary_; }
+
     // Writes what is left and gives the file its name. Throws a Failure.
     void keep();
 

@@ -3,12 +3,16 @@
 #include <algorithm>
 #include <map>
 
+#include "analysis/nearest.h"
+#include "analysis/spelled.h"
 #include "scope/command.h"
 #include "scope/escape.h"
 #include "scope/event_text.h"
 #include "scope/export/destination.h"
 #include "scope/export/feed.h"
+#include "scope/export/sqlite.h"
 #include "scope/failure.h"
+#include "scope/repeatable.h"
 #include "scope/selection_options.h"
 
 namespace sonaprobe::scope {
@@ -25,20 +29,51 @@ struct Options {
     Waiting waiting = Waiting::frame;
 };
 
-Status run(Options& options) {
-    const Selection selection = selectionOf(options.selection, options.trace);
-    const CodeNames names = readCodeNames(options.trace.names);
+std::vector<std::string_view> formatNames() {
+    std::vector<std::string_view> names;
+    for (const FormatEntry& format : formats()) names.emplace_back(format.name);
+    return names;
+}
+
+FormatOptions formatOptions(const Options& options, const Input& input, const CodeNames& names) {
+    return {.file = input.source().name(),
+            .what = options.what,
+            .waiting = options.waiting,
+            .names = &names};
+}
+
+void exportText(const Options& options, const Selection& selection, const CodeNames& names) {
     Input input(options.trace.path);
     Destination destination(options.path, options.force, input.source().file());
     TextOutput out(destination.sink());
-    const auto format = options.format->make({.file = input.source().name(),
-                                              .what = options.what,
-                                              .waiting = options.waiting,
-                                              .names = &names},
-                                             out);
+    const auto format = options.format->make(formatOptions(options, input, names), out);
     feed(input, selection, options.trace, options.format->readsCalls(options.what), *format);
     out.handOver();
     destination.finish();
+}
+
+void exportDatabase(Options& options, const Selection& selection, const CodeNames& names) {
+    if (options.path.empty()) throw Failure{"a database is a file; give it a name with -o"};
+    options.trace.path = repeatablePath(options.trace.path);
+    Input input(options.trace.path);
+    NewFile file(options.path, options.force, input.source().file());
+    const auto format = makeSqlite(formatOptions(options, input, names), options.trace.path,
+                                   file.temporary(), escaped(options.path));
+    feed(input, selection, options.trace, true, *format);
+    file.keep();
+}
+
+Status run(Options& options) {
+    if (options.format == nullptr) {
+        throw Failure{"--to FORMAT is missing; see sonascope export --help"};
+    }
+    const Selection selection = selectionOf(options.selection, options.trace);
+    const CodeNames names = readCodeNames(options.trace.names);
+    if (options.format->make == nullptr) {
+        exportDatabase(options, selection, names);
+    } else {
+        exportText(options, selection, names);
+    }
     return Status::done;
 }
 
@@ -46,13 +81,19 @@ const std::map<std::string, What> kWhat{
     {"records", What::records}, {"calls", What::calls}, {"stats", What::stats}};
 const std::map<std::string, Waiting> kWaiting{{"frame", Waiting::frame}, {"omit", Waiting::omit}};
 
-const FormatEntry* formatNamed(const std::string& name) {
-    const auto found = std::ranges::find(formats(), name, &FormatEntry::name);
-    if (found != formats().end()) return &*found;
-    std::string all;
-    for (const FormatEntry& format : formats())
-        all += (all.empty() ? "" : ", ") + std::string(format.name);
-    throw Failure{"--to: '" + escaped(name) + "' is none of " + all};
+// Both the format and the selection's end are --to: each time is the one, each name the other.
+void takeTo(Options& options, const std::vector<std::string>& values) {
+    for (const std::string& value : values) {
+        const auto found = std::ranges::find(formats(), value, &FormatEntry::name);
+        if (found != formats().end()) {
+            options.format = &*found;
+        } else if (spelledTime(value)) {
+            options.selection.to = value;
+        } else {
+            throw Failure{"--to: '" + escaped(value) + "' is no format" +
+                          nearestPhrase(value, formatNames()) + "; see sonascope export --help"};
+        }
+    }
 }
 
 std::string formatList() {
@@ -70,11 +111,6 @@ std::string formatList() {
 Run setUpExport(CLI::App& app) {
     const auto options = std::make_shared<Options>();
     addTraceOptions(app, options->trace);
-    app.add_option_function<std::string>(
-           "--to", [options](const std::string& name) { options->format = formatNamed(name); },
-           "the format; see below")
-        ->required()
-        ->type_name("FORMAT");
     app.add_option("-o,--output", options->path, "the file to write; standard output if not given")
         ->type_name("NEW");
     app.add_flag("--force", options->force, "write over a file that exists");
@@ -86,6 +122,13 @@ Run setUpExport(CLI::App& app) {
         ->transform(CLI::CheckedTransformer(kWaiting).description(""))
         ->type_name("HOW");
     addSelectionOptions(app, options->selection);
+    app.remove_option(app.get_option("--to"));
+    app.add_option_function<std::vector<std::string>>(
+           "--to", [options](const auto& values) { takeTo(*options, values); },
+           "the format, see below; or, given again, before this time")
+        ->type_name("FORMAT")
+        ->expected(1)
+        ->multi_option_policy(CLI::MultiOptionPolicy::TakeAll);
     app.footer(formatList() +
                "\nExamples:\n"
                "  sonascope export trace.raw --to json | jq -r .text\n"

@@ -1,6 +1,8 @@
 // CSV as RFC 4180 has it: a head, fields that are quoted where they need it, lines that end with
 // CR LF.
 
+#include <bit>
+
 #include "scope/export/table_format.h"
 #include "scope/export/values_json.h"
 
@@ -17,19 +19,30 @@ bool looksLikeFormula(std::string_view text) {
 char* putQuoted(char* at, std::string_view text) {
     *at++ = '"';
     if (looksLikeFormula(text)) *at++ = '\'';
-    for (const char character : text) {
-        if (character == '"') *at++ = '"';
-        *at++ = character;
+    const char* from = text.data();
+    const char* const end = from + text.size();
+    while (end - from >= 8) {
+        EightBytes bytes;
+        std::memcpy(&bytes, from, sizeof bytes);
+        std::memcpy(at, &bytes, sizeof bytes);
+        const EightBytes quotes = areEqual(bytes, '"');
+        const int copied = quotes == 0 ? 8 : std::countr_zero(quotes) / 8 + 1;
+        from += copied;
+        at += copied;
+        if (quotes != 0) *at++ = '"';
+    }
+    for (; from != end; ++from) {
+        if (*from == '"') *at++ = '"';
+        *at++ = *from;
     }
     *at++ = '"';
     return at;
 }
 
 char* putField(char* at, std::string_view text) {
-    if (text.find_first_of("\",") != std::string_view::npos || looksLikeFormula(text)) {
-        return putQuoted(at, text);
-    }
-    return putText(at, text);
+    const bool special = containsAny(
+        text, [](EightBytes bytes) { return areEqual(bytes, ',') | areEqual(bytes, '"'); });
+    return special || looksLikeFormula(text) ? putQuoted(at, text) : putText(at, text);
 }
 
 class CsvRow {
@@ -58,9 +71,9 @@ class CsvRow {
     }
     void code(std::string_view, uint32_t value) {
         // The same for the code: its 0 is overwritten.
-        char digits[16];
-        const char* const end = putCode(digits, value);
-        at_ = putText(at_, {digits + 1, static_cast<size_t>(end - digits) - 1});
+        char* const zero = at_ - 1;  // the comma before it takes its place
+        at_ = putCode(zero, value);
+        *zero = ',';
         *at_++ = ',';
     }
     void values(std::string_view, const Event& event, EventWords& words, uint64_t ticks) {

@@ -1,14 +1,29 @@
-// The numbers of JSON documents that are no plain ones.
+// What of JSON documents is not on the shortest way.
 
 #include "scope/export/put_json.h"
 
 namespace sonaprobe::scope {
 
-char* putCode(char* at, uint32_t code) {
-    constexpr char kDigits[] = "0123456789ABCDEF";
-    at = putText(at, "0x");
-    for (int shift = 28; shift >= 0; shift -= 4) *at++ = kDigits[code >> shift & 15];
+char* putJsonEscaped(char* at, std::string_view text) {
+    for (const char character : text) {
+        if (character == '<') {  // a page that has the document in a script must not end there
+            at = putText(at, "\\u003c");
+            continue;
+        }
+        if (character == '"' || character == '\\') *at++ = '\\';
+        *at++ = character;
+    }
     return at;
+}
+
+char* putCode(char* at, uint32_t code) {
+    at = putText(at, "0x");
+    putHexDigits(at, code, 8);
+    EightBytes digits;
+    std::memcpy(&digits, at, sizeof digits);
+    digits ^= (digits & kEachByte * 0x40) >> 1;  // letters become capitals
+    std::memcpy(at, &digits, sizeof digits);
+    return at + sizeof digits;
 }
 
 char* putMicroseconds(char* at, Nanoseconds time) {

@@ -3,56 +3,24 @@
 
 #pragma once
 
-#include <bit>
 #include <cstdint>
-#include <cstring>
 #include <string_view>
 
 #include "analysis/trace_clock.h"
 #include "events/number_text.h"
+#include "scope/byte_scan.h"
 
 namespace sonaprobe::scope {
 
-namespace json_text {
+char* putJsonEscaped(char* at, std::string_view text);
 
-// Whether a byte of eight is a quotation mark, a backslash or "<".
-inline bool needsEscape(uint64_t eight) {
-    constexpr uint64_t kOnes = 0x0101010101010101;
-    constexpr uint64_t kHighs = 0x8080808080808080;
-    const auto has = [&](char character) {
-        const uint64_t other = eight ^ kOnes * static_cast<uint8_t>(character);
-        return (other - kOnes) & ~other;
-    };
-    return ((has('"') | has('\\') | has('<')) & kHighs) != 0;
-}
-
-inline char* putCharacter(char* at, char character) {
-    // A page that has the document in a script must not end there.
-    if (character == '<') return putText(at, "\\u003c");
-    if (character == '"' || character == '\\') *at++ = '\\';
-    *at++ = character;
-    return at;
-}
-
-}  // namespace json_text
-
-// At most six characters for one, in quotation marks.
+// In quotation marks; at most six characters for one.
 inline char* putJsonText(char* at, std::string_view text) {
     *at++ = '"';
-    const char* from = text.data();
-    const char* const end = from + text.size();
-    while (end - from >= 8) {
-        uint64_t eight;
-        std::memcpy(&eight, from, sizeof eight);
-        if (json_text::needsEscape(eight)) {
-            for (int i = 0; i < 8; ++i) at = json_text::putCharacter(at, *from++);
-        } else {
-            std::memcpy(at, &eight, sizeof eight);
-            at += 8;
-            from += 8;
-        }
-    }
-    while (from != end) at = json_text::putCharacter(at, *from++);
+    const bool plain = !containsAny(text, [](EightBytes bytes) {
+        return areEqual(bytes, '"') | areEqual(bytes, '\\') | areEqual(bytes, '<');
+    });
+    at = plain ? putText(at, text) : putJsonEscaped(at, text);
     *at++ = '"';
     return at;
 }

@@ -47,13 +47,11 @@ class SortedText::Run {
     std::string text_;
 };
 
-char* SortedText::cursor() {
-    if (text_.size() - used_ < kPieceRoom) text_.resize(2 * text_.size() + kPieceRoom);
-    return text_.data() + used_;
-}
+SortedText::SortedText(size_t memory)
+    : memory_(memory), text_(std::make_unique_for_overwrite<char[]>(memory + kPieceRoom)) {}
 
 void SortedText::add(const TextKey& key, const char* end) {
-    const size_t length = static_cast<size_t>(end - text_.data()) - used_;
+    const size_t length = static_cast<size_t>(end - text_.get()) - used_;
     pieces_.push_back({key, used_, length});
     used_ += length;
     if (used_ + pieces_.size() * sizeof(Piece) >= memory_) spill();
@@ -68,7 +66,7 @@ void SortedText::spill() {
     for (const Piece& piece : pieces_) {
         const Head head{piece.key, piece.length};
         if (std::fwrite(&head, sizeof head, 1, file.get()) != 1 ||
-            std::fwrite(text_.data() + piece.begin, 1, piece.length, file.get()) != piece.length) {
+            std::fwrite(text_.get() + piece.begin, 1, piece.length, file.get()) != piece.length) {
             refuse();
         }
     }

@@ -25,11 +25,11 @@ class SortedText {
     // What a piece may take.
     static constexpr size_t kPieceRoom = 1 << 16;
 
-    explicit SortedText(size_t memory = kMemory) : memory_(memory) {}
+    explicit SortedText(size_t memory = kMemory);
 
     // A piece is written at the cursor and then added. Throw a Failure where a file cannot be
     // written or read.
-    char* cursor();
+    char* cursor() { return text_.get() + used_; }
     void add(const TextKey& key, const char* end);
 
     // Once, after the last piece.
@@ -51,7 +51,7 @@ class SortedText {
     class Run;
 
     std::string_view textOf(const Piece& piece) const {
-        return {text_.data() + piece.begin, piece.length};
+        return {text_.get() + piece.begin, piece.length};
     }
     void sortPieces();
     void spill();
@@ -59,7 +59,7 @@ class SortedText {
 
     size_t memory_;
     size_t used_ = 0;
-    std::vector<char> text_;
+    std::unique_ptr<char[]> text_;  // touched only as far as it is used
     std::vector<Piece> pieces_;
     std::vector<File> spilled_;
 };

@@ -1,0 +1,68 @@
+// The tables findings and dropouts, by what info and why find out.
+
+#include "scope/export/sqlite_findings.h"
+
+#include "analysis/dropout_causes.h"
+#include "analysis/trace_report.h"
+#include "scope/finding_text.h"
+#include "scope/found_slots.h"
+#include "scope/input.h"
+#include "scope/units.h"
+
+namespace sonaprobe::scope {
+
+namespace {
+
+void putWrong(Database& database, const std::string& trace) {
+    TraceReport report(true);
+    FoundSlots(trace).forEach([&](const Found& found) { report.take(found); });
+    report.finish();
+    Insert insert(database, "INSERT INTO findings VALUES (?, ?, ?, ?, ?)");
+    for (const Finding& finding : report.findings().all()) {
+        const std::string meaning = meaningOf(finding);
+        insert.add(nameOf(finding.kind))
+            .add(static_cast<int64_t>(finding.slot))
+            .add(static_cast<int64_t>(finding.lastSlot))
+            .add(meaning)
+            .add(adviceOf(finding.kind))
+            .put();
+    }
+}
+
+void putDropouts(Database& database, const std::string& trace) {
+    IoObserver observer;
+    Input input(trace);
+    for (auto slots = input.next(); !slots.empty(); slots = input.next()) {
+        for (const TraceRecord& slot : slots) observer.take(slot);
+    }
+    IoTrace found = observer.finish();
+    Insert insert(database, "INSERT INTO dropouts VALUES (?, ?, ?, ?, ?, ?, ?, ?, ?)");
+    const auto add = [&](const auto& number) {
+        if (number) {
+            insert.add(static_cast<int64_t>(*number));
+        } else {
+            insert.addNull();
+        }
+    };
+    for (const Dropout& dropout : judgeDropouts(found, timeThreads(found))) {
+        const std::string thread = wordText(dropout.thread);
+        const Verdict& verdict = dropout.verdict;
+        insert.add(static_cast<int64_t>(dropout.slot)).add(dropout.time).add(thread);
+        add(dropout.budget);
+        add(dropout.lacking);
+        insert.add(kDropoutCauses[static_cast<size_t>(verdict.cause)])
+            .add(kCertainties[static_cast<size_t>(verdict.certainty)]);
+        add(verdict.culprit ? std::optional(verdict.culprit->slot) : std::nullopt);
+        add(verdict.culprit ? verdict.culprit->code : std::nullopt);
+        insert.put();
+    }
+}
+
+}  // namespace
+
+void putFindings(Database& database, const std::string& trace) {
+    putWrong(database, trace);
+    putDropouts(database, trace);
+}
+
+}  // namespace sonaprobe::scope
