@@ -79,8 +79,8 @@ def test_the_figures_are_those_of_the_program():
         "(umask 077; sonaprobe -w/tmp/trace.raw)",
     ]),
     (SOURCE / "README.md", [
-        "Every error, and Ctrl-C on `-r`, gives the buffer back",
-        "silences that run's drivers",
+        "Every error, and Ctrl-C on `-r`, removes the buffer",
+        "live run silences that run's drivers",
         "Ctrl-C on it loses what it has read",
         "Lines that a full disk does not take are lost without a message; `sonascope lines --plain`",
         "it holds kernel addresses, and `umask 077` beforehand keeps others from reading it",
