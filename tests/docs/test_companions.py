@@ -6,7 +6,7 @@ import subprocess
 
 import pytest
 
-from conftest import BUILD, run_program
+from conftest import BUILD, needs_root, run_program
 
 SOURCE = pathlib.Path(os.environ["SONAPROBE_SOURCE_DIR"])
 
@@ -21,6 +21,25 @@ def test_a_script_shows_its_help_wherever_it_is_called_from(script):
     result = run(f"./{script}", "--help", cwd=SOURCE / "script")
     assert f"\n  script/{script}" in result.stdout
     assert (result.stderr, result.returncode) == ("", 0)
+
+
+@needs_root
+def test_the_demo_catches_a_dropout_and_says_why(facility, tmp_path):
+    result = run(SOURCE / "script/demo", "--build", BUILD, env=os.environ | {"TMPDIR": str(tmp_path)})
+    assert result.returncode == 0, result.stderr
+    assert "blocked-by  OrvelHDAController::pollRegister" in result.stdout
+    assert "Left in the trace facility is nothing" in result.stdout
+    [caught] = tmp_path.glob("caught-*.raw")
+    assert f"sonascope lines {caught} --around dropout=20ms" in result.stdout
+
+
+@needs_root
+def test_the_demo_shows_live_lines(facility):
+    result = run(SOURCE / "script/demo", "--build", BUILD, "--lines", "--scenario", "usb",
+                 "--seconds", "1", "--", "-k")
+    assert result.returncode == 0, result.stderr
+    assert "OrvelUSBAudioDevice::protectedInitHardware" in result.stdout
+    assert "Stopped as by Ctrl-C. Left in the trace facility is nothing" in result.stdout
 
 
 def test_the_demo_asks_for_root_where_there_is_no_sudo(tmp_path):
