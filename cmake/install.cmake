@@ -1,6 +1,6 @@
 # What is installed where, and the Debian package: `cmake --install BUILD [--component program]`,
 # `cpack --config BUILD/CPackConfig.cmake`. Components: program, unless a rule says another; library,
-# the shared library; development, what programs that use it are built with.
+# the shared library; development, what programs that use it are built with; each plugin.
 
 set(CMAKE_INSTALL_DEFAULT_COMPONENT_NAME program)
 set(SONAPROBE_DOC_DIR ${CMAKE_INSTALL_DATADIR}/doc/sonaprobe)
@@ -81,7 +81,7 @@ file(GLOB pages CONFIGURE_DEPENDS ${PROJECT_SOURCE_DIR}/docs/*.md)
 # As in the sources, so that the pages' links lead somewhere.
 install(FILES README.md CHANGELOG.md CONTRIBUTING.md DESTINATION ${SONAPROBE_DOC_DIR})
 install(FILES ${pages} DESTINATION ${SONAPROBE_DOC_DIR}/docs)
-install(DIRECTORY docs/sample docs/schema DESTINATION ${SONAPROBE_DOC_DIR}/docs)
+install(DIRECTORY docs/images docs/sample docs/schema DESTINATION ${SONAPROBE_DOC_DIR}/docs)
 install(FILES cmake/debian/copyright ${PROJECT_BINARY_DIR}/install/changelog.gz
         DESTINATION ${SONAPROBE_DOC_DIR})
 
@@ -118,9 +118,10 @@ set(CPACK_PACKAGE_NAME sonaprobe)
 set(CPACK_PACKAGE_CONTACT "sonaprobe developers <sonaprobe@packages.invalid>"
     CACHE STRING "Maintainer of the package")
 set(CPACK_PACKAGE_VERSION ${PROJECT_VERSION})
-set(CPACK_PACKAGE_DESCRIPTION_SUMMARY "live and offline reader of audio driver traces")
-set(CPACK_DEBIAN_PACKAGE_DESCRIPTION
-    "Switches the audio drivers' trace points on, empties the kernel's trace\n\
+set(CPACK_PACKAGE_DESCRIPTION_SUMMARY "") # each description begins with its own
+set(CPACK_DEBIAN_PROGRAM_DESCRIPTION
+    "live and offline reader of audio driver traces\n\
+Switches the audio drivers' trace points on, empties the kernel's trace\n\
 buffer and prints each record as one readable line: when, on which\n\
 thread, which driver and method, which object, and what it had to say.\n\
 Keeps raw records in a file, and prints such a file on any machine.\n\
@@ -131,10 +132,15 @@ set(CPACK_DEBIAN_PACKAGE_SECTION sound)
 set(CPACK_DEBIAN_PACKAGE_SHLIBDEPS ON)
 set(CPACK_DEBIAN_FILE_NAME DEB-DEFAULT)
 set(CPACK_STRIP_FILES ON)
-# One package, of the programs alone.
+# A package of the programs, and one of each plugin.
 set(CPACK_DEB_COMPONENT_INSTALL ON)
 set(CPACK_COMPONENTS_ALL program)
-set(CPACK_COMPONENTS_GROUPING ALL_COMPONENTS_IN_ONE)
+set(CPACK_COMPONENTS_GROUPING IGNORE)
+set(CPACK_DEBIAN_PROGRAM_PACKAGE_NAME sonaprobe)
+get_property(plugins GLOBAL PROPERTY SONAPROBE_PLUGINS)
+if(plugins)
+  include(cmake/plugin_packages.cmake)
+endif()
 # The paths of the package, whatever prefix the build is configured for.
 set(CPACK_SET_DESTDIR ON)
 set(CPACK_INSTALL_PREFIX /usr)

@@ -31,6 +31,7 @@ typedef struct sonaprobe_event sonaprobe_event;
 typedef struct sonaprobe_value sonaprobe_value;
 typedef struct sonaprobe_printer sonaprobe_printer;
 typedef struct sonaprobe_names sonaprobe_names;
+typedef struct sonaprobe_record sonaprobe_record;
 
 /* The version of the library, as "100.45". */
 const char* sonaprobe_version(void);
@@ -60,11 +61,17 @@ int sonaprobe_next(sonaprobe_reader* reader, const sonaprobe_event** event);
 /* At the end: how many bytes there are of a last slot that is not whole, 0 to 63. */
 size_t sonaprobe_cut_bytes(const sonaprobe_reader* reader);
 
+/* How many invalid slots have been passed over so far: each is a record that was lost. */
+uint64_t sonaprobe_invalid_slots(const sonaprobe_reader* reader);
+
 /* The trace clock of the records to come, until a divisor slot tells another: ticks a microsecond,
  * 1000 at first. Any number will do. */
 void sonaprobe_set_ticks_per_microsecond(sonaprobe_reader* reader, double ticks);
 
 /* ---- The record of an event. ---- */
+
+/* The number of the event's slot, from 0 where the reader began; all slots count. */
+uint64_t sonaprobe_event_slot(const sonaprobe_event* event);
 
 /* Ticks of the trace clock, from 0 to 2^64 - 1. */
 uint64_t sonaprobe_event_time(const sonaprobe_event* event);
@@ -96,6 +103,22 @@ uint64_t sonaprobe_event_argument(const sonaprobe_event* event, unsigned number)
 /* Whether the driver names an object, and the object's address; 0 where it does not. */
 bool sonaprobe_event_has_object(const sonaprobe_event* event);
 uint64_t sonaprobe_event_object(const sonaprobe_event* event);
+
+/* ---- Events that are kept, to be put in order or to be looked at again. ---- */
+
+/* What makes an event again. It may be copied, and outlives its reader. */
+struct sonaprobe_record {
+    uint64_t words[8]; /* the slot; all of them are 0 where nothing was written */
+    uint64_t slot;
+    double ticks_per_microsecond;
+};
+
+void sonaprobe_event_keep(const sonaprobe_event* event, sonaprobe_record* record);
+
+/* The event of a kept record, whichever reader it came from. It takes the place of the event that
+ * the reader gave last; what the reader gives next stays the same. */
+const sonaprobe_event* sonaprobe_event_again(sonaprobe_reader* reader,
+                                             const sonaprobe_record* record);
 
 /* ---- What the event means. ---- */
 

@@ -12,6 +12,10 @@ COVERAGE_PACKAGES=(gcovr)
 CHECK_PACKAGES=(git clang-14 clang-tidy-14 clang-format-14 libclang-rt-14-dev lintian
     g++-multilib googletest)
 
+# Programs that the plugins are for, and what shows the graphical one.
+PLUGIN_PACKAGES=(babeltrace2 libbabeltrace2-dev python3-bt2 kernelshark libkshark-dev libjson-c-dev
+    xvfb xauth xdotool imagemagick)
+
 # fail TEXT...: says why a script ends, and ends it.
 fail() {
     echo "$(basename "$0"): $*" >&2

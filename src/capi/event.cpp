@@ -1,5 +1,6 @@
 // The C interface: a record, what it means, and the values of its text.
 
+#include <cstring>
 #include <span>
 
 #include "capi/handles.h"
@@ -44,6 +45,15 @@ Value valueOf(const sonaprobe_value* value) {
 }
 
 }  // namespace
+
+uint64_t sonaprobe_event_slot(const sonaprobe_event* event) { return event->slot; }
+
+void sonaprobe_event_keep(const sonaprobe_event* event, sonaprobe_record* record) {
+    static_assert(sizeof record->words == sizeof event->record);
+    std::memcpy(record->words, &event->record, sizeof record->words);
+    record->slot = event->slot;
+    record->ticks_per_microsecond = event->ticksPerMicrosecond;
+}
 
 uint64_t sonaprobe_event_time(const sonaprobe_event* event) { return event->record.timestamp; }
 

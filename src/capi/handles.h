@@ -41,7 +41,8 @@ struct sonaprobe_value {
 struct sonaprobe_event {
     sonaprobe::TraceRecord record{};
     sonaprobe::Event meaning{};
-    double ticksPerMicrosecond = 1000.0;
+    double ticksPerMicrosecond = 0;
+    uint64_t slot = 0;
     mutable KeptName group{};
     mutable KeptName method{};
     mutable char text[sonaprobe::kLogTextRoom]{};
@@ -50,6 +51,9 @@ struct sonaprobe_event {
 
 struct sonaprobe_reader {
     sonaprobe::Slots slots;
+    double ticksPerMicrosecond = 1000.0;
+    uint64_t slotsTaken = 0;
+    uint64_t invalidSlots = 0;
     sonaprobe_event event{};
 };
 

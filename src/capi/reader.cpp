@@ -1,6 +1,7 @@
 // The C interface: reading a raw file.
 
 #include <cerrno>
+#include <cstring>
 #include <fcntl.h>
 #include <unistd.h>
 
@@ -49,11 +50,18 @@ void sonaprobe_close(sonaprobe_reader* reader) { delete reader; }
 int sonaprobe_next(sonaprobe_reader* reader, const sonaprobe_event** event) {
     sonaprobe_event& next = reader->event;
     for (;;) {
-        const int taken = reader->slots.next(next.record);
+        TraceRecord slot;
+        const int taken = reader->slots.next(slot);
         if (taken <= 0) return taken;
-        if (next.record.debugid == kDivisorMarker) {
-            next.ticksPerMicrosecond = static_cast<double>(next.record.timestamp);
-        } else if (next.record.debugid != kInvalidMarker) {
+        const uint64_t number = reader->slotsTaken++;
+        if (slot.debugid == kDivisorMarker) {
+            reader->ticksPerMicrosecond = static_cast<double>(slot.timestamp);
+        } else if (slot.debugid == kInvalidMarker) {
+            ++reader->invalidSlots;
+        } else {
+            next.record = slot;
+            next.slot = number;
+            next.ticksPerMicrosecond = reader->ticksPerMicrosecond;
             next.meaning = decode(next.record);
             *event = &next;
             return taken;
@@ -61,8 +69,20 @@ int sonaprobe_next(sonaprobe_reader* reader, const sonaprobe_event** event) {
     }
 }
 
+const sonaprobe_event* sonaprobe_event_again(sonaprobe_reader* reader,
+                                             const sonaprobe_record* record) {
+    sonaprobe_event& event = reader->event;
+    std::memcpy(&event.record, record->words, sizeof event.record);
+    event.slot = record->slot;
+    event.ticksPerMicrosecond = record->ticks_per_microsecond;
+    event.meaning = decode(event.record);
+    return &event;
+}
+
+uint64_t sonaprobe_invalid_slots(const sonaprobe_reader* reader) { return reader->invalidSlots; }
+
 size_t sonaprobe_cut_bytes(const sonaprobe_reader* reader) { return reader->slots.cutBytes(); }
 
 void sonaprobe_set_ticks_per_microsecond(sonaprobe_reader* reader, double ticks) {
-    reader->event.ticksPerMicrosecond = ticks;
+    reader->ticksPerMicrosecond = ticks;
 }

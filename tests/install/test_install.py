@@ -12,17 +12,23 @@ from conftest import BUILD, needs_root
 
 SOURCE = pathlib.Path(os.environ["SONAPROBE_SOURCE_DIR"])
 SAMPLE = "/usr/share/doc/sonaprobe/docs/sample/playback-dropout.raw"
+FOLDERS = ("images", "sample", "schema")
+# Where each plugin's program looks for it, below the folder of its library.
+PLUGINS = {name: f"{name}/plugins/{file}" for name, file in {
+    "babeltrace2": "babeltrace-plugin-sonaprobe.so", "kernelshark": "plugin-sonaprobe.so"}.items()
+           if (BUILD / "plugins" / name / file).exists()}
 INSTALLED = {
     "sbin/sonaprobe", "sbin/sonaprobe-sim",
     "bin/sonascope", "share/man/man1/sonascope.1.gz",
     "share/bash-completion/completions/sonascope", "share/fish/vendor_completions.d/sonascope.fish",
-    "share/man/man5/sonaprobe.raw.5.gz", "share/man/man8/sonaprobe.8.gz", "share/man/man8/sonaprobe-sim.8.gz",
+    "share/man/man5/sonaprobe.raw.5.gz",
+    "share/man/man8/sonaprobe.8.gz", "share/man/man8/sonaprobe-sim.8.gz",
     "share/bash-completion/completions/sonaprobe",
     "share/bash-completion/completions/sonaprobe-sim",
-    *(f"share/doc/sonaprobe/{name}" for name in ("copyright", "changelog.gz", "README.md", "CHANGELOG.md",
-                                              "CONTRIBUTING.md")),
+    *(f"share/doc/sonaprobe/{name}" for name in ("copyright", "changelog.gz", "README.md",
+                                              "CHANGELOG.md", "CONTRIBUTING.md")),
     *(f"share/doc/sonaprobe/docs/{page.name}" for page in (SOURCE / "docs").glob("*.md")),
-    *(f"share/doc/sonaprobe/docs/{folder}/{file.name}" for folder in ("sample", "schema")
+    *(f"share/doc/sonaprobe/docs/{folder}/{file.name}" for folder in FOLDERS
       for file in (SOURCE / "docs" / folder).iterdir()),
     "include/sonaprobe/sonaprobe.h", "share/doc/sonaprobe/examples/failures.c",
     "lib/libsonaprobe.so", "lib/libsonaprobe.so.1", "lib/libsonaprobe.so.1.0.0",
@@ -42,11 +48,16 @@ def files_below(root):
 
 
 @pytest.fixture(scope="module")
-def package(tmp_path_factory):
+def packages(tmp_path_factory):
     folder = tmp_path_factory.mktemp("package")
     run("cpack", "--config", BUILD / "CPackConfig.cmake", "-B", folder)
-    [package] = folder.glob("*.deb")
-    return package
+    return {package.name.split("_")[0]: package for package in folder.glob("*.deb")}
+
+
+@pytest.fixture(scope="module")
+def package(packages):
+    assert packages.keys() == {"sonaprobe", *(f"sonaprobe-{name}" for name in PLUGINS)}
+    return packages["sonaprobe"]
 
 
 @pytest.fixture
@@ -73,7 +84,12 @@ def test_install_puts_each_file_where_it_is_looked_for(prefix, zsh, tmp_path):
     run("cmake", "--install", BUILD, "--prefix", prefix, env=os.environ | {"DESTDIR": tmp_path})
     functions = {f"share/zsh/{zsh}/_sonaprobe", f"share/zsh/{zsh}/_sonaprobe-sim",
                  f"share/zsh/{zsh}/_sonascope"}
-    assert files_below(tmp_path / prefix.lstrip("/")) == INSTALLED | functions
+    installed = files_below(tmp_path / prefix.lstrip("/"))
+    of_plugins = {file for file in installed if file.endswith(tuple(PLUGINS.values()))}
+    assert len(of_plugins) == len(PLUGINS)
+    of_plugins |= {f"share/doc/sonaprobe-{name}/{file}" for name in PLUGINS
+                   for file in ("copyright", "changelog.gz")}
+    assert installed == INSTALLED | functions | of_plugins
     manual = run("zcat", tmp_path / prefix.lstrip("/") / "share/man/man8/sonaprobe.8.gz").stdout
     assert manual == (SOURCE / "man/sonaprobe.8").read_text()
 
@@ -109,8 +125,24 @@ def test_the_package_depends_on_the_libraries_it_needs(package):
     assert {name.split()[0] for name in names.split(", ")} == {"libc6", "libzstd1", "zlib1g"}
 
 
+@pytest.mark.parametrize("name, library", [("babeltrace2", "libbabeltrace2-0"),
+                                           ("kernelshark", "libkshark2")])
+def test_a_plugins_package_has_it_where_its_program_looks(name, library, packages, tmp_path):
+    if name not in PLUGINS:
+        pytest.skip(f"built without the plugin for {name}")
+    package = packages[f"sonaprobe-{name}"]
+    run("dpkg-deb", "-x", package, tmp_path)
+    [folder] = {pathlib.Path(file).parent for file in run("dpkg", "-L", library).stdout.split()
+                if re.search(r"/lib(babeltrace2|kshark)\.so\.", file)}
+    assert (tmp_path / str(folder).lstrip("/") / PLUGINS[name]).is_file()
+    depends = run("dpkg-deb", "-f", package, "Depends").stdout
+    assert {name.split()[0] for name in depends.split(", ")} == {
+        library, "libc6", "libgcc-s1", "libstdc++6"}
+
+
 @pytest.mark.skipif(shutil.which("lintian") is None, reason="needs lintian")
-def test_the_package_is_clean(package):
-    checked = subprocess.run(["lintian", "--allow-root", "--fail-on", "error,warning", package],
+def test_the_packages_are_clean(packages):
+    checked = subprocess.run(["lintian", "--allow-root", "--fail-on", "error,warning",
+                              *packages.values()],
                              check=False, text=True, capture_output=True)
     assert (checked.stdout, checked.returncode) == ("", 0)

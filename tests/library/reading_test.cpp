@@ -110,6 +110,44 @@ TEST_F(Reading, GoesOnAfterADescriptorThatWasNotReady) {
     ::close(pipe[0]);
 }
 
+TEST_F(Reading, SlotsAreCountedWhateverTheyHold) {
+    const std::string bytes = trace();
+    const Reader reader = readerOf(std::as_bytes(std::span(bytes)));
+    const sonaprobe_event* event = nullptr;
+    ASSERT_EQ(sonaprobe_next(reader.get(), &event), 1);
+    EXPECT_EQ(sonaprobe_event_slot(event), 1U);
+    EXPECT_EQ(sonaprobe_invalid_slots(reader.get()), 0U);
+    ASSERT_EQ(sonaprobe_next(reader.get(), &event), 1);
+    EXPECT_EQ(sonaprobe_event_slot(event), 3U);
+    EXPECT_EQ(sonaprobe_invalid_slots(reader.get()), 1U);
+}
+
+TEST_F(Reading, AKeptRecordIsItsEventAgainWhateverCameBetween) {
+    const TraceRecord slots[] = {slotOf(kDivisorMarker, 24), record(1), slotOf(kDivisorMarker, 25),
+                                 slotOf(0x05240C2C | 1, 2), record(3)};
+    const Reader reader = readerOf(std::as_bytes(std::span(slots)));
+    const sonaprobe_event* event = nullptr;
+    ASSERT_EQ(sonaprobe_next(reader.get(), &event), 1);
+    sonaprobe_record kept;
+    sonaprobe_event_keep(event, &kept);
+    const std::string text = sonaprobe_event_text(event, nullptr);
+    ASSERT_EQ(sonaprobe_next(reader.get(), &event), 1);
+    EXPECT_NE(sonaprobe_event_text(event, nullptr), text);
+
+    const sonaprobe_event* again = sonaprobe_event_again(reader.get(), &kept);
+    EXPECT_EQ(sonaprobe_event_time(again), 1U);
+    EXPECT_EQ(sonaprobe_event_slot(again), 1U);
+    EXPECT_EQ(sonaprobe_event_ticks_per_microsecond(again), 24.0);
+    EXPECT_EQ(sonaprobe_event_text(again, nullptr), text);
+
+    const Reader other = readerOf({});
+    EXPECT_EQ(sonaprobe_event_text(sonaprobe_event_again(other.get(), &kept), nullptr), text);
+
+    ASSERT_EQ(sonaprobe_next(reader.get(), &event), 1);
+    EXPECT_EQ(sonaprobe_event_slot(event), 4U);
+    EXPECT_EQ(sonaprobe_event_ticks_per_microsecond(event), 25.0);
+}
+
 TEST_F(Reading, TellsWhatIsNoFile) {
     sonaprobe_reader* reader = nullptr;
     EXPECT_EQ(sonaprobe_open_file(&reader, "/no/such/file"), -ENOENT);
