@@ -37,6 +37,7 @@ INSTEAD = {
     # A test that runs all tests would run itself; the demo would build.
     "script/test": "script/test --help",
     "script/demo": "script/demo --help",
+    "cmake --build --preset release": "cmake --build build/release -- -n",
     "sudo dpkg -i sonaprobe_*.deb": "sudo dpkg --dry-run -i sonaprobe_*.deb",
     "sudo xargs rm -f < build/release/install_manifest_program.txt":
         'sed "s|^|$DESTDIR|" build/release/install_manifest_program.txt | xargs rm -v',
@@ -72,6 +73,7 @@ EXPECTED = {
     "sonaprobe-sim reset": (0, ""),
     f"sonascope lines {CAUGHT} --failed --json": (0, '"schema":"sonascope/lines/1"'),
     f"sonascope export {CAUGHT} --to chrome -o /tmp/caught.json": (0, ""),
+    "cmake --build --preset release": (0, ""),
     "cpack --config build/release/CPackConfig.cmake": (0, ".deb generated"),
     "dpkg -i sonaprobe_*.deb": (0, "sonaprobe"),
     "cmake --install build/release --component program": (0, "sbin/sonaprobe"),
