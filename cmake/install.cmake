@@ -45,6 +45,10 @@ foreach(program ${programs})
   install_for_zsh(${PROJECT_SOURCE_DIR}/completion/zsh/_${program} _${program})
 endforeach()
 
+compressed(man/sonaprobe.raw.5 sonaprobe.raw.5.gz)
+install(FILES ${PROJECT_BINARY_DIR}/install/sonaprobe.raw.5.gz
+        DESTINATION ${CMAKE_INSTALL_MANDIR}/man5)
+
 if(SONAPROBE_SCOPE)
   # sonascope is for everybody; its completion is printed by itself, from the tables of its parser.
   compressed(man/sonascope.1 sonascope.1.gz)
@@ -74,8 +78,10 @@ add_custom_target(sonaprobe_install_files DEPENDS ${compressed_files})
 add_dependencies(sonaprobe sonaprobe_install_files)
 
 file(GLOB pages CONFIGURE_DEPENDS ${PROJECT_SOURCE_DIR}/docs/*.md)
-install(FILES README.md ${pages} DESTINATION ${SONAPROBE_DOC_DIR})
-install(DIRECTORY docs/images docs/sample docs/schema DESTINATION ${SONAPROBE_DOC_DIR})
+# As in the sources, so that the pages' links lead somewhere.
+install(FILES README.md CHANGELOG.md CONTRIBUTING.md DESTINATION ${SONAPROBE_DOC_DIR})
+install(FILES ${pages} DESTINATION ${SONAPROBE_DOC_DIR}/docs)
+install(DIRECTORY docs/images docs/sample docs/schema DESTINATION ${SONAPROBE_DOC_DIR}/docs)
 install(FILES cmake/debian/copyright ${PROJECT_BINARY_DIR}/install/changelog.gz
         DESTINATION ${SONAPROBE_DOC_DIR})
 

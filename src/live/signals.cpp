@@ -27,7 +27,7 @@ void (*endProgram)(int number) = nullptr;
 
 constexpr int kPatience = 2;  // ticks
 
-// To be called at all breaks off a write that waits.
+// The call alone interrupts a blocked write.
 extern "C" void breakOff(int) {
     const int savedErrno = errno;
     if (timerTicks <= kPatience) {

@@ -21,7 +21,7 @@ namespace sonaprobe {
 
 namespace {
 
-// What --verbose says: a text, and behind it the number that was set, with its line end.
+// What --verbose says: a text, and after it the number that was set, with its line end.
 enum class Number { none, decimal, hexadecimal, eightDigits };
 struct Message {
     const char* text = nullptr;
@@ -228,7 +228,7 @@ void take(int letter, const char* argument) {
 
 void parseOptions(int argc, char** argv) {
     if (argc <= 1) return;
-    // Options behind operands are options too, whatever the environment says.
+    // Options after operands are options too, whatever the environment says.
     unsetenv("POSIXLY_CORRECT");
     for (;;) {
         const int letter =

@@ -62,6 +62,18 @@ std::string nearestOptions(const CLI::App& app) {
     return nearestPhrase(given->substr(0, given->find('=')), views);
 }
 
+// CLI11's message of a mistake, in our words where its own do not say what is wrong.
+std::string messageOf(const CLI::Error& error) {
+    const std::string message = escaped(error.what());
+    constexpr std::string_view kNoConversion = "Could not convert: ";  // "--top = x"
+    const size_t equals = message.find(" = ");
+    if (message.starts_with(kNoConversion) && equals != std::string::npos) {
+        return message.substr(kNoConversion.size(), equals - kNoConversion.size()) + ": '" +
+               message.substr(equals + 3) + "' is no number that fits";
+    }
+    return message == "A subcommand is required" ? "a command is missing" : message;
+}
+
 Status run(int argc, char** argv) {
     fillStandardDescriptors();
     CommandLine line = makeCommandLine();
@@ -76,7 +88,7 @@ Status run(int argc, char** argv) {
         warn(escaped(error.what()) + nearestOptions(*line.app) + "; see " + nameOf(*line.app) +
              " --help");
     } catch (const CLI::Error& error) {
-        warn(escaped(error.what()) + "; see " + nameOf(*line.app) + " --help");
+        warn(messageOf(error) + "; see " + nameOf(*line.app) + " --help");
     } catch (const Failure& failure) {
         if (!failure.message.empty()) warn(failure.message);
         return failure.status;

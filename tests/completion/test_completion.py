@@ -15,6 +15,7 @@ UNNAMED = [str(number) for number in range(46, 51)]
 def shell(request, tmp_path_factory):
     folder = tmp_path_factory.mktemp(request.param)
     (folder / "kept.raw").touch()
+    (folder / "folder").mkdir()
     shell = getattr(shells, request.param)(folder)
     yield shell
     shell.close()
@@ -40,11 +41,15 @@ def test_classes_are_those_of_the_class_list(shell, option):
 
 @pytest.mark.parametrize("typed, completed", [
     ("sonaprobe -X hda", ["hdac", "hdad", "hdae", "hdap", "hdan", "hdaf", "hdaw"]),
+    ("sonaprobe -kX nim", ["nimb"]),
     ("sonaprobe -Fnim", ["-Fnimb"]),
+    ("sonaprobe -kFnim", ["-kFnimb"]),
     ("sonaprobe --filter-all-except=aeae", ["--filter-all-except=aeae"]),
     ("sonaprobe -X kAudioTOrvelPim", ["kAudioTOrvelPimlet"]),
     ("sonaprobe -r kep", ["kept.raw"]),
+    ("sonaprobe -Ar kep", ["kept.raw"]),
     ("sonaprobe -wkep", ["-wkept.raw"]),
+    ("sonaprobe -wfol", ["-wfolder/"]),
     ("sonaprobe --write=kep", ["--write=kept.raw"]),
     ("sonaprobe --indent", ["--indentOff"]),
     ("sonaprobe -I 0x20", ["0x20000", "0x200000"]),

@@ -1,15 +1,12 @@
-"""The pages hold together: links lead somewhere, and the raw file's page reads the sample."""
+"""The pages hold together: links lead somewhere, and each page can be found."""
 
 import os
 import pathlib
 import re
-import subprocess
-import sys
 
 import pytest
 
 SOURCE = pathlib.Path(os.environ["SONAPROBE_SOURCE_DIR"])
-SAMPLE = SOURCE / "docs/sample/playback-dropout.raw"
 PAGES = [*sorted(SOURCE.glob("*.md")), *sorted((SOURCE / "docs").glob("*.md"))]
 
 
@@ -34,29 +31,9 @@ def test_each_file_that_a_page_names_is_there(page):
     assert [name for name in named if not (SOURCE / name).exists()] == []
 
 
-# Offset and width of what a slot holds.
-SLOT = [(0, 8), (8, 8), (16, 8), (24, 8), (32, 8), (40, 8), (48, 4), (52, 4), (56, 8)]
-
-
-def test_the_raw_files_page_tells_the_layout_of_a_slot():
-    rows = re.findall(r"^\| (\d+) \| (\d+) \| ([\w ]+?) \|",
-                      (SOURCE / "docs/raw-file.md").read_text(), re.MULTILINE)
-    assert [(int(offset), int(width)) for offset, width, _ in rows] == SLOT
-    assert [field for _, _, field in rows] == [
-        "time stamp", "arg1", "arg2", "arg3", "arg4", "arg5", "debug id", "processor", "reserved"]
-
-
-def test_the_manual_tells_the_layout_of_a_slot():
-    rows = re.findall(r"^\.It (\d+) Ta (\d+) Ta ", (SOURCE / "man/sonaprobe.8").read_text(),
-                      re.MULTILINE)
-    told = [(int(offset), int(width)) for offset, width in rows]
-    assert told == [*SLOT[:2], (16, 24), *SLOT[5:]]  # arguments 2 to 4 in one row
-
-
-def test_the_raw_files_page_has_a_reader_that_reads_the_sample():
-    [reader] = re.findall(r"^```python\n(.*?)^```$", (SOURCE / "docs/raw-file.md").read_text(),
-                          re.MULTILINE | re.DOTALL)
-    lines = subprocess.run([sys.executable, "-c", reader, SAMPLE], check=True, text=True,
-                           capture_output=True).stdout.splitlines()
-    assert len(lines) == SAMPLE.stat().st_size // 64
-    assert lines[0] == "24 0xfeedface 0x0 0x0 0x0 0x0"
+def test_the_index_leads_to_every_page():
+    index = (SOURCE / "docs/index.md").read_text()
+    linked = set(re.findall(r"\]\(([\w.-]+\.md)\)", index))
+    assert linked == {page.name for page in (SOURCE / "docs").glob("*.md")} - {"index.md"}
+    manual = {f"{page.stem}({page.suffix[1:]})" for page in (SOURCE / "man").iterdir()}
+    assert set(re.findall(r"^\| (sona[\w.-]+\(\d\))", index, re.MULTILINE)) == manual

@@ -11,7 +11,7 @@ import pytest
 from conftest import BUILD, needs_root
 
 SOURCE = pathlib.Path(os.environ["SONAPROBE_SOURCE_DIR"])
-SAMPLE = "/usr/share/doc/sonaprobe/sample/playback-dropout.raw"
+SAMPLE = "/usr/share/doc/sonaprobe/docs/sample/playback-dropout.raw"
 FOLDERS = ("images", "sample", "schema")
 # Where each plugin's program looks for it, below the folder of its library.
 PLUGINS = {name: f"{name}/plugins/{file}" for name, file in {
@@ -21,12 +21,14 @@ INSTALLED = {
     "sbin/sonaprobe", "sbin/sonaprobe-sim",
     "bin/sonascope", "share/man/man1/sonascope.1.gz",
     "share/bash-completion/completions/sonascope", "share/fish/vendor_completions.d/sonascope.fish",
+    "share/man/man5/sonaprobe.raw.5.gz",
     "share/man/man8/sonaprobe.8.gz", "share/man/man8/sonaprobe-sim.8.gz",
     "share/bash-completion/completions/sonaprobe",
     "share/bash-completion/completions/sonaprobe-sim",
-    *(f"share/doc/sonaprobe/{name}" for name in ("copyright", "changelog.gz", "README.md")),
-    *(f"share/doc/sonaprobe/{page.name}" for page in (SOURCE / "docs").glob("*.md")),
-    *(f"share/doc/sonaprobe/{folder}/{file.name}" for folder in FOLDERS
+    *(f"share/doc/sonaprobe/{name}" for name in ("copyright", "changelog.gz", "README.md",
+                                              "CHANGELOG.md", "CONTRIBUTING.md")),
+    *(f"share/doc/sonaprobe/docs/{page.name}" for page in (SOURCE / "docs").glob("*.md")),
+    *(f"share/doc/sonaprobe/docs/{folder}/{file.name}" for folder in FOLDERS
       for file in (SOURCE / "docs" / folder).iterdir()),
     "include/sonaprobe/sonaprobe.h", "share/doc/sonaprobe/examples/failures.c",
     "lib/libsonaprobe.so", "lib/libsonaprobe.so.1", "lib/libsonaprobe.so.1.0.0",
@@ -90,6 +92,15 @@ def test_install_puts_each_file_where_it_is_looked_for(prefix, zsh, tmp_path):
     assert installed == INSTALLED | functions | of_plugins
     manual = run("zcat", tmp_path / prefix.lstrip("/") / "share/man/man8/sonaprobe.8.gz").stdout
     assert manual == (SOURCE / "man/sonaprobe.8").read_text()
+
+
+def test_the_links_of_installed_pages_lead_somewhere(tmp_path):
+    run("cmake", "--install", BUILD, "--prefix", "/usr", env=os.environ | {"DESTDIR": tmp_path})
+    pages = sorted((tmp_path / "usr/share/doc/sonaprobe").rglob("*.md"))
+    dead = [f"{page.name}: {link}" for page in pages
+            for link in re.findall(r"\]\(([^)#\s]+)", page.read_text())
+            if not (page.parent / link).exists()]
+    assert pages and dead == []
 
 
 @needs_root

@@ -12,7 +12,7 @@ from conftest import run_program
 from option_table import options
 
 SOURCE = pathlib.Path(os.environ["SONAPROBE_SOURCE_DIR"])
-PAGES = sorted((SOURCE / "man").glob("*.[18]"))
+PAGES = sorted((SOURCE / "man").glob("*.[158]"))
 PAGE = SOURCE / "man/sonaprobe.8"
 
 
@@ -79,8 +79,8 @@ def test_the_figures_are_those_of_the_program():
         "(umask 077; sonaprobe -w/tmp/trace.raw)",
     ]),
     (SOURCE / "README.md", [
-        "Every error, and Ctrl-C on `-r`, gives the buffer back",
-        "silences that run's drivers",
+        "Every error, and Ctrl-C on `-r`, removes the buffer",
+        "live run silences that run's drivers",
         "Ctrl-C on it loses what it has read",
         "Lines that a full disk does not take are lost without a message; `sonascope lines --plain`",
         "it holds kernel addresses, and `umask 077` beforehand keeps others from reading it",
@@ -126,6 +126,15 @@ def test_the_simulators_commands_and_options_are_explained():
 
 
 @pytest.mark.parametrize("page", PAGES, ids=lambda page: page.name)
+def test_a_page_refers_to_all_others(page):
+    [see_also] = re.findall(r"^\.Sh SEE ALSO\n(.*?)(?=^\.Sh|\Z)", page.read_text(),
+                            re.MULTILINE | re.DOTALL)
+    referred = {".".join(found) for found in re.findall(r"^\.Xr (sona\S*) (\d)", see_also,
+                                                        re.MULTILINE)}
+    assert referred == {other.name for other in PAGES} - {page.name}
+
+
+@pytest.mark.parametrize("page", PAGES, ids=lambda page: page.name)
 def test_a_page_refers_to_no_page_that_is_missing(page):
-    own = set(re.findall(r"^\.Xr (sona\S*) [18]", page.read_text(), re.MULTILINE))
-    assert own and own <= {p.stem for p in PAGES}
+    own = re.findall(r"^\.Xr (sona\S*) (\d)", page.read_text(), re.MULTILINE)
+    assert {".".join(found) for found in own} <= {other.name for other in PAGES}

@@ -27,7 +27,7 @@ def test_the_version_is_the_projects():
 
 
 @pytest.mark.parametrize("arguments, message", [
-    ([], "A subcommand is required; see sonascope --help"),
+    ([], "a command is missing; see sonascope --help"),
     (["evnts"], "there is no command 'evnts'; the nearest is 'events'; see sonascope --help"),
     (["lines"], "FILE is required; see sonascope lines --help"),
     (["lines", "f", "--frm=3s"], "The following argument was not expected: --frm=3s; the nearest is "

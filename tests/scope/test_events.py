@@ -13,13 +13,15 @@ def found(*words):
 
 
 @pytest.mark.parametrize("words", [["0x05245C0C"], ["0x05245c0d"], ["OrvelHDAPath::enable"],
-                                   ["hdap", "channelConfig", "stream:"]])
+                                   ["hdap", "channelConfig", "stream:"],
+                                   ["widget by widget"]])
 def test_an_event_is_found_by_code_name_text_and_value(words):
     printed = found(*words)
-    assert printed[4] == ("    values  stream, channelID, channelConfig, result, sampleRate, "
+    assert printed[5] == ("    values  stream, channelID, channelConfig, result, sampleRate, "
                           "bitsPerSample, channelCount, sampleFormat")
-    assert printed[:3] == [
+    assert printed[:4] == [
         "0x05245C0C  OrvelHDAPath::enable",
+        "    Connects a stream through the codec, widget by widget, with its format.",
         "    start   Start - stream: %p channelID: %d channelConfig: %d",
         "    end     End - stream: %p channelID: %d result: 0x%08x",
     ]
@@ -40,6 +42,7 @@ def test_json_has_the_texts_with_their_values():
     [event] = valid("events", scope("events", "0x05245C0C", "--json").stdout)["events"]
     assert (event["code"], event["name"], event["class"]) == (
         "0x05245C0C", "OrvelHDAPath::enable", "23")
+    assert event["does"].startswith("Connects a stream through the codec")
     assert event["texts"][0] == {
         "on": "start", "if": "", "verbose": False, "name": "OrvelHDAPath::enable",
         "text": "Start - stream: %p channelID: %d channelConfig: %d",

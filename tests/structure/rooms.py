@@ -14,6 +14,7 @@ MAY_INCLUDE = {
     "platform": [],
     "events": ["record", "registry"],
     "rawfile": ["record"],
+    "meanings": [],
     "trace": ["record", "platform"],
     "live": ["trace", "record", "platform"],
     "lines": ["events", "record"],
@@ -22,7 +23,7 @@ MAY_INCLUDE = {
     "page": ["analysis", "events", "record"],
     "capi": [*_LIBRARY, "registry", "sonaprobe"],
     "probe": [*_BELOW_THE_PROGRAMS, "trace", "live"],
-    "scope": _BELOW_THE_PROGRAMS,
+    "scope": [*_BELOW_THE_PROGRAMS, "meanings"],
 }
 
 # One command of a program may do what the others may not.

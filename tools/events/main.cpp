@@ -8,6 +8,7 @@
 
 #include "events/catalog.h"
 #include "events/markdown.h"
+#include "events/meaning_check.h"
 #include "events/sample_record.h"
 
 namespace {
@@ -30,7 +31,7 @@ void printRecord(const TraceRecord& record) {
     std::putchar('\n');
 }
 
-// Each class behind a comment that names it, each event behind an empty line.
+// Each class after a comment that names it, each event after an empty line.
 void printRecords() {
     for (const TracedClass& traced : tracedClasses()) {
         uint32_t lastCode = 0;
@@ -63,6 +64,12 @@ constexpr const char* kHelp =
 int main(int argc, char** argv) {
     const std::string_view what = argc == 2 ? argv[1] : "";
     if (what == "markdown") {
+        const std::string fault =
+            faultOf(told(tracedClasses()), meanings::allMeanings(), meanings::fieldGroups());
+        if (!fault.empty()) {
+            std::fprintf(stderr, "sonaprobe-events: src/meanings: %s\n", fault.c_str());
+            return EXIT_FAILURE;
+        }
         printMarkdown();
     } else if (what == "records") {
         printRecords();

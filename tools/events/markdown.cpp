@@ -8,6 +8,7 @@
 
 #include "events/catalog.h"
 #include "events/spelling.h"
+#include "meanings/meanings.h"
 
 namespace sonaprobe::events {
 
@@ -26,8 +27,10 @@ qualifier in its two lowest bits: for `0x05245c0d` search for `0x05245C0C`, with
 
 ## How to read a table
 
-Each row is one text. The texts of an event are asked from the first to the last, and the first that
-answers is printed; a record that none answers prints nothing.
+Above each table stands what its methods do in the driver, one sentence each.
+
+Each row is one text. The texts of an event are asked from the first to the last, and the first whose
+qualifier and condition match is printed; a record that matches none prints nothing.
 
 | Column | Says |
 |---|---|
@@ -51,6 +54,8 @@ is its lowest byte. `arg1` is the object of the line and `arg5` its thread, and 
 | `ticks(x)` | x / 24.0 |
 | `fourCC(x)` | four characters, the highest byte first |
 | `character(x)` | one character |
+
+Fields that a public standard explains are [further down](#fields-of-public-standards).
 
 ## Classes
 
@@ -128,6 +133,26 @@ void printRow(const Event& event, const Text& text) {
                 inCode(name).c_str(), inCode(text.text).c_str(), valuesCell(text).c_str());
 }
 
+void printFields() {
+    std::puts(
+        "\n## Fields of public standards\n\n"
+        "The number is the standard's chapter. What is named after a field of the driver's own\n"
+        "(`fCurrentPowerState`, say) is as the driver holds it, and no standard says more.");
+    for (const meanings::FieldGroup& group : meanings::fieldGroups()) {
+        std::printf("\n### %s\n\n%s.\n\n| Field | Means | Chapter |\n|---|---|---|\n",
+                    std::string(group.title).c_str(), std::string(group.standard).c_str());
+        for (const meanings::Field& field : group.fields) {
+            std::printf("| %s | %s | %s |\n", inCode(field.name).c_str(),
+                        std::string(field.means).c_str(), std::string(field.source).c_str());
+        }
+    }
+}
+
+void printSentence(const Event& event) {
+    std::printf("- %s %s: %s\n", inCode(spellCode(event.code)).c_str(),
+                inCode(event.method).c_str(), std::string(meanings::meaningOf(event.code)).c_str());
+}
+
 void printClass(const TracedClass& traced) {
     const std::vector<Event> events = eventsOf(traced);
     if (events.empty()) return;
@@ -138,7 +163,8 @@ void printClass(const TracedClass& traced) {
     if (traced.decoder->gate == Gate::audioServer) {
         std::puts("Printed under `-A` only. These lines show no object: `arg1` is a value.\n");
     }
-    std::puts("| Code | On | If | Name | Text | Values |\n|---|---|---|---|---|---|");
+    for (const Event& event : events) printSentence(event);
+    std::puts("\n| Code | On | If | Name | Text | Values |\n|---|---|---|---|---|---|");
     for (const Event& event : events) {
         for (const Text& text : event.texts) printRow(event, text);
     }
@@ -150,6 +176,7 @@ void printMarkdown() {
     const std::vector<TracedClass> classes = tracedClasses();
     std::fputs(kIntroduction, stdout);
     printIndex(classes);
+    printFields();
     for (const TracedClass& traced : classes) printClass(traced);
 }
 

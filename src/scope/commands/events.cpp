@@ -6,6 +6,7 @@
 #include "analysis/spelled.h"
 #include "events/catalog.h"
 #include "events/spelling.h"
+#include "meanings/meanings.h"
 #include "scope/command.h"
 #include "scope/escape.h"
 #include "scope/failure.h"
@@ -47,7 +48,8 @@ std::string nameOf(const Entry& entry) {
 std::string searched(const Entry& entry) {
     std::string all = events::spellCode(entry.event.code) + "\n" + nameOf(entry) + "\n" +
                       entry.traced->title() + "\n" + entry.traced->code + "\n" +
-                      entry.traced->registryName + "\n";
+                      entry.traced->registryName + "\n" +
+                      std::string(meanings::meaningOf(entry.event.code)) + "\n";
     for (const Text& text : entry.event.texts) {
         all += nameOf(text) + "\n" + std::string(text.text) + "\n";
         for (const std::string_view value : text.values) all += std::string(value) + "\n";
@@ -96,6 +98,9 @@ void print(Output& out, const Entry& entry, bool wrap) {
     line.add("  ");
     line.add(nameOf(entry), {Tone::driver, hueOf(entry.event.code)});
     line.print(out, wrap, 0);
+    line.clear();
+    line.add("    " + std::string(meanings::meaningOf(entry.event.code)));
+    line.print(out, wrap, 4);
     for (const Text& text : entry.event.texts) {
         line.clear();
         line.add("    ");
@@ -125,6 +130,7 @@ Json jsonOf(const Entry& entry) {
     return {{"code", events::spellCode(entry.event.code)},
             {"name", nameOf(entry)},
             {"class", entry.traced->id},
+            {"does", meanings::meaningOf(entry.event.code)},
             {"texts", texts}};
 }
 
@@ -168,8 +174,9 @@ Status run(const Options& options) {
 
 Run setUpEvents(CLI::App& app) {
     const auto options = std::make_shared<Options>();
-    app.add_option("WORDS", options->words,
-                   "what a code, name, text or value of the event must hold; all words");
+    app.add_option(
+        "WORDS", options->words,
+        "what a code, name, text, value or the sentence of the event must hold; all words");
     app.add_flag("--wrap", options->wrap, "wrap lines at the terminal's width, do not cut them");
     addOutputOptions(app, options->output);
     addExamples(app,
