@@ -54,6 +54,7 @@ EXPECTED = {
     "sonaprobe-sim play playback --seconds 30 &": (0, ""),
     f"sonascope catch --on dropout --then why -o {CAUGHT}": (
         0, "OrvelHDAController::pollRegister on thread"),
+    f"sonascope timeline {CAUGHT} -o /tmp/caught.html": (0, "caught.html"),
     f"sonascope lines {CAUGHT} --around dropout=20ms": (0, "QuorraHAL::OVERLOAD"),
     f"sonascope lines {CAUGHT} --longer 5ms": (0, "OrvelHDAController::pollRegister"),
     f"sonascope lines {CAUGHT} --where 'pin nodeID == 21 && result != 0'": (0, "pin nodeID: 21"),
