@@ -31,7 +31,7 @@ constexpr double kTargetOff = 0.1;
 constexpr int kLostInGaps = 3;
 constexpr unsigned kNearlyAll = 99;
 // Of a cycle whose samples jump, a gap has taken so much where ends without starts follow, and so
-// much where nothing but its length tells.
+// much where nothing but its length tells. An invalid slot tells as ends without starts do.
 constexpr double kLeastLost = 0.05;
 constexpr double kMostlyLost = 0.25;
 
@@ -176,6 +176,10 @@ std::optional<Verdict> Judge::lostRecords(const CycleLayout& layout) const {
     const IoCycle& cycle = *layout.cycle;
     const Nanoseconds from = std::min(layout.due, cycle.begin);
     if (auto lost = afterGap(from, layout.until, true)) return lost;
+    const auto marked = markedGap(scene_, from, layout.until);
+    if (marked && ratio(marked->length(), layout.until - from) > kLeastLost) {
+        return lostAt(*marked, Certainty::likely);
+    }
     // The gap may have merged two cycles, or lie before one that begins in the air.
     const bool endsElsewhere =
         cycle.told && cycle.finished && cycle.told->sample != cycle.sample + cycle.frames;

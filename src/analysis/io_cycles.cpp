@@ -3,6 +3,7 @@
 #include "analysis/io_cycles.h"
 
 #include <algorithm>
+#include <utility>
 
 #include "analysis/slot.h"
 
@@ -38,13 +39,17 @@ void IoObserver::take(const TraceRecord& slot) {
         divisor_ = clock.ticksPerMicrosecond();
         for (Server& server : servers_) server.told.reset();
     }
-    if (moment == nullptr) return;
+    if (moment == nullptr) {
+        afterInvalid_ = afterInvalid_ || kindOf(slot) == SlotKind::invalid;
+        return;
+    }
     ++trace_.records;
     if (isServer(slot.debugid)) ++trace_.serverRecords;
     const Nanoseconds time = bounded(moment->time);
     if (trace_.records > 1 && time >= latest_) trace_.gaps.add(time - latest_);
     latest_ = std::max(latest_, time);
-    recent_.push_back({time, moment->slot, slot.debugid, moment->thread, slot.cpuid, orphan_});
+    recent_.push_back({time, moment->slot, slot.debugid, moment->thread, slot.cpuid, orphan_,
+                       std::exchange(afterInvalid_, false)});
     completeScenes(false);
     forget();
 }

@@ -83,7 +83,8 @@ struct SeenRecord {
     uint32_t debugid = 0;
     uint32_t thread = 0;
     uint32_t cpu = 0;
-    bool orphan = false;  // an end whose start is missing
+    bool orphan = false;        // an end whose start is missing
+    bool afterInvalid = false;  // the slot before it is an invalid one
 };
 
 // A call that touches a scene, with its end wherever that is.
@@ -199,7 +200,8 @@ class IoObserver final : private CallSink {
     Nanoseconds latest_ = 0;
     uint64_t restarts_ = 0;
     uint64_t divisor_ = 0;
-    bool orphan_ = false;  // the record being taken is an orphan end
+    bool orphan_ = false;        // the record being taken is an orphan end
+    bool afterInvalid_ = false;  // since the last record there was an invalid slot
 };
 
 }  // namespace sonaprobe

@@ -47,4 +47,19 @@ std::optional<Gap> largestGap(const Scene& scene, Nanoseconds begin, Nanoseconds
     return best;
 }
 
+std::optional<Gap> markedGap(const Scene& scene, Nanoseconds begin, Nanoseconds end) {
+    std::optional<Gap> best;
+    for (size_t i = 1; i < scene.records.size(); ++i) {
+        const SeenRecord& before = scene.records[i - 1];
+        const SeenRecord& after = scene.records[i];
+        if (!after.afterInvalid || after.time <= begin || before.time >= end) continue;
+        const Gap gap{.begin = before.time,
+                      .end = after.time,
+                      .slotBefore = before.slot,
+                      .slotAfter = after.slot};
+        if (!best || gap.length() > best->length()) best = gap;
+    }
+    return best;
+}
+
 }  // namespace sonaprobe

@@ -26,4 +26,8 @@ struct Gap {
 // most ends without starts.
 std::optional<Gap> largestGap(const Scene& scene, Nanoseconds begin, Nanoseconds end);
 
+// The largest gap that overlaps a stretch of time and has an invalid slot in it, as a tracer leaves
+// where records were lost.
+std::optional<Gap> markedGap(const Scene& scene, Nanoseconds begin, Nanoseconds end);
+
 }  // namespace sonaprobe

@@ -1,6 +1,6 @@
 """Traces of one I/O thread, made cycle by cycle: 512 frames at 48 kHz, times in ticks, 24 a µs."""
 
-from records import DIVISOR_MARKER, pack
+from records import DIVISOR_MARKER, INVALID_MARKER, pack
 
 OVERLOAD, IO_THREAD, IO_CYCLE, CLIENT, ZERO_TIME_STAMP = (0x21040000 + 4 * n for n in range(5))
 POLL_REGISTER, CODEC_COMMAND = 0x05245028, 0x05245120  # silent without -v
@@ -26,6 +26,10 @@ class Trace:
     def put(self, time, code, thread=IO, cpu=0, **arguments):
         self.records.append((time, len(self.records), pack(code, t=time, a5=thread, cpu=cpu,
                                                            **arguments)))
+
+    def lose(self, time):
+        """The mark of a tracer that has lost records."""
+        self.put(time, INVALID_MARKER, thread=0)
 
     def call(self, begin, end, code=PIN_SENSE, thread=DRIVER, cpu=5):
         """A call with its start, and its end where there is one."""

@@ -201,6 +201,16 @@ def test_ends_without_starts_are_lost_records_and_the_slot_after_the_gap_is_name
     assert dropout["culprit"] == {"slot": first}
 
 
+@pytest.mark.parametrize("at, cause", [(SLOW // 2, "lost-records"), (-40 * MS, "blocked-by")])
+def test_no_cause_rests_on_records_across_an_invalid_slot(why, at, cause):
+    """A call covers the silence; where records were lost in it, it may have ended and begun anew."""
+    trace, begin = trace_with()
+    trace.call(begin + 500, begin + SLOW - 300)
+    trace.lose(begin + at)
+    trace.healthy()
+    assert one(why(trace))["cause"] == cause
+
+
 def test_a_trace_that_begins_inside_the_io_thread_has_lost_nothing(why):
     trace, begin = trace_with()
     trace.put(begin + SLOW - 100, IO_THREAD | END)
