@@ -129,6 +129,9 @@ Selection selectionOf(const SelectionOptions& options, TraceOptions& trace) {
         .failed = options.failed,
         .where = options.where,
     };
+    if (criteria.from && criteria.to && *criteria.to <= *criteria.from) {
+        refuse("to", options.to + " is not after --from, " + options.from);
+    }
     auto made = Selection::make(std::move(criteria));
     if (const Refusal* const refusal = std::get_if<Refusal>(&made)) {
         refuse(refusal->option, refusal->message);

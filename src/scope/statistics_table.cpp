@@ -209,9 +209,9 @@ Json StatisticsTable::namesInJson(const GroupKey& key) const {
 std::vector<Cell> StatisticsTable::sumsAfter(size_t printed) const {
     std::vector<Cell> cells;
     for (size_t i = 0; i < kColumns.size(); ++i) {
-        int64_t sum = 0;
+        Number sum;
         for (const StatisticsRow& row : std::span(rows_).subspan(printed)) {
-            sum = saturated(Wide{sum} + row.numbers[i].value_or(0));
+            if (row.numbers[i]) sum = saturated(Wide{sum.value_or(0)} + *row.numbers[i]);
         }
         Cell& cell = cells.emplace_back(kColumns[i].sums ? cellOf(i, sum) : "");
         cell.style = {Tone::dim};

@@ -30,6 +30,7 @@ SONASCOPE = [
     (["lines", "trace.raw", "more.raw"],
      "The following argument was not expected: more.raw; see sonascope lines --help"),
     (["lines", "trace.raw", "--from", "10"], f"--from: '10' {NO_TIME}"),
+    (["lines", "trace.raw", "--from", "5s", "--to", "2s"], "--to: 2s is not after --from, 5s"),
     (["lines", "trace.raw", "--longer", "fast"], f"--longer: 'fast' {NO_TIME}"),
     (["lines", "trace.raw", "--driver", "OrvelHDAControler"],
      "--driver: no driver is called 'OrvelHDAControler'; the nearest are 'OrvelHDAController', "
