@@ -50,7 +50,7 @@ void sonaprobe_close(sonaprobe_reader* reader) { delete reader; }
 int sonaprobe_next(sonaprobe_reader* reader, const sonaprobe_event** event) {
     sonaprobe_event& next = reader->event;
     for (;;) {
-        TraceRecord slot;
+        TraceRecord slot{};
         const int taken = reader->slots.next(slot);
         if (taken <= 0) return taken;
         const uint64_t number = reader->slotsTaken++;

@@ -17,6 +17,7 @@ Bar call(Nanoseconds begin, Nanoseconds end, uint64_t record, uint8_t flags = 0)
 
 std::vector<uint64_t> recordsOf(const std::vector<Bar>& bars) {
     std::vector<uint64_t> records;
+    records.reserve(bars.size());
     for (const Bar& bar : bars) records.push_back(bar.record);
     return records;
 }

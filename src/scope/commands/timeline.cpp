@@ -16,8 +16,6 @@
 #include "scope/timeline/page_file.h"
 #include "scope/units.h"
 
-extern char** environ;
-
 namespace sonaprobe::scope {
 
 namespace {

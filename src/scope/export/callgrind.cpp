@@ -15,6 +15,7 @@ namespace {
 struct Function {
     uint32_t code = 0;
     uint32_t levelOrThread = 0;
+    // NOLINTNEXTLINE(modernize-use-nullptr): clang-tidy 14 takes the result's 0 for a pointer.
     auto operator<=>(const Function&) const = default;
 };
 

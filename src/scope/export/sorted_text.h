@@ -17,6 +17,7 @@ namespace sonaprobe::scope {
 struct TextKey {
     int64_t first;
     uint64_t second;
+    // NOLINTNEXTLINE(modernize-use-nullptr): clang-tidy 14 takes the result's 0 for a pointer.
     auto operator<=>(const TextKey&) const = default;
 };
 

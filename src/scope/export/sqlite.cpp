@@ -22,7 +22,7 @@ class WordRoom {
     std::string_view text() const { return {room_, 18}; }
 
   private:
-    char room_[18 + kDigitSlack];
+    char room_[18 + kDigitSlack]{};
 };
 
 class Sqlite final : public Format {

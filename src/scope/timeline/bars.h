@@ -41,6 +41,7 @@ struct RowKey {
     uint32_t depth = 0;
     bool points = false;
 
+    // NOLINTNEXTLINE(modernize-use-nullptr): clang-tidy 14 takes the result's 0 for a pointer.
     auto operator<=>(const RowKey&) const = default;
 };
 
