@@ -60,6 +60,11 @@ double clockTicksPerMicrosecond() {
     return static_cast<double>(timebase.denom) / static_cast<double>(timebase.numer) * 1000.0;
 }
 
+void LiveTrace::freeBuffer() {
+    std::free(buffer_.data());
+    buffer_ = {};
+}
+
 void LiveTrace::endUnless(bool done, const char* message) {
     if (!done) program_.fail(message);
 }

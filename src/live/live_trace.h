@@ -42,6 +42,9 @@ class LiveTrace {
     void allocateBuffer(uint32_t records);
     std::span<TraceRecord> buffer() const { return buffer_; }
 
+    // For a program that goes on after its run; others leave that to their end.
+    void freeBuffer();
+
     // Takes the facility and reserves its buffer. Any type of interest but 0x200000 and 0x20000
     // becomes 0x40000. A signal is taken between two steps.
     struct Wanted {

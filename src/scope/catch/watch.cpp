@@ -66,6 +66,9 @@ class Watch {
           answers_(options.then),
           ring_(options.memory),
           trace_({.fail = fail, .warn = warnOf}) {}
+    ~Watch() { trace_.freeBuffer(); }
+    Watch(const Watch&) = delete;
+    Watch& operator=(const Watch&) = delete;
 
     Status run();
 

@@ -40,6 +40,7 @@ char* putQuoted(char* at, std::string_view text) {
 }
 
 char* putField(char* at, std::string_view text) {
+    if (text.empty()) return at;  // there may be no address to copy from
     const bool special = containsAny(
         text, [](EightBytes bytes) { return areEqual(bytes, ',') | areEqual(bytes, '"'); });
     return special || looksLikeFormula(text) ? putQuoted(at, text) : putText(at, text);

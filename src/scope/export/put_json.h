@@ -17,6 +17,10 @@ char* putJsonEscaped(char* at, std::string_view text);
 // In quotation marks; at most six characters for one.
 inline char* putJsonText(char* at, std::string_view text) {
     *at++ = '"';
+    if (text.empty()) {  // of which there may be no address to copy from
+        *at++ = '"';
+        return at;
+    }
     const bool plain = !containsAny(text, [](EightBytes bytes) {
         return areEqual(bytes, '"') | areEqual(bytes, '\\') | areEqual(bytes, '<');
     });
