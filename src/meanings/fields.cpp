@@ -93,9 +93,9 @@ constexpr Field kUsbAudio[] = {
 };
 
 constexpr FieldGroup kGroups[] = {
-    {"Registers of an HD-audio controller", "High Definition Audio Specification, revision 1.0a", kHdaRegisters},
-    {"Codecs on the HD-audio link", "High Definition Audio Specification, revision 1.0a", kHdaCodecs},
-    {"USB requests and descriptors", "Universal Serial Bus Specification, revision 2.0", kUsbBus},
+    {"Registers of an HD-audio controller", "High Definition Audio, revision 1.0a", kHdaRegisters},
+    {"Codecs on the HD-audio link", "High Definition Audio, revision 1.0a", kHdaCodecs},
+    {"USB requests and descriptors", "Universal Serial Bus, revision 2.0", kUsbBus},
     {"USB audio", "Universal Serial Bus Device Class Definition for Audio Devices, releases 1.0 and 2.0", kUsbAudio},
 };
 
