@@ -16,7 +16,7 @@ std::string joined(std::span<const std::string> words, const char* between = " "
 }
 
 // In single quotation marks, as all three shells read them.
-std::string quoted(std::string_view text) {
+std::string shellWord(std::string_view text) {
     std::string out = "'";
     for (const char c : text) {
         if (c == '\'') {
@@ -53,7 +53,7 @@ std::string bashReplyOf(const ValueWords& value) {
     if (isPath(value.kind)) return "_filedir";
     const std::vector<std::string> words = wordsOf(value);
     if (words.empty()) return ":";
-    return "COMPREPLY=($(compgen -W " + quoted(joined(words)) + " -- \"$current\"))";
+    return "COMPREPLY=($(compgen -W " + shellWord(joined(words)) + " -- \"$current\"))";
 }
 
 }  // namespace
@@ -67,7 +67,7 @@ std::string bashCompletion(std::span<const CommandWords> commands) {
         "    current=$cur previous=$prev\n"
         "    if [ \"$cword\" -eq 1 ]; then\n"
         "        COMPREPLY=($(compgen -W " +
-        quoted(joined(namesOf(commands)) + " --help --version") +
+        shellWord(joined(namesOf(commands)) + " --help --version") +
         " -- \"$current\"))\n"
         "        return\n"
         "    fi\n"
@@ -84,7 +84,7 @@ std::string bashCompletion(std::span<const CommandWords> commands) {
         text +=
             "            esac\n            if [[ $current == -* ]]; then\n"
             "                COMPREPLY=($(compgen -W " +
-            quoted(joined(names)) + " -- \"$current\"))\n            else\n                " +
+            shellWord(joined(names)) + " -- \"$current\"))\n            else\n                " +
             (command.operands.empty() ? ":" : bashReplyOf(command.operands.front())) +
             "\n            fi\n            ;;\n";
     }
@@ -118,7 +118,7 @@ std::string zshCompletion(std::span<const CommandWords> commands) {
         "_sonascope() {\n"
         "    local -a commands=(\n";
     for (const CommandWords& command : commands) {
-        text += "        " + quoted(command.name + ":" + command.help) + "\n";
+        text += "        " + shellWord(command.name + ":" + command.help) + "\n";
     }
     text +=
         "    )\n"
@@ -142,7 +142,7 @@ std::string zshCompletion(std::span<const CommandWords> commands) {
                 if (hasValue) {
                     argument += ":" + option.value.kind + ":" + zshAction(option.value);
                 }
-                text += "                " + quoted(argument) + " \\\n";
+                text += "                " + shellWord(argument) + " \\\n";
             }
         }
         // The last one may come several times.
@@ -151,7 +151,7 @@ std::string zshCompletion(std::span<const CommandWords> commands) {
             const bool last = i + 1 == command.operands.size();
             std::string argument = last ? "*" : std::to_string(i + 1);
             argument.append(":").append(operand.kind).append(":").append(zshAction(operand));
-            text += "                " + quoted(argument) + " \\\n";
+            text += "                " + shellWord(argument) + " \\\n";
         }
         text += "                && return\n            ;;\n";
     }
@@ -171,10 +171,10 @@ std::string fishCompletion(std::span<const CommandWords> commands) {
         const std::string begin =
             "complete -c sonascope -n '__fish_seen_subcommand_from " + command.name + "'";
         text += "complete -c sonascope -n __fish_use_subcommand -a " + command.name + " -d " +
-                quoted(command.help) + "\n";
+                shellWord(command.help) + "\n";
         const auto valueOf = [](const ValueWords& value) {
             if (isPath(value.kind)) return std::string(" -F");
-            if (!value.choices.empty()) return " -f -a " + quoted(joined(value.choices));
+            if (!value.choices.empty()) return " -f -a " + shellWord(joined(value.choices));
             if (wordsOfKind(value.kind).empty()) return std::string(" -f");
             return " -f -a \"$__sonascope_" + value.kind + "\"";
         };
@@ -185,7 +185,7 @@ std::string fishCompletion(std::span<const CommandWords> commands) {
                 text += (isLong ? " -l " : " -s ") + name.substr(isLong ? 2 : 1);
             }
             if (!option.value.kind.empty()) text += " -r" + valueOf(option.value);
-            text += " -d " + quoted(option.help) + "\n";
+            text += " -d " + shellWord(option.help) + "\n";
         }
         for (const ValueWords& operand : command.operands) {
             text += begin + valueOf(operand) + "\n";
