@@ -1,11 +1,14 @@
 """timeline: a trace as one page, or no page at all. What the page reads is tried in node."""
 
 import base64
+import bisect
 import hashlib
 import json
 import os
 import re
+import shlex
 import signal
+import struct
 import subprocess
 import zlib
 from html.parser import HTMLParser
@@ -14,7 +17,9 @@ import pytest
 
 from conftest import BUILD, run_program
 from processes import started, wait_until
-from scope import ENABLE, OVERLOAD, POINT, START, divisor, nested_calls, pack, record, scope
+from records import DIVISOR_MARKER
+from scope import (
+    ENABLE, END, FORMAT, OVERLOAD, POINT, START, divisor, nested_calls, pack, record, scope)
 
 CHUNK = re.compile(rb'<script type="application/octet-stream" id="(\w+)">([^<]*)</script>')
 
@@ -76,10 +81,18 @@ def test_a_dropout_has_its_cause_and_its_evidence(tmp_path, page):
     scope("timeline", path, "-o", page)
     told = head(page.read_bytes())
     why = json.loads(scope("why", path, "--json").stdout)
-    assert [(dropout["cause"], dropout["certainty"], dropout["time"])
-            for dropout in told["dropouts"]] == [
-        (dropout["cause"], dropout["certainty"], dropout["time_ns"])
+    divisors = [slot for slot, (debugid,) in enumerate(
+        struct.iter_unpack("<48xI12x", path.read_bytes())) if debugid == DIVISOR_MARKER]
+
+    def record_of(slot):
+        return slot - bisect.bisect(divisors, slot)
+
+    assert [(dropout["cause"], dropout["certainty"], dropout["time"], dropout["record"],
+             dropout["evidence"]) for dropout in told["dropouts"]] == [
+        (dropout["cause"], dropout["certainty"], dropout["time_ns"], record_of(dropout["slot"]),
+         [record_of(slot) for slot in dropout["evidence"]])
         for dropout in why["dropouts"]]
+    assert any(len(dropout["evidence"]) > 1 for dropout in told["dropouts"])
     assert told["lanes"][0]["kind"] == "io"
 
 
@@ -97,6 +110,49 @@ def test_the_page_has_what_is_selected(trace, page, options, records):
     told = head(page.read_bytes())
     assert told["records"] == records
     assert told["notes"][0] == f"A part of the trace: {records} of its 5 records."
+
+
+def short_calls():
+    """A thousand calls of 10 µs, one in 20 µs; one of 15 µs, one that fails, one around a point of
+    its own."""
+    slots = [divisor()]
+    for i in range(1000):
+        slots.append(record(ENABLE, START, 20 * i))
+        if i == 500:
+            slots.append(record(FORMAT, POINT, 20 * i + 1))
+        slots.append(record(ENABLE, END, 20 * i + (15 if i == 300 else 10),
+                            a4=0xE00002BC if i == 701 else 0))
+    return b"".join(slots)
+
+
+def test_a_long_trace_is_thinned_and_says_so(trace, page):
+    trace.write_bytes(short_calls())
+    scope("timeline", trace, "-o", page, "--most", "2001")
+    assert (head(page.read_bytes())["records"], head(page.read_bytes())["notes"]) == (2001, [])
+    scope("timeline", trace, "-o", page, "--most", "2000", "--force")
+    told = head(page.read_bytes())
+    assert 1000 < told["records"] <= 2000
+    scope("timeline", trace, "-o", page, "--most", "100", "--force")
+    told = head(page.read_bytes())
+    assert told["records"] < 1000
+    assert sum(told["overview"]["records"]) == 2001
+    assert sum(told["overview"]["failures"]) == 1
+    thinned, cut = told["notes"]
+    assert thinned.startswith(f"Thinned: {2001 - told['records']:,} of 2,001 records are merged, "
+                              "of calls shorter than 65.5 µs")
+    command = re.search(r"sonascope (timeline .*) -o part.html$", cut).group(1)
+    options = shlex.split(command)[2:]
+    scope("timeline", trace, *options, "-o", page, "--force")
+    part = head(page.read_bytes())
+    assert part["records"] > 0
+    assert part["notes"] == [f"A part of the trace: {part['records']} of its 2,001 records."]
+
+
+def test_time_is_counted_from_the_first_record(trace, page):
+    result = scope("timeline", trace, "-o", page, "--kernel-time")
+    assert result.returncode == 2
+    assert "leave out --kernel-time" in result.stderr
+    assert list(page.parent.iterdir()) == []
 
 
 def test_code_names_are_those_of_the_file(trace, page, tmp_path):

@@ -13,6 +13,7 @@
 #include "scope/new_file.h"
 #include "scope/repeatable.h"
 #include "scope/selection_options.h"
+#include "scope/timeline/packer.h"
 #include "scope/timeline/page_file.h"
 #include "scope/units.h"
 
@@ -20,11 +21,14 @@ namespace sonaprobe::scope {
 
 namespace {
 
+constexpr uint64_t kMost = 20'000'000;
+
 struct Options {
     TraceOptions trace;
     SelectionOptions selection;
     NewFileOptions newFile;
     bool open = false;
+    uint64_t most = kMost;
 };
 
 // The file's name without its folders.
@@ -68,6 +72,9 @@ Status run(Options& options) {
     if (!timeline::hasPage()) {
         throw Failure{"this build of sonascope has no timeline: it was built without esbuild"};
     }
+    if (options.trace.kernelTime) {
+        throw Failure{"the page counts time from the first record; leave out --kernel-time"};
+    }
     if (options.newFile.path.empty() && !options.open) {
         throw Failure{"say where the page goes: -o PAGE.html, -o - or --open"};
     }
@@ -80,7 +87,8 @@ Status run(Options& options) {
     const auto pack = [&] {
         timeline::Survey survey;
         timeline::survey(options.trace, selection, survey);
-        return timeline::pack(options.trace, title, survey);
+        const timeline::Thinning thinning = timeline::thinned(options.trace, survey, options.most);
+        return timeline::pack(options.trace, title, survey, thinning);
     };
     if (options.newFile.path == "-") {
         Output out({.noPager = true});
@@ -113,6 +121,9 @@ Run setUpTimeline(CLI::App& app) {
         ->type_name("PAGE");
     app.add_flag("--force", options->newFile.force, "write over a file that exists");
     app.add_flag("--open", options->open, "show the page in the browser ($BROWSER, xdg-open)");
+    app.add_option("--most", options->most,
+                   "merge short calls of a trace that has more records (20000000)")
+        ->type_name("RECORDS");
     addSelectionOptions(app, options->selection);
     addExamples(app,
                 "  sonascope timeline trace.raw -o trace.html\n"

@@ -16,6 +16,7 @@ constexpr uint8_t kCutOff = 2;
 constexpr uint8_t kUnfinished = 4;
 constexpr uint8_t kMerged = 8;
 constexpr uint8_t kWaiting = 16;
+constexpr uint8_t kThinned = 32;
 
 constexpr uint32_t kDeepest = 0xFFFE;  // calls inside it are drawn at its depth
 

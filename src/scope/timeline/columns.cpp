@@ -2,6 +2,7 @@
 
 #include "scope/timeline/columns.h"
 
+#include <limits>
 #include <zlib.h>
 
 #include "scope/failure.h"
@@ -48,14 +49,24 @@ void Columns::appendTo(std::string& bytes) const {
     for (const std::string& plane : planes_) append(plane);
 }
 
-std::string deflated(const std::string& bytes, int level) {
-    std::string packed(compressBound(bytes.size()), '\0');
-    uLongf length = packed.size();
-    if (compress2(reinterpret_cast<Bytef*>(packed.data()), &length,
-                  reinterpret_cast<const Bytef*>(bytes.data()), bytes.size(), level) != Z_OK) {
+std::string deflated(const std::string& bytes, Deflating how) {
+    constexpr int kWindowBits = 15;
+    constexpr int kMostMemory = 9;
+    z_stream stream{};
+    if (bytes.size() > std::numeric_limits<uInt>::max() ||
+        deflateInit2(&stream, Z_BEST_SPEED, Z_DEFLATED, kWindowBits, kMostMemory,
+                     how == Deflating::quick ? Z_RLE : Z_DEFAULT_STRATEGY) != Z_OK) {
         throw Failure{"there is no memory left to deflate the page's data"};
     }
-    packed.resize(length);
+    // Nothing fails where there is room for all.
+    std::string packed(deflateBound(&stream, bytes.size()), '\0');
+    stream.next_in = reinterpret_cast<Bytef*>(const_cast<char*>(bytes.data()));
+    stream.avail_in = static_cast<uInt>(bytes.size());
+    stream.next_out = reinterpret_cast<Bytef*>(packed.data());
+    stream.avail_out = static_cast<uInt>(packed.size());
+    deflate(&stream, Z_FINISH);
+    packed.resize(stream.total_out);
+    deflateEnd(&stream);
     return packed;
 }
 

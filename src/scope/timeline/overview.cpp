@@ -15,9 +15,10 @@ size_t Overview::bucketOf(Nanoseconds time) const {
     return static_cast<size_t>(std::clamp<Wide>(bucket, 0, kBuckets - 1));
 }
 
-void Overview::addRecord(Nanoseconds time, bool failure) {
+void Overview::addRecord(Nanoseconds time, bool failure, bool merged) {
     const size_t bucket = bucketOf(time);
     ++records_[bucket];
+    if (merged) ++merged_[bucket];
     if (failure) ++failures_[bucket];
 }
 
@@ -28,13 +29,15 @@ void Overview::addBusy(Nanoseconds begin, Nanoseconds end) {
         busy_[first] += static_cast<double>(end - begin);
         return;
     }
-    const auto edge = [&](size_t bucket) {
-        return begin_ + static_cast<Nanoseconds>(bucket) * width_;
-    };
-    busy_[first] += static_cast<double>(edge(first + 1) - begin);
-    busy_[last] += static_cast<double>(end - edge(last));
+    busy_[first] += static_cast<double>(beginOf(first + 1) - begin);
+    busy_[last] += static_cast<double>(end - beginOf(last));
     ++whole_[first + 1];
     --whole_[last];
+}
+
+std::pair<Nanoseconds, Nanoseconds> Overview::mostMerged() const {
+    const auto most = static_cast<size_t>(std::ranges::max_element(merged_) - merged_.begin());
+    return {beginOf(most), beginOf(most + 1)};
 }
 
 Json Overview::toJson(size_t processors) const {

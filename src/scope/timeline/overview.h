@@ -3,6 +3,7 @@
 #pragma once
 
 #include <cstdint>
+#include <utility>
 #include <vector>
 
 #include "analysis/trace_clock.h"
@@ -16,19 +17,26 @@ class Overview {
 
     Overview(Nanoseconds begin, Nanoseconds end);
 
-    void addRecord(Nanoseconds time, bool failure);
+    void addRecord(Nanoseconds time, bool failure, bool merged);
     void addBusy(Nanoseconds begin, Nanoseconds end);
+
+    // The bucket of most merged records: from when to when.
+    std::pair<Nanoseconds, Nanoseconds> mostMerged() const;
 
     // "busy" is the share of the time of so many processors, in thousandths.
     Json toJson(size_t processors) const;
 
   private:
     size_t bucketOf(Nanoseconds time) const;
+    Nanoseconds beginOf(size_t bucket) const {
+        return begin_ + static_cast<Nanoseconds>(bucket) * width_;
+    }
 
     Nanoseconds begin_;
     Nanoseconds width_;
     std::vector<uint64_t> records_ = std::vector<uint64_t>(kBuckets);
     std::vector<uint64_t> failures_ = std::vector<uint64_t>(kBuckets);
+    std::vector<uint64_t> merged_ = std::vector<uint64_t>(kBuckets);
     std::vector<double> busy_ = std::vector<double>(kBuckets);  // at the ends of what is busy
     std::vector<int64_t> whole_ = std::vector<int64_t>(kBuckets + 1);  // buckets that begin or end
 };

@@ -1,18 +1,13 @@
-// The second reading of a trace for its page: its records in blocks, its calls in a pyramid, and
+// The last reading of a trace for its page: its records in blocks, its calls in a pyramid, and
 // the head that the first picture is drawn from.
 
 #pragma once
 
-#include <deque>
-#include <future>
 #include <string>
 #include <vector>
 
-#include "scope/timeline/bars.h"
-#include "scope/timeline/event_tables.h"
-#include "scope/timeline/overview.h"
-#include "scope/timeline/record_block.h"
 #include "scope/timeline/survey.h"
+#include "scope/timeline/thinning.h"
 
 namespace sonaprobe::scope::timeline {
 
@@ -26,6 +21,7 @@ struct PackedTrace {
 };
 
 // Memory grows with the page, threads and open calls, not with the trace. Throws a Failure.
-PackedTrace pack(const TraceOptions& trace, const std::string& title, const Survey& survey);
+PackedTrace pack(const TraceOptions& trace, const std::string& title, const Survey& survey,
+                 const Thinning& thinning);
 
 }  // namespace sonaprobe::scope::timeline

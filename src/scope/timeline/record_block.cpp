@@ -38,22 +38,29 @@ struct Column {
 };
 
 // Calls put() with each number to be stored.
-template <class Put>
-void code(const Column& column, Coding coding, const Put& put) {
+template <Coding kCoding, class Put>
+void codeBy(const Column& column, const Put& put) {
     Half before = 0;
     Half step = 0;
     for (size_t i = 0; i < column.values.size(); ++i) {
         const Half value = column.values[i];
-        Half base = 0;
-        switch (coding) {
-            case Coding::delta: base = before; break;
-            case Coding::slope: base = before + step; break;
-            case Coding::afterTick: base = column.ticks[i] + before; break;
-            default: break;
-        }
-        put(zigzag(static_cast<int32_t>(value - base)));
-        step = value - before;
-        before = coding == Coding::afterTick ? value - column.ticks[i] : value;
+        const Half number = kCoding == Coding::afterTick ? value - column.ticks[i] : value;
+        const Half base = kCoding == Coding::value   ? 0
+                          : kCoding == Coding::slope ? before + step
+                                                     : before;
+        put(zigzag(static_cast<int32_t>(number - base)));
+        step = number - before;
+        before = number;
+    }
+}
+
+template <class Put>
+void code(const Column& column, Coding coding, const Put& put) {
+    switch (coding) {
+        case Coding::delta: return codeBy<Coding::delta>(column, put);
+        case Coding::slope: return codeBy<Coding::slope>(column, put);
+        case Coding::afterTick: return codeBy<Coding::afterTick>(column, put);
+        default: return codeBy<Coding::value>(column, put);
     }
 }
 
@@ -164,9 +171,15 @@ void packTicks(const RecordBlock& block, Columns& columns) {
 }
 
 void packProcessors(const RecordBlock& block, Columns& columns) {
-    tsl::robin_map<uint32_t, uint32_t> lastOf;  // by thread
+    // By symbol: its thread, numbered in the block.
+    std::vector<size_t> threadOf;
+    tsl::robin_map<uint32_t, size_t> threads;
+    for (const LocalSymbol& symbol : block.symbols) {
+        threadOf.push_back(threads.try_emplace(symbol.thread, threads.size()).first->second);
+    }
+    std::vector<uint32_t> lastOf(threads.size());
     for (size_t i = 0; i < block.records.size(); ++i) {
-        uint32_t& last = lastOf[block.symbols[block.local[i]].thread];
+        uint32_t& last = lastOf[threadOf[block.local[i]]];
         columns.put(zigzag(static_cast<int32_t>(block.records[i].cpuid - last)));
         last = block.records[i].cpuid;
     }
@@ -184,28 +197,34 @@ void packWords(const RecordBlock& block, std::string& heading, Columns& columns)
     }
 
     WordPacker packer(heading, columns);
-    std::vector<Half> low;
-    std::vector<Half> high;
     std::vector<Half> ticks;
+    std::array<std::vector<Half>, 4> low;
+    std::array<std::vector<Half>, 4> high;
     for (size_t i = 0; i < block.symbols.size(); ++i) {
         const std::span<const uint32_t> mine(order.data() + begins[i], begins[i + 1] - begins[i]);
         const size_t count = mine.size();
-        low.resize(count);
-        high.resize(count);
+        const auto isKept = [&](size_t word) { return (block.symbols[i].words >> word & 1) != 0; };
+        if (block.symbols[i].words == 0) continue;
         ticks.resize(count);
-        for (size_t k = 0; k < count; ++k) {
-            ticks[k] = static_cast<Half>(block.records[mine[k]].timestamp);
+        for (size_t word = 0; word < low.size(); ++word) {
+            if (!isKept(word)) continue;
+            low[word].resize(count);
+            high[word].resize(count);
         }
-        for (const unsigned word : {0U, 1U, 2U, 3U}) {
-            if ((block.symbols[i].words >> word & 1) == 0) continue;
-            for (size_t k = 0; k < count; ++k) {
-                const TraceRecord& record = block.records[mine[k]];
-                const uint64_t words[] = {record.arg1, record.arg2, record.arg3, record.arg4};
-                low[k] = static_cast<Half>(words[word]);
-                high[k] = static_cast<Half>(words[word] >> 32);
+        for (size_t k = 0; k < count; ++k) {
+            const TraceRecord& record = block.records[mine[k]];
+            const std::array words = {record.arg1, record.arg2, record.arg3, record.arg4};
+            ticks[k] = static_cast<Half>(record.timestamp);
+            for (size_t word = 0; word < words.size(); ++word) {
+                if (!isKept(word)) continue;
+                low[word][k] = static_cast<Half>(words[word]);
+                high[word][k] = static_cast<Half>(words[word] >> 32);
             }
-            packer.pack({low, ticks});
-            packer.pack({high, ticks});
+        }
+        for (size_t word = 0; word < low.size(); ++word) {
+            if (!isKept(word)) continue;
+            packer.pack({low[word], ticks});
+            packer.pack({high[word], ticks});
         }
     }
 }
@@ -223,6 +242,18 @@ void putList(std::string& heading, const std::vector<Entry>& entries, const Put&
 }
 
 }  // namespace
+
+void RecordBlock::clear() {
+    firstRecord = firstSlot = 0;
+    least = latest = 0;
+    records.clear();
+    local.clear();
+    symbols.clear();
+    segments.clear();
+    deeds.clear();
+    failures.clear();
+    gaps.clear();
+}
 
 std::string packed(const RecordBlock& block) {
     std::string heading;

@@ -64,6 +64,9 @@ struct RecordBlock {
     std::vector<Deed> deeds;
     std::vector<Failing> failures;
     std::vector<SlotGap> gaps;
+
+    // Keeps its memory.
+    void clear();
 };
 
 std::string packed(const RecordBlock& block);

@@ -2,6 +2,8 @@
 
 #include "scope/timeline/survey.h"
 
+#include <bit>
+
 #include "analysis/io_cycles.h"
 #include "scope/failure.h"
 #include "scope/records.h"
@@ -49,18 +51,23 @@ void survey(const TraceOptions& trace, const Selection& selection, Survey& surve
     TraceClock clock;
     ShownSlots shown(survey.shown);
     const bool all = selection.isAll();
+    std::vector<Nanoseconds> latestOf;  // by thread
+    std::array<uint64_t, 65> begun{};   // by how many bits a time differs in from the one before
     const auto takeRecord = [&](const TraceRecord& record, uint64_t slot) {
-        const Nanoseconds time = clock.read(record).time;
-        const Nanoseconds asked = trace.kernelTime ? clock.kernelTime(record) : time;
-        if (!all && !selection.contains(record, slot, asked)) return;
+        const auto [time, thread, restarted, latestBefore] = clock.read(record);
+        if (!all && !selection.contains(record, slot, time)) return;
         if (!all) shown.show(slot);
         const Nanoseconds at = bounded(time);
         if (survey.records == 0) survey.begin = survey.end = at;
         survey.begin = std::min(survey.begin, at);
         survey.end = std::max(survey.end, at);
         ++survey.records;
+        if (thread >= latestOf.size()) latestOf.resize(thread + 1, -1);
+        ++begun[static_cast<size_t>(std::bit_width(static_cast<uint64_t>(at ^ latestOf[thread])))];
+        latestOf[thread] = at;
     };
     for (auto slots = input.next(); !slots.empty(); slots = input.next()) {
+        survey.io.take(slots);
         uint64_t number = input.firstSlot();
         for (const TraceRecord& slot : slots) {
             const SlotKind kind = kindOf(slot);
@@ -76,6 +83,12 @@ void survey(const TraceOptions& trace, const Selection& selection, Survey& surve
                       "; no page is written. The trace ends at " + timeText(clock.latest())};
     }
     if (!all) shown.finish();
+    uint64_t longer = 0;
+    for (size_t bits = survey.stretches.size(); bits-- > 0;) {
+        longer += begun[bits + 1];
+        survey.stretches[bits] = longer;
+    }
+    survey.io.finish();
 }
 
 }  // namespace sonaprobe::scope::timeline

@@ -1,11 +1,14 @@
-// The first reading of a trace for its page: how long it is, and which records are shown.
+// The first reading of a trace for its page: how long it is, which records are shown, and what its
+// I/O came to.
 
 #pragma once
 
+#include <array>
 #include <vector>
 
 #include "analysis/selection.h"
 #include "scope/options.h"
+#include "scope/timeline/io_answer.h"
 
 namespace sonaprobe::scope::timeline {
 
@@ -16,6 +19,9 @@ struct Survey {
     // By slot: whether its record is shown; empty where all are. With a call's start its end is
     // shown too, and the other way round.
     std::vector<bool> shown{};
+    // By n: how often a thread's record begins another stretch of 2^n ns, at their multiples.
+    std::array<uint64_t, 64> stretches{};
+    IoAnswer io{};
 
     bool shows(uint64_t slot) const { return shown.empty() || shown[slot]; }
 };

@@ -35,7 +35,7 @@ export interface Dropout {
   readonly certainty: string;
   readonly culprit: string; // "OrvelHDAWidget::pinSense, thread 0x00001c41", "" where none is named
   readonly culpritRecord: number; // -1 where none is
-  readonly evidence: readonly number[]; // records
+  readonly evidence: readonly number[]; // records that prove it, ascending: those that `why` prints
 }
 
 // Bits of a bar's or point's flags.
@@ -44,6 +44,7 @@ export const kCutOff = 2;
 export const kUnfinished = 4;
 export const kMerged = 8; // several calls that share a pixel; record is the longest one's start
 export const kWaiting = 16; // an I/O thread waits here for its next cycle
+export const kThinned = 32; // with kMerged: some of the calls are not in the page, which a note explains
 
 // Calls on the screen, a column each: reused from frame to frame, so that a frame allocates nothing.
 export interface Bars {

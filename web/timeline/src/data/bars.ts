@@ -110,6 +110,51 @@ export function readLongCalls(bytes: Uint8Array, laneOfThread: Uint32Array): Lon
   return readColumns(bytes, laneOfThread, true);
 }
 
+// All bars, and those of others that have a flag, row by row in the order of time.
+export function joined(bars: BarColumns, others: BarColumns, flag: number): BarColumns {
+  const lanes: number[] = [];
+  const depths: number[] = [];
+  const starts = [0];
+  const from: BarColumns[] = [];
+  const places: number[] = [];
+  const keyOf = ({ lanes, depths }: BarColumns, row: number): number =>
+    row < lanes.length ? lanes[row]! * 2 ** 32 + depths[row]! : Infinity;
+  for (let a = 0, b = 0; a < bars.lanes.length || b < others.lanes.length; ) {
+    const key = Math.min(keyOf(bars, a), keyOf(others, b));
+    lanes.push(Math.floor(key / 2 ** 32));
+    depths.push(key % 2 ** 32);
+    const inA = keyOf(bars, a) === key;
+    const inB = keyOf(others, b) === key;
+    let next = inA ? bars.starts[a]! : 0;
+    const end = inA ? bars.starts[a + 1]! : 0;
+    const put = (source: BarColumns, at: number): void => {
+      from.push(source);
+      places.push(at);
+    };
+    for (let at = inB ? others.starts[b]! : 0; inB && at < others.starts[b + 1]!; ++at) {
+      if ((others.flags[at]! & flag) === 0) continue;
+      for (; next < end && bars.begin[next]! < others.begin[at]!; ++next) put(bars, next);
+      put(others, at);
+    }
+    for (; next < end; ++next) put(bars, next);
+    starts.push(places.length);
+    if (inA) ++a;
+    if (inB) ++b;
+  }
+  const of = (name: 'begin' | 'end' | 'event' | 'flags' | 'record') => (_: unknown, i: number) =>
+    from[i]![name][places[i]!]!;
+  return {
+    lanes: Uint32Array.from(lanes),
+    depths: Uint32Array.from(depths),
+    starts: Uint32Array.from(starts),
+    begin: Float64Array.from(places, of('begin')),
+    end: Float64Array.from(places, of('end')),
+    event: Uint16Array.from(places, of('event')),
+    flags: Uint8Array.from(places, of('flags')),
+    record: Float64Array.from(places, of('record')),
+  };
+}
+
 // The first row of a lane: rows[lane] of a block, found once a frame.
 export function firstRowOf(columns: BarColumns, lane: number): number {
   let low = 0;

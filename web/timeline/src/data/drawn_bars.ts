@@ -1,8 +1,8 @@
 // What a frame asks of calls and points: from the pyramid, or from unpacked blocks where it is finer
 // than that.
 
-import { kMerged, type Bars, type Points } from '../trace';
-import { emptyColumns, firstRowOf, lowerBound, sizeOf, type BarColumns } from './bars';
+import { kMerged, kThinned, type Bars, type Points } from '../trace';
+import { emptyColumns, firstRowOf, joined, lowerBound, sizeOf, type BarColumns } from './bars';
 import type { Head } from './head';
 import type { Asked } from './protocol';
 
@@ -17,12 +17,13 @@ interface KeptBlock {
 export class DrawnBars {
   private readonly levels: (BarColumns | undefined)[];
   private longCalls: BarColumns | null = null;
+  private noBlocks: BarColumns | null = null; // long calls, and what stands for calls that were thinned
   private readonly blocks = new Map<number, KeptBlock>();
   private readonly pending = new Set<string>();
   private size = 0;
   private frame = 0;
 
-  // The sources of the latest question; calls of several blocks come first, or nothing.
+  // The sources of the latest question; what no block has comes first, or nothing.
   private readonly sources: BarColumns[] = [];
   private rows = new Int32Array(64);
   private from = NaN;
@@ -105,8 +106,12 @@ export class DrawnBars {
   private selectBlocks(from: number, to: number): boolean {
     const { blocks } = this.head;
     this.sources.length = 0;
-    this.sources.push(this.longCalls ?? emptyColumns());
-    let all = this.longCalls !== null;
+    const finest = this.levels.at(-1);
+    if (this.noBlocks === null && this.longCalls !== null && finest !== undefined) {
+      this.noBlocks = joined(this.longCalls, finest, kThinned);
+    }
+    this.sources.push(this.noBlocks ?? emptyColumns());
+    let all = this.noBlocks !== null;
     for (let block = 0; block * 3 < blocks.length; ++block) {
       if (blocks[block * 3 + 1]! >= to || blocks[block * 3 + 2]! < from) continue;
       const kept = this.blocks.get(block);
@@ -149,7 +154,7 @@ export class DrawnBars {
     }
   }
 
-  // The calls of several blocks and those of each block, merged in the order of time.
+  // What no block has and the calls of each block, merged in the order of time.
   private fillRow(
     lane: number,
     depth: number,

@@ -3,7 +3,7 @@
 import assert from 'node:assert/strict';
 import { test } from 'node:test';
 
-import { kCutOff, kFailure, kMerged, kUnfinished, type Bars, type Cycles, type Matches, type Points } from '../../src/trace';
+import { kCutOff, kFailure, kMerged, kThinned, kUnfinished, type Bars, type Cycles, type Matches, type Points } from '../../src/trace';
 import type { OpenedPage } from './opened_page';
 import { divisor, escaped, linesOf, pageOf, randomFrom, run, statisticsOf, story, writeTrace, type Line, type Slot } from './programs';
 
@@ -291,6 +291,50 @@ test('a selection keeps both ends of a call, and the calls around them', async (
   assert.ok(part.records < whole.length);
   assert.ok(part.events.every(({ driver }) => driver === 'OrvelHDAEngine'));
   assert.match(part.notes[0]!, /^A part of the trace: /);
+});
+
+test('a thinned page keeps what matters, and covers what it merged', async () => {
+  const path = story('all', 150_000);
+  const lines = linesOf(path);
+  const opened = await pageOf(path, '--most', '60000');
+  const { trace, engine } = opened;
+  const merged = lines.length - trace.records;
+  assert.ok(merged > 50_000 && trace.records <= 60_000, `${merged} merged`);
+  assert.ok(trace.notes.some((note) => note.startsWith(`Thinned: ${merged.toLocaleString('en')} of 150,000 records`)));
+
+  const recordOf = new Map<number, number>(); // by slot
+  for (let record = 0; record < trace.records; ++record) recordOf.set((await engine.detail(record)).slot, record);
+  const whole = await pageOf(path);
+  const slotsOf = (page: OpenedPage, records: Iterable<number>): Promise<number[]> =>
+    Promise.all([...records].map(async (record) => (await page.engine.detail(record)).slot));
+  assert.deepEqual(await slotsOf(opened, (await trace.failures()).record), await slotsOf(whole, (await whole.trace.failures()).record));
+  assert.ok(trace.dropouts.length > 0);
+  for (const [i, { evidence }] of whole.trace.dropouts.entries()) {
+    assert.deepEqual(await slotsOf(opened, trace.dropouts[i]!.evidence), await slotsOf(whole, evidence));
+  }
+  const longest = new Map((await trace.statistics({ from: trace.begin, to: trace.end, lanes: null })).map((row) => [trace.events[row.event]!.code, row.max]));
+  for (const row of statisticsOf(path)) assert.equal(longest.get(Number(row.code)) ?? 0, row.max_ns ?? 0, row.code);
+
+  // A call that is left out lies in a bar that says so, of its depth or of one around it.
+  const bars = newBars();
+  let covered = 0;
+  for (const lane of trace.lanes) {
+    await exactly(() => trace.bars(lane.id, trace.begin, trace.end + 1, 0, bars));
+    const thinned = [...bars.flags.subarray(0, bars.count).keys()].filter((i) => (bars.flags[i]! & kThinned) !== 0);
+    for (const i of thinned) assert.ok((bars.flags[i]! & kMerged) !== 0 && bars.record[i]! < trace.records);
+    for (const line of lines) {
+      if (line.duration_ns === undefined || recordOf.has(line.slot)) continue;
+      if (lane.name !== `thread 0x${BigInt(line.thread).toString(16)}`) continue;
+      const begin = line.time_ns - line.duration_ns;
+      const around = thinned.some((i) => {
+        const near = (bars.end[i]! - bars.begin[i]!) / 2 + 1000; // levels are rounded
+        return bars.depth[i]! <= line.depth && bars.begin[i]! <= begin + near && line.time_ns <= bars.end[i]! + near;
+      });
+      assert.ok(around, `slot ${line.slot}`);
+      ++covered;
+    }
+  }
+  assert.ok(covered > 10_000);
 });
 
 test('a search that is stopped says nothing more', async () => {
