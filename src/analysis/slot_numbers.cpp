@@ -7,12 +7,6 @@
 
 namespace sonaprobe {
 
-void SlotNumbers::add(uint64_t slot) {
-    if (stretches_.empty() || slot != next_) stretches_.push_back({size_, slot});
-    next_ = slot + 1;
-    ++size_;
-}
-
 uint64_t SlotNumbers::at(uint64_t place) const {
     const auto after = std::ranges::upper_bound(stretches_, place, {}, &Stretch::place);
     const Stretch& stretch = *std::prev(after);

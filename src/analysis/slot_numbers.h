@@ -11,7 +11,11 @@ namespace sonaprobe {
 // Slots of a file, ascending, as stretches without gaps. The first one added has the place 0.
 class SlotNumbers {
   public:
-    void add(uint64_t slot);
+    void add(uint64_t slot) {
+        if (stretches_.empty() || slot != next_) stretches_.push_back({size_, slot});
+        next_ = slot + 1;
+        ++size_;
+    }
     uint64_t size() const { return size_; }
 
     // The slot at a place below size().

@@ -2,6 +2,7 @@
 
 #include "scope/timeline/columns.h"
 
+#include <algorithm>
 #include <limits>
 #include <zlib.h>
 
@@ -41,12 +42,12 @@ void Columns::putLong(uint64_t number) {
 }
 
 void Columns::appendTo(std::string& bytes) const {
-    const auto append = [&](const std::string& part) {
+    const auto append = [&](const std::vector<char>& part) {
         putNumber(bytes, part.size());
-        bytes += part;
+        bytes.append(part.begin(), part.end());
     };
     append(heads_);
-    for (const std::string& plane : planes_) append(plane);
+    for (const std::vector<char>& plane : planes_) append(plane);
 }
 
 std::string deflated(const std::string& bytes, Deflating how) {
@@ -71,15 +72,17 @@ std::string deflated(const std::string& bytes, Deflating how) {
 }
 
 std::string asPageText(const std::string& bytes) {
-    std::string text;
-    text.reserve(bytes.size() + bytes.size() / 16);
+    const auto isEscaped = [](char byte) { return kEscaped[static_cast<unsigned char>(byte)]; };
+    const auto escapes = static_cast<size_t>(std::ranges::count_if(bytes, isEscaped));
+    std::string text(bytes.size() + escapes, kEscape);
+    size_t at = 0;
     for (const char byte : bytes) {
-        if (kEscaped[static_cast<unsigned char>(byte)]) {
-            text.push_back(kEscape);
-            text.push_back(static_cast<char>(static_cast<unsigned char>(byte) + kShift));
+        if (isEscaped(byte)) {
+            text[++at] = static_cast<char>(static_cast<unsigned char>(byte) + kShift);
         } else {
-            text.push_back(byte);
+            text[at] = byte;
         }
+        ++at;
     }
     return text;
 }

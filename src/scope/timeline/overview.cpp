@@ -11,8 +11,8 @@ Overview::Overview(Nanoseconds begin, Nanoseconds end)
     : begin_(begin), width_(saturated((Wide{end} - begin) / Wide{kBuckets}) + 1) {}
 
 size_t Overview::bucketOf(Nanoseconds time) const {
-    const Wide bucket = (Wide{time} - begin_) / width_;
-    return static_cast<size_t>(std::clamp<Wide>(bucket, 0, kBuckets - 1));
+    // Times of a page are bounded, so that nothing overflows.
+    return static_cast<size_t>(std::clamp<Nanoseconds>((time - begin_) / width_, 0, kBuckets - 1));
 }
 
 void Overview::addRecord(Nanoseconds time, bool failure, bool merged) {

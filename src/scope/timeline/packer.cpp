@@ -62,7 +62,7 @@ class Packer final : public CallSink {
         return saturated(Wide{survey.end} - survey.begin);
     }
     static Nanoseconds finestOf(const Survey& survey, const Thinning& thinning) {
-        const uint64_t records = survey.records - thinning.merged;
+        const uint64_t records = thinning.merged == 0 ? survey.records : thinning.kept;
         const auto blocks = static_cast<Nanoseconds>(records / RecordBlock::kRecords + 1);
         const Nanoseconds finest =
             std::min(span(survey) / blocks / kCellsOfBlock, span(survey) / kNarrowestScreen);
@@ -354,7 +354,7 @@ PackedTrace Packer::finish(const std::string& title) {
               {"records", recordNumber()},
               {"begin", survey_->begin},
               {"end", survey_->end}};
-    head["notes"] = notesOf(*survey_, *thinning_, title, overview_);
+    head["notes"] = notesOf(*survey_, *thinning_, recordNumber(), title, overview_);
     tables_.describe(head);
     head["lanes"] = lanesOf(facts_, survey_->io.io, tables_);
     head["dropouts"] = dropoutsOf(survey_->io, head["lanes"], numbers_, tables_.names());

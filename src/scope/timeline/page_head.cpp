@@ -32,10 +32,11 @@ std::vector<std::string> driversOf(size_t threads, const EventTables& tables) {
 }
 
 // What was merged, and how to see it whole.
-void tellOfMerged(Json& notes, const Survey& survey, const Thinning& thinning,
-                  const std::string& title, const Overview& overview) {
+void tellOfMerged(Json& notes, const Thinning& thinning, const std::string& title,
+                  const Overview& overview) {
     const std::string stretch = durationText(thinning.stretch);
-    notes.push_back("Thinned: " + countText(thinning.merged) + " of " + countText(survey.records) +
+    notes.push_back("Thinned: " + countText(thinning.merged) + " of " +
+                    countText(thinning.merged + thinning.kept) +
                     " records are merged, of calls shorter than " + stretch +
                     " that began in the same " + stretch +
                     " as a longer one of their thread. They are drawn as one; search, tables and "
@@ -125,14 +126,14 @@ Json dropoutsOf(const IoAnswer& answer, const Json& lanes, const SlotNumbers& re
     return list;
 }
 
-Json notesOf(const Survey& survey, const Thinning& thinning, const std::string& title,
-             const Overview& overview) {
+Json notesOf(const Survey& survey, const Thinning& thinning, uint64_t records,
+             const std::string& title, const Overview& overview) {
     Json notes = Json::array();
     if (!survey.shown.empty()) {
-        notes.push_back("A part of the trace: " + countText(survey.records) + " of its " +
-                        countText(survey.io.io.records) + " records.");
+        notes.push_back("A part of the trace: " + countText(records + thinning.merged) +
+                        " of its " + countText(survey.io.io.records) + " records.");
     }
-    if (thinning.merged > 0) tellOfMerged(notes, survey, thinning, title, overview);
+    if (thinning.merged > 0) tellOfMerged(notes, thinning, title, overview);
     for (const std::string& limit : limitsOf(survey.io.io, survey.io.timed)) {
         notes.push_back(limit);
     }

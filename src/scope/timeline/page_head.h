@@ -33,8 +33,8 @@ Json lanesOf(const std::vector<ThreadFacts>& threads, const IoTrace& io, const E
 Json dropoutsOf(const IoAnswer& answer, const Json& lanes, const SlotNumbers& records,
                 const CodeNames& names);
 
-// What the page must say beforehand; `title` is the file's name, `overview` that of the page.
-Json notesOf(const Survey& survey, const Thinning& thinning, const std::string& title,
-             const Overview& overview);
+// What the page must say beforehand; it has so many records. `title` is the file's name.
+Json notesOf(const Survey& survey, const Thinning& thinning, uint64_t records,
+             const std::string& title, const Overview& overview);
 
 }  // namespace sonaprobe::scope::timeline

@@ -7,8 +7,11 @@
 #include <vector>
 
 #include "analysis/selection.h"
-#include "scope/options.h"
 #include "scope/timeline/io_answer.h"
+
+namespace sonaprobe::scope {
+struct TraceOptions;
+}
 
 namespace sonaprobe::scope::timeline {
 

@@ -66,7 +66,10 @@ class Thinner final : public CallSink {
     void take(const TraceRecord& slot) {
         const uint64_t number = tracker_.slots();
         shown_ = kindOf(slot) == SlotKind::record && survey_->shows(number);
-        if (shown_) isFailing_ = isFailure(decode(slot));
+        if (shown_) {
+            isFailing_ = isFailure(decode(slot));
+            ++thinning_.kept;
+        }
         tracker_.take(slot);
     }
     Thinning finish() {
@@ -228,6 +231,7 @@ void Thinner::merge(std::span<const uint64_t> slots) {
     if (last >= thinning_.isMerged.size()) thinning_.isMerged.resize(last + 1);
     for (const uint64_t slot : slots) thinning_.isMerged[slot] = true;
     thinning_.merged += slots.size();
+    thinning_.kept -= slots.size();
 }
 
 Thinning thinnedBy(const TraceOptions& trace, const Survey& survey,
@@ -253,7 +257,7 @@ Thinning thinned(const TraceOptions& trace, const Survey& survey, uint64_t most)
     for (;; ++bits) {
         const Nanoseconds stretch = Nanoseconds{1} << bits;
         Thinning thinning = thinnedBy(trace, survey, nearDropouts, stretch);
-        if (survey.records - thinning.merged <= most || stretch >= longest) return thinning;
+        if (thinning.kept <= most || stretch >= longest) return thinning;
     }
 }
 

@@ -14,8 +14,9 @@ namespace sonaprobe::scope::timeline {
 // are merged with it. Kept are also failures, calls that were cut off, the longest call of each
 // event, the evidence of dropouts, and all that is near a dropout.
 struct Thinning {
-    Nanoseconds stretch = 1;       // they begin at its multiples
-    uint64_t merged = 0;           // records
+    Nanoseconds stretch = 1;  // they begin at its multiples
+    uint64_t merged = 0;      // records
+    uint64_t kept = 0;
     std::vector<bool> isMerged{};  // by slot; empty where all are kept
 
     bool merges(uint64_t slot) const { return !isMerged.empty() && isMerged[slot]; }
