@@ -294,17 +294,17 @@ test('a selection keeps both ends of a call, and the calls around them', async (
 });
 
 test('a thinned page keeps what matters, and covers what it merged', async () => {
-  const path = story('all', 150_000);
+  const path = story('all', 30_000);
   const lines = linesOf(path);
-  const opened = await pageOf(path, '--most', '60000');
-  const { trace, engine } = opened;
+  const whole = await pageOf(path);
+  const opened = await pageOf(path, '--most', '16000');
+  const { trace, engine, head } = opened;
   const merged = lines.length - trace.records;
-  assert.ok(merged > 50_000 && trace.records <= 60_000, `${merged} merged`);
-  assert.ok(trace.notes.some((note) => note.startsWith(`Thinned: ${merged.toLocaleString('en')} of 150,000 records`)));
+  assert.ok(trace.records > 5000 && trace.records <= 16_000, `${trace.records} kept`);
+  assert.ok(trace.notes.some((note) => note.startsWith(`Thinned: ${merged.toLocaleString('en')} of 30,000 records`)));
 
   const recordOf = new Map<number, number>(); // by slot
   for (let record = 0; record < trace.records; ++record) recordOf.set((await engine.detail(record)).slot, record);
-  const whole = await pageOf(path);
   const slotsOf = (page: OpenedPage, records: Iterable<number>): Promise<number[]> =>
     Promise.all([...records].map(async (record) => (await page.engine.detail(record)).slot));
   assert.deepEqual(await slotsOf(opened, (await trace.failures()).record), await slotsOf(whole, (await whole.trace.failures()).record));
@@ -316,6 +316,7 @@ test('a thinned page keeps what matters, and covers what it merged', async () =>
   for (const row of statisticsOf(path)) assert.equal(longest.get(Number(row.code)) ?? 0, row.max_ns ?? 0, row.code);
 
   // A call that is left out lies in a bar that says so, of its depth or of one around it.
+  const near = head.levels.at(-1)! / 8; // levels are rounded
   const bars = newBars();
   let covered = 0;
   for (const lane of trace.lanes) {
@@ -327,14 +328,13 @@ test('a thinned page keeps what matters, and covers what it merged', async () =>
       if (lane.name !== `thread 0x${BigInt(line.thread).toString(16)}`) continue;
       const begin = line.time_ns - line.duration_ns;
       const around = thinned.some((i) => {
-        const near = (bars.end[i]! - bars.begin[i]!) / 2 + 1000; // levels are rounded
         return bars.depth[i]! <= line.depth && bars.begin[i]! <= begin + near && line.time_ns <= bars.end[i]! + near;
       });
       assert.ok(around, `slot ${line.slot}`);
       ++covered;
     }
   }
-  assert.ok(covered > 10_000);
+  assert.ok(covered > 3000, `${covered} calls`);
 });
 
 test('a search that is stopped says nothing more', async () => {
