@@ -3,6 +3,7 @@
 #include <array>
 #include <cerrno>
 #include <cstdlib>
+#include <limits>
 #include <spawn.h>
 #include <sys/wait.h>
 #include <unistd.h>
@@ -123,7 +124,8 @@ Run setUpTimeline(CLI::App& app) {
     app.add_flag("--open", options->open, "show the page in the browser ($BROWSER, xdg-open)");
     app.add_option("--most", options->most,
                    "merge short calls of a trace that has more records (20000000)")
-        ->type_name("RECORDS");
+        ->type_name("RECORDS")
+        ->check(CLI::Range(uint64_t{1}, std::numeric_limits<uint64_t>::max() / 2));
     addSelectionOptions(app, options->selection);
     addExamples(app,
                 "  sonascope timeline trace.raw -o trace.html\n"

@@ -6,8 +6,7 @@
 
 namespace sonaprobe::scope::timeline {
 
-std::string packedCycles(const Survey& survey, const SlotNumbers& records) {
-    const IoTrace& trace = survey.io.io;
+std::string packedCycles(const IoTrace& trace, const Survey& survey, const SlotNumbers& records) {
     std::string heading;
     Columns columns;
     putNumber(heading, trace.threads.size());

@@ -11,6 +11,6 @@ namespace sonaprobe::scope::timeline {
 
 // The cycles that are shown, thread by thread. `records` are the slots of the page's records; a
 // cycle whose start was merged has the one before.
-std::string packedCycles(const Survey& survey, const SlotNumbers& records);
+std::string packedCycles(const IoTrace& trace, const Survey& survey, const SlotNumbers& records);
 
 }  // namespace sonaprobe::scope::timeline

@@ -10,8 +10,14 @@
 
 namespace sonaprobe::scope::timeline {
 
+struct IoAnswer {
+    IoTrace io{};
+    std::vector<TimedThread> timed{};
+    std::vector<Dropout> dropouts{};
+};
+
 // Observes in a thread of its own, some slots after those that are given.
-class IoAnswer {
+class IoObserving {
   public:
     void take(std::span<const TraceRecord> slots) {
         worker_.give([this, some = std::vector(slots.begin(), slots.end())] {
@@ -19,22 +25,26 @@ class IoAnswer {
         });
     }
 
-    // After the last slots.
+    // After the last slots; the answer is found meanwhile.
     void finish() {
-        worker_.finish();
-        io = observer_.finish();
-        timed = timeThreads(io);
-        dropouts = judgeDropouts(io, timed);
+        worker_.give([this] {
+            answer_.io = observer_.finish();
+            answer_.timed = timeThreads(answer_.io);
+            answer_.dropouts = judgeDropouts(answer_.io, answer_.timed);
+        });
     }
 
-    IoTrace io;
-    std::vector<TimedThread> timed;
-    std::vector<Dropout> dropouts;
+    // After finish(): waits for it.
+    const IoAnswer& answer() {
+        worker_.finish();
+        return answer_;
+    }
 
   private:
     static constexpr size_t kMostWaiting = 4;
 
     IoObserver observer_;
+    IoAnswer answer_;
     Worker worker_{kMostWaiting};  // the last, as it uses the rest
 };
 

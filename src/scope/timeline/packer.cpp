@@ -41,7 +41,7 @@ class Packer final : public CallSink {
           overview_(survey.begin, survey.end) {}
 
     void take(const TraceRecord& slot);
-    PackedTrace finish(const std::string& title);
+    PackedTrace finish(const std::string& title, const IoAnswer& answer);
 
   private:
     // An open call that is shown.
@@ -337,7 +337,7 @@ void Packer::flush() {
     ++blockNumber_;
 }
 
-PackedTrace Packer::finish(const std::string& title) {
+PackedTrace Packer::finish(const std::string& title, const IoAnswer& answer) {
     resetsBefore_ = resets();
     failure_ = false;
     tracker_.finish();
@@ -354,10 +354,11 @@ PackedTrace Packer::finish(const std::string& title) {
               {"records", recordNumber()},
               {"begin", survey_->begin},
               {"end", survey_->end}};
-    head["notes"] = notesOf(*survey_, *thinning_, recordNumber(), title, overview_);
+    head["notes"] =
+        notesOf(answer, recordNumber(), !survey_->shown.empty(), *thinning_, title, overview_);
     tables_.describe(head);
-    head["lanes"] = lanesOf(facts_, survey_->io.io, tables_);
-    head["dropouts"] = dropoutsOf(survey_->io, head["lanes"], numbers_, tables_.names());
+    head["lanes"] = lanesOf(facts_, answer.io, tables_);
+    head["dropouts"] = dropoutsOf(answer, head["lanes"], numbers_, tables_.names());
     head["overview"] = overview_.toJson(processors);
     head["blocks"] = std::move(blockFacts_);
     Json& resolutions = head["levels"] = Json::array();
@@ -366,7 +367,7 @@ PackedTrace Packer::finish(const std::string& title) {
         trace.levels.push_back(chunkOf(pyramid_.packed(level, rows_)));
     }
     trace.longBars = chunkOf(longBars_.packed(rows_));
-    trace.cycles = chunkOf(packedCycles(*survey_, numbers_));
+    trace.cycles = chunkOf(packedCycles(answer.io, *survey_, numbers_));
     trace.head = chunkOf(head.dump());
     trace.blocks = packing_.finish();
     return trace;
@@ -374,7 +375,7 @@ PackedTrace Packer::finish(const std::string& title) {
 
 }  // namespace
 
-PackedTrace pack(const TraceOptions& trace, const std::string& title, const Survey& survey,
+PackedTrace pack(const TraceOptions& trace, const std::string& title, Survey& survey,
                  const Thinning& thinning) {
     const CodeNames names = readCodeNames(trace.names);
     Packer packer(survey, thinning, names);
@@ -382,7 +383,7 @@ PackedTrace pack(const TraceOptions& trace, const std::string& title, const Surv
     for (auto slots = input.next(); !slots.empty(); slots = input.next()) {
         for (const TraceRecord& slot : slots) packer.take(slot);
     }
-    return packer.finish(title);
+    return packer.finish(title, survey.io.answer());
 }
 
 }  // namespace sonaprobe::scope::timeline

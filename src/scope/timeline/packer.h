@@ -21,7 +21,7 @@ struct PackedTrace {
 };
 
 // Memory grows with the page, threads and open calls, not with the trace. Throws a Failure.
-PackedTrace pack(const TraceOptions& trace, const std::string& title, const Survey& survey,
+PackedTrace pack(const TraceOptions& trace, const std::string& title, Survey& survey,
                  const Thinning& thinning);
 
 }  // namespace sonaprobe::scope::timeline

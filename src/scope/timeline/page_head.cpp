@@ -43,10 +43,12 @@ void tellOfMerged(Json& notes, const Thinning& thinning, const std::string& titl
                     "statistics pass them over. Failures, the longest calls and what is near a "
                     "dropout are whole.");
     const auto [from, to] = overview.mostMerged();
+    const bool isPlain = title.find('\'') == std::string::npos;
+    const std::string file = isPlain ? "'" + title + "'" : "FILE";
     notes.push_back(
         "To see a stretch of it whole, cut it out. Most was merged in this one: "
-        "sonascope timeline '" +
-        title + "' --from " + std::to_string(from) + "ns --to " + std::to_string(to) +
+        "sonascope timeline " +
+        file + " --from " + std::to_string(from) + "ns --to " + std::to_string(to) +
         "ns -o part.html");
 }
 
@@ -126,15 +128,15 @@ Json dropoutsOf(const IoAnswer& answer, const Json& lanes, const SlotNumbers& re
     return list;
 }
 
-Json notesOf(const Survey& survey, const Thinning& thinning, uint64_t records,
+Json notesOf(const IoAnswer& answer, uint64_t records, bool isPart, const Thinning& thinning,
              const std::string& title, const Overview& overview) {
     Json notes = Json::array();
-    if (!survey.shown.empty()) {
+    if (isPart) {
         notes.push_back("A part of the trace: " + countText(records + thinning.merged) +
-                        " of its " + countText(survey.io.io.records) + " records.");
+                        " of its " + countText(answer.io.records) + " records.");
     }
     if (thinning.merged > 0) tellOfMerged(notes, thinning, title, overview);
-    for (const std::string& limit : limitsOf(survey.io.io, survey.io.timed)) {
+    for (const std::string& limit : limitsOf(answer.io, answer.timed)) {
         notes.push_back(limit);
     }
     return notes;

@@ -33,8 +33,9 @@ Json lanesOf(const std::vector<ThreadFacts>& threads, const IoTrace& io, const E
 Json dropoutsOf(const IoAnswer& answer, const Json& lanes, const SlotNumbers& records,
                 const CodeNames& names);
 
-// What the page must say beforehand; it has so many records. `title` is the file's name.
-Json notesOf(const Survey& survey, const Thinning& thinning, uint64_t records,
+// What the page must say beforehand; it has so many records, of all or of a part. `title` is the
+// file's name.
+Json notesOf(const IoAnswer& answer, uint64_t records, bool isPart, const Thinning& thinning,
              const std::string& title, const Overview& overview);
 
 }  // namespace sonaprobe::scope::timeline

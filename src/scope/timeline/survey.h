@@ -24,7 +24,7 @@ struct Survey {
     std::vector<bool> shown{};
     // By n: how often a thread's record begins another stretch of 2^n ns, at their multiples.
     std::array<uint64_t, 64> stretches{};
-    IoAnswer io{};
+    IoObserving io{};
 
     bool shows(uint64_t slot) const { return shown.empty() || shown[slot]; }
 };

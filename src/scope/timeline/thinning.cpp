@@ -26,8 +26,8 @@ constexpr uint64_t kRecordsOfStretch = 4;
 // Records that are kept because of dropouts.
 class NearDropouts {
   public:
-    NearDropouts(const Survey& survey, uint64_t most) {
-        for (const Dropout& dropout : survey.io.dropouts) {
+    NearDropouts(Survey& survey, uint64_t most) {
+        for (const Dropout& dropout : survey.io.answer().dropouts) {
             times_.push_back(dropout.time);
             const std::vector<uint64_t>& slots = dropout.verdict.evidence;
             evidence_.insert(evidence_.end(), slots.begin(), slots.end());
@@ -246,7 +246,7 @@ Thinning thinnedBy(const TraceOptions& trace, const Survey& survey,
 
 }  // namespace
 
-Thinning thinned(const TraceOptions& trace, const Survey& survey, uint64_t most) {
+Thinning thinned(const TraceOptions& trace, Survey& survey, uint64_t most) {
     if (survey.records <= most) return {};
     const NearDropouts nearDropouts(survey, most);
     const Nanoseconds longest = (survey.end - survey.begin) / kLeastStretches;
