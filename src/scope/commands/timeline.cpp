@@ -3,7 +3,7 @@
 #include <array>
 #include <cerrno>
 #include <cstdlib>
-#include <limits>
+#include <memory>
 #include <spawn.h>
 #include <sys/wait.h>
 #include <unistd.h>
@@ -22,14 +22,14 @@ namespace sonaprobe::scope {
 
 namespace {
 
-constexpr uint64_t kMost = 20'000'000;
+constexpr size_t kMost = 20'000'000;
 
 struct Options {
     TraceOptions trace;
     SelectionOptions selection;
     NewFileOptions newFile;
     bool open = false;
-    uint64_t most = kMost;
+    size_t most = kMost;
 };
 
 // The file's name without its folders.
@@ -117,15 +117,12 @@ Status run(Options& options) {
 Run setUpTimeline(CLI::App& app) {
     const auto options = std::make_shared<Options>();
     addTraceOptions(app, options->trace);
-    app.add_option("-o,--output", options->newFile.path,
-                   "the page to write, or - for standard output")
-        ->type_name("PAGE");
-    app.add_flag("--force", options->newFile.force, "write over a file that exists");
-    app.add_flag("--open", options->open, "show the page in the browser ($BROWSER, xdg-open)");
-    app.add_option("--most", options->most,
-                   "merge short calls of a trace that has more records (20000000)")
-        ->type_name("RECORDS")
-        ->check(CLI::Range(uint64_t{1}, std::numeric_limits<uint64_t>::max() / 2));
+    addValue(app, "-o,--output", "PAGE", options->newFile.path,
+             "the page to write, or - for standard output");
+    addFlag(app, "--force", options->newFile.force, "write over a file that exists");
+    addFlag(app, "--open", options->open, "show the page in the browser ($BROWSER, xdg-open)");
+    addValue(app, "--most", "RECORDS", options->most,
+             "merge short calls of a trace that has more records (20000000)");
     addSelectionOptions(app, options->selection);
     addExamples(app,
                 "  sonascope timeline trace.raw -o trace.html\n"
