@@ -91,7 +91,6 @@ class Thinner final : public CallSink {
         Nanoseconds begin = 0;
         size_t firstUnit = 0;  // among the thread's waiting ones
         size_t firstSlot = 0;
-        bool shown = false;
         bool kept = false;
     };
     struct Thread {
