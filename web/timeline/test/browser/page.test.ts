@@ -126,6 +126,26 @@ test('one click goes to a dropout and marks its culprit, one more shows it', asy
   });
 });
 
+test("a dropout's evidence stands below it, and each record is a jump away", async () => {
+  await opened(made(), async ({ page }) => {
+    await press(page, 'o');
+    const pieces = page.locator('.moment[aria-current] + .evidence button');
+    const [overload, culprit] = await pieces.allInnerTexts();
+    assert.match(overload, /^then · .*I\/O thread 0x00001000[^]*QuorraHAL::OVERLOAD/);
+    assert.match(culprit, /^[\d.]+ ms before · → thread 0x00001002[^]*configurationChanged/);
+    await pieces.nth(1).click();
+    await settled(page);
+    assert.match(await sheet(page).innerText(), /^configurationChanged/);
+    await press(page, 'E');
+    assert.match(await sheet(page).innerText(), /^OVERLOAD/);
+    await press(page, 'e');
+    assert.match(page.url(), new RegExp(`record=${kTrace.dropouts[0].culpritRecord}&dropout=0`));
+    await press(page, 'Escape', 'Escape');
+    assert.equal(await page.locator('.evidence').count(), 0);
+    assert.doesNotMatch(page.url(), /dropout/);
+  });
+});
+
 test('the wheel zooms at the pointer', async () => {
   await opened(made(), async ({ page }) => {
     await page.mouse.move(700, 300);
@@ -313,10 +333,9 @@ test('a link brings the same view back', async () => {
     assert.equal(page.url(), address);
     assert.equal(await page.locator('.search input').inputValue(), 'sendVerb');
     assert.match(await sheet(page).innerText(), /^configurationChanged/);
-    // What is looked at besides, as the culprit's outline, is no part of a link.
-    const now = await picture(page);
-    assert.equal(now[0], before[0], 'minimap');
-    assert.equal(now[1], before[1], 'ruler');
+    assert.deepEqual(await picture(page), before, 'minimap, ruler and lanes');
+    await press(page, '1');
+    assert.equal(await page.locator('.moment[aria-current] + .evidence li').count(), 2);
   });
 });
 
