@@ -4,6 +4,7 @@
 
 #include <algorithm>
 #include <map>
+#include <set>
 #include <thread>
 #include <zlib.h>
 
@@ -529,9 +530,12 @@ PackedTrace Packer::finish(const std::string& title, const IoAnswer& io) {
 
     PackedTrace trace;
     trace.blocks = std::move(blocks_);
-    size_t processors = 0;
+    std::set<size_t> processors;  // that have records
     for (const Thread& thread : threads_) {
-        processors = std::max(processors, thread.facts.processors.size());
+        const std::vector<uint64_t>& records = thread.facts.processors;
+        for (size_t i = 0; i < records.size(); ++i) {
+            if (records[i] > 0) processors.insert(i);
+        }
     }
     std::vector<uint32_t> laneOfThread;
     Json head{{"format", kFormat},
@@ -543,7 +547,8 @@ PackedTrace Packer::finish(const std::string& title, const IoAnswer& io) {
     tables_.describe(head);
     head["lanes"] = lanes(io.io, laneOfThread);
     head["dropouts"] = dropouts(io, laneOfThread);
-    head["overview"] = overview_.toJson(processors);
+    head["processors"] = processors;
+    head["overview"] = overview_.toJson(processors.empty() ? 0 : *processors.rbegin() + 1);
     head["blocks"] = std::move(blockFacts_);
     Json& resolutions = head["levels"] = Json::array();
     for (size_t level = pyramid_.levels(); level-- > 0;) {

@@ -32,7 +32,7 @@ export class DrawnBars {
 
   constructor(
     private readonly head: Head,
-    private readonly asked: Asked,
+    private readonly asked: Pick<Asked, 'bars' | 'level' | 'long'>,
     private readonly unpacked: () => void,
   ) {
     this.levels = new Array<BarColumns | undefined>(head.levels.length).fill(undefined);

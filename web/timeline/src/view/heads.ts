@@ -162,9 +162,9 @@ export function laneTitle(lane: Lane): string {
 }
 
 function laneFacts(trace: Trace, lane: Lane): string {
+  if (lane.kind === 'processor') return 'what ran here, as far as records tell';
   const busy = percent(lane.busy / Math.max(1, trace.end - trace.begin));
-  const driver = lane.kind === 'driver' ? '' : lane.driver;
-  return [`${busy} busy`, driver].filter(Boolean).join(' · ');
+  return [`${busy} busy`, lane.driver].filter(Boolean).join(' · ');
 }
 
 // The longest calls of a lane on the screen. `tell` makes what stands for the call: text or a button.
