@@ -9,31 +9,23 @@ import type { Symbols } from './symbols';
 
 export const kProcessorRows = 6; // calls deeper inside others are left out
 
-interface OpenCall {
-  readonly record: number;
-  readonly event: number;
-  readonly flags: number;
-}
-
-interface Running extends OpenCall {
-  readonly begin: number;
-}
-
+// A call is its start's index in the block, or -1 - place where it is one of several blocks.
 interface Processor {
   lane: number; // of the thread, -1: none
-  readonly running: Running[]; // the outermost first
+  readonly running: number[]; // calls, the outermost first
+  readonly since: number[];
 }
 
-// The calls of a lane that were open before a block, the outermost first: places among the long ones.
+// The calls of a lane that were open before a block, the outermost first.
 function openBefore(long: LongCalls, lane: number, first: number): number[] {
-  const places: number[] = [];
+  const calls: number[] = [];
   for (let row = 0; row < long.lanes.length; ++row) {
     if (long.lanes[row] !== lane || long.depths[row]! % 2 === 1) continue;
     const begin = long.starts[row]!;
     const place = lowerBound(long.record, begin, long.starts[row + 1]!, first) - 1;
-    if (place >= begin && long.endRecord[place]! >= first) places.push(place);
+    if (place >= begin && long.endRecord[place]! >= first) calls.push(-1 - place);
   }
-  return places;
+  return calls;
 }
 
 // Adds a block's to `rows`, whose lanes are places in `numbers`, the processors' numbers.
@@ -45,60 +37,59 @@ export function addProcessorCalls(
   numbers: readonly number[],
   rows: BarRows,
 ): void {
-  const placeOf = new Map(numbers.map((number, place) => [number, place]));
-  const processors = numbers.map((): Processor => ({ lane: -1, running: [] }));
+  const placeOf = new Uint32Array(numbers[numbers.length - 1]! + 1);
+  numbers.forEach((number, place) => (placeOf[number] = place));
+  const processors = numbers.map((): Processor => ({ lane: -1, running: [], since: [] }));
   const whereIs = new Int32Array(lanes).fill(-1); // the processor of a lane's latest record
-  const before = new Map<number, number[]>(); // open since before the block, by lane
-  const open = new Map<number, OpenCall[]>();
+  const outer = Array.from({ length: lanes }, (_, lane) => openBefore(long, lane, block.first));
+  const inner = Array.from({ length: lanes }, (): number[] => []);
 
-  const callsOf = (lane: number, record: number): OpenCall[] => {
-    let outer = before.get(lane);
-    if (outer === undefined) before.set(lane, (outer = openBefore(long, lane, block.first)));
-    while (outer.length > 0 && long.endRecord[outer[outer.length - 1]!]! <= record) outer.pop();
-    const inner = open.get(lane) ?? [];
-    if (outer.length === 0) return inner;
-    const calls = outer.slice(0, kProcessorRows).map((place) => ({
-      record: long.record[place]!,
-      event: long.event[place]!,
-      flags: long.flags[place]! & kWaiting,
-    }));
-    return [...calls, ...inner.slice(0, kProcessorRows)];
-  };
   const leave = (place: number, kept: number, time: number): void => {
-    const { running } = processors[place]!;
+    const { running, since } = processors[place]!;
     while (running.length > kept) {
-      const { begin, event, flags, record } = running.pop()!;
-      rows.add(place, 2 * running.length, begin, Math.max(begin, time), event, flags, record);
+      const call = running.pop()!;
+      const begin = since.pop()!;
+      const end = Math.max(begin, time);
+      const depth = 2 * running.length;
+      if (call < 0) {
+        const at = -1 - call;
+        rows.add(place, depth, begin, end, long.event[at]!, long.flags[at]! & kWaiting, long.record[at]!);
+      } else {
+        const symbol = block.symbol[call]!;
+        const flags = symbols.waits[symbol] === 1 ? kWaiting : 0;
+        rows.add(place, depth, begin, end, symbols.event[symbol]!, flags, block.first + call);
+      }
     }
   };
 
   replay(block, symbols, lanes, block.count, {
     open(index, lane) {
-      const symbol = block.symbol[index]!;
-      const flags = symbols.waits[symbol] === 1 ? kWaiting : 0;
-      const call = { record: block.first + index, event: symbols.event[symbol]!, flags };
-      const calls = open.get(lane);
-      if (calls === undefined) open.set(lane, [call]);
-      else calls.push(call);
+      inner[lane]!.push(index);
     },
     close(_, lane) {
-      open.get(lane)!.pop();
+      inner[lane]!.pop();
     },
     point() {},
     after(index, lane) {
       const time = block.time[index]!;
-      const place = placeOf.get(block.processor(index)) ?? numbers.length - 1;
+      const place = placeOf[block.processor(index)] ?? numbers.length - 1;
       const last = whereIs[lane]!;
       if (last >= 0 && last !== place && processors[last]!.lane === lane) leave(last, 0, time);
       whereIs[lane] = place;
+      const around = outer[lane]!;
+      const inside = inner[lane]!;
+      while (around.length > 0 && long.endRecord[-1 - around[around.length - 1]!]! <= block.first + index) around.pop();
+      const depth = Math.min(kProcessorRows, around.length + inside.length);
+      const callAt = (at: number): number => (at < around.length ? around[at]! : inside[at - around.length]!);
       const processor = processors[place]!;
-      const calls = callsOf(lane, block.first + index);
+      const { running, since } = processor;
       let same = 0;
-      while (same < calls.length && calls[same]!.record === processor.running[same]?.record) ++same;
+      while (same < depth && running[same] === callAt(same)) ++same;
       leave(place, same, time);
       processor.lane = lane;
-      for (const call of calls.slice(same, kProcessorRows)) {
-        processor.running.push({ ...call, begin: time });
+      for (; same < depth; ++same) {
+        running.push(callAt(same));
+        since.push(time);
       }
     },
   });

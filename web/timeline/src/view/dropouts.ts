@@ -2,7 +2,6 @@
 // the chosen one's cause stand below its moment.
 import type { Dropout, Trace } from '../trace';
 import { button, data, element, method } from './dom';
-import { laneTitle } from './heads';
 import type { Commands } from './state';
 import { count, counted, duration, moment } from './units';
 
@@ -67,11 +66,10 @@ export class DropoutList {
       );
       list.append(element('li', {}, piece));
       void this.trace.detail(record).then((detail) => {
-        const lane = laneTitle(this.trace.lanes[detail.lane]);
-        const when = `${before(dropout.time - detail.time)} · ${kArrows[detail.qualifier] ?? ''} `;
+        const { name } = this.trace.lanes[detail.lane];
         piece.replaceChildren(
-          element('span', {}, when, data(lane)),
-          element('span', { class: 'text' }, data(detail.line, kLine)),
+          element('span', {}, `${before(dropout.time - detail.time)} · `, data(name)),
+          element('span', { class: 'text' }, kArrows[detail.qualifier] ?? '', method(detail.line, kLine)),
         );
       });
     }
@@ -122,7 +120,7 @@ export class DropoutList {
   }
 }
 
-const kArrows: Readonly<Record<number, string>> = { 1: '→', 2: '←' }; // a start, an end
+const kArrows: Readonly<Record<number, string>> = { 1: '→ ', 2: '← ' }; // a start, an end
 
 function before(ns: number): string {
   if (ns === 0) return 'then';

@@ -74,14 +74,14 @@ export class StatisticsSheet {
           () => this.commands.reveal(row.longest),
           data(this.trace.events[row.event].method),
         ),
+        duration(row.total),
         count(row.calls),
         row.failures ? element('span', { class: 'failed' }, count(row.failures)) : '',
-        duration(row.total),
         duration(row.self),
         duration(row.median),
         duration(row.max),
       ]);
-    const heads = ['method', 'calls', 'failed', 'total', 'self', 'median', 'max'];
+    const heads = ['method', 'total', 'calls', 'failed', 'self', 'median', 'max'];
     const made = table(
       { class: 'numbers' },
       'Calls that begin in the measured stretch',
