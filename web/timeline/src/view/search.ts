@@ -11,6 +11,7 @@ export class Search {
   private stop = new AbortController();
   private timer = 0;
   private matches: Matches | null = null;
+  private wanted = 0; // a step that waits for the first match
 
   constructor(
     place: HTMLElement,
@@ -64,6 +65,7 @@ export class Search {
   private start(): void {
     window.clearTimeout(this.timer);
     this.timer = 0;
+    this.wanted = 0;
     this.stop.abort();
     this.stop = new AbortController();
     const { signal } = this.stop;
@@ -83,12 +85,20 @@ export class Search {
     this.matches = matches;
     this.found(words, matches);
     this.tell(-1);
+    if (this.wanted) this.go(this.wanted);
+  }
+
+  private go(step: number): void {
+    const { matches } = this;
+    const none = !matches || (matches.record.length === 0 && !matches.complete);
+    this.wanted = none ? step : 0;
+    if (!none) this.step(step);
   }
 
   private key(event: KeyboardEvent): void {
     if (event.key === 'Enter') {
       if (this.timer) this.start();
-      this.step(event.shiftKey ? -1 : 1);
+      this.go(event.shiftKey ? -1 : 1);
       this.leave();
     } else if (event.key === 'Escape') {
       this.input.value = '';
