@@ -1,7 +1,7 @@
 // Draws what is on the screen, once a frame and only when something changed.
+import { type LaneColumns, newLaneColumns } from '../columns';
 import type { Cycles, RecordDetail, Trace } from '../trace';
 import { BarPainter, paintPoints, type Surface } from './bars';
-import { type LaneBuffers, makeBuffers } from './buffers';
 import { currentTheme, type Theme } from './colours';
 import { paintCycles } from './cycles';
 import type { Frame } from './frame';
@@ -20,7 +20,7 @@ const kFont = 'system-ui, "Segoe UI", "Liberation Sans", "DejaVu Sans", sans-ser
 // A lane on the screen and what it drew last.
 export interface Shown {
   row: Row;
-  readonly buffers: LaneBuffers;
+  readonly buffers: LaneColumns;
 }
 
 export class Drawing {
@@ -122,7 +122,7 @@ export class Drawing {
       context.fillStyle = theme.line;
       context.fillRect(0, below, width, 1);
       if (!row.lane) continue;
-      const shown = (this.shown[this.shownCount] ??= { row, buffers: makeBuffers() });
+      const shown = (this.shown[this.shownCount] ??= { row, buffers: newLaneColumns() });
       this.shownCount++;
       shown.row = row;
       const { bars, points, cycles } = shown.buffers;

@@ -14,7 +14,7 @@ export class DropoutList {
   private evidence: HTMLElement | null = null;
 
   constructor(
-    sheet: HTMLElement,
+    private readonly sheet: HTMLElement,
     private readonly trace: Trace,
     private readonly commands: Commands,
   ) {
@@ -51,7 +51,10 @@ export class DropoutList {
     this.current.setAttribute('aria-current', 'true');
     this.evidence = this.evidenceOf(this.trace.dropouts[index]);
     this.current.after(this.evidence);
-    this.evidence.scrollIntoView({ block: 'nearest' });
+    const seen = this.sheet.getBoundingClientRect();
+    const { top } = this.current.getBoundingClientRect();
+    if (top >= seen.top && this.evidence.getBoundingClientRect().bottom <= seen.bottom) return;
+    this.current.closest('.finding')!.scrollIntoView();
     this.current.scrollIntoView({ block: 'nearest' });
   }
 

@@ -1,10 +1,10 @@
 // Where to look: the neighbourhood of a dropout, of a failure, of a call.
+import { newLaneColumns } from '../columns';
 import type { Dropout, RecordDetail, Trace } from '../trace';
-import { makeBuffers } from './buffers';
 import type { Span } from './state';
 import type { Viewport } from './viewport';
 
-const kScratch = makeBuffers();
+const kScratch = newLaneColumns();
 const kUsualBudget = 10e6; // ns, where no cycle tells it
 
 // A dropout's neighbourhood: the cycles around it, and its culprit where that is near.

@@ -284,6 +284,27 @@ test('everything by keyboard', async () => {
   });
 });
 
+test('WASD and the arrows zoom and move', async () => {
+  await opened(`${made()}#from=5000000000&to=6000000000`, async ({ page }) => {
+    const moves: [string, number, number][] = [
+      ['w', 0.6, 0],
+      ['s', 1 / 0.6, 0],
+      ['d', 1, 0.2],
+      ['a', 1, -0.2],
+      ['ArrowRight', 1, 0.2],
+      ['ArrowLeft', 1, -0.2],
+    ];
+    for (const [key, factor, share] of moves) {
+      const [from, to] = spanOf(page);
+      await press(page, key);
+      const [movedFrom, movedTo] = spanOf(page);
+      assert.ok(Math.abs((movedTo - movedFrom) / (to - from) - factor) < 1e-6, key);
+      const moved = (movedFrom + movedTo - from - to) / 2 / (to - from);
+      assert.ok(Math.abs(moved - share) < 1e-6, `${key} moved ${moved}`);
+    }
+  });
+});
+
 test('lanes are chosen, pinned, folded, hidden and grouped by keyboard', async () => {
   await opened(made(), async ({ page }) => {
     const lanes = await lanesShown(page);

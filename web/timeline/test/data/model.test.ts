@@ -3,20 +3,11 @@
 import assert from 'node:assert/strict';
 import { test } from 'node:test';
 
-import { kCutOff, kFailure, kMerged, kUnfinished, type Bars, type Cycles, type Matches, type Points } from '../../src/trace';
+import { newBars, newCycles, newPoints } from '../../src/columns';
+import { kCutOff, kFailure, kMerged, kUnfinished, type Matches } from '../../src/trace';
 import { kProcessorRows } from '../../src/data/processors';
 import type { OpenedPage } from './opened_page';
 import { divisor, escaped, linesOf, pageOf, randomFrom, run, statisticsOf, story, writeTrace, type Line, type Slot } from './programs';
-
-function newBars(): Bars {
-  const none = new Float64Array(0);
-  return { count: 0, begin: none, end: none, depth: new Uint16Array(0), event: new Uint16Array(0), flags: new Uint8Array(0), record: none };
-}
-
-function newPoints(): Points {
-  const none = new Float64Array(0);
-  return { count: 0, time: none, depth: new Uint16Array(0), event: new Uint16Array(0), flags: new Uint8Array(0), record: none };
-}
 
 // Asks until all that it takes has been unpacked.
 async function exactly(ask: () => boolean): Promise<void> {
@@ -195,8 +186,7 @@ async function checkCycles(path: string, { trace }: OpenedPage): Promise<void> {
   } catch (error) {
     why = JSON.parse((error as { stdout: Buffer }).stdout.toString());
   }
-  const none = new Float64Array(0);
-  const cycles: Cycles = { count: 0, begin: none, end: none, due: none, budget: none, dropout: new Uint8Array(0), record: none };
+  const cycles = newCycles();
   const found = trace.lanes
     .filter((lane) => lane.kind === 'io')
     .map((lane) => {
