@@ -79,7 +79,9 @@ test('search, measure and the keys work over packed blocks', async () => {
   await page.keyboard.press('m');
   await page.locator('.sheet:visible tbody tr').first().waitFor();
   assert.match(await page.locator('.sheet:visible').innerText(), /begin in the measured stretch/);
-  for (const key of ['f', 'o', 'g', 'g', 'g', '0', 'w', 'd', 's']) await page.keyboard.press(key);
+  for (const key of ['f', 'o', 'g']) await page.keyboard.press(key);
+  await page.locator('.lane.processor').first().waitFor();
+  for (const key of ['0', 'w', 'd', 's', 'g', 'g']) await page.keyboard.press(key);
   await settled(page);
   assert.deepEqual([complaints, requests], [[], []]);
   await context.close();
