@@ -231,11 +231,15 @@ class Page implements Commands {
     this.search.input.select();
   }
 
-  private found(words: string, matches: Matches | null): void {
-    this.state.words = words;
-    this.state.matches = matches;
-    this.state.match = -1;
+  // The match looked at stays so while more are found. Answers its place.
+  private found(words: string, matches: Matches | null): number {
+    const { state } = this;
+    const record = state.words === words ? state.matches?.record[state.match] : undefined;
+    state.words = words;
+    state.matches = matches;
+    state.match = record === undefined ? -1 : (matches?.record.indexOf(record) ?? -1);
     this.changed(true);
+    return state.match;
   }
 
   nextMatch(step: number): void {

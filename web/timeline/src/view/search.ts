@@ -16,7 +16,7 @@ export class Search {
   constructor(
     place: HTMLElement,
     private readonly trace: Trace,
-    private readonly found: (words: string, matches: Matches | null) => void,
+    private readonly found: (words: string, matches: Matches | null) => number,
     private readonly step: (step: number) => void,
     private readonly leave: () => void,
   ) {
@@ -83,8 +83,7 @@ export class Search {
 
   private take(words: string, matches: Matches | null): void {
     this.matches = matches;
-    this.found(words, matches);
-    this.tell(-1);
+    this.tell(this.found(words, matches));
     if (this.wanted) this.go(this.wanted);
   }
 
