@@ -14,7 +14,7 @@ import { symbolsOf, type Symbols } from './symbols';
 import { lineOf, nameOf, newWords, textOf, valueText } from './texts';
 import { wordText } from './words';
 
-const kCached = 6; // blocks
+const kCached = 4; // blocks
 
 // Numbers that become more and more.
 class Numbers {
