@@ -3,6 +3,7 @@
 #include "scope/timeline/packer.h"
 
 #include <algorithm>
+#include <set>
 
 #include "analysis/event_traits.h"
 #include "scope/event_text.h"
@@ -345,9 +346,11 @@ PackedTrace Packer::finish(const std::string& title, const IoAnswer& answer) {
     pyramid_.finish();
 
     PackedTrace trace;
-    size_t processors = 0;
+    std::set<size_t> processors;  // that have records
     for (const ThreadFacts& facts : facts_) {
-        processors = std::max(processors, facts.processors.size());
+        for (size_t i = 0; i < facts.processors.size(); ++i) {
+            if (facts.processors[i] > 0) processors.insert(i);
+        }
     }
     Json head{{"format", kFormat},
               {"title", title},
@@ -359,7 +362,8 @@ PackedTrace Packer::finish(const std::string& title, const IoAnswer& answer) {
     tables_.describe(head);
     head["lanes"] = lanesOf(facts_, answer.io, tables_);
     head["dropouts"] = dropoutsOf(answer, head["lanes"], numbers_, tables_.names());
-    head["overview"] = overview_.toJson(processors);
+    head["processors"] = processors;
+    head["overview"] = overview_.toJson(processors.empty() ? 0 : *processors.rbegin() + 1);
     head["blocks"] = std::move(blockFacts_);
     Json& resolutions = head["levels"] = Json::array();
     for (size_t level = pyramid_.levels(); level-- > 0;) {

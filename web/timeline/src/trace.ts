@@ -10,17 +10,18 @@ export interface EventKind {
   readonly family: number; // which hue its driver's family has, from 0
 }
 
-export type LaneKind = 'io' | 'thread' | 'processor' | 'driver';
+export type LaneKind = 'io' | 'thread' | 'processor';
 
 export interface Lane {
   readonly id: number; // its place in Trace.lanes
   readonly kind: LaneKind;
   readonly name: string; // "thread 0x00001c3a", "processor 2", "PlexoEngine"
   readonly depth: number; // rows of calls it needs
+  // Of a processor, the next three are not counted: 0, 0 and "".
   readonly records: number;
   readonly busy: number; // ns inside calls of depth 0, waiting of an I/O thread left out
-  readonly processor: number; // where most of its records are
   readonly driver: string; // of most of its records
+  readonly processor: number; // where most of its records are
   readonly begin: number; // its first and last record
   readonly end: number;
 }

@@ -1,5 +1,6 @@
 // A trace made in memory, for tests of the view: I/O threads with cycles and three dropouts, busy and
 // idle threads, failures, deep nesting, names that try to break out. The same at every run.
+import { grow } from '../src/columns';
 import {
   type Bars,
   type Cycles,
@@ -403,7 +404,7 @@ class MadeTrace implements Trace {
           into.flags[last] |= call.flags | kMerged;
           continue;
         }
-        if (into.count === into.begin.length) growBars(into);
+        if (into.count === into.begin.length) grow(into);
         last = into.count++;
         into.begin[last] = call.begin;
         into.end[last] = call.end;
@@ -422,7 +423,7 @@ class MadeTrace implements Trace {
     for (const point of this.points_[lane] ?? []) {
       if (point.time < from || point.time >= to) continue;
       if (point.time - last < nsPerPixel && point.event !== 3) continue;
-      if (into.count === into.time.length) growPoints(into);
+      if (into.count === into.time.length) grow(into);
       const at = into.count++;
       into.time[at] = last = point.time;
       into.depth[at] = point.depth;
@@ -445,7 +446,7 @@ class MadeTrace implements Trace {
         if (share > before) into.end[last] = into.due[last] + share * cycle.budget;
         continue;
       }
-      if (into.count === into.begin.length) growCycles(into);
+      if (into.count === into.begin.length) grow(into);
       const at = into.count++;
       into.begin[at] = cycle.begin;
       into.end[at] = cycle.end;
@@ -557,43 +558,4 @@ function firstEnding(row: readonly Call[], from: number): number {
     else high = middle;
   }
   return low;
-}
-
-function doubled(array: Float64Array): Float64Array {
-  const longer = new Float64Array(array.length * 2);
-  longer.set(array);
-  return longer;
-}
-function doubledWords(array: Uint16Array): Uint16Array {
-  const longer = new Uint16Array(array.length * 2);
-  longer.set(array);
-  return longer;
-}
-function doubledBytes(array: Uint8Array): Uint8Array {
-  const longer = new Uint8Array(array.length * 2);
-  longer.set(array);
-  return longer;
-}
-function growBars(bars: Bars): void {
-  bars.begin = doubled(bars.begin);
-  bars.end = doubled(bars.end);
-  bars.record = doubled(bars.record);
-  bars.depth = doubledWords(bars.depth);
-  bars.event = doubledWords(bars.event);
-  bars.flags = doubledBytes(bars.flags);
-}
-function growPoints(points: Points): void {
-  points.time = doubled(points.time);
-  points.record = doubled(points.record);
-  points.depth = doubledWords(points.depth);
-  points.event = doubledWords(points.event);
-  points.flags = doubledBytes(points.flags);
-}
-function growCycles(cycles: Cycles): void {
-  cycles.begin = doubled(cycles.begin);
-  cycles.end = doubled(cycles.end);
-  cycles.due = doubled(cycles.due);
-  cycles.budget = doubled(cycles.budget);
-  cycles.record = doubled(cycles.record);
-  cycles.dropout = doubledBytes(cycles.dropout);
 }

@@ -1,5 +1,6 @@
 // Calls, or points, in rows: of one lane at one depth, in the order of time.
 
+import { kMerged } from '../trace';
 import { ColumnReader, NumberReader } from './bytes';
 
 // Columns of all rows, one row after the other; they can go from a worker to the page.
@@ -106,6 +107,10 @@ export function readLevel(bytes: Uint8Array, laneOfThread: Uint32Array): BarColu
   return columns;
 }
 
+export function emptyLongCalls(): LongCalls {
+  return { ...emptyColumns(), endRecord: new Float64Array(0), self: new Float64Array(0) };
+}
+
 export function readLongCalls(bytes: Uint8Array, laneOfThread: Uint32Array): LongCalls {
   return readColumns(bytes, laneOfThread, true);
 }
@@ -153,6 +158,77 @@ export function joined(bars: BarColumns, others: BarColumns, flag: number): BarC
     flags: Uint8Array.from(places, of('flags')),
     record: Float64Array.from(places, of('record')),
   };
+}
+
+interface BarRow {
+  readonly begin: number[];
+  readonly end: number[];
+  readonly event: number[];
+  readonly flags: number[];
+  readonly record: number[];
+  cell: number; // of the latest bar, NaN where it is not short
+  longest: number; // call of the latest bar
+}
+
+// Bars in rows as they come, each row in the order of time. Those shorter than the resolution are
+// merged with what begins in the same cell.
+export class BarRows {
+  private readonly rows = new Map<number, BarRow>();
+  constructor(private readonly resolution: number) {}
+
+  add(lane: number, depth: number, begin: number, end: number, event: number, flags: number, record: number): void {
+    const row = this.rowOf(lane * 0x2_0000 + depth);
+    const last = row.begin.length - 1;
+    const isShort = end - begin < this.resolution;
+    const cell = isShort ? Math.floor(begin / this.resolution) : NaN;
+    if (cell === row.cell) {
+      row.flags[last]! |= flags | kMerged;
+      row.end[last] = Math.max(row.end[last]!, end);
+      if (end - begin <= row.longest) return;
+      row.event[last] = event;
+      row.record[last] = record;
+    } else {
+      row.cell = cell;
+      row.begin.push(begin);
+      row.end.push(end);
+      row.event.push(event);
+      row.flags.push(flags);
+      row.record.push(record);
+    }
+    row.longest = end - begin;
+  }
+
+  addAll({ lanes, depths, starts, begin, end, event, flags, record }: BarColumns): void {
+    lanes.forEach((lane, row) => {
+      for (let at = starts[row]!; at < starts[row + 1]!; ++at) {
+        this.add(lane, depths[row]!, begin[at]!, end[at]!, event[at]!, flags[at]!, record[at]!);
+      }
+    });
+  }
+
+  private rowOf(key: number): BarRow {
+    let row = this.rows.get(key);
+    if (row === undefined) {
+      row = { begin: [], end: [], event: [], flags: [], record: [], cell: NaN, longest: 0 };
+      this.rows.set(key, row);
+    }
+    return row;
+  }
+
+  columns(): BarColumns {
+    const keys = [...this.rows.keys()].sort((one, other) => one - other);
+    const total = keys.reduce((sum, key) => sum + this.rows.get(key)!.begin.length, 0);
+    const columns = columnsOf(keys.length, total);
+    keys.forEach((key, place) => {
+      const row = this.rows.get(key)!;
+      const start = columns.starts[place]!;
+      columns.lanes[place] = Math.floor(key / 0x2_0000);
+      columns.depths[place] = key % 0x2_0000;
+      columns.starts[place + 1] = start + row.begin.length;
+      for (const name of ['begin', 'end', 'event', 'flags', 'record'] as const) columns[name].set(row[name], start);
+    });
+    return columns;
+  }
 }
 
 // The first row of a lane: rows[lane] of a block, found once a frame.

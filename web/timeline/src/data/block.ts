@@ -48,7 +48,7 @@ export class RecordBlock {
   private readonly local: Uint32Array;
   private readonly tickLow: Uint32Array;
   private readonly heading: NumberReader; // stands before the codings of words
-  private columns: ColumnReader | null; // stands before the processors; null once all are read
+  private columns: ColumnReader | null; // stands before the processors, then the words; null once all are read
   private cpu = new Uint32Array(0);
   private rank = new Uint32Array(0); // of a record among those of its symbol
   private halves: (Uint32Array | undefined)[] = []; // by local symbol * 8 + word * 2, + 1 high
@@ -115,10 +115,9 @@ export class RecordBlock {
     });
   }
 
-  private readWords(): void {
-    const columns = this.columns;
-    if (columns === null) return;
-    this.columns = null;
+  private readProcessors(): void {
+    const { columns } = this;
+    if (columns === null || this.cpu.length === this.count) return;
     this.cpu = new Uint32Array(this.count);
     const last = new Map<number, number>(); // by lane
     for (let i = 0; i < this.count; ++i) {
@@ -128,6 +127,13 @@ export class RecordBlock {
       this.cpu[i] = cpu;
       if (difference !== 0) last.set(lane, this.cpu[i]!);
     }
+  }
+
+  private readWords(): void {
+    this.readProcessors(); // they stand before the words
+    const { columns } = this;
+    if (columns === null) return;
+    this.columns = null;
     // By symbol, its records' ticks in their order.
     const counts = new Uint32Array(this.used.length);
     this.rank = this.local.map((local) => counts[local]!++);
@@ -186,7 +192,7 @@ export class RecordBlock {
   }
 
   processor(index: number): number {
-    this.readWords();
+    this.readProcessors();
     return this.cpu[index]!;
   }
 

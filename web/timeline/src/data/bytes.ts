@@ -13,7 +13,7 @@ export function bytesOfText(text: string): Uint8Array<ArrayBuffer> {
     if (code === kEscape) code = text.charCodeAt(++i) - kShift;
     bytes[length++] = code;
   }
-  return bytes.slice(0, length);
+  return bytes.subarray(0, length);
 }
 
 export async function inflated(bytes: Uint8Array<ArrayBuffer>): Promise<Uint8Array<ArrayBuffer>> {

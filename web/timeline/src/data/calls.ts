@@ -14,6 +14,7 @@ export interface Visitor {
   // `end` is the index of the record that closed it, or -1 where all were.
   close(start: number, lane: number, end: number, time: number, finished: boolean): void;
   point(index: number, lane: number, open: number, orphan: boolean): void;
+  after?(index: number, lane: number): void; // all that a record does
 }
 
 // The records before `end`.
@@ -80,6 +81,7 @@ export function replay(
         visitor.point(i, lane, before[lane]! + depth[lane]!, false);
         break;
     }
+    visitor.after?.(i, lane);
   }
   for (; deed < block.deeds.length && block.deeds[deed]!.index <= end; ++deed) {
     const { closed, time } = block.deeds[deed]!;

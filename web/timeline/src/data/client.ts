@@ -72,6 +72,12 @@ export class Client implements Asked {
   long(): Promise<LongCalls> {
     return this.ask<LongCalls>('long', null).answer;
   }
+  processorBars(block: number): Promise<BarColumns> {
+    return this.ask<BarColumns>('processorBars', block).answer;
+  }
+  processorLevel(number: number): Promise<BarColumns> {
+    return this.ask<BarColumns>('processorLevel', number).answer;
+  }
   cycles(): Promise<Map<number, CycleColumns>> {
     return this.ask<Map<number, CycleColumns>>('cycles', null).answer;
   }

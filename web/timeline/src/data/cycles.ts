@@ -1,5 +1,6 @@
 // Cycles of the I/O threads, and the same merged for wider views.
 
+import { grow } from '../columns';
 import type { Cycles } from '../trace';
 import { lowerBound } from './bars';
 import { ColumnReader, NumberReader } from './bytes';
@@ -114,18 +115,6 @@ export function levelsOf(cycles: CycleColumns): CycleLevel[] {
     last = next;
   }
   return levels;
-}
-
-function grow(into: Cycles): void {
-  const room = Math.max(256, into.begin.length * 2);
-  for (const name of ['begin', 'end', 'due', 'budget', 'record'] as const) {
-    const column = new Float64Array(room);
-    column.set(into[name]);
-    into[name] = column;
-  }
-  const dropout = new Uint8Array(room);
-  dropout.set(into.dropout);
-  into.dropout = dropout;
 }
 
 export function fillCycles(

@@ -1,6 +1,7 @@
 // What a frame asks of calls and points: from the pyramid, or from unpacked blocks where it is finer
 // than that.
 
+import { grow } from '../columns';
 import { kMerged, kThinned, type Bars, type Points } from '../trace';
 import { emptyColumns, firstRowOf, joined, lowerBound, sizeOf, type BarColumns } from './bars';
 import type { Head } from './head';
@@ -33,7 +34,7 @@ export class DrawnBars {
 
   constructor(
     private readonly head: Head,
-    private readonly asked: Asked,
+    private readonly asked: Pick<Asked, 'bars' | 'level' | 'long'>,
     private readonly unpacked: () => void,
   ) {
     this.levels = new Array<BarColumns | undefined>(head.levels.length).fill(undefined);
@@ -224,23 +225,4 @@ export class DrawnBars {
     into.flags[place] = from.flags[at]!;
     into.record[place] = from.record[at]!;
   }
-}
-
-function grown<Column extends Float64Array | Uint16Array | Uint8Array>(column: Column, into: Column): Column {
-  into.set(column);
-  return into;
-}
-
-function grow(into: Bars | Points): void {
-  const room = Math.max(1024, 2 * into.depth.length);
-  if ('end' in into) {
-    into.begin = grown(into.begin, new Float64Array(room));
-    into.end = grown(into.end, new Float64Array(room));
-  } else {
-    into.time = grown(into.time, new Float64Array(room));
-  }
-  into.depth = grown(into.depth, new Uint16Array(room));
-  into.event = grown(into.event, new Uint16Array(room));
-  into.flags = grown(into.flags, new Uint8Array(room));
-  into.record = grown(into.record, new Float64Array(room));
 }

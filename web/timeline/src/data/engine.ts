@@ -2,18 +2,19 @@
 
 import type { Matches, RecordDetail, Selection, StatisticsRow } from '../trace';
 import { kCutOff, kFailure } from '../trace';
-import { readLevel, readLongCalls, lowerBound, type BarColumns, type LongCalls } from './bars';
+import { BarRows, readLevel, readLongCalls, lowerBound, type BarColumns, type LongCalls } from './bars';
 import { RecordBlock } from './block';
 import { bytesOfText, inflated } from './bytes';
 import { callsOf, replay, type BlockCalls } from './calls';
 import { readCycles, type CycleColumns } from './cycles';
 import { lanesOfThreads, readHead, type Head } from './head';
+import { addProcessorCalls, coarserLevels } from './processors';
 import { verdictOf, wordsOf, type Verdict } from './search';
 import { symbolsOf, type Symbols } from './symbols';
 import { lineOf, nameOf, newWords, textOf, valueText } from './texts';
 import { wordText } from './words';
 
-const kCached = 6; // blocks
+const kCached = 4; // blocks
 
 // Numbers that become more and more.
 class Numbers {
@@ -71,6 +72,7 @@ export class Engine {
   private readonly symbols: Symbols;
   private readonly laneOfThread: Uint32Array;
   private longCalls: Promise<LongCalls> | null = null;
+  private processorLevels: Promise<BarColumns[]> | null = null;
 
   constructor(private readonly head: Head) {
     this.symbols = symbolsOf(head);
@@ -138,6 +140,31 @@ export class Engine {
   async long(): Promise<LongCalls> {
     this.longCalls ??= this.chunk('long').then((bytes) => readLongCalls(bytes, this.laneOfThread));
     return this.longCalls;
+  }
+
+  async processorBars(number: number): Promise<BarColumns> {
+    const rows = new BarRows(0);
+    await this.addProcessors(number, rows);
+    return rows.columns();
+  }
+
+  // The first one asked for takes a walk through all blocks.
+  async processorLevel(number: number): Promise<BarColumns> {
+    this.processorLevels ??= this.makeProcessorLevels();
+    return structuredClone((await this.processorLevels)[number]!);
+  }
+
+  private async makeProcessorLevels(): Promise<BarColumns[]> {
+    const { levels } = this.head;
+    const rows = new BarRows(levels[levels.length - 1]!);
+    for (let number = 0; number < this.blockCount; ++number) await this.addProcessors(number, rows);
+    return coarserLevels(rows.columns(), levels);
+  }
+
+  private async addProcessors(number: number, rows: BarRows): Promise<void> {
+    const { block } = await this.unpacked(number);
+    const { lanes, processors } = this.head;
+    addProcessorCalls(block, this.symbols, lanes.length, await this.long(), processors, rows);
   }
 
   // By lane.

@@ -72,6 +72,7 @@ export interface Head {
   readonly symbols: readonly number[]; // kind, thread, words: three numbers each
   readonly lanes: readonly HeadLane[];
   readonly dropouts: readonly HeadDropout[];
+  readonly processors: readonly number[]; // that have records, ascending
   readonly overview: { busy: number[]; failures: number[]; records: number[] };
   readonly blocks: readonly number[]; // first record, least and latest time: three numbers each
   readonly levels: readonly number[]; // resolutions, the coarsest first

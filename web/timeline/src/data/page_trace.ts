@@ -14,10 +14,31 @@ import type {
   StatisticsRow,
   Trace,
 } from '../trace';
+import { emptyLongCalls } from './bars';
 import { fillCycles, levelsOf, type CycleLevel } from './cycles';
 import { DrawnBars } from './drawn_bars';
 import type { Head } from './head';
+import { kProcessorRows } from './processors';
 import type { Asked } from './protocol';
+
+// The threads', and then the processors'.
+function lanesOf(head: Head): Lane[] {
+  const threads = head.lanes.map((lane, id) => ({ ...lane, id }));
+  const deepest = threads.reduce((most, lane) => Math.max(most, lane.depth), 0);
+  const processors = head.processors.map((processor, place): Lane => ({
+    id: threads.length + place,
+    kind: 'processor',
+    name: `processor ${processor}`,
+    depth: Math.min(deepest, kProcessorRows),
+    records: 0,
+    busy: 0,
+    processor,
+    driver: '',
+    begin: head.begin,
+    end: head.end,
+  }));
+  return [...threads, ...processors];
+}
 
 export class PageTrace implements Trace {
   readonly title: string;
@@ -33,13 +54,14 @@ export class PageTrace implements Trace {
   readonly ready: Promise<void>;
 
   private readonly drawn: DrawnBars;
+  private onProcessors: DrawnBars | null = null; // made when it is first asked for
   private readonly cycleLevels = new Map<number, readonly CycleLevel[]>();
   private cyclesAreThere = false;
   private callback: () => void = () => undefined;
   private readonly found: Promise<Matches>;
 
   constructor(
-    head: Head,
+    private readonly head: Head,
     private readonly asked: Asked,
   ) {
     this.title = head.title;
@@ -49,7 +71,7 @@ export class PageTrace implements Trace {
     this.notes = head.notes;
     this.events = head.events;
     this.families = head.families;
-    this.lanes = head.lanes.map((lane, id) => ({ ...lane, id }));
+    this.lanes = lanesOf(head);
     this.dropouts = head.dropouts.map((dropout) => ({ culprit: '', culpritRecord: -1, ...dropout }));
     this.overview = {
       busy: Float32Array.from(head.overview.busy, (share) => share / 1000),
@@ -71,7 +93,20 @@ export class PageTrace implements Trace {
   }
 
   bars(lane: number, from: number, to: number, nsPerPixel: number, into: Bars): boolean {
-    return this.drawn.fill(lane, from, to, nsPerPixel, 0, into);
+    const processor = lane - this.head.lanes.length;
+    if (processor < 0) return this.drawn.fill(lane, from, to, nsPerPixel, 0, into);
+    this.onProcessors ??= this.processorBars();
+    return this.onProcessors.fill(processor, from, to, nsPerPixel, 0, into);
+  }
+
+  private processorBars(): DrawnBars {
+    const { asked } = this;
+    const source = {
+      bars: (block: number) => asked.processorBars(block),
+      level: (number: number) => asked.processorLevel(number),
+      long: () => Promise.resolve(emptyLongCalls()),
+    };
+    return new DrawnBars(this.head, source, () => this.callback());
   }
 
   points(lane: number, from: number, to: number, nsPerPixel: number, into: Points): boolean {

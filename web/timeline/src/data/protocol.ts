@@ -9,6 +9,9 @@ export interface Asked {
   bars(block: number): Promise<BarColumns>;
   level(number: number): Promise<BarColumns>;
   long(): Promise<LongCalls>;
+  // What ran on the processors; their lanes are places in Head.processors.
+  processorBars(block: number): Promise<BarColumns>;
+  processorLevel(number: number): Promise<BarColumns>;
   cycles(): Promise<Map<number, CycleColumns>>;
   detail(record: number): Promise<RecordDetail>;
   statistics(selection: Selection): Promise<readonly StatisticsRow[]>;

@@ -17,7 +17,9 @@ async function answer(request: Extract<Request, { ask: number }>): Promise<void>
   const asked = await engine;
   switch (method) {
     case 'bars':
-    case 'level': {
+    case 'level':
+    case 'processorBars':
+    case 'processorLevel': {
       const value: BarColumns = await asked[method](argument as number);
       return reply({ ask, value }, buffersOf(value));
     }

@@ -21,10 +21,10 @@ export function data(text: string, limit = kNameLimit): HTMLElement {
   return element('bdi', {}, shown(text, limit));
 }
 
-// A driver and its method, to be broken between them if need be.
-export function method(text: string): HTMLElement {
+// A text that begins with a driver and its method, to be broken between them if need be.
+export function method(text: string, limit = 2 * kNameLimit): HTMLElement {
   const made = element('bdi');
-  shown(text, 2 * kNameLimit)
+  shown(text, limit)
     .split(/(?<=::)/)
     .forEach((part, at) => made.append(...(at > 0 ? [element('wbr')] : []), part));
   return made;

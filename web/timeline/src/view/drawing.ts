@@ -1,7 +1,7 @@
 // Draws what is on the screen, once a frame and only when something changed.
+import { type LaneColumns, newLaneColumns } from '../columns';
 import type { Cycles, RecordDetail, Trace } from '../trace';
 import { BarPainter, paintPoints, type Surface } from './bars';
-import { type LaneBuffers, makeBuffers } from './buffers';
 import { currentTheme, type Theme } from './colours';
 import { paintCycles } from './cycles';
 import type { Frame } from './frame';
@@ -13,14 +13,14 @@ import type { State } from './state';
 import type { Viewport } from './viewport';
 
 const kText = 14; // CSS pixels of the page's text at size 1
-const kManyDropouts = 40; // more of them on the screen are thinner
+const kManyDropouts = 40; // more of them on the screen are thinner, and paler across the lanes
 const kWindow = 10; // CSS pixels of the minimap's window at least
 const kFont = 'system-ui, "Segoe UI", "Liberation Sans", "DejaVu Sans", sans-serif';
 
 // A lane on the screen and what it drew last.
 export interface Shown {
   row: Row;
-  readonly buffers: LaneBuffers;
+  readonly buffers: LaneColumns;
 }
 
 export class Drawing {
@@ -122,13 +122,14 @@ export class Drawing {
       context.fillStyle = theme.line;
       context.fillRect(0, below, width, 1);
       if (!row.lane) continue;
-      const shown = (this.shown[this.shownCount] ??= { row, buffers: makeBuffers() });
+      const shown = (this.shown[this.shownCount] ??= { row, buffers: newLaneColumns() });
       this.shownCount++;
       shown.row = row;
       const { bars, points, cycles } = shown.buffers;
       const { id } = row.lane;
       cycles.count = 0;
-      trace.bars(id, view.from, view.to, nsPerPixel, bars);
+      const exact = trace.bars(id, view.from, view.to, nsPerPixel, bars);
+      if (!exact && bars.count === 0 && row.lane.kind === 'processor') this.sayReading(top + row.callsTop);
       trace.points(id, view.from, view.to, nsPerPixel, points);
       if (row.lane.kind === 'io' && !row.folded) {
         trace.cycles(id, view.from, view.to, nsPerPixel, cycles);
@@ -143,6 +144,13 @@ export class Drawing {
     this.drawDropouts();
   }
 
+  private sayReading(top: number): void {
+    const { context, ratio } = this.lanes;
+    context.fillStyle = this.theme.dim;
+    context.textBaseline = 'top';
+    context.fillText('reading all records…', 8 * ratio, (top + 2) * ratio);
+  }
+
   // Red lines across all lanes; those that share a pixel are one.
   private drawDropouts(): void {
     const { context, width, height, ratio } = this.lanes;
@@ -151,8 +159,10 @@ export class Drawing {
     let seen = 0;
     for (let at = 0; at < dropouts.length; at++)
       if (dropouts[at].time >= this.view.from && dropouts[at].time <= this.view.to) seen++;
-    const wide = Math.max(1, Math.round((seen > kManyDropouts ? 1 : 2) * ratio));
+    const many = seen > kManyDropouts;
+    const wide = Math.max(1, Math.round((many ? 1 : 2) * ratio));
     context.fillStyle = this.theme.red;
+    context.globalAlpha = many ? 0.4 : 1;
     let last = -wide;
     for (const dropout of dropouts) {
       const x = Math.round((dropout.time - this.view.from) * scale) - (wide >> 1);
@@ -160,6 +170,7 @@ export class Drawing {
       context.fillRect(x, 0, wide, height);
       last = x;
     }
+    context.globalAlpha = 1;
   }
 
   private drawMeasured(): void {

@@ -1,18 +1,21 @@
-// The list of dropouts: those with one cause and one culprit are one finding.
+// The list of dropouts: those with one cause and one culprit are one finding. The records that show
+// the chosen one's cause stand below its moment.
 import type { Dropout, Trace } from '../trace';
 import { button, data, element, method } from './dom';
 import type { Commands } from './state';
-import { counted, duration, moment } from './units';
+import { count, counted, duration, moment } from './units';
 
 const kListed = 300; // buttons of a finding; keys reach the others
+const kLine = 160; // characters of a piece of evidence
 
 export class DropoutList {
   private readonly buttons = new Map<number, HTMLButtonElement>();
   private current: HTMLButtonElement | null = null;
+  private evidence: HTMLElement | null = null;
 
   constructor(
-    sheet: HTMLElement,
-    trace: Trace,
+    private readonly sheet: HTMLElement,
+    private readonly trace: Trace,
     private readonly commands: Commands,
   ) {
     const { dropouts } = trace;
@@ -39,11 +42,41 @@ export class DropoutList {
     }
   }
 
+  // -1: none.
   mark(index: number): void {
     this.current?.removeAttribute('aria-current');
+    this.evidence?.remove();
     this.current = this.buttons.get(index) ?? null;
-    this.current?.setAttribute('aria-current', 'true');
-    this.current?.scrollIntoView({ block: 'nearest' });
+    if (!this.current) return;
+    this.current.setAttribute('aria-current', 'true');
+    this.evidence = this.evidenceOf(this.trace.dropouts[index]);
+    this.current.after(this.evidence);
+    const seen = this.sheet.getBoundingClientRect();
+    const { top } = this.current.getBoundingClientRect();
+    if (top >= seen.top && this.evidence.getBoundingClientRect().bottom <= seen.bottom) return;
+    this.current.closest('.finding')!.scrollIntoView();
+    this.current.scrollIntoView({ block: 'nearest' });
+  }
+
+  // Filled as the records arrive: their places stand from the start, so that nothing jumps.
+  private evidenceOf(dropout: Dropout): HTMLElement {
+    const list = element('ol', { class: 'evidence', 'aria-label': 'Its evidence (key e)' });
+    for (const record of dropout.evidence) {
+      const piece = button(
+        { class: 'piece' },
+        () => this.commands.reveal(record),
+        `record ${count(record)}`,
+      );
+      list.append(element('li', {}, piece));
+      void this.trace.detail(record).then((detail) => {
+        const { name } = this.trace.lanes[detail.lane];
+        piece.replaceChildren(
+          element('span', {}, `${before(dropout.time - detail.time)} · `, data(name)),
+          element('span', { class: 'text' }, kArrows[detail.qualifier] ?? '', method(detail.line, kLine)),
+        );
+      });
+    }
+    return list;
   }
 
   private section(finding: readonly number[], dropouts: readonly Dropout[]): HTMLElement {
@@ -88,6 +121,13 @@ export class DropoutList {
       list,
     );
   }
+}
+
+const kArrows: Readonly<Record<number, string>> = { 1: '→ ', 2: '← ' }; // a start, an end
+
+function before(ns: number): string {
+  if (ns === 0) return 'then';
+  return `${duration(Math.abs(ns))} ${ns > 0 ? 'before' : 'after'}`;
 }
 
 export function sentence(text: string): string {

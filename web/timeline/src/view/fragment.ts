@@ -6,6 +6,7 @@ export interface Shared {
   from: number | null;
   to: number | null;
   record: number | null;
+  dropout: number | null; // counted from 0
   words: string;
   grouping: Grouping;
   pinned: number[];
@@ -22,7 +23,8 @@ export function readFragment(fragment: string): Shared {
   return {
     from: number(fields.get('from')),
     to: number(fields.get('to')),
-    record: number(fields.get('record')),
+    record: place(fields.get('record')),
+    dropout: place(fields.get('dropout')),
     words: fields.get('search') ?? '',
     grouping: grouping ?? 'thread',
     pinned: numbers(fields.get('pinned')),
@@ -40,6 +42,7 @@ export function writeFragment(view: Shared): string {
     fields.set('to', String(Math.round(view.to)));
   }
   if (view.record !== null) fields.set('record', String(view.record));
+  if (view.dropout !== null) fields.set('dropout', String(view.dropout));
   if (view.words) fields.set('search', view.words);
   if (view.grouping !== 'thread') fields.set('group', view.grouping);
   if (view.pinned.length) fields.set('pinned', view.pinned.join(','));
@@ -54,6 +57,12 @@ function number(text: string | null): number | null {
   if (text === null || text.trim() === '') return null;
   const value = Number(text);
   return Number.isFinite(value) ? value : null;
+}
+
+// A place in a list.
+function place(text: string | null): number | null {
+  const value = number(text);
+  return value !== null && Number.isInteger(value) && value >= 0 ? value : null;
 }
 
 function numbers(text: string | null): number[] {

@@ -108,7 +108,6 @@ function head(trace: Trace, commands: Commands, about: () => void, frame: Frame)
     element(
       'div',
       { class: 'tools' },
-      element('span', { 'aria-hidden': 'true' }, 'Lanes by'),
       frame.grouping,
       button({ title: 'Key 0' }, () => commands.whole(), 'Whole trace'),
       button({ title: 'Key ?' }, () => commands.help(), 'Keys'),
@@ -145,7 +144,7 @@ function failureVerdict(trace: Trace, commands: Commands): HTMLElement {
 function groupingSelect(regroup: (grouping: Grouping) => void): HTMLSelectElement {
   const select = element('select', { 'aria-label': 'Lanes by' });
   for (const grouping of kGroupings)
-    select.append(element('option', { value: grouping }, grouping));
+    select.append(element('option', { value: grouping }, `lanes by ${grouping}`));
   select.addEventListener('change', () => regroup(select.value as Grouping));
   return select;
 }

@@ -162,9 +162,9 @@ export function laneTitle(lane: Lane): string {
 }
 
 function laneFacts(trace: Trace, lane: Lane): string {
+  if (lane.kind === 'processor') return 'what ran on it';
   const busy = percent(lane.busy / Math.max(1, trace.end - trace.begin));
-  const driver = lane.kind === 'driver' ? '' : lane.driver;
-  return [`${busy} busy`, driver].filter(Boolean).join(' · ');
+  return [`${busy} busy`, lane.driver].filter(Boolean).join(' · ');
 }
 
 // The longest calls of a lane on the screen. `tell` makes what stands for the call: text or a button.
@@ -184,16 +184,16 @@ export function callTable(
     const event = events[bars.event[at]];
     return [
       tell(event.method, bars.record[at]),
-      data(event.driver),
-      moment(bars.begin[at], 1e3),
       duration(lengthOf(bars, at)),
+      moment(bars.begin[at], 1e3),
+      data(event.driver),
       (bars.flags[at] & kFailure) !== 0 ? 'failed' : '',
     ];
   });
   const title = safe(laneTitle(shown.row.lane!));
   const which = told.length < places.length ? `the longest ${told.length} of ` : '';
   const caption = `${title}: ${which}${counted(places.length, 'call')} on the screen`;
-  return table({}, caption, ['method', 'driver', 'begins', 'takes', 'result'], rows);
+  return table({}, caption, ['method', 'takes', 'begins', 'driver', 'result'], rows);
 }
 
 function lengthOf(bars: Shown['buffers']['bars'], at: number): number {

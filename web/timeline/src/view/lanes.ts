@@ -122,13 +122,13 @@ export class LaneLayout {
     }
     const groupOf = (lane: Lane) =>
       choice.grouping === 'processor' ? `processor ${lane.processor}` : lane.driver || 'no driver';
-    const own = lanes.filter((lane) => lane.kind === choice.grouping);
+    const own = left.filter((lane) => lane.kind === choice.grouping);
     const names = [...new Set([...own.map((lane) => lane.name), ...threads.map(groupOf)])];
     if (choice.grouping === 'processor') names.sort(byNumber);
     for (const name of names) {
-      this.addHeading(name, false);
-      const summary = own.find((lane) => lane.name === name && !pinned.has(lane.id));
-      if (summary) this.addLane(summary, choice);
+      const head = own.find((lane) => lane.name === name);
+      if (head) this.addLane(head, choice);
+      else this.addHeading(name, false);
       for (const lane of threads)
         if (groupOf(lane) === name && (!this.isIdle(lane) || choice.idleShown))
           this.addLane(lane, choice);

@@ -4,6 +4,8 @@ import type { Trace } from '../trace';
 import type { Surface } from './bars';
 import type { Theme } from './colours';
 
+const kManyDropouts = 100; // more are thinner
+
 export function paintMinimap(
   surface: Surface,
   trace: Trace,
@@ -40,7 +42,7 @@ export function paintMinimap(
   }
 
   context.fillStyle = theme.red;
-  const thin = Math.max(2, Math.round(2 * ratio));
+  const thin = Math.max(1, Math.round((trace.dropouts.length > kManyDropouts ? 1 : 2) * ratio));
   let lastX = -thin;
   for (const dropout of trace.dropouts) {
     const x = Math.round(((dropout.time - trace.begin) / span) * width) - (thin >> 1);

@@ -1,21 +1,17 @@
 // Where to look: the neighbourhood of a dropout, of a failure, of a call.
+import { newLaneColumns } from '../columns';
 import type { Dropout, RecordDetail, Trace } from '../trace';
-import { makeBuffers } from './buffers';
 import type { Span } from './state';
 import type { Viewport } from './viewport';
 
-const kScratch = makeBuffers();
+const kScratch = newLaneColumns();
 const kUsualBudget = 10e6; // ns, where no cycle tells it
 
 // A dropout's neighbourhood: the cycles around it, and its culprit where that is near.
-export async function neighbourhood(
-  trace: Trace,
-  dropout: Dropout,
-): Promise<{ span: Span; culprit: RecordDetail | null }> {
+export function neighbourhood(trace: Trace, dropout: Dropout, culprit: RecordDetail | null): Span {
   const budget = budgetNear(trace, dropout);
   let from = dropout.time - Math.max(2 * budget, dropout.lacking + budget);
   let to = dropout.time + budget;
-  const culprit = dropout.culpritRecord < 0 ? null : await trace.detail(dropout.culpritRecord);
   if (culprit) {
     const { call, time } = culprit;
     const begin = call?.begin ?? time;
@@ -27,7 +23,7 @@ export async function neighbourhood(
       to = Math.max(to, end + margin);
     }
   }
-  return { span: { from, to }, culprit };
+  return { from, to };
 }
 
 function budgetNear(trace: Trace, dropout: Dropout): number {

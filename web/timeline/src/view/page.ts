@@ -171,22 +171,38 @@ class Page implements Commands {
 
   dropout(index: number): void {
     const dropout = this.trace.dropouts[index];
-    this.state.dropout = index;
-    this.state.blamed = null;
-    this.side.show(0);
-    this.dropouts.mark(index);
     const named = dropout.culprit ? ` ${safe(dropout.culprit)}.` : '';
     this.speak(
       `Dropout ${index + 1} of ${this.trace.dropouts.length}, at ${moment(dropout.time, 1e5)}. ${sentence(dropout.meaning)}${named}`,
     );
     const asked = ++this.asked;
-    void neighbourhood(this.trace, dropout).then(({ span, culprit }) => {
+    void this.chooseDropout(index).then((culprit) => {
       if (asked !== this.asked) return;
-      this.state.blamed = culprit;
+      const span = neighbourhood(this.trace, dropout, culprit);
       this.view.show(span.from, span.to);
       if (dropout.lane >= 0) this.choose(dropout.lane);
       this.changed();
     });
+  }
+
+  // Its evidence stands in the list, its culprit is outlined.
+  private async chooseDropout(index: number): Promise<RecordDetail | null> {
+    const { culpritRecord } = this.trace.dropouts[index];
+    this.state.dropout = index;
+    this.state.blamed = null;
+    this.side.show(0);
+    this.dropouts.mark(index);
+    const culprit = culpritRecord < 0 ? null : await this.trace.detail(culpritRecord);
+    if (this.state.dropout !== index) return null;
+    this.state.blamed = culprit;
+    this.changed();
+    return culprit;
+  }
+
+  private forgetDropout(): void {
+    this.state.dropout = -1;
+    this.state.blamed = null;
+    this.dropouts.mark(-1);
   }
 
   culprit(): void {
@@ -194,6 +210,16 @@ class Page implements Commands {
     if (!dropout) return this.speak('There is no dropout in this trace.');
     if (dropout.culpritRecord < 0) return this.speak('No call is named as its cause.');
     this.reveal(dropout.culpritRecord);
+  }
+
+  evidence(step: number): void {
+    const dropout = this.trace.dropouts[Math.max(0, this.state.dropout)];
+    if (!dropout) return this.speak('There is no dropout in this trace.');
+    const { evidence } = dropout;
+    const last = evidence.indexOf(this.state.selected?.record ?? -1);
+    const next = last < 0 && step < 0 ? evidence.length - 1 : last + step;
+    if (next < 0 || next >= evidence.length) return this.speak('No more evidence.');
+    this.reveal(evidence[next]);
   }
 
   nextFailure(step: number): void {
@@ -205,11 +231,15 @@ class Page implements Commands {
     this.search.input.select();
   }
 
-  private found(words: string, matches: Matches | null): void {
-    this.state.words = words;
-    this.state.matches = matches;
-    this.state.match = -1;
+  // The match looked at stays so while more are found. Answers its place.
+  private found(words: string, matches: Matches | null): number {
+    const { state } = this;
+    const record = state.words === words ? state.matches?.record[state.match] : undefined;
+    state.words = words;
+    state.matches = matches;
+    state.match = record === undefined ? -1 : (matches?.record.indexOf(record) ?? -1);
     this.changed(true);
+    return state.match;
   }
 
   nextMatch(step: number): void {
@@ -411,8 +441,8 @@ class Page implements Commands {
       this.state.selected = null;
       this.wanted = null;
       emptyDetails(this.side.sheets[1]);
-    } else if (this.state.blamed) {
-      this.state.blamed = null;
+    } else if (this.state.dropout >= 0) {
+      this.forgetDropout();
     } else {
       this.search.set('');
     }
@@ -488,11 +518,12 @@ class Page implements Commands {
   // ---- the address
 
   private writeAddress(): void {
-    const { choice, selected, measured, words } = this.state;
+    const { choice, selected, dropout, measured, words } = this.state;
     this.written = writeFragment({
       from: this.view.targetFrom,
       to: this.view.targetTo,
       record: selected?.record ?? null,
+      dropout: dropout < 0 ? null : dropout,
       words,
       grouping: choice.grouping,
       pinned: choice.pinned,
@@ -517,9 +548,10 @@ class Page implements Commands {
       this.view.show(shared.from, shared.to, false);
     if (shared.words) this.search.set(shared.words);
     if (shared.selection) this.measured(shared.selection[0], shared.selection[1], true);
-    const { record } = shared;
-    if (record !== null && Number.isInteger(record) && record >= 0 && record < this.trace.records)
-      this.select(record);
+    const { record, dropout } = shared;
+    if (dropout !== null && dropout < this.trace.dropouts.length) void this.chooseDropout(dropout);
+    else this.forgetDropout();
+    if (record !== null && record < this.trace.records) this.select(record);
     this.arrange();
   }
 }

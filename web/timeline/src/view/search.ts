@@ -11,11 +11,12 @@ export class Search {
   private stop = new AbortController();
   private timer = 0;
   private matches: Matches | null = null;
+  private wanted = 0; // a step that waits for the first match
 
   constructor(
     place: HTMLElement,
     private readonly trace: Trace,
-    private readonly found: (words: string, matches: Matches | null) => void,
+    private readonly found: (words: string, matches: Matches | null) => number,
     private readonly step: (step: number) => void,
     private readonly leave: () => void,
   ) {
@@ -64,6 +65,7 @@ export class Search {
   private start(): void {
     window.clearTimeout(this.timer);
     this.timer = 0;
+    this.wanted = 0;
     this.stop.abort();
     this.stop = new AbortController();
     const { signal } = this.stop;
@@ -81,14 +83,21 @@ export class Search {
 
   private take(words: string, matches: Matches | null): void {
     this.matches = matches;
-    this.found(words, matches);
-    this.tell(-1);
+    this.tell(this.found(words, matches));
+    if (this.wanted) this.go(this.wanted);
+  }
+
+  private go(step: number): void {
+    const { matches } = this;
+    const none = !matches || (matches.record.length === 0 && !matches.complete);
+    this.wanted = none ? step : 0;
+    if (!none) this.step(step);
   }
 
   private key(event: KeyboardEvent): void {
     if (event.key === 'Enter') {
       if (this.timer) this.start();
-      this.step(event.shiftKey ? -1 : 1);
+      this.go(event.shiftKey ? -1 : 1);
       this.leave();
     } else if (event.key === 'Escape') {
       this.input.value = '';

@@ -45,6 +45,7 @@ export interface Commands {
   nextDropout(step: number): void;
   dropout(index: number): void;
   culprit(): void;
+  evidence(step: number): void;
   nextFailure(step: number): void;
   startSearch(): void;
   nextMatch(step: number): void;

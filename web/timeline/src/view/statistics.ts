@@ -1,5 +1,5 @@
 // The statistics of what was measured: one row an event, the one with the most time first.
-import type { StatisticsRow, Trace } from '../trace';
+import type { Lane, StatisticsRow, Trace } from '../trace';
 import { button, data, element, table } from './dom';
 import type { Commands, Span, State } from './state';
 import { laneTitle } from './heads';
@@ -31,7 +31,7 @@ export class StatisticsSheet {
     }
     const from = Math.min(span.from, span.to);
     const to = Math.max(span.from, span.to);
-    const lane = this.ofLane && this.state.lane >= 0 ? this.trace.lanes[this.state.lane] : null;
+    const lane = this.ofLane ? this.thread() : null;
     void this.trace.statistics({ from, to, lanes: lane ? [lane.id] : null }).then((rows) => {
       if (asked !== this.asked) return;
       this.sheet.replaceChildren(
@@ -43,16 +43,22 @@ export class StatisticsSheet {
     });
   }
 
+  // The current lane, unless it is a processor's.
+  private thread(): Lane | null {
+    const lane = this.trace.lanes[this.state.lane];
+    return lane === undefined || lane.kind === 'processor' ? null : lane;
+  }
+
   private laneSwitch(span: Span): HTMLElement {
-    const { lane } = this.state;
+    const lane = this.thread();
     const box = element('input', { type: 'checkbox' });
-    box.checked = this.ofLane && lane >= 0;
-    box.disabled = lane < 0;
+    box.checked = this.ofLane && lane !== null;
+    box.disabled = lane === null;
     box.addEventListener('change', () => {
       this.ofLane = box.checked;
       this.show(span);
     });
-    const name = lane < 0 ? 'the current lane' : laneTitle(this.trace.lanes[lane]);
+    const name = lane === null ? 'the current thread' : laneTitle(lane);
     return element('p', {}, element('label', {}, box, ' only ', data(name)));
   }
 
@@ -68,14 +74,14 @@ export class StatisticsSheet {
           () => this.commands.reveal(row.longest),
           data(this.trace.events[row.event].method),
         ),
+        duration(row.total),
         count(row.calls),
         row.failures ? element('span', { class: 'failed' }, count(row.failures)) : '',
-        duration(row.total),
         duration(row.self),
         duration(row.median),
         duration(row.max),
       ]);
-    const heads = ['method', 'calls', 'failed', 'total', 'self', 'median', 'max'];
+    const heads = ['method', 'total', 'calls', 'failed', 'self', 'median', 'max'];
     const made = table(
       { class: 'numbers' },
       'Calls that begin in the measured stretch',

@@ -1,58 +1,27 @@
-// Measures pages in the browser: when the first picture stands, when all is ready, how long frames
-// take while a reader zooms and pans, how much memory the page's processes hold.
+// Measures, in the browser: a page, and beside it the same trace's export opened in speedscope. How
+// long until the first picture stands and until all is ready, how much memory the process that shows
+// it holds, how long frames take while a reader zooms and pans.
 import { readFileSync, statSync } from 'node:fs';
 import { pathToFileURL } from 'node:url';
 import type { Browser, Page } from 'playwright-core';
 import { startBrowser } from './pages';
 
-interface Measured {
-  readonly first: number; // ms
-  readonly ready: number;
-  readonly memory: number; // MB
-  readonly frames: number[]; // ms, ascending
+const kPatience = 180_000; // ms for a load
+
+interface Frames {
+  readonly wall: number[]; // ms, ascending
+  readonly processor: number[];
 }
 
-// Times what the page does in each animation frame; runs before the page's own script.
-function watchFrames(): void {
-  const request = window.requestAnimationFrame.bind(window);
-  const frames: number[] = [];
-  Object.assign(window, { measuredFrames: frames });
-  window.requestAnimationFrame = (callback) =>
-    request((now) => {
-      const begin = performance.now();
-      callback(now);
-      frames.push(performance.now() - begin);
-    });
-}
-
-function timesOf(page: Page): Promise<{ first: number; ready: number }> {
-  return page.evaluate(
-    () =>
-      new Promise<{ first: number; ready: number }>((done, refuse) => {
-        setTimeout(() => refuse(new Error('the page is not ready after a minute')), 60_000);
-        const look = () => {
-          const [ready] = performance.getEntriesByName('ready');
-          const [first] = performance.getEntriesByName('first-contentful-paint');
-          if (ready && first) done({ first: first.startTime, ready: ready.startTime });
-          else setTimeout(look, 20);
-        };
-        look();
-      }),
-  );
-}
-
-// MB of the processes that show pages, shared ones counted by their share.
+// MB of the process that shows the page, the largest of the browser's; shared ones by their share.
 async function memoryOf(browser: Browser): Promise<number> {
   const session = await browser.newBrowserCDPSession();
   const { processInfo } = await session.send('SystemInfo.getProcessInfo');
   await session.detach();
-  let kilobytes = 0;
-  for (const { id, type } of processInfo) {
-    if (type !== 'renderer') continue;
-    const told = /^Pss:\s+(\d+)/m.exec(readFileSync(`/proc/${id}/smaps_rollup`, 'utf8'));
-    kilobytes += Number(told?.[1] ?? 0);
-  }
-  return kilobytes / 1024;
+  const sizes = processInfo
+    .filter(({ type }) => type === 'renderer')
+    .map(({ id }) => /^Pss:\s+(\d+)/m.exec(readFileSync(`/proc/${id}/smaps_rollup`, 'utf8')));
+  return Math.max(...sizes.map((told) => Number(told?.[1] ?? 0))) / 1024;
 }
 
 // In to a hundredth of a second and along, out again, along at every width.
@@ -74,46 +43,111 @@ async function wander(page: Page): Promise<void> {
   }
 }
 
-async function measure(address: string): Promise<Measured> {
+// What the page did in each animation frame, as the browser's own trace has it: by the wall clock,
+// which other programs disturb, and in time of a processor.
+async function framesOf(browser: Browser, page: Page): Promise<Frames> {
+  await browser.startTracing(page, { categories: ['devtools.timeline'] });
+  await wander(page);
+  const { traceEvents } = JSON.parse((await browser.stopTracing()).toString()) as {
+    traceEvents: { name: string; dur?: number; tdur?: number }[];
+  };
+  const frames = traceEvents.filter(({ name, dur }) => name === 'FireAnimationFrame' && dur);
+  const ascending = (times: number[]) => times.sort((one, other) => one - other);
+  return {
+    wall: ascending(frames.map(({ dur }) => dur! / 1e3)),
+    processor: ascending(frames.map(({ tdur }) => (tdur ?? 0) / 1e3)),
+  };
+}
+
+async function inNewPage<Result>(act: (browser: Browser, page: Page) => Promise<Result>): Promise<Result> {
   const browser = await startBrowser();
   try {
     const context = await browser.newContext({ viewport: { width: 1280, height: 800 } });
     const page = await context.newPage();
-    await page.addInitScript(watchFrames);
-    await page.goto(address, { timeout: 120_000 });
-    const times = await timesOf(page);
-    await wander(page);
-    const frames = await page.evaluate(() => Reflect.get(window, 'measuredFrames') as number[]);
-    frames.sort((one, other) => one - other);
-    return { ...times, memory: await memoryOf(browser), frames };
+    page.setDefaultTimeout(kPatience);
+    return await act(browser, page);
   } finally {
     await browser.close();
   }
+}
+
+async function measurePage(records: number, file: string): Promise<string[]> {
+  const size = statSync(file).size;
+  return inNewPage(async (browser, page) => {
+    await page.goto(pathToFileURL(file).href, { timeout: kPatience });
+    const ready = await page.waitForFunction(() => performance.getEntriesByName('ready')[0]?.startTime);
+    const first = await page.waitForFunction(
+      () => performance.getEntriesByName('first-contentful-paint')[0]?.startTime,
+    );
+    const times = [await first.jsonValue(), await ready.jsonValue()].map((time) => time!.toFixed(0));
+    const { wall, processor } = await framesOf(browser, page);
+    return [
+      String(records),
+      (size / 1e6).toFixed(1),
+      (size / records).toFixed(1),
+      ...times,
+      (await memoryOf(browser)).toFixed(0),
+      ...[wall, processor].flatMap((frames) => [0.5, 0.99, 1].map((share) => percentile(frames, share))),
+    ];
+  });
+}
+
+// From handing the file over until its first profile is drawn: the title is the file's then. Chromium
+// ends a page that has no room left.
+async function measureSpeedscope(records: number, file: string, speedscope: string): Promise<string[]> {
+  const cells = [String(records), (statSync(file).size / 1e6).toFixed(1)];
+  return inNewPage(async (browser, page) => {
+    const crash = new Promise<never>((_, refuse) =>
+      page.on('crash', () => refuse(new Error('out of memory'))),
+    );
+    const load = async (): Promise<string[]> => {
+      let refusal = '';
+      page.on('dialog', (dialog) => {
+        refusal = dialog.message();
+        void dialog.dismiss();
+      });
+      await page.goto(pathToFileURL(speedscope).href);
+      const empty = await page.title();
+      const begun = performance.now();
+      await page.setInputFiles('input[type=file]', file);
+      await page.waitForFunction((before) => document.title !== before, empty);
+      await page.evaluate(() => new Promise((drawn) => requestAnimationFrame(drawn)));
+      if (refusal) throw new Error(refusal);
+      const taken = performance.now() - begun;
+      return [...cells, taken.toFixed(0), (await memoryOf(browser)).toFixed(0)];
+    };
+    try {
+      return await Promise.race([load(), crash]);
+    } catch (error) {
+      return [...cells, (error as Error).message.split('\n')[0]];
+    }
+  });
 }
 
 function percentile(sorted: readonly number[], share: number): string {
   return (sorted[Math.ceil(share * sorted.length) - 1] ?? NaN).toFixed(1);
 }
 
-// Arguments: records and a page, in turn.
-console.log(
-  '   records    MB  bytes/record  first picture ms  ready ms  memory MB  frame ms: median   p99   max',
-);
-for (let at = 2; at + 1 < process.argv.length; at += 2) {
-  const records = Number(process.argv[at]);
-  const file = process.argv[at + 1];
-  const size = statSync(file).size;
-  const { first, ready, memory, frames } = await measure(pathToFileURL(file).href);
-  const cells: [string, number][] = [
-    [String(records), 10],
-    [(size / 1e6).toFixed(1), 6],
-    [(size / records).toFixed(1), 14],
-    [first.toFixed(0), 18],
-    [ready.toFixed(0), 10],
-    [memory.toFixed(0), 11],
-    [percentile(frames, 0.5), 18],
-    [percentile(frames, 0.99), 6],
-    [percentile(frames, 1), 6],
-  ];
-  console.log(cells.map(([text, width]) => text.padStart(width)).join(''));
+function tell(rows: readonly (readonly string[])[]): void {
+  const widths = rows[0].map((head) => Math.max(head.length, 8));
+  for (const row of rows)
+    console.log(row.map((cell, at) => cell.padStart(widths[at])).join('  '));
 }
+
+// Arguments: speedscope's page; then records, a page and an export, in turn.
+const [, , speedscope, ...given] = process.argv;
+const pages = [
+  ['records', 'MB', 'bytes/record', 'first picture ms', 'ready ms', 'memory MB'].concat(
+    ...['wall clock', 'processor'].map((clock) => [`frame ms, ${clock}: median`, 'p99', 'max']),
+  ),
+];
+const exports = [['records', 'MB', 'load ms', 'memory MB']];
+for (let at = 0; at + 2 < given.length; at += 3) {
+  const records = Number(given[at]);
+  pages.push(await measurePage(records, given[at + 1]));
+  exports.push(await measureSpeedscope(records, given[at + 2], speedscope));
+}
+console.log('The page of sonascope timeline');
+tell(pages);
+console.log('\nThe same trace, exported to speedscope, in speedscope');
+tell(exports);

@@ -3,19 +3,11 @@
 import assert from 'node:assert/strict';
 import { test } from 'node:test';
 
-import { kCutOff, kFailure, kMerged, kThinned, kUnfinished, type Bars, type Cycles, type Matches, type Points } from '../../src/trace';
+import { newBars, newCycles, newPoints } from '../../src/columns';
+import { kCutOff, kFailure, kMerged, kThinned, kUnfinished, type Matches } from '../../src/trace';
+import { kProcessorRows } from '../../src/data/processors';
 import type { OpenedPage } from './opened_page';
 import { divisor, escaped, linesOf, pageOf, randomFrom, run, statisticsOf, story, writeTrace, type Line, type Slot } from './programs';
-
-function newBars(): Bars {
-  const none = new Float64Array(0);
-  return { count: 0, begin: none, end: none, depth: new Uint16Array(0), event: new Uint16Array(0), flags: new Uint8Array(0), record: none };
-}
-
-function newPoints(): Points {
-  const none = new Float64Array(0);
-  return { count: 0, time: none, depth: new Uint16Array(0), event: new Uint16Array(0), flags: new Uint8Array(0), record: none };
-}
 
 // Asks until all that it takes has been unpacked.
 async function exactly(ask: () => boolean): Promise<void> {
@@ -130,7 +122,7 @@ async function checkCalls(path: string, lines: readonly Line[], { trace }: Opene
   let points = 0;
   const bars = newBars();
   const marks = newPoints();
-  for (const lane of trace.lanes) {
+  for (const lane of trace.lanes.filter(({ kind }) => kind !== 'processor')) {
     await exactly(() => trace.bars(lane.id, trace.begin, trace.end + 1, 0, bars));
     for (let i = 0; i < bars.count; ++i) {
       if (i > 0) assert.ok(bars.depth[i]! > bars.depth[i - 1]! || bars.begin[i]! >= bars.begin[i - 1]!);
@@ -194,8 +186,7 @@ async function checkCycles(path: string, { trace }: OpenedPage): Promise<void> {
   } catch (error) {
     why = JSON.parse((error as { stdout: Buffer }).stdout.toString());
   }
-  const none = new Float64Array(0);
-  const cycles: Cycles = { count: 0, begin: none, end: none, due: none, budget: none, dropout: new Uint8Array(0), record: none };
+  const cycles = newCycles();
   const found = trace.lanes
     .filter((lane) => lane.kind === 'io')
     .map((lane) => {
@@ -279,6 +270,57 @@ async function checkFailures(lines: readonly Line[], { trace }: OpenedPage): Pro
   assert.equal(failures.reduce((sum, count) => sum + count, 0), expected.length);
   assert.equal(records.reduce((sum, count) => sum + count, 0), lines.length);
 }
+
+test('a processor has the calls of the thread that was on it last', async () => {
+  const path = story('playback', 80_000);
+  const lines = linesOf(path);
+  const { trace, head } = await pageOf(path);
+  const idOf = new Map(trace.lanes.map(({ name, id }) => [name, id]));
+  const processors = trace.lanes.filter(({ kind }) => kind === 'processor');
+  assert.deepEqual(
+    processors.map(({ processor }) => processor),
+    [...new Set(lines.map(({ cpu }) => cpu))].sort((a, b) => a - b),
+  );
+  // The calls that cover a time, as depth and record.
+  const bars = newBars();
+  const callsAt = async (lane: string, time: number): Promise<string[]> => {
+    await exactly(() => trace.bars(idOf.get(lane)!, time, time + 0.5, 0, bars));
+    const calls: string[] = [];
+    for (let i = 0; i < bars.count && bars.depth[i]! < kProcessorRows; ++i) {
+      if (bars.end[i]! > time) calls.push(`${bars.depth[i]} ${bars.record[i]}`);
+    }
+    return calls;
+  };
+  const blocks = new Set(head.blocks.filter((_, place) => place % 3 === 0));
+  assert.ok(blocks.size > 1);
+  const threadOn = new Map<number, string>(); // by their latest records in a block
+  const processorOf = new Map<string, number>();
+  let asked = 0;
+  for (const [record, { cpu, thread, time_ns: begin }] of lines.slice(0, -1).entries()) {
+    if (blocks.has(record)) threadOn.clear();
+    threadOn.set(cpu, thread);
+    processorOf.set(thread, cpu);
+    const end = lines[record + 1]!.time_ns;
+    if (record % 31 !== 0 || blocks.has(record + 1) || end - begin < 2) continue;
+    for (const [processor, on] of threadOn) {
+      const lane = `thread 0x${BigInt(on).toString(16)}`;
+      const expected = processorOf.get(on) === processor ? await callsAt(lane, begin + 1) : [];
+      const found = await callsAt(`processor ${processor}`, begin + 1);
+      assert.deepEqual(found, expected, `after record ${record}, processor ${processor}`);
+      asked += expected.length;
+    }
+  }
+  assert.ok(asked > 1000);
+  // Merged, the same stretches are there.
+  const wide = newBars();
+  const nsPerPixel = (trace.end - trace.begin) / 100;
+  for (const { id } of processors) {
+    await exactly(() => trace.bars(id, trace.begin, trace.end + 1, 0, bars));
+    await exactly(() => trace.bars(id, trace.begin, trace.end + 1, nsPerPixel, wide));
+    assert.ok(wide.count > 0 && wide.count <= Math.min(bars.count, 101 * kProcessorRows * 2));
+    assert.equal(wide.begin[0], bars.begin[0]);
+  }
+});
 
 test('a selection keeps both ends of a call, and the calls around them', async () => {
   const trace = story('playback', 60_000);

@@ -244,6 +244,7 @@ test('the fragment brings the same view back', () => {
     from: 1_234_567,
     to: 9_876_543_210,
     record: 42,
+    dropout: 2,
     words: 'pinSense & #1 ü',
     grouping: 'driver' as const,
     pinned: [3, 1],
@@ -257,9 +258,10 @@ test('the fragment brings the same view back', () => {
 
 test('a fragment without sense is left out', () => {
   const read = readFragment(
-    '#from=abc&to=&record=1e999&group=__proto__&pinned=1,x,,2&selection=1,2,3&%E0%A4',
+    '#from=abc&to=&record=1e999&dropout=-1&group=__proto__&pinned=1,x,,2&selection=1,2,3&%E0%A4',
   );
-  assert.deepEqual([read.from, read.to, read.record, read.selection], [null, null, null, null]);
+  const { from, to, record, dropout, selection } = read;
+  assert.deepEqual([from, to, record, dropout, selection], Array(5).fill(null));
   assert.equal(read.grouping, 'thread');
   assert.deepEqual(read.pinned, [1, 2]);
 });
