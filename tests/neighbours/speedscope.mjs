@@ -23,7 +23,8 @@ for (const file of process.argv.slice(2)) {
   await page.setInputFiles('input[type=file]', file);
   const end = Date.now() + 20000;
   while (await page.title() === empty && warnings.length === 0) {
-    if (Date.now() > end) warnings.push('nothing was shown');
+    const failed = await page.getByText('Something went wrong').count() > 0;
+    if (failed || Date.now() > end) warnings.push('nothing was shown');
     await page.waitForTimeout(100);
   }
   await page.waitForTimeout(300);
