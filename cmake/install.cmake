@@ -33,6 +33,16 @@ function(install_for_zsh file name)
                DESTINATION \"\${CMAKE_INSTALL_PREFIX}/${CMAKE_INSTALL_DATADIR}/zsh/\${folder}\")")
 endfunction()
 
+# install_for_lnav(FILE): lnav looks for packages' formats below /etc.
+function(install_for_lnav file)
+  install(
+    CODE "set(folder \"\${CMAKE_INSTALL_PREFIX}/etc\")
+          if(CMAKE_INSTALL_PREFIX STREQUAL \"/usr\")
+            set(folder /etc)
+          endif()
+          file(INSTALL \"${file}\" DESTINATION \"\${folder}/lnav/formats/sonascope\")")
+endfunction()
+
 file(MAKE_DIRECTORY ${PROJECT_BINARY_DIR}/install)
 compressed(cmake/debian/changelog changelog.gz)
 foreach(program ${programs})
@@ -70,6 +80,7 @@ if(SONAPROBE_SCOPE)
   install(FILES ${PROJECT_BINARY_DIR}/install/sonascope.fish
           DESTINATION ${CMAKE_INSTALL_DATADIR}/fish/vendor_completions.d)
   install_for_zsh(${PROJECT_BINARY_DIR}/install/sonascope.zsh _sonascope)
+  install_for_lnav(${PROJECT_SOURCE_DIR}/plugins/lnav/sonascope.json)
 endif()
 
 get_property(compressed_files GLOBAL PROPERTY SONAPROBE_COMPRESSED)
@@ -137,6 +148,7 @@ set(CPACK_DEB_COMPONENT_INSTALL ON)
 set(CPACK_COMPONENTS_ALL program)
 set(CPACK_COMPONENTS_GROUPING IGNORE)
 set(CPACK_DEBIAN_PROGRAM_PACKAGE_NAME sonaprobe)
+set(CPACK_DEBIAN_PROGRAM_PACKAGE_CONTROL_EXTRA ${PROJECT_SOURCE_DIR}/cmake/debian/conffiles)
 get_property(plugins GLOBAL PROPERTY SONAPROBE_PLUGINS)
 if(plugins)
   include(cmake/plugin_packages.cmake)

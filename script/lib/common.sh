@@ -12,8 +12,8 @@ PAGE_PACKAGES=(chromium fonts-dejavu-core)
 command -v npm >/dev/null || PAGE_PACKAGES+=(nodejs npm) # other Node.js packages bring their own npm
 COVERAGE_PACKAGES=(gcovr)
 # Programs that read our exports; npm installs some more into tests/neighbours.
-NEIGHBOUR_PACKAGES=(chromium clickhouse-client clickhouse-server jq libdevel-nytprof-perl miller sqlite3
-    valgrind)
+NEIGHBOUR_PACKAGES=(chromium clickhouse-client clickhouse-server jq libdevel-nytprof-perl lnav miller
+    sqlite3 valgrind)
 CHECK_PACKAGES=(git clang-14 clang-tidy-14 clang-format-14 libclang-rt-14-dev lintian
     g++-multilib googletest)
 

@@ -78,12 +78,15 @@ def in_root(root, *command):
                           stdin=subprocess.DEVNULL)
 
 
-@pytest.mark.parametrize("prefix, zsh", [("/usr", "vendor-completions"),
-                                         ("/opt/tools", "site-functions")])
-def test_install_puts_each_file_where_it_is_looked_for(prefix, zsh, tmp_path):
+@pytest.mark.parametrize("prefix, zsh, etc", [
+    ("/usr", "vendor-completions", "/etc"), ("/opt/tools", "site-functions", "/opt/tools/etc")])
+def test_install_puts_each_file_where_it_is_looked_for(prefix, zsh, etc, tmp_path):
     run("cmake", "--install", BUILD, "--prefix", prefix, env=os.environ | {"DESTDIR": tmp_path})
     functions = {f"share/zsh/{zsh}/_sonaprobe", f"share/zsh/{zsh}/_sonaprobe-sim",
                  f"share/zsh/{zsh}/_sonascope"}
+    lnav_format = tmp_path / etc.lstrip("/") / "lnav/formats/sonascope/sonascope.json"
+    assert lnav_format.read_text() == (SOURCE / "plugins/lnav/sonascope.json").read_text()
+    lnav_format.unlink()
     installed = files_below(tmp_path / prefix.lstrip("/"))
     of_plugins = {file for file in installed if file.endswith(tuple(PLUGINS.values()))}
     assert len(of_plugins) == len(PLUGINS)

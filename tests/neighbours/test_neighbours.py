@@ -16,7 +16,8 @@ import clickhouse
 from conftest import run_program
 
 HERE = pathlib.Path(__file__).parent
-SAMPLE = pathlib.Path(os.environ["SONAPROBE_SOURCE_DIR"]) / "docs/sample/playback-dropout.raw"
+SOURCE = pathlib.Path(os.environ["SONAPROBE_SOURCE_DIR"])
+SAMPLE = SOURCE / "docs/sample/playback-dropout.raw"
 COLUMNS = ["finished", "total_ns", "self_ns", "p50_ns", "p90_ns", "p99_ns"]
 
 
@@ -90,17 +91,23 @@ def test_the_trace_engine_finds_threads_calls_and_depths(story, export):
 
 
 def test_speedscope_shows_its_three_formats_without_a_warning(export):
-    files = [export(SAMPLE, "speedscope", ending="speedscope.json"),
-             export(SAMPLE, "chrome", ending="json"), export(SAMPLE, "callgrind", ending="out")]
-    files[2] = files[2].rename(files[2].with_name("callgrind.out.1"))
-    for told in node("speedscope.mjs", *files):
+    paths = [export(SAMPLE, "speedscope", ending="speedscope.json"),
+             export(SAMPLE, "chrome", ending="json"),
+             export(SAMPLE, "callgrind", ending="callgrind")]
+    # It knows callgrind's format by the file's name.
+    paths[2] = paths[2].rename(paths[2].with_name("callgrind.out.1"))
+    for told in node("speedscope.mjs", *paths):
         assert told["warnings"] == []
         assert told["title"] != "speedscope"
-    text = files[0].read_text()
-    files[0].write_text(re.sub(r',\n\{"type":"C"[^\n]*\n\]\}\]', "\n]}]", text))
-    assert files[0].read_text() != text
-    [damaged] = node("speedscope.mjs", files[0])
-    assert damaged["warnings"] != []
+    # A call never closes, a call never opens, a line is cut off.
+    damages = [(r',\n\{"type":"C"[^\n]*\n\]\}\]', "\n]}]"), (r'"ph":"X"', '"ph":"E"'),
+               (r"\ncalls=", r"\ncal\ncalls=")]
+    for path, (pattern, replacement) in zip(paths, damages):
+        text = path.read_text()
+        path.write_text(re.sub(pattern, replacement, text, count=1))
+        assert path.read_text() != text
+    for told in node("speedscope.mjs", *paths):
+        assert told["warnings"] != [], told["title"]
 
 
 def annotated(path, *options):
@@ -189,11 +196,28 @@ def by_miller(path):
     return found
 
 
+def ask_lnav(query, path):
+    """The rows of a query, by lnav with our format and nothing else of this machine."""
+    home = path.parent / "home"
+    home.mkdir(exist_ok=True)
+    # It waits for standard input to end, but does not see the end of a file there.
+    options = {"env": os.environ | {"HOME": str(home), "XDG_CONFIG_HOME": ""},
+               "stdin": subprocess.DEVNULL}
+    output_of("lnav", "-i", SOURCE / "plugins/lnav/sonascope.json", **options)
+    text = output_of("lnav", "-n", "-c", f";{query}", "-c", ":write-json-to -", path, **options)
+    return [list(row.values()) for row in json.loads(text or "[]")]
+
+
+def by_lnav(path):
+    rows = ask_lnav(SQL.format(code="code", calls="sonascope"), path)
+    return {code: numbers for code, *numbers in rows}
+
+
 @pytest.mark.parametrize("reader, name", [
     (by_sqlite, "sqlite"), (by_duckdb, "json"), (by_duckdb, "csv"), (by_jq, "json"),
-    (by_miller, "csv")])
+    (by_miller, "csv"), (by_lnav, "json")])
 def test_counts_and_percentiles_are_those_of_stats(reader, name, story, export):
-    rows = [] if name == "sqlite" else ["--what", "calls"]
+    rows = [] if name == "sqlite" else ["--what", "calls", "--kernel-time"]
     path = export(story, name, *rows)
     assert reader(path) == stats(story)
     if name == "sqlite":
@@ -206,7 +230,21 @@ def test_counts_and_percentiles_are_those_of_stats(reader, name, story, export):
     assert reader(path) != stats(story)
 
 
-FLEET = (pathlib.Path(os.environ["SONAPROBE_SOURCE_DIR"]) / "docs/fleet.md").read_text()
+def test_lnav_reads_records(export):
+    path = export(SAMPLE, "json", "--kernel-time")
+    columns = ["slot", "driver", "method", "code", "qualifier", "thread", "cpu", "object", "failure",
+               "text"]
+    # Its own jget() cuts numbers to 32 bits.
+    query = (f"SELECT {', '.join(columns)}, ifnull(json_extract(log_raw_text, '$.values.result'), '') "
+             "FROM sonascope ORDER BY slot")
+    truth = [[*(row[name] for name in columns), str(row["values"].get("result", ""))]
+             for row in map(json.loads, path.read_text().splitlines())]
+    assert ask_lnav(query, path) == truth
+    path.write_text(path.read_text().replace('"cpu":0,', '"cpu":0', 1))
+    assert ask_lnav(query, path) != truth
+
+
+FLEET = (SOURCE / "docs/fleet.md").read_text()
 VIEW, QUESTION = re.findall(r"^```sql\n(.*?);\n```$", FLEET, re.MULTILINE | re.DOTALL)
 
 

@@ -60,3 +60,4 @@ def colours(picture):
 if __name__ == "__main__":
     plugin, file, target = sys.argv[1:]
     print(take_picture(target, "-p", plugin, file, "--cpu", "2,4", "--pid", "7250,158"))
+    subprocess.run(["convert", target, "-colors", "64", f"PNG8:{target}"], check=True)  # smaller

@@ -9,6 +9,7 @@
 #include "scope/export/sqlite_database.h"
 #include "scope/export/sqlite_findings.h"
 #include "scope/export/sqlite_schema.h"
+#include "scope/export/values_json.h"
 #include "scope/units.h"
 
 namespace sonaprobe::scope {
@@ -32,30 +33,31 @@ class Sqlite final : public Format {
         : words_(*options.names), database_(path, name) {
         database_.run(kSqliteTables);
         putFindings(database_, trace);
-        records_.emplace(database_, "INSERT INTO records VALUES (?, ?, ?, ?, ?, ?, ?, ?, ?)");
-        values_.emplace(database_, R"(INSERT INTO "values" VALUES (?, ?, ?))");
-        calls_.emplace(database_,
-                       "INSERT INTO calls VALUES (?, ?, ?, ?, ?, ?, ?, ?, ?, ?, ?, ?, ?)");
-        events_.emplace(database_, "INSERT INTO events VALUES (?, ?, ?, ?)");
+        records_.emplace(database_, "records", 10);
+        calls_.emplace(database_, "calls", 13);
+        events_.emplace(database_, "events", 4);
     }
 
     void record(const ToldRecord& told) override {
         const TraceRecord& record = *told.record;
-        const auto slot = static_cast<int64_t>(told.slot);
         const WordRoom thread(record.arg5);
         const WordRoom object(record.arg1);
         takeEvent(codeOf(record.debugid));
-        records_->add(slot).add(told.time).add(codeOf(record.debugid)).add(qualifierText(record));
+        records_->add(static_cast<int64_t>(told.slot))
+            .add(told.time)
+            .add(codeOf(record.debugid))
+            .add(qualifierText(record));
         records_->add(thread.text()).add(record.cpuid);
         addObject(*records_, record, object);
         records_->add(isFailure(told.event) ? 1 : 0);
         if (told.event.text == nullptr) {
-            records_->addNull();
-        } else {
-            records_->add(words_.textOf(told.event, told.ticksPerMicrosecond));
+            records_->addNull().addNull().put();
+            return;
         }
-        records_->put();
-        putValues(told, slot);
+        const uint64_t ticks = told.ticksPerMicrosecond;
+        records_->add(words_.textOf(told.event, ticks));
+        const char* const end = putJsonValues(values_.data(), told.event, words_, ticks);
+        records_->add(std::string_view(values_.data(), end)).put();
     }
 
     void closed(const ToldCall& told) override {
@@ -65,30 +67,24 @@ class Sqlite final : public Format {
         const WordRoom object(call.object);
         takeEvent(call.code);
         calls_->add(static_cast<int64_t>(call.startSlot));
-        if (told.closing->how == CallEnd::unfinished) {
-            calls_->addNull();
-        } else {
-            calls_->add(static_cast<int64_t>(told.closing->slot));
-        }
+        const bool ended = told.closing->how != CallEnd::unfinished;
+        calls_->add(ended ? std::optional<int64_t>(told.closing->slot) : std::nullopt);
         calls_->add(told.startTime).add(told.closing->lengthOf(call));
         calls_->add(told.closing->selfOf(call)).add(call.depth);
-        if (told.parent == nullptr) {
-            calls_->addNull();
-        } else {
-            calls_->add(static_cast<int64_t>(told.parent->startSlot));
-        }
+        const bool outermost = told.parent == nullptr;
+        calls_->add(outermost ? std::nullopt : std::optional<int64_t>(told.parent->startSlot));
         calls_->add(call.code).add(endedText(told.closing->how)).add(thread.text()).add(call.cpu);
         addObject(*calls_, *told.start, object);
         calls_->add(tellsFailure(told) ? 1 : 0).put();
     }
 
     void finish(const TraceClock&) override {
+        for (std::optional<Insert>* insert : {&records_, &calls_, &events_}) {
+            (*insert)->finish();
+            insert->reset();
+        }
         database_.run(kSqliteIndexes);
         database_.run(kSqliteViews);
-        records_.reset();
-        values_.reset();
-        calls_.reset();
-        events_.reset();
         database_.finish();
     }
 
@@ -108,31 +104,13 @@ class Sqlite final : public Format {
         events_->add(code).add(hex).add(names.driver).add(names.method).put();
     }
 
-    void putValues(const ToldRecord& told, int64_t slot) {
-        for (const Piece& piece : piecesOf(told.event)) {
-            if (piece.reading == Reading::nothing) continue;
-            const Value value = valueOf(told.event, piece);
-            const WordRoom word(value.word);
-            values_->add(slot).add(value.name);
-            switch (formOf(value)) {
-                case ValueForm::number: values_->add(static_cast<int64_t>(value.word)); break;
-                case ValueForm::word: values_->add(word.text()); break;
-                case ValueForm::decimalText:
-                case ValueForm::text:
-                    values_->add(words_.textOf(told.event, piece, told.ticksPerMicrosecond));
-                    break;
-            }
-            values_->put();
-        }
-    }
-
     EventWords words_;
     Database database_;
     std::optional<Insert> records_;
-    std::optional<Insert> values_;
     std::optional<Insert> calls_;
     std::optional<Insert> events_;
     tsl::robin_set<uint32_t> known_;  // codes of events
+    std::array<char, TextOutput::kRoom / 2> values_{};
 };
 
 }  // namespace

@@ -4,9 +4,12 @@
 
 #include <cstdint>
 #include <memory>
+#include <optional>
+#include <span>
 #include <sqlite3.h>
 #include <string>
 #include <string_view>
+#include <vector>
 
 namespace sonaprobe::scope {
 
@@ -35,35 +38,59 @@ class Database {
     std::unique_ptr<sqlite3, Close> database_;
 };
 
-// An INSERT that is run many times. What is bound must live until put().
+// Puts rows into a table, many with one statement: each statement costs as much as some rows.
 class Insert {
   public:
-    Insert(Database& database, const char* sql);
+    Insert(Database& database, const std::string& table, size_t columns);
 
     Insert& add(int64_t value) {
-        sqlite3_bind_int64(statement_.get(), ++bound_, value);
+        cells_[used_++] = {Kind::number, value, 0};
         return *this;
     }
     Insert& add(std::string_view text) {
-        // To the library a null pointer is NULL, not an empty text.
-        sqlite3_bind_text(statement_.get(), ++bound_, text.empty() ? "" : text.data(),
-                          static_cast<int>(text.size()), SQLITE_STATIC);
+        cells_[used_++] = {Kind::text, static_cast<int64_t>(texts_.size()), text.size()};
+        texts_ += text;
         return *this;
     }
     Insert& addNull() {
-        sqlite3_bind_null(statement_.get(), ++bound_);
+        cells_[used_++] = {Kind::null, 0, 0};
         return *this;
     }
-    void put();
+    Insert& add(std::optional<int64_t> value) { return value ? add(*value) : addNull(); }
+
+    // After a row's last column.
+    void put() {
+        if (used_ == cells_.size()) putGathered();
+    }
+
+    // After the last row.
+    void finish() { putGathered(); }
 
   private:
+    static constexpr size_t kRows = 16;
+
+    enum class Kind : uint8_t { null, number, text };
+    struct Cell {
+        Kind kind;
+        int64_t value;  // of a text where it begins in texts_
+        size_t length;
+    };
     struct Finalize {
         void operator()(sqlite3_stmt* statement) const { sqlite3_finalize(statement); }
     };
+    using Statement = std::unique_ptr<sqlite3_stmt, Finalize>;
+
+    Statement prepare(const std::string& table, size_t rows) const;
+    void putGathered();
+    void run(sqlite3_stmt* statement, std::span<const Cell> cells) const;
 
     Database* database_;
-    std::unique_ptr<sqlite3_stmt, Finalize> statement_;
-    int bound_ = 0;
+    size_t columns_;
+    Statement one_;
+    Statement many_;
+    std::vector<Cell> cells_;
+    size_t used_ = 0;  // of cells_, by rows that are not put yet
+    std::string texts_;
 };
 
 }  // namespace sonaprobe::scope

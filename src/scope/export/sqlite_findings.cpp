@@ -17,7 +17,7 @@ void putWrong(Database& database, const TraceOptions& trace) {
     TraceReport report(true);
     FoundSlots(trace.path).forEach([&](const Found& found) { report.take(found); });
     report.finish();
-    Insert insert(database, "INSERT INTO findings VALUES (?, ?, ?, ?, ?)");
+    Insert insert(database, "findings", 5);
     for (const Finding& finding : report.findings().all()) {
         const std::string meaning = meaningOf(finding);
         insert.add(nameOf(finding.kind))
@@ -27,6 +27,7 @@ void putWrong(Database& database, const TraceOptions& trace) {
             .add(adviceOf(finding.kind))
             .put();
     }
+    insert.finish();
 }
 
 void putDropouts(Database& database, const TraceOptions& trace) {
@@ -36,26 +37,19 @@ void putDropouts(Database& database, const TraceOptions& trace) {
         for (const TraceRecord& slot : slots) observer.take(slot);
     }
     IoTrace found = observer.finish();
-    Insert insert(database, "INSERT INTO dropouts VALUES (?, ?, ?, ?, ?, ?, ?, ?, ?)");
-    const auto add = [&](const auto& number) {
-        if (number) {
-            insert.add(static_cast<int64_t>(*number));
-        } else {
-            insert.addNull();
-        }
-    };
+    Insert insert(database, "dropouts", 9);
     for (const Dropout& dropout : judgeDropouts(found, timeThreads(found))) {
         const std::string thread = wordText(dropout.thread);
         const Verdict& verdict = dropout.verdict;
         insert.add(static_cast<int64_t>(dropout.slot)).add(dropout.time).add(thread);
-        add(dropout.budget);
-        add(dropout.lacking);
+        insert.add(dropout.budget).add(dropout.lacking);
         insert.add(kDropoutCauses[static_cast<size_t>(verdict.cause)])
             .add(kCertainties[static_cast<size_t>(verdict.certainty)]);
-        add(verdict.culprit ? std::optional(verdict.culprit->slot) : std::nullopt);
-        add(verdict.culprit ? verdict.culprit->code : std::nullopt);
+        insert.add(verdict.culprit ? std::optional(verdict.culprit->slot) : std::nullopt);
+        insert.add(verdict.culprit ? verdict.culprit->code : std::nullopt);
         insert.put();
     }
+    insert.finish();
 }
 
 }  // namespace

@@ -11,9 +11,8 @@ CREATE TABLE events (code INTEGER PRIMARY KEY, hex TEXT NOT NULL, driver TEXT NO
                      method TEXT NOT NULL);
 CREATE TABLE records (slot INTEGER PRIMARY KEY, time_ns INTEGER NOT NULL, code INTEGER NOT NULL,
                       qualifier TEXT NOT NULL, thread TEXT NOT NULL, cpu INTEGER NOT NULL,
-                      object TEXT, failure INTEGER NOT NULL, text TEXT);
-CREATE TABLE "values" (slot INTEGER NOT NULL, name TEXT NOT NULL, value NOT NULL,
-                       PRIMARY KEY (slot, name)) WITHOUT ROWID;
+                      object TEXT, failure INTEGER NOT NULL, text TEXT, values_json TEXT);
+CREATE INDEX records_of_failures ON records (slot) WHERE failure;
 CREATE TABLE calls (slot INTEGER PRIMARY KEY, end_slot INTEGER, time_ns INTEGER NOT NULL,
                     duration_ns INTEGER NOT NULL, self_ns INTEGER NOT NULL, depth INTEGER NOT NULL,
                     parent INTEGER, code INTEGER NOT NULL, ended TEXT NOT NULL,
@@ -27,15 +26,13 @@ CREATE TABLE dropouts (slot INTEGER PRIMARY KEY, time_ns INTEGER NOT NULL, threa
 )";
 
 inline constexpr const char* kSqliteIndexes = R"(
-CREATE INDEX records_by_code ON records (code);
 CREATE INDEX records_by_time ON records (time_ns);
-CREATE INDEX records_of_failures ON records (slot) WHERE failure;
-CREATE INDEX calls_by_code ON calls (code, duration_ns);
-CREATE INDEX calls_by_parent ON calls (parent);
 )";
 
 // Percentiles are those of `sonascope stats`: nearest rank, over finished calls.
 inline constexpr const char* kSqliteViews = R"(
+CREATE VIEW "values" AS
+    SELECT slot, key AS name, value FROM records, json_each(values_json);
 CREATE VIEW lines AS
     SELECT slot, time_ns / 1e6 AS time_ms, thread, cpu, driver, method, qualifier, object, text
     FROM records JOIN events USING (code);
