@@ -2,6 +2,7 @@
 
 import os
 import pathlib
+import re
 import subprocess
 
 import pytest
@@ -24,13 +25,16 @@ def test_a_script_shows_its_help_wherever_it_is_called_from(script):
 
 
 @needs_root
-def test_the_demo_catches_a_dropout_and_says_why(facility, tmp_path):
+def test_the_demo_catches_a_dropout_says_why_and_makes_the_page(facility, tmp_path):
     result = run(SOURCE / "script/demo", "--build", BUILD, env=os.environ | {"TMPDIR": str(tmp_path)})
     assert result.returncode == 0, result.stderr
     assert "blocked-by  OrvelHDAController::pollRegister" in result.stdout
     assert "Left in the trace facility is nothing" in result.stdout
     [caught] = tmp_path.glob("caught-*.raw")
     assert f"sonascope lines {caught} --around dropout=20ms" in result.stdout
+    [page] = re.findall("^  file://(.*)$", result.stdout, re.MULTILINE)
+    assert pathlib.Path(page) == caught.with_suffix(".html")
+    assert pathlib.Path(page).read_bytes().startswith(b"<!doctype html>")
 
 
 @needs_root
