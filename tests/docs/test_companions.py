@@ -17,7 +17,7 @@ def run(*command, **options):
                           stdin=subprocess.DEVNULL, timeout=60, **options)
 
 
-@pytest.mark.parametrize("script", ["bench", "coverage", "demo", "make-sample", "test"])
+@pytest.mark.parametrize("script", ["bench", "coverage", "demo", "make-sample", "test", "try-packages"])
 def test_a_script_shows_its_help_wherever_it_is_called_from(script):
     result = run(f"./{script}", "--help", cwd=SOURCE / "script")
     assert f"\n  script/{script}" in result.stdout
@@ -42,7 +42,8 @@ def test_the_demo_shows_live_lines(facility):
     result = run(SOURCE / "script/demo", "--build", BUILD, "--lines", "--scenario", "usb",
                  "--seconds", "1", "--", "-k")
     assert result.returncode == 0, result.stderr
-    assert "OrvelUSBAudioDevice::protectedInitHardware" in result.stdout
+    # Which lines are seen depends on when sonaprobe has started; all of them are of USB drivers.
+    assert re.search(r"OrvelUSB\w+::\w+", result.stdout)
     assert "Stopped as by Ctrl-C. Left in the trace facility is nothing" in result.stdout
 
 
