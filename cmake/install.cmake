@@ -1,6 +1,6 @@
-# What is installed where, and the Debian package: `cmake --install BUILD [--component program]`,
-# `cpack --config BUILD/CPackConfig.cmake`. Components: program, unless a rule says another; library,
-# the shared library; development, what programs that use it are built with; each plugin.
+# What is installed where: `cmake --install BUILD [--component program]`. Components: program, unless
+# a rule says another; library, the shared library; development, what programs that use it are built
+# with; each plugin.
 
 set(CMAKE_INSTALL_DEFAULT_COMPONENT_NAME program)
 set(SONAPROBE_DOC_DIR ${CMAKE_INSTALL_DATADIR}/doc/sonaprobe)
@@ -93,8 +93,6 @@ file(GLOB pages CONFIGURE_DEPENDS ${PROJECT_SOURCE_DIR}/docs/*.md)
 install(FILES README.md CHANGELOG.md CONTRIBUTING.md DESTINATION ${SONAPROBE_DOC_DIR})
 install(FILES ${pages} DESTINATION ${SONAPROBE_DOC_DIR}/docs)
 install(DIRECTORY docs/images docs/sample docs/schema DESTINATION ${SONAPROBE_DOC_DIR}/docs)
-install(FILES cmake/debian/copyright ${PROJECT_BINARY_DIR}/install/changelog.gz
-        DESTINATION ${SONAPROBE_DOC_DIR})
 
 set(SONAPROBE_CONFIG_DIR ${CMAKE_INSTALL_LIBDIR}/cmake/sonaprobe)
 install(
@@ -123,37 +121,3 @@ string(REGEX REPLACE "[^/]+" ".." SONAPROBE_PREFIX_FROM_PKGCONFIG ${SONAPROBE_PK
 configure_file(cmake/sonaprobe.pc.in ${PROJECT_BINARY_DIR}/install/sonaprobe.pc @ONLY)
 install(FILES ${PROJECT_BINARY_DIR}/install/sonaprobe.pc DESTINATION ${SONAPROBE_PKGCONFIG_DIR}
         COMPONENT development)
-
-set(CPACK_GENERATOR DEB)
-set(CPACK_PACKAGE_NAME sonaprobe)
-set(CPACK_PACKAGE_CONTACT "sonaprobe developers <sonaprobe@packages.invalid>"
-    CACHE STRING "Maintainer of the package")
-set(CPACK_PACKAGE_VERSION ${PROJECT_VERSION})
-set(CPACK_PACKAGE_DESCRIPTION_SUMMARY "") # each description begins with its own
-set(CPACK_DEBIAN_PROGRAM_DESCRIPTION
-    "live and offline reader of audio driver traces\n\
-Switches the audio drivers' trace points on, empties the kernel's trace\n\
-buffer and prints each record as one readable line: when, on which\n\
-thread, which driver and method, which object, and what it had to say.\n\
-Keeps raw records in a file, and prints such a file on any machine.\n\
-.\n\
-Where the kernel has no trace facility of this kind, sonaprobe uses a\n\
-stand-in in shared memory, and sonaprobe-sim plays its drivers.")
-set(CPACK_DEBIAN_PACKAGE_SECTION sound)
-set(CPACK_DEBIAN_PACKAGE_SHLIBDEPS ON)
-set(CPACK_DEBIAN_FILE_NAME DEB-DEFAULT)
-set(CPACK_STRIP_FILES ON)
-# A package of the programs, and one of each plugin.
-set(CPACK_DEB_COMPONENT_INSTALL ON)
-set(CPACK_COMPONENTS_ALL program)
-set(CPACK_COMPONENTS_GROUPING IGNORE)
-set(CPACK_DEBIAN_PROGRAM_PACKAGE_NAME sonaprobe)
-set(CPACK_DEBIAN_PROGRAM_PACKAGE_CONTROL_EXTRA ${PROJECT_SOURCE_DIR}/cmake/debian/conffiles)
-get_property(plugins GLOBAL PROPERTY SONAPROBE_PLUGINS)
-if(plugins)
-  include(cmake/plugin_packages.cmake)
-endif()
-# The paths of the package, whatever prefix the build is configured for.
-set(CPACK_SET_DESTDIR ON)
-set(CPACK_INSTALL_PREFIX /usr)
-include(CPack)

@@ -138,7 +138,7 @@ def standin_states():
 
     use = bytes([0xF3, 0x84, 0xB0, 0x70, 0x71, 0xC0, 0x9F, 0xB0])
     every = 0xFF.to_bytes() * 8
-    control = 64 - 16  # offsets count behind the header of 16 bytes
+    control = 64 - 16  # offsets count after the header of 16 bytes
     for name, data in {
             "use": use,
             "set-up": b"\x41\x40\0\0\0\x60\x71" + use,

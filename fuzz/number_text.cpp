@@ -1,5 +1,5 @@
 // The conversions of lines: each makes the text that printf makes and stays within the slack that
-// it claims behind it, in memory where one more byte is found.
+// it claims after it, in memory where one more byte is found.
 
 #include "events/number_text.h"
 
@@ -27,7 +27,7 @@ namespace {
     return {text, static_cast<size_t>(length)};
 }
 
-// Runs a conversion in a block that ends with the slack behind its text.
+// Runs a conversion in a block that ends with the slack after its text.
 template <class Put>
 void compare(const std::string& expected, Put put) {
     const size_t room = expected.size() + kDigitSlack;

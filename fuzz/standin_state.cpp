@@ -60,7 +60,7 @@ void setUpAndUse(Producer& producer) {
     require(readRecords(records.data(), 2, count) == 0 && count == 2, "and hands them out");
 }
 
-// Writes over the state behind its header, or over the ring.
+// Writes over the state after its header, or over the ring.
 void damage(Input& input) {
     auto offset = size_t{input.number<uint16_t>()};
     const auto bytes = input.bytes(1 + input.number<uint8_t>() % 16);

@@ -4,10 +4,12 @@
 set -euo pipefail
 cd "$(dirname "${BASH_SOURCE[0]}")/../.."
 
+# The last two are cpack's.
 BUILD_PACKAGES=(g++ cmake ninja-build pkg-config
-    libcli11-dev libsqlite3-dev nlohmann-json3-dev libzstd-dev robin-map-dev zlib1g-dev esbuild)
+    libcli11-dev libsqlite3-dev nlohmann-json3-dev libzstd-dev robin-map-dev zlib1g-dev esbuild
+    dpkg-dev file)
 TEST_PACKAGES=(libgtest-dev libgmock-dev python3 python3-pytest util-linux
-    mandoc bash-completion fish zsh dpkg-dev file python3-jsonschema zstd pkgconf)
+    mandoc bash-completion fish zsh less python3-jsonschema zstd pkgconf)
 PAGE_PACKAGES=(chromium fonts-dejavu-core)
 command -v npm >/dev/null || PAGE_PACKAGES+=(nodejs npm) # other Node.js packages bring their own npm
 COVERAGE_PACKAGES=(gcovr)

@@ -13,7 +13,7 @@ constexpr size_t kTextBlock = 32;
 
 inline constexpr char kEmptyBlock[kTextBlock] = {};
 
-// A text behind whose end kTextBlock more characters can be read, whatever they are. Who makes one
+// A text after whose end kTextBlock more characters can be read, whatever they are. Who makes one
 // from other texts sees to that.
 struct BlockText {
     const char* begin = kEmptyBlock;
@@ -23,7 +23,7 @@ struct BlockText {
     constexpr BlockText part(size_t first, size_t count) const { return {begin + first, count}; }
 };
 
-// Writes the text, and up to kTextBlock characters behind it. Returns the place behind the text.
+// Writes the text, and up to kTextBlock characters after it. Returns the place after the text.
 inline char* putBlocks(char* at, BlockText text) {
     std::memcpy(at, text.begin, kTextBlock);
     for (size_t done = kTextBlock; done < text.length; done += kTextBlock) {

@@ -1,6 +1,6 @@
 // Numbers as text, written at a cursor: the printf conversions that lines need, without printf.
 //
-// Every function writes at `at` and returns the place behind the text. It may also write up to
+// Every function writes at `at` and returns the place after the text. It may also write up to
 // kDigitSlack characters beyond that place, which the next text overwrites: digits are made eight
 // at a time and stored whole.
 
@@ -114,7 +114,7 @@ inline char* putUnsigned(char* at, uint64_t value) {
     return at + (64 - leadingBits) / 8;
 }
 
-// Moves the text of `at` to `end` to the right, so that it ends at `at` + width, behind `fill`.
+// Moves the text of `at` to `end` to the right, so that it ends at `at` + width, after `fill`.
 inline char* padLeft(char* at, char* end, char fill, size_t width) {
     const auto length = static_cast<size_t>(end - at);
     if (length >= width) return end;
@@ -124,7 +124,7 @@ inline char* padLeft(char* at, char* end, char fill, size_t width) {
 }
 
 // %10llu, for the columns of the time text: a number of at most ten digits has a length that
-// nothing behind it waits for.
+// nothing after it waits for.
 inline char* putUnsignedInTen(char* at, uint64_t value) {
     constexpr uint64_t kEightDigits = 100'000'000;
     if (value >= 100 * kEightDigits) return putUnsigned(at, value);

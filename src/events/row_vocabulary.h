@@ -433,7 +433,7 @@ consteval bool hides(const Row& earlier, const Row& later) {
            asked.slice == given.slice;
 }
 
-// The rows of a table and all they refer to, packed: characters without gaps, with a block behind
+// The rows of a table and all they refer to, packed: characters without gaps, with a block after
 // the last.
 template <size_t kRows, size_t kCharacters, size_t kPieces, size_t kWordPairs>
 struct Table {

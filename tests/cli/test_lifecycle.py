@@ -128,7 +128,7 @@ def long_path(folder):
 
 
 class TestFatalEnds:
-    """The message behind the program's name, an empty line, status 1, and everything undone."""
+    """The message after the program's name, an empty line, status 1, and everything undone."""
 
     def assert_fatal(self, result, message, before=""):
         assert result.stderr == f"{before}{PROGRAM}: {message}\n\n"

@@ -64,7 +64,7 @@ def spellings():
 
 
 def said(*options, **settings):
-    """What options say on standard output; -h behind them ends the program."""
+    """What options say on standard output; -h after them ends the program."""
     result = run_program(*options, "-h", **settings)
     assert result.returncode == 0
     assert "\nUsage: sudo " in result.stderr

@@ -63,7 +63,7 @@ bool answers(const Row& text, const TraceRecord& record) {
     return (text.qualifiers >> record.debugid % 4 & 1) != 0 && isMet(text.condition, record);
 }
 
-// arg1 to arg5 and the processor, behind a name or code.
+// arg1 to arg5 and the processor, after a name or code.
 std::string rawWords(const TraceRecord& record, bool zeroFilledThread) {
     std::string words = printed("%16llx  %16llx  %16llx  %16llx  ", static_cast<Wide>(record.arg1),
                                 static_cast<Wide>(record.arg2), static_cast<Wide>(record.arg3),

@@ -2,6 +2,7 @@
 
 import os
 import pathlib
+import re
 import subprocess
 
 import pytest
@@ -16,7 +17,7 @@ def run(*command, **options):
                           stdin=subprocess.DEVNULL, timeout=60, **options)
 
 
-@pytest.mark.parametrize("script", ["bench", "coverage", "demo", "make-sample", "test"])
+@pytest.mark.parametrize("script", ["bench", "coverage", "demo", "make-sample", "test", "try-packages"])
 def test_a_script_shows_its_help_wherever_it_is_called_from(script):
     result = run(f"./{script}", "--help", cwd=SOURCE / "script")
     assert f"\n  script/{script}" in result.stdout
@@ -24,13 +25,16 @@ def test_a_script_shows_its_help_wherever_it_is_called_from(script):
 
 
 @needs_root
-def test_the_demo_catches_a_dropout_and_says_why(facility, tmp_path):
+def test_the_demo_catches_a_dropout_says_why_and_makes_the_page(facility, tmp_path):
     result = run(SOURCE / "script/demo", "--build", BUILD, env=os.environ | {"TMPDIR": str(tmp_path)})
     assert result.returncode == 0, result.stderr
     assert "blocked-by  OrvelHDAController::pollRegister" in result.stdout
     assert "Left in the trace facility is nothing" in result.stdout
     [caught] = tmp_path.glob("caught-*.raw")
     assert f"sonascope lines {caught} --around dropout=20ms" in result.stdout
+    [page] = re.findall("^  file://(.*)$", result.stdout, re.MULTILINE)
+    assert pathlib.Path(page) == caught.with_suffix(".html")
+    assert pathlib.Path(page).read_bytes().startswith(b"<!doctype html>")
 
 
 @needs_root
@@ -38,7 +42,8 @@ def test_the_demo_shows_live_lines(facility):
     result = run(SOURCE / "script/demo", "--build", BUILD, "--lines", "--scenario", "usb",
                  "--seconds", "1", "--", "-k")
     assert result.returncode == 0, result.stderr
-    assert "OrvelUSBAudioDevice::protectedInitHardware" in result.stdout
+    # Which lines are seen depends on when sonaprobe has started; all of them are of USB drivers.
+    assert re.search(r"OrvelUSB\w+::\w+", result.stdout)
     assert "Stopped as by Ctrl-C. Left in the trace facility is nothing" in result.stdout
 
 

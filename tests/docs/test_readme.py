@@ -39,8 +39,8 @@ INSTEAD = {
     "script/demo": "script/demo --help",
     "cmake --build --preset release": "cmake --build build/release -- -n",
     "sudo dpkg -i sonaprobe_*.deb": "sudo dpkg --dry-run -i sonaprobe_*.deb",
-    "sudo xargs rm -f < build/release/install_manifest_program.txt":
-        'sed "s|^|$DESTDIR|" build/release/install_manifest_program.txt | xargs rm -v',
+    "sudo xargs rm -f < build/release/install_manifest.txt":
+        'sed "s|^|$DESTDIR|" build/release/install_manifest.txt | xargs rm -v',
 }
 
 # Command: status, and what its output has.
@@ -77,8 +77,8 @@ EXPECTED = {
     "cmake --build --preset release": (0, ""),
     "cpack --config build/release/CPackConfig.cmake": (0, ".deb generated"),
     "dpkg -i sonaprobe_*.deb": (0, "sonaprobe"),
-    "cmake --install build/release --component program": (0, "sbin/sonaprobe"),
-    "xargs rm -f < build/release/install_manifest_program.txt": (0, "sbin/sonaprobe"),
+    "cmake --install build/release": (0, "sbin/sonaprobe"),
+    "xargs rm -f < build/release/install_manifest.txt": (0, "sbin/sonaprobe"),
 }
 
 HUNT_EXPECTED = {

@@ -29,7 +29,7 @@ RULES = {
     "one form": "a field has one form and one unit in all texts of a driver family",
     "duration": "a duration is elapsed, waited or timeout, or a field of the driver",
     "change": "a change is written with the arrow of the driver family",
-    "unit": "a quantity has its unit behind its name: `boost(mV): %d`",
+    "unit": "a quantity has its unit after its name: `boost(mV): %d`",
     "synonym": "a thing has one word: the right one of SYNONYMS",
     "span": "start and end differ, and no text answers every qualifier",
     "order": "values fill arg2, arg3, arg4 in order, each a whole word, or halves of words where "

@@ -10,7 +10,7 @@ from records import unpack
 
 RESTORE = f"{SET_FLAGS} 0"
 
-# Lines without time, thread and pointer, the text right behind the method.
+# Lines without time, thread and pointer, the text right after the method.
 PLAIN = "-s -H -u -S -T"
 
 START = "0x05245C0D a2=0xabc"

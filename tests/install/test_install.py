@@ -25,8 +25,10 @@ INSTALLED = {
     "share/man/man8/sonaprobe.8.gz", "share/man/man8/sonaprobe-sim.8.gz",
     "share/bash-completion/completions/sonaprobe",
     "share/bash-completion/completions/sonaprobe-sim",
-    *(f"share/doc/sonaprobe/{name}" for name in ("copyright", "changelog.gz", "README.md",
-                                              "CHANGELOG.md", "CONTRIBUTING.md")),
+    *(f"share/doc/{package}/{name}" for package in ("sonaprobe", "libsonaprobe-dev")
+      for name in ("copyright", "changelog.gz")),
+    "share/lintian/overrides/sonaprobe", "share/lintian/overrides/libsonaprobe-dev",
+    *(f"share/doc/sonaprobe/{name}" for name in ("README.md", "CHANGELOG.md", "CONTRIBUTING.md")),
     *(f"share/doc/sonaprobe/docs/{page.name}" for page in (SOURCE / "docs").glob("*.md")),
     *(f"share/doc/sonaprobe/docs/{folder}/{file.name}" for folder in FOLDERS
       for file in (SOURCE / "docs" / folder).iterdir()),
@@ -56,7 +58,8 @@ def packages(tmp_path_factory):
 
 @pytest.fixture(scope="module")
 def package(packages):
-    assert packages.keys() == {"sonaprobe", *(f"sonaprobe-{name}" for name in PLUGINS)}
+    assert packages.keys() == {"sonaprobe", "libsonaprobe-dev",
+                               *(f"sonaprobe-{name}" for name in PLUGINS)}
     return packages["sonaprobe"]
 
 
@@ -126,7 +129,7 @@ def test_the_packages_simulator_writes_a_trace_for_its_program(root):
 def test_the_package_depends_on_the_libraries_it_needs(package):
     [names] = re.findall(r"^Depends: (.*)$", run("dpkg-deb", "-f", package).stdout, re.MULTILINE)
     assert {name.split()[0] for name in names.split(", ")} == {
-        "libc6", "libsqlite3-0", "libzstd1", "zlib1g"}
+        "libc6", "libgcc-s1", "libsqlite3-0", "libstdc++6", "libzstd1", "zlib1g"}
 
 
 @pytest.mark.parametrize("name, library", [("babeltrace2", "libbabeltrace2-0"),

@@ -18,6 +18,8 @@ def help_of(*command):
     return run_program(*command, "--help", program="sonascope").stdout
 
 
+# Options of others that a command's paragraph refers to.
+REFERRED = {"catch": {"failed", "method", "where"}}
 COMMANDS = re.findall(r"^  (\w+)  ", help_of().partition("Subcommands:")[2], re.MULTILINE)
 
 
@@ -26,12 +28,42 @@ def test_each_command_has_a_paragraph_and_an_example():
     assert {command for _, command, *_ in SHOWN} == set(COMMANDS)
 
 
-def test_each_long_option_is_explained():
-    listed = {option for command in COMMANDS
-              for option in re.findall(r"--(\w[\w-]*)", help_of(command).partition("Examples:")[0])}
-    plain = set(re.findall(r"-\w,--([\w-]+)", help_of("lines").partition("Columns of")[2]))
-    explained = set(re.findall(r"Fl -([\w-]+)", PAGE))
-    assert listed - plain - explained == {"output"}  # -o NEW stands for it
+def options_of(command):
+    """The long names of a command's options; those of lines --plain by their letters."""
+    told, _, columns = help_of(command).partition("Examples:")[0].partition("Columns of --plain:")
+    pattern = r"^  (?:-\w,)?--([\w-]+)"
+    names = set(re.findall(pattern, told, re.MULTILINE)) - {"help"}
+    letters = set(re.findall(r"^  -(\w),", columns, re.MULTILINE))
+    return names | letters | ({"plain"} if columns else set())
+
+
+def explained(text):
+    """The options that a part of the page names; -o is called output there."""
+    names = set(re.findall(r"Fl -([\w-]+)", text))
+    letters = {letter for given in re.findall(r"Fl (\w(?: , \w)*)(?![\w-])", text)
+               for letter in given.split(" , ")}
+    return names | {"output" if letter == "o" else letter for letter in letters}
+
+
+def paragraphs():
+    """The paragraph of each command."""
+    commands = PAGE.partition(".Ss Commands\n")[2].partition(".Ss Selection\n")[0]
+    parts = re.split(r"^\.It Ic (\w+)", commands, flags=re.MULTILINE)[1:]
+    return dict(zip(parts[::2], parts[1::2]))
+
+
+SHARED = explained(PAGE.partition(".Ss Selection\n")[2].partition(".Sh ENVIRONMENT\n")[0])
+
+
+@pytest.mark.parametrize("command", COMMANDS)
+def test_each_option_of_a_command_is_explained_and_no_other(command):
+    own, listed = explained(paragraphs()[command]), options_of(command)
+    assert listed - own - SHARED == set()
+    assert own - listed == REFERRED.get(command, set())
+
+
+def test_what_commands_share_is_an_option_of_some():
+    assert SHARED - {option for command in COMMANDS for option in options_of(command)} == set()
 
 
 # catch needs root and drivers at work; README has such a hunt, which is run.

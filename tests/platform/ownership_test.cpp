@@ -155,7 +155,7 @@ TEST_F(Ownership, AnyBytesInTheStateLeadBackToACleanStart) {
     for (int round = 0; round < 2000; round++) {
         setUpWith(1024);
         ASSERT_EQ(postMany(producer, 0, 1), 1U);
-        // A few bytes, or all, behind the words that make the file the facility's own.
+        // A few bytes, or all, after the words that make the file the facility's own.
         const size_t count = round % 2 == 0 ? 1 + random() % 8 : sizeof(State);
         for (size_t i = 0; i < count; i++) {
             const size_t place = offsetof(State, control) + random() % (sizeof(State) - 64);
