@@ -6,6 +6,7 @@
 #include "lines/line_printer.h"
 #include "registry/audio_class_registry.h"
 #include "scope/event_text.h"
+#include "scope/sorted_search.h"
 
 namespace sonaprobe::scope {
 
@@ -57,6 +58,7 @@ void addPlainOptions(CLI::App& app, PlainOptions& options, CLI::Option* plain) {
         const auto set = [&field, value = flag.value](int64_t) { field = value; };
         place(app.add_flag_function(flag.names, set, flag.help));
     }
+    place(addSortedOption(app, options.sorted));
     place(app.add_flag("-s,--nostamp", options.noTime, "without the time"));
     place(app.add_flag("-k,--kernel", options.kernelTime, "the kernel's time"));
     place(app.add_flag("-a,--all", options.all, "codes of all kinds, not audio codes alone"));
@@ -83,6 +85,7 @@ void printPlainLines(Input& input, const Selection& selection, const TraceOption
     LinePrinter printer(lineOptionsOf(options), line,
                         options.decodeFile.empty() ? NameLookup{} : names.lookup());
     TraceClock clock;
+    if (options.sorted) searchTime(input, selection, trace);
     line.gather();
     for (auto slots = input.next(); !slots.empty(); slots = input.next()) {
         uint64_t number = input.firstSlot();
@@ -109,6 +112,7 @@ void printPlainLines(Input& input, const Selection& selection, const TraceOption
     }
     line.handOver();
     out.finish();
+    confirmSorted(input, clock);
     warnOfDamage(input);
 }
 

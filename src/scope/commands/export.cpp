@@ -1,6 +1,7 @@
 // sonascope export: a trace as data for other people's tools.
 
 #include <algorithm>
+#include <thread>
 
 #include "analysis/nearest.h"
 #include "analysis/spelled.h"
@@ -9,11 +10,13 @@
 #include "scope/event_text.h"
 #include "scope/export/destination.h"
 #include "scope/export/feed.h"
+#include "scope/export/parallel_rows.h"
 #include "scope/export/partition.h"
 #include "scope/export/sqlite.h"
 #include "scope/failure.h"
 #include "scope/repeatable.h"
 #include "scope/selection_options.h"
+#include "scope/sorted_search.h"
 
 namespace sonaprobe::scope {
 
@@ -23,12 +26,14 @@ struct Options {
     std::vector<std::string> traces;
     TraceOptions trace;  // its path is that of the one being read
     SelectionOptions selection;
+    bool sorted = false;
     const FormatEntry* format = nullptr;
     std::string path;  // empty: standard output
     bool force = false;
     What what = What::records;
     Waiting waiting = Waiting::frame;
     PartitionOptions partition;
+    unsigned jobs = std::thread::hardware_concurrency();
 };
 
 std::vector<std::string_view> formatNames() {
@@ -49,8 +54,18 @@ void exportText(const Options& options, const std::string& path, const Selection
     Input input(options.trace);
     Destination destination(path, options.force, input.source().file());
     TextOutput out(destination.sink());
-    const auto format = options.format->make(formatOptions(options, input, names), out);
-    feed(input, selection, options.trace, options.format->readsCalls(options.what), *format);
+    const auto make = [&](TextOutput& to) {
+        return options.format->make(formatOptions(options, input, names), to);
+    };
+    const bool withCalls = options.format->readsCalls(options.what);
+    if (options.sorted) searchTime(input, selection, options.trace);
+    std::unique_ptr<Format> format;
+    if (!withCalls && options.jobs > 1) {
+        format = std::make_unique<ParallelRows>(options.jobs, make, out);
+    } else {
+        format = make(out);
+    }
+    feed(input, selection, options.trace, withCalls, *format);
     out.handOver();
     destination.finish();
 }
@@ -84,6 +99,10 @@ void exportDatabase(Options& options, const Selection& selection, const CodeName
 Status run(Options& options) {
     if (options.format == nullptr) {
         throw Failure{"--to FORMAT is missing; see sonascope export --help"};
+    }
+    if (options.sorted && options.format->readsCalls(options.what)) {
+        throw Failure{
+            "--sorted is for json and csv of records: calls may begin long before --from"};
     }
     const CodeNames names = readCodeNames(options.trace.names);
     if (options.partition.wanted) {
@@ -143,6 +162,10 @@ Run setUpExport(CLI::App& app) {
     addChoice(app, "--waiting", "HOW", "in folded, time in which an I/O thread waits",
               {"frame", "omit"},
               [options](size_t place) { options->waiting = static_cast<Waiting>(place); });
+    app.add_option("-j,--jobs", options->jobs,
+                   "threads that make rows of records; if not given, one for each processor")
+        ->type_name("N")
+        ->check(CLI::Range(1, 1024));
     app.add_flag("--partition", options->partition.wanted,
                  "write json or csv of each file into folders host=.../date=... of the folder NEW");
     app.add_option("--host", options->partition.host,
@@ -152,6 +175,7 @@ Run setUpExport(CLI::App& app) {
                    "of --partition; if not given, the day on which the file was written")
         ->type_name("DAY");
     addSelectionOptions(app, options->selection);
+    addSortedOption(app, options->sorted);
     app.remove_option(app.get_option("--to"));
     app.add_option_function<std::vector<std::string>>(
            "--to", [options](const auto& values) { takeTo(*options, values); },
