@@ -118,7 +118,7 @@ class Search {
     uint64_t head_ = 0;
     uint64_t firstTick_ = 0;
     uint64_t divisor_ = TraceClock::kAssumedDivisor;
-    std::array<TraceRecord, 8> block_{};
+    std::array<TraceRecord, kLeastHead> block_{};
 };
 
 }  // namespace

@@ -80,24 +80,21 @@ def test_a_search_gives_what_a_scan_gives(tmp_path, seed):
         assert (alike[1].stderr, alike[1].returncode) == ("", 0)
 
 
-def test_little_of_the_file_is_read(tmp_path):
-    """Of a sparse file of 64 GB, which nobody would wait for: time stands in its first and its last
-    slots."""
-    trace = tmp_path / "trace.raw"
-    with open(trace, "wb") as file:
-        file.write(divisor() + b"".join(record(ENABLE, 0, n) for n in range(100)))
-        file.seek(64 * 10**9)
-        file.write(b"".join(record(ENABLE, 0, 10**8 + n) for n in range(100)))
-    result = scope("export", trace, "--to", "json", "--to", "60us", "--from", "50us", "--sorted",
-                   timeout=20)
-    assert (result.stdout.count("\n"), result.stderr) == (10, "")
-
-
 def broken(middle):
     """Slots enough to be searched, with these in their midst."""
     before = [record(ENABLE, 0, 1000 * n) for n in range(10_000)]
     after = [record(ENABLE, 0, 10_000_000 + 1000 * n) for n in range(10_000)]
     return b"".join([divisor(), *before, *middle, *after])
+
+
+def test_what_lies_before_is_not_read(tmp_path):
+    """Or the other divisor would be found, and the file's times be others."""
+    trace = tmp_path / "trace.raw"
+    slots = broken([])
+    trace.write_bytes(slots[:64 * 3000] + divisor(48) + divisor() + slots[64 * 3000:])
+    chosen = (trace, "--to", "json", "--from", "15s", "--to", "15.01s")
+    found = scope("export", *chosen, "--sorted")
+    assert (found.stdout.count("\n"), found.stderr, found.returncode) == (10, "", 0)
 
 
 @pytest.mark.parametrize("middle, what", [
