@@ -2,8 +2,6 @@
 
 #pragma once
 
-#include <CLI/CLI.hpp>
-
 #include "analysis/selection.h"
 #include "scope/options.h"
 
@@ -26,6 +24,9 @@ struct SelectionOptions {
 };
 
 void addSelectionOptions(CLI::App& app, SelectionOptions& options);
+
+// --sorted, of commands whose answer about a record needs none before it: see sorted_search.h.
+CLI::Option* addSortedOption(CLI::App& app, bool& sorted);
 
 // The selection, ready to be asked. Where calls or dropouts decide, the trace is read once for it:
 // `trace.path` then names what can be read again, though it was a pipe. Throws a Failure that names

@@ -123,15 +123,6 @@ class Search {
 
 }  // namespace
 
-CLI::Option* addSortedOption(CLI::App& app, bool& sorted) {
-    return app
-        .add_flag(
-            "--sorted", sorted,
-            "time never steps back in the file, and it has one divisor: search for --from and "
-            "--to, and leave unread what is not between them")
-        ->group("Selection");
-}
-
 void searchTime(Input& input, const Selection& selection, const TraceOptions& trace) {
     const Criteria& criteria = selection.criteria();
     const ByteSource& source = input.source();

@@ -3,16 +3,11 @@
 
 #pragma once
 
-#include <CLI/CLI.hpp>
-
 #include "analysis/selection.h"
 #include "scope/input.h"
 #include "scope/options.h"
 
 namespace sonaprobe::scope {
-
-// Of commands whose answer about a record needs none before it.
-CLI::Option* addSortedOption(CLI::App& app, bool& sorted);
 
 // Has the input give its first slots and those in which the selection's time lies, up to a second
 // before and after; all of it where there is nothing to search for, or to search in, as in a pipe.
