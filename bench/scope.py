@@ -10,10 +10,8 @@ many records. Times are processor time but for a browser's; runs to be compared 
 """
 
 import argparse
-import json
 import os
 import pathlib
-import re
 import shutil
 import statistics
 import subprocess
@@ -23,6 +21,7 @@ from dataclasses import dataclass, field
 from measure import verdict
 
 HERE = pathlib.Path(__file__).resolve().parent
+TICKS = 24  # a microsecond: the simulator's divisor
 PLAIN = ("lines", "TRACE", "--plain", "-v")
 
 
@@ -97,10 +96,14 @@ class Bench:
         self.trace = folder / f"{records}.raw"
         subprocess.run([build / "sonaprobe-sim", "write", "all", self.trace, "--records",
                         str(records), "--seed", "1"], check=True)
-        info = json.loads(self.output("info", self.trace, "--json"))["files"][0]
-        span, begin = info["span_ns"], info["begin_kernel_time_ns"]
-        self.window = (span // 2, span // 2 + span // 1000)
-        self.clock = [(begin + at) / 1e9 for at in self.window]
+        first, begin, end = map(self.tick, (1, records // 2, records // 2 + records // 1000))
+        self.window = [(tick - first) * 1000 // TICKS for tick in (begin, end)]
+        self.clock = [tick / TICKS / 1e6 for tick in (begin, end)]
+
+    def tick(self, slot):
+        with open(self.trace, "rb") as file:
+            file.seek(64 * slot)
+            return int.from_bytes(file.read(8), "little")
 
     def output(self, *arguments):
         return subprocess.run([self.build / "sonascope", *arguments], check=True,
@@ -135,11 +138,13 @@ class Bench:
     def scope(self, arguments):
         return self.run(("sonascope", *arguments))
 
-    def megabytes(self, arguments):
-        """The most memory, as a small parent sees it: a large one's own would be counted."""
-        told = subprocess.run(["time", "-f", "%M", *self.filled(("sonascope", *arguments))],
+    def used(self, arguments):
+        """Seconds of processor time and the most MiB, as a small parent sees them: a large one's
+        own memory would be counted."""
+        told = subprocess.run(["time", "-f", "%U %S %M", *self.filled(("sonascope", *arguments))],
                               stdout=subprocess.DEVNULL, stderr=subprocess.PIPE, text=True)
-        return int(told.stderr.split()[-1]) / 1024
+        user, system, kilobytes = map(float, told.stderr.split()[-3:])
+        return user + system, kilobytes / 1024
 
 
 def print_works(bench, rounds):
@@ -159,7 +164,7 @@ def print_works(bench, rounds):
             ratio = statistics.median(one / other for one, other in pairs)
             goals.append(f"at most {work.beside[1]} times `sonaprobe -r`, was {ratio:.2f}: "
                          f"{verdict(ratio <= work.beside[1])}")
-        print(f"| {work.title} | {own:.0f} | {bench.megabytes(work.arguments):.0f} "
+        print(f"| {work.title} | {own:.0f} | {bench.used(work.arguments)[1]:.0f} "
               f"| {'; '.join(goals)} |", flush=True)
 
 
@@ -216,14 +221,13 @@ def print_neighbours(bench, rounds):
 
 
 def print_growth(build, folder, counts):
-    """Time by the clock and the most memory of each command, by the trace's size."""
+    """Processor time and the most memory of each command, by the trace's size."""
     cells = {work.title: [] for work in WORKS}
     for count in counts:
         bench = Bench(build, folder, count)
         for work in WORKS:
-            nanoseconds = bench.scope(work.arguments)[0]
-            cells[work.title] += [f"{nanoseconds * count / 1e9:.2f}",
-                                  f"{bench.megabytes(work.arguments):.0f}"]
+            seconds, megabytes = bench.used(work.arguments)
+            cells[work.title] += [f"{seconds:.2f}", f"{megabytes:.0f}"]
             for made in folder.glob("new.*"):
                 made.unlink()
         bench.trace.unlink()

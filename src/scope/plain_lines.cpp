@@ -8,6 +8,7 @@
 #include "lines/line_printer.h"
 #include "registry/audio_class_registry.h"
 #include "scope/event_text.h"
+#include "scope/selection_options.h"
 #include "scope/sorted_search.h"
 
 namespace sonaprobe::scope {

@@ -1,6 +1,5 @@
 """export: the formats as their grammars have them, and a whole file or none."""
 
-import contextlib
 import csv
 import gzip
 import io
@@ -11,7 +10,6 @@ import re
 import signal
 import sqlite3
 import subprocess
-import threading
 
 import pytest
 
@@ -69,27 +67,6 @@ def test_several_threads_make_the_rows_of_one(story, name, tmp_path):
         assert exported(story, name, "--jobs", "3", *options) == alone
         assert exported(story, name, "-j", "3", "-o", tmp_path / "new", "--force", *options) == ""
         assert (tmp_path / "new").read_bytes().decode() == alone
-
-
-def test_several_threads_end_with_the_reader(story):
-    """Without waiting for a pipe that stays open, and without a word."""
-    read_end, write_end = os.pipe()
-    with started(BUILD / "sonascope", "export", "-", "--to", "csv", "--jobs", "3", stdin=read_end,
-                 stdout=subprocess.PIPE, stderr=subprocess.PIPE) as process:
-        os.close(read_end)
-        feeder = threading.Thread(target=feed_until_closed, args=(write_end, story.read_bytes()))
-        feeder.start()
-        assert process.stdout.readline().startswith(b"slot,")
-        process.stdout.close()
-        assert (process.stderr.read(), process.wait(20)) == (b"", 2)
-        feeder.join(20)
-        assert not feeder.is_alive()
-
-
-def feed_until_closed(pipe, data):
-    with open(pipe, "wb", buffering=0) as out, contextlib.suppress(BrokenPipeError):
-        while True:
-            out.write(data)
 
 
 def test_json_has_one_object_a_record(trace):
@@ -324,7 +301,7 @@ def test_no_byte_of_a_file_is_sql(hostile, tmp_path):
         assert method.startswith("=cmd()|\\x01\"',;\\</script>")
 
 
-@pytest.mark.parametrize("name", TEXTS)
+@pytest.mark.parametrize("name", [*TEXTS, "json --jobs 3", "csv --jobs 3"])
 def test_a_reader_that_leaves_ends_the_export(name, story):
     command = f"{BUILD}/sonascope export {story} --to {name} | head -c 100 | wc -c"
     result = subprocess.run(["sh", "-c", command], capture_output=True, text=True, check=False)

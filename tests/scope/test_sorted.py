@@ -54,7 +54,7 @@ def options(window, shift):
 
 
 WAYS = {"json": ("export", "--to", "json"), "csv": ("export", "--to", "csv", "--jobs", "3"),
-        "plain": ("lines", "--plain", "-v", "-A")}
+        "plain": ("lines", "--plain", "-k", "-v", "-A")}
 
 
 @pytest.mark.parametrize("seed", range(4))

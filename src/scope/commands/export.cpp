@@ -61,8 +61,10 @@ void exportText(const Options& options, const std::string& path, const Selection
     };
     const bool withCalls = options.format->readsCalls(options.what);
     if (options.sorted) searchTime(input, selection, options.trace);
+    // Of a pipe, which may pause, each row comes as soon as its record has.
+    const bool inBatches = !withCalls && options.jobs > 1 && input.source().file().repeatable();
     std::unique_ptr<Format> format;
-    if (!withCalls && options.jobs > 1) {
+    if (inBatches) {
         format = std::make_unique<ParallelRows>(options.jobs, make, out);
     } else {
         format = make(out);
