@@ -9,12 +9,6 @@ namespace sonaprobe {
 
 namespace {
 
-constexpr uint32_t kManyProcessors = 256;
-constexpr uint32_t kServerClassWord = classWordOf(kAudioServerKey);
-constexpr uint64_t kFarOn = uint64_t{1} << 42;    // ticks
-constexpr uint64_t kFarBack = uint64_t{1} << 33;  // ticks
-constexpr uint64_t kFrequent = 64;                // one record in so many
-
 void swapBytes(uint32_t& word) { word = __builtin_bswap32(word); }
 void swapBytes(uint64_t& word) { word = __builtin_bswap64(word); }
 
@@ -38,20 +32,9 @@ TraceRecord slotAt(const std::byte* at, ByteOrder order) {
     return slot;
 }
 
-bool isNear(const TraceRecord& earlier, const TraceRecord& later) {
-    return later.timestamp >= earlier.timestamp ? later.timestamp - earlier.timestamp <= kFarOn
-                                                : earlier.timestamp - later.timestamp <= kFarBack;
-}
-
 Plausibility::Plausibility() : recordsOfClassWord_(0x10000) {}
 
-bool Plausibility::isFamiliar(uint32_t debugid) const {
-    const uint32_t word = classWordOf(debugid);
-    if (word == kAudioClassWord || word == kServerClassWord) return true;
-    return recordsOfClassWord_[word] > 0 && recordsOfClassWord_[word] * kFrequent >= records_;
-}
-
-unsigned Plausibility::doubts(const TraceRecord& slot) const {
+unsigned Plausibility::doubtsOfOdd(const TraceRecord& slot) const {
     if (slot.debugid == kInvalidMarker) return 0;
     if (slot.debugid == kDivisorMarker) return hasArguments(slot) ? 1 : 0;
     unsigned sum = 0;
@@ -60,11 +43,6 @@ unsigned Plausibility::doubts(const TraceRecord& slot) const {
     if (codeOf(slot.debugid) == 0) return sum + kNoSlot;
     if (classWordOf(slot.debugid) == 0) return sum + 2;
     return isFamiliar(slot.debugid) ? sum : sum + 1;
-}
-
-void Plausibility::learn(const TraceRecord& record) {
-    recordsOfClassWord_[classWordOf(record.debugid)]++;
-    records_++;
 }
 
 }  // namespace sonaprobe

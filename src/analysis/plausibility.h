@@ -21,7 +21,12 @@ TraceRecord slotAt(const std::byte* at, ByteOrder order);
 
 // Whether one record may follow the other in a whole file: up to some 8 seconds back and an hour
 // on at 1000 ticks a microsecond, longer at slower clocks.
-bool isNear(const TraceRecord& earlier, const TraceRecord& later);
+inline bool isNear(const TraceRecord& earlier, const TraceRecord& later) {
+    constexpr uint64_t kFarOn = uint64_t{1} << 42;    // ticks
+    constexpr uint64_t kFarBack = uint64_t{1} << 33;  // ticks
+    return later.timestamp >= earlier.timestamp ? later.timestamp - earlier.timestamp <= kFarOn
+                                                : earlier.timestamp - later.timestamp <= kFarBack;
+}
 
 // From this sum of doubts on, 64 bytes are no slot.
 constexpr unsigned kNoSlot = 3;
@@ -33,15 +38,33 @@ class Plausibility {
 
     // What speaks against a slot, its time stamp aside: 0 nothing, 1 and 2 odd, kNoSlot or more no
     // slot at all. An empty slot is no slot here.
-    unsigned doubts(const TraceRecord& slot) const;
+    unsigned doubts(const TraceRecord& slot) const {
+        const uint32_t word = classWordOf(slot.debugid);
+        const bool ordinary = (word == kAudioClassWord || word == kServerClassWord) &&
+                              slot.reserved == 0 && slot.cpuid < kManyProcessors;
+        return ordinary ? 0 : doubtsOfOdd(slot);
+    }
 
     // Whether the class word is one that drivers and audio server use, or frequent in this file.
-    bool isFamiliar(uint32_t debugid) const;
+    bool isFamiliar(uint32_t debugid) const {
+        const uint32_t word = classWordOf(debugid);
+        if (word == kAudioClassWord || word == kServerClassWord) return true;
+        constexpr uint64_t kFrequent = 64;  // one record in so many
+        return recordsOfClassWord_[word] > 0 && recordsOfClassWord_[word] * kFrequent >= records_;
+    }
 
     // Takes a record of the file as an example of what the others look like.
-    void learn(const TraceRecord& record);
+    void learn(const TraceRecord& record) {
+        recordsOfClassWord_[classWordOf(record.debugid)]++;
+        records_++;
+    }
 
   private:
+    static constexpr uint32_t kManyProcessors = 256;
+    static constexpr uint32_t kServerClassWord = classWordOf(kAudioServerKey);
+
+    unsigned doubtsOfOdd(const TraceRecord& slot) const;
+
     std::vector<uint32_t> recordsOfClassWord_;
     uint64_t records_ = 0;
 };

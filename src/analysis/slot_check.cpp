@@ -14,7 +14,7 @@ constexpr uint64_t kLeastGarbage = 2 * kSlot;
 }  // namespace
 
 bool SlotCheck::take(const Found& found) {
-    settleDamage(found.isSlot());
+    if (damage_) settleDamage(found.isSlot());
     const uint64_t slot = found.slotNumber();
     bool keep = false;
     if (found.isSlot()) {

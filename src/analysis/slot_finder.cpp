@@ -181,7 +181,8 @@ std::optional<Found> SlotFinder::goOnAt(Place place) {
 Found SlotFinder::takeSlot(const TraceRecord& slot) {
     const Found found{whatIs(slot), order_, bytesBefore_ + at_, kSlot, slot};
     at_ += kSlot;
-    const bool isCertain = plausibility_.doubts(slot) == 0;
+    const unsigned doubts = plausibility_.doubts(slot);
+    const bool isCertain = doubts == 0;
     if (found.what != Found::What::empty) slots_++;
     if (found.what == Found::What::divisor && isCertain) certainSlots_++;
     isBegin_ = false;
@@ -189,7 +190,7 @@ Found SlotFinder::takeSlot(const TraceRecord& slot) {
     if (found.what != Found::What::record) return found;
 
     if (isCertain) certainSlots_++;
-    if (plausibility_.doubts(slot) <= 1) plausibility_.learn(slot);
+    if (doubts <= 1) plausibility_.learn(slot);
     if (last_ && slot.timestamp < latest_ && latest_ - slot.timestamp <= kMostDisorder) {
         disorder_ = std::max(disorder_, latest_ - slot.timestamp);
     } else {

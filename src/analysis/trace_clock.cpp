@@ -7,12 +7,6 @@
 
 namespace sonaprobe {
 
-namespace {
-
-constexpr Nanoseconds kSecond = 1'000'000'000;
-
-}  // namespace
-
 Nanoseconds saturated(Wide nanoseconds) {
     constexpr Wide kLeast = std::numeric_limits<Nanoseconds>::min();
     constexpr Wide kMost = std::numeric_limits<Nanoseconds>::max();
@@ -25,10 +19,12 @@ Nanoseconds nanosecondsOf(uint64_t laterTick, uint64_t earlierTick, uint64_t tic
     // Rounding down is away from 0 where the result is below it.
     const uint64_t rest = forward ? 0 : ticksPerMicrosecond - 1;
     constexpr uint64_t kHalf = std::numeric_limits<uint64_t>::max() / 2;
-    // A division of 64 bits is several times as fast.
-    const Wide length = ticks < kHalf / 1000 && rest < kHalf
-                            ? Wide{(ticks * 1000 + rest) / ticksPerMicrosecond}
-                            : (Wide{ticks} * 1000 + rest) / ticksPerMicrosecond;
+    // A division of 64 bits is several times as fast. Its result cannot be too large.
+    if (ticks < kHalf / 2000 && rest < kHalf / 2) {
+        const auto length = static_cast<Nanoseconds>((ticks * 1000 + rest) / ticksPerMicrosecond);
+        return forward ? length : -length;
+    }
+    const Wide length = (Wide{ticks} * 1000 + rest) / ticksPerMicrosecond;
     return saturated(forward ? length : -length);
 }
 
@@ -56,7 +52,10 @@ Nanoseconds TraceClock::timeOf(uint64_t tick) {
         anchor_ = latest_;
         anchored_ = true;
     }
-    return saturated(Wide{anchor_} + nanosecondsOf(tick, anchorTick_, divisor_));
+    const Nanoseconds since = nanosecondsOf(tick, anchorTick_, divisor_);
+    Nanoseconds time = 0;
+    if (!__builtin_add_overflow(anchor_, since, &time)) return time;
+    return saturated(Wide{anchor_} + since);
 }
 
 TraceClock::Reading TraceClock::read(const TraceRecord& record) {
@@ -67,7 +66,7 @@ TraceClock::Reading TraceClock::read(const TraceRecord& record) {
                     .latestBefore = latest_};
     Nanoseconds& last = threads_[reading.thread].last;
     if (reading.time < latest_) {
-        if (reading.time < last || reading.time < latest_ - kSecond) {
+        if (reading.time < last || reading.time < latest_ - kMostDisorder) {
             ++stepsBack_;
             anchored_ = false;
             reading.restarted = true;

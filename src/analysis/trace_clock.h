@@ -62,9 +62,13 @@ class TraceClock {
     size_t threads() const { return threads_.size(); }
     uint64_t threadId(uint32_t thread) const { return threads_[thread].id; }
 
-  private:
+    // What is in force where no divisor is.
     static constexpr uint64_t kAssumedDivisor = 1000;
 
+    // By more than this no record comes late without a step back.
+    static constexpr Nanoseconds kMostDisorder = 1'000'000'000;
+
+  private:
     struct Thread {
         uint64_t id;
         Nanoseconds last;

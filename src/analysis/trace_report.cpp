@@ -68,8 +68,8 @@ void TraceReport::takeRecord(const TraceRecord& record, uint64_t slot) {
         latestTick_ = record.timestamp;
     }
     latestTick_ = std::max(latestTick_, record.timestamp);
-    ++processors_[record.cpuid];
-    ++classes_[classOf(record.debugid)];
+    processors_.add(record.cpuid);
+    classes_.add(classOf(record.debugid));
     ++countOf(outcomes_, decode(record).outcome);
     if (isPoint(record.debugid)) ++points_;
 }

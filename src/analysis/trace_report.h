@@ -8,6 +8,7 @@
 
 #include "analysis/call_check.h"
 #include "analysis/slot_check.h"
+#include "analysis/tally.h"
 
 namespace sonaprobe {
 
@@ -39,11 +40,11 @@ class TraceReport {
 
     // The values of divisors, 0 aside, each with the slot in which it stands first.
     const std::map<uint64_t, uint64_t>& divisors() const { return divisors_; }
-    const std::map<uint32_t, uint64_t>& recordsOfProcessor() const { return processors_; }
+    const std::map<uint32_t, uint64_t>& recordsOfProcessor() const { return processors_.counts(); }
 
     // By debug id without event number and qualifier; without class, too, where it is no audio
     // code.
-    const std::map<uint32_t, uint64_t>& recordsOfClass() const { return classes_; }
+    const std::map<uint32_t, uint64_t>& recordsOfClass() const { return classes_.counts(); }
     const OutcomeCounts& outcomes() const { return outcomes_; }
     uint64_t points() const { return points_; }
 
@@ -60,8 +61,8 @@ class TraceReport {
     uint64_t latestTick_ = 0;
     uint64_t stepsBack_ = 0;
     std::map<uint64_t, uint64_t> divisors_;
-    std::map<uint32_t, uint64_t> processors_;
-    std::map<uint32_t, uint64_t> classes_;
+    Tally processors_;
+    Tally classes_;
     OutcomeCounts outcomes_;
     uint64_t points_ = 0;
 };

@@ -23,6 +23,9 @@ class ByteSource {
     // or unpacks to far more than a trace does.
     size_t read(std::span<std::byte> room);
 
+    // Goes on at this byte of a file that is not packed.
+    void skipTo(uint64_t offset) { file_.skipTo(offset); }
+
     // At the end: what is wrong with packed data, or null.
     const char* damage() const;
 

@@ -70,6 +70,22 @@ size_t FileBytes::read(std::span<std::byte> room) {
     return got;
 }
 
+void FileBytes::skipTo(uint64_t offset) {
+    headGiven_ = headBytes_;
+    bytesRead_ = offset;
+    if (lseek(file_, static_cast<off_t>(offset), SEEK_SET) < 0) {
+        throw systemFailure("could not read " + name_);
+    }
+}
+
+size_t FileBytes::readAt(uint64_t offset, std::span<std::byte> room) const {
+    for (;;) {
+        const ssize_t got = pread(file_, room.data(), room.size(), static_cast<off_t>(offset));
+        if (got >= 0) return static_cast<size_t>(got);
+        if (errno != EINTR) throw systemFailure("could not read " + name_);
+    }
+}
+
 bool FileBytes::isFileOf(const std::string& path) const {
     struct stat own {};
     struct stat other {};

@@ -29,6 +29,12 @@ class FileBytes {
     // The next bytes, at least one but at the end. Throws a Failure.
     size_t read(std::span<std::byte> room);
 
+    // Of what can be opened again: the next read() goes on at this byte.
+    void skipTo(uint64_t offset);
+
+    // Of the same: the bytes at some place, fewer at the end. Throws a Failure.
+    size_t readAt(uint64_t offset, std::span<std::byte> room) const;
+
     uint64_t bytesRead() const { return bytesRead_; }
 
     // 0 where it is unknown, as of a pipe.

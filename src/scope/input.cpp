@@ -32,11 +32,29 @@ void Input::recognise(std::span<const std::byte> begin) {
                   ": no trace: " + kindOfFile(begin.empty() ? source_.file().head() : begin)};
 }
 
+// After the head comes the stretch.
+void Input::goOnInPart() {
+    if (!part_ || firstSlot_ != part_->head || part_->begin == part_->head) return;
+    source_.skipTo(part_->begin * sizeof(TraceRecord));
+    firstSlot_ = part_->begin;
+    rest_ = 0;
+}
+
+// How many may be read before something is left out.
+uint64_t Input::slotsLeft() const {
+    if (!part_) return kBlockSlots;
+    const uint64_t end = firstSlot_ < part_->head ? part_->head : part_->end;
+    return std::min<uint64_t>(kBlockSlots, end - firstSlot_);
+}
+
 std::span<const TraceRecord> Input::next() {
-    const std::span<std::byte> room = std::as_writable_bytes(std::span(block_));
-    std::memmove(room.data(), room.data() + given_ * sizeof(TraceRecord), rest_);
+    const std::span<std::byte> block = std::as_writable_bytes(std::span(block_));
+    std::memmove(block.data(), block.data() + given_ * sizeof(TraceRecord), rest_);
     firstSlot_ += given_;
     given_ = 0;
+    goOnInPart();
+    const std::span<std::byte> room = block.first(slotsLeft() * sizeof(TraceRecord));
+    if (room.empty()) return {};
     while (given_ == 0) {
         const size_t got = source_.read(room.subspan(rest_));
         if (got == 0) break;

@@ -52,7 +52,7 @@ Output::Output(const OutputOptions& options)
 
 // What a command said before it failed is shown before its failure is.
 Output::~Output() {
-    flushed();
+    isWritten(gathered_);
     waitForPager();
 }
 
@@ -67,6 +67,10 @@ void Output::begin() {
 
 void Output::write(std::string_view text) {
     if (!begun_) begin();
+    if (gathered_.empty() && text.size() >= kGathered) {
+        if (!isWritten(text)) fail();
+        return;
+    }
     gathered_ += text;
     if (gathered_.size() >= kGathered) flush();
 }
@@ -77,22 +81,26 @@ void Output::line(std::string_view text) {
 }
 
 // False with errno.
-bool Output::flushed() {
-    std::string_view rest = gathered_;
-    while (!rest.empty()) {
-        const ssize_t written = ::write(STDOUT_FILENO, rest.data(), rest.size());
+bool Output::isWritten(std::string_view text) {
+    while (!text.empty()) {
+        const ssize_t written = ::write(STDOUT_FILENO, text.data(), text.size());
         if (written < 0 && errno == EINTR) continue;
-        if (written < 0) break;
-        rest.remove_prefix(static_cast<size_t>(written));
+        if (written < 0) return false;
+        text.remove_prefix(static_cast<size_t>(written));
     }
-    gathered_.clear();
-    return rest.empty();
+    return true;
+}
+
+// By errno.
+void Output::fail() const {
+    if (errno == EPIPE) throw Failure{"", pager_ > 0 ? Status::done : Status::trouble};
+    throw systemFailure("could not write to standard output");
 }
 
 void Output::flush() {
-    if (flushed()) return;
-    if (errno == EPIPE) throw Failure{"", pager_ > 0 ? Status::done : Status::trouble};
-    throw systemFailure("could not write to standard output");
+    const bool written = isWritten(gathered_);
+    gathered_.clear();
+    if (!written) fail();
 }
 
 void Output::show() {

@@ -59,7 +59,8 @@ class Output {
     static constexpr size_t kGathered = 1 << 16;
 
     void begin();
-    bool flushed();
+    static bool isWritten(std::string_view text);
+    [[noreturn]] void fail() const;
     void flush();
     void waitForPager();
 

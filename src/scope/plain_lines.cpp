@@ -8,6 +8,8 @@
 #include "lines/line_printer.h"
 #include "registry/audio_class_registry.h"
 #include "scope/event_text.h"
+#include "scope/selection_options.h"
+#include "scope/sorted_search.h"
 
 namespace sonaprobe::scope {
 
@@ -59,6 +61,7 @@ void addPlainOptions(CLI::App& app, PlainOptions& options, CLI::Option* plain) {
         const auto set = [&field, value = flag.value](int64_t) { field = value; };
         place(app.add_flag_function(flag.names, set, flag.help));
     }
+    place(addSortedOption(app, options.sorted));
     place(addFlag(app, "-s,--nostamp", options.noTime, "without the time"));
     place(addFlag(app, "-k,--kernel", options.kernelTime, "the kernel's time"));
     place(addFlag(app, "-a,--all", options.all, "codes of all kinds, not audio codes alone"));
@@ -79,6 +82,7 @@ void printPlainLines(Input& input, const Selection& selection, const TraceOption
     LinePrinter printer(lineOptionsOf(options), line,
                         options.decodeFile.empty() ? NameLookup{} : names.lookup());
     TraceClock clock;
+    if (options.sorted) searchTime(input, selection, trace);
     line.gather();
     for (auto slots = input.next(); !slots.empty(); slots = input.next()) {
         uint64_t number = input.firstSlot();
@@ -105,6 +109,7 @@ void printPlainLines(Input& input, const Selection& selection, const TraceOption
     }
     line.handOver();
     out.finish();
+    confirmSorted(input, clock);
     warnOfDamage(input);
 }
 

@@ -18,6 +18,7 @@ struct PlainOptions {
     bool noTime = false;
     bool kernelTime = false;
     bool all = false;
+    bool sorted = false;
     std::string decodeFile;
     std::vector<std::string> without;
     std::vector<std::string> only;

@@ -112,6 +112,13 @@ void addSelectionOptions(CLI::App& app, SelectionOptions& options) {
     add("--where", options.where, "CONDITION", "by values: 'pin nodeID == 21 && result != 0'");
 }
 
+CLI::Option* addSortedOption(CLI::App& app, bool& sorted) {
+    return addFlag(app, "--sorted", sorted,
+                   "time never steps back in the file, and it has one divisor: search for --from "
+                   "and --to, and leave unread what is not between them")
+        ->group("Selection");
+}
+
 Selection selectionOf(const SelectionOptions& options, TraceOptions& trace) {
     Criteria criteria{
         .from = timeOf("from", options.from),

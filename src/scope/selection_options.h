@@ -25,6 +25,9 @@ struct SelectionOptions {
 
 void addSelectionOptions(CLI::App& app, SelectionOptions& options);
 
+// --sorted, of commands whose answer about a record needs none before it: see sorted_search.h.
+CLI::Option* addSortedOption(CLI::App& app, bool& sorted);
+
 // The selection, ready to be asked. Where calls or dropouts decide, the trace is read once for it:
 // `trace.path` then names what can be read again, though it was a pipe. Throws a Failure that names
 // the option and what it could have been.

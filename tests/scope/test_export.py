@@ -60,6 +60,15 @@ def database(trace, path, *arguments):
     return sqlite3.connect(path)
 
 
+@pytest.mark.parametrize("name", ["json", "csv"])
+def test_several_threads_make_the_rows_of_one(story, name, tmp_path):
+    for options in ((), ("--from", "1s", "--failed"), ("--what", "calls"), ("--kernel-time",)):
+        alone = exported(story, name, "--jobs", "1", *options)
+        assert exported(story, name, "--jobs", "3", *options) == alone
+        assert exported(story, name, "-j", "3", "-o", tmp_path / "new", "--force", *options) == ""
+        assert (tmp_path / "new").read_bytes().decode() == alone
+
+
 def test_json_has_one_object_a_record(trace):
     found = rows(trace)
     assert found[2] == {
@@ -292,7 +301,7 @@ def test_no_byte_of_a_file_is_sql(hostile, tmp_path):
         assert method.startswith("=cmd()|\\x01\"',;\\</script>")
 
 
-@pytest.mark.parametrize("name", TEXTS)
+@pytest.mark.parametrize("name", [*TEXTS, "json --jobs 3", "csv --jobs 3"])
 def test_a_reader_that_leaves_ends_the_export(name, story):
     command = f"{BUILD}/sonascope export {story} --to {name} | head -c 100 | wc -c"
     result = subprocess.run(["sh", "-c", command], capture_output=True, text=True, check=False)

@@ -9,6 +9,7 @@
 #include "scope/new_file.h"
 #include "scope/records.h"
 #include "scope/selection_options.h"
+#include "scope/sorted_search.h"
 #include "scope/units.h"
 
 namespace sonaprobe::scope {
@@ -18,6 +19,7 @@ namespace {
 struct Options {
     TraceOptions trace;
     SelectionOptions selection;
+    bool sorted = false;
     NewFileOptions newFile;
     OutputOptions output;
 };
@@ -68,6 +70,7 @@ Status run(Options& options) {
     const Selection selection = selectionOf(options.selection, options.trace);
     Input input(options.trace);
     NewFile file(options.newFile.path, options.newFile.force, input.source().file());
+    if (options.sorted) searchTime(input, selection, options.trace);
     Cutter cutter(file);
     TraceClock clock;
     Kept kept;
@@ -78,12 +81,13 @@ Status run(Options& options) {
         if (kept.records++ == 0) kept.first = time;
         kept.last = time;
     });
+    confirmSorted(input, clock);
     warnOfDamage(input);
     warnOfAssumedDivisor(input, clock);
     if (kept.records == 0) {
         throw Failure{input.source().name() + ": no record is selected; " +
-                      escaped(options.newFile.path) + " is not written. The trace ends at " +
-                      timeText(clock.latest())};
+                      escaped(options.newFile.path) + " is not written" +
+                      (input.part() ? "" : ". The trace ends at " + timeText(clock.latest()))};
     }
     file.keep();
     print(options.output, options.newFile.path, kept);
@@ -97,6 +101,7 @@ Run setUpCut(CLI::App& app) {
     addTraceOptions(app, options->trace);
     addNewFileOptions(app, options->newFile);
     addSelectionOptions(app, options->selection);
+    addSortedOption(app, options->sorted);
     addOutputOptions(app, options->output);
     addExamples(app,
                 "  sonascope cut trace.raw --from 12.3s --to 12.5s -o part.raw\n"

@@ -3,6 +3,7 @@
 #include <CLI/CLI.hpp>
 #include <algorithm>
 #include <memory>
+#include <thread>
 
 #include "analysis/nearest.h"
 #include "analysis/spelled.h"
@@ -11,11 +12,13 @@
 #include "scope/event_text.h"
 #include "scope/export/destination.h"
 #include "scope/export/feed.h"
+#include "scope/export/parallel_rows.h"
 #include "scope/export/partition.h"
 #include "scope/export/sqlite.h"
 #include "scope/failure.h"
 #include "scope/repeatable.h"
 #include "scope/selection_options.h"
+#include "scope/sorted_search.h"
 
 namespace sonaprobe::scope {
 
@@ -25,12 +28,14 @@ struct Options {
     std::vector<std::string> traces;
     TraceOptions trace;  // its path is that of the one being read
     SelectionOptions selection;
+    bool sorted = false;
     const FormatEntry* format = nullptr;
     std::string path;  // empty: standard output
     bool force = false;
     What what = What::records;
     Waiting waiting = Waiting::frame;
     PartitionOptions partition;
+    unsigned jobs = std::thread::hardware_concurrency();
 };
 
 std::vector<std::string_view> formatNames() {
@@ -51,8 +56,20 @@ void exportText(const Options& options, const std::string& path, const Selection
     Input input(options.trace);
     Destination destination(path, options.force, input.source().file());
     TextOutput out(destination.sink());
-    const auto format = options.format->make(formatOptions(options, input, names), out);
-    feed(input, selection, options.trace, options.format->readsCalls(options.what), *format);
+    const auto make = [&](TextOutput& to) {
+        return options.format->make(formatOptions(options, input, names), to);
+    };
+    const bool withCalls = options.format->readsCalls(options.what);
+    if (options.sorted) searchTime(input, selection, options.trace);
+    // Of a pipe, which may pause, each row comes as soon as its record has.
+    const bool inBatches = !withCalls && options.jobs > 1 && input.source().file().repeatable();
+    std::unique_ptr<Format> format;
+    if (inBatches) {
+        format = std::make_unique<ParallelRows>(options.jobs, make, out);
+    } else {
+        format = make(out);
+    }
+    feed(input, selection, options.trace, withCalls, *format);
     out.handOver();
     destination.finish();
 }
@@ -86,6 +103,10 @@ void exportDatabase(Options& options, const Selection& selection, const CodeName
 Status run(Options& options) {
     if (options.format == nullptr) {
         throw Failure{"--to FORMAT is missing; see sonascope export --help"};
+    }
+    if (options.sorted && options.format->readsCalls(options.what)) {
+        throw Failure{
+            "--sorted is for json and csv of records: calls may begin long before --from"};
     }
     const CodeNames names = readCodeNames(options.trace.names);
     if (options.partition.wanted) {
@@ -144,6 +165,10 @@ Run setUpExport(CLI::App& app) {
     addChoice(app, "--waiting", "HOW", "in folded, time in which an I/O thread waits",
               {"frame", "omit"},
               [options](size_t place) { options->waiting = static_cast<Waiting>(place); });
+    app.add_option("-j,--jobs", options->jobs,
+                   "threads that make rows of records; if not given, one for each processor")
+        ->type_name("N")
+        ->check(CLI::Range(1, 1024));
     addFlag(app, "--partition", options->partition.wanted,
             "write json or csv of each file into folders host=.../date=... of the folder NEW");
     addValue(app, "--host", "HOST", options->partition.host,
@@ -151,6 +176,7 @@ Run setUpExport(CLI::App& app) {
     addValue(app, "--date", "DAY", options->partition.date,
              "of --partition; if not given, the day on which the file was written");
     addSelectionOptions(app, options->selection);
+    addSortedOption(app, options->sorted);
     app.remove_option(app.get_option("--to"));
     app.add_option_function<std::vector<std::string>>(
            "--to", [options](const auto& values) { takeTo(*options, values); },

@@ -8,6 +8,7 @@
 
 #include "scope/record_filter.h"
 #include "scope/records.h"
+#include "scope/sorted_search.h"
 
 namespace sonaprobe::scope {
 
@@ -156,6 +157,7 @@ void feed(Input& input, const Selection& selection, const TraceOptions& trace, b
                        .ticksPerMicrosecond = clock.ticksPerMicrosecond()});
     });
     format.finish(clock);
+    confirmSorted(input, clock);
     warnOfDamage(input);
     warnOfAssumedDivisor(input, clock);
 }

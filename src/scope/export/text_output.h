@@ -26,7 +26,12 @@ class TextOutput {
 
     // A text of any length.
     void put(std::string_view text) {
-        for (; text.size() > kRoom; text.remove_prefix(kRoom)) put(text.substr(0, kRoom));
+        if (text.size() > kRoom) {
+            handOver();
+            sink_.write(sink_.context, text.data(), text.size());
+            return;
+        }
+        if (text.empty()) return;  // there may be no address to copy from
         std::memcpy(cursor(), text.data(), text.size());
         moveTo(cursor() + text.size());
     }

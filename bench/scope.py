@@ -1,0 +1,259 @@
+#!/usr/bin/env python3
+"""Measures sonascope's commands, and beside them the programs that one would use instead, each on its
+own best input of the same events; prints tables of docs/performance.md.
+
+usage: scope.py BUILD_DIR FOLDER [--records N] [--rounds N]
+       scope.py BUILD_DIR FOLDER --growth N...
+
+FOLDER is on a memory file system. With --growth: time and memory of each command for traces of so
+many records. Times are processor time but for a browser's; runs to be compared stand next to each other.
+"""
+
+import argparse
+import os
+import pathlib
+import shutil
+import statistics
+import subprocess
+import time
+from dataclasses import dataclass, field
+
+from measure import verdict
+
+HERE = pathlib.Path(__file__).resolve().parent
+TICKS = 24  # a microsecond: the simulator's divisor
+PLAIN = ("lines", "TRACE", "--plain", "-v")
+
+
+@dataclass
+class Work:
+    """A command, TRACE and FOLDER in it standing for the paths."""
+
+    title: str
+    arguments: tuple
+    limit: int | None = None  # nanoseconds a record
+    beside: tuple = ()  # sonaprobe's, or another command; with the most times it may take
+
+
+@dataclass
+class Neighbour:
+    """Another program, what it is told, and which of sonascope's commands answers the same."""
+
+    title: str
+    command: tuple
+    instead: tuple
+    least: float | None = None  # times as fast
+    needs: tuple = field(default=())
+
+
+WORKS = (
+    Work("`info`", ("info", "TRACE"), 45),
+    Work("`info --quick`", ("info", "--quick", "TRACE"), 12),
+    Work("`stats`", ("stats", "TRACE"), 60),
+    Work("`tree`", ("tree", "TRACE"), 60),
+    Work("`why`", ("why", "TRACE"), 60),
+    Work("`lines --plain -v`", PLAIN, beside=(("sonaprobe", "-r", "TRACE", "-v"), 1.1)),
+    Work("`lines`", ("lines", "TRACE")),
+    Work("`export --to json`", ("export", "TRACE", "--to", "json", "--jobs", "1"), 250),
+    Work("`export --to csv`", ("export", "TRACE", "--to", "csv", "--jobs", "1"), 250),
+    Work("`export --to chrome`", ("export", "TRACE", "--to", "chrome"), 350),
+    Work("`export --to sqlite`",
+         ("export", "TRACE", "--to", "sqlite", "-o", "FOLDER/new.db", "--force"), 1500),
+    Work("`timeline`", ("timeline", "TRACE", "-o", "FOLDER/new.html", "--force"), 250),
+    Work("`cut` of 0.1 %", ("cut", "TRACE", "CUT", "-o", "FOLDER/new.raw", "--force")),
+    Work("`cut --sorted` of 0.1 %",
+         ("cut", "TRACE", "CUT", "--sorted", "-o", "FOLDER/new.raw", "--force")),
+)
+# On two processors, by the wall clock.
+TWICE = (
+    ("`export --to json`", ("export", "TRACE", "--to", "json")),
+    ("`export --to csv`", ("export", "TRACE", "--to", "csv")),
+)
+SUMS = "SELECT code, count(*), sum(duration_ns), max(duration_ns) FROM calls GROUP BY code"
+JQ_SUMS = "reduce inputs as $call ({}; .[$call.code] += $call.duration_ns)"
+NEIGHBOURS = (
+    Neighbour("babeltrace2 counting, CTF", ("babeltrace2", "FOLDER/ctf", "-c", "sink.utils.counter"),
+              ("stats", "TRACE"), 15),
+    Neighbour("babeltrace2 as text, CTF", ("babeltrace2", "FOLDER/ctf"), ("lines", "TRACE")),
+    Neighbour("babeltrace2 cutting 0.1 %, CTF",
+              ("babeltrace2", "FOLDER/ctf", "BEGIN_END", "-o", "ctf", "-w", "FOLDER/new"),
+              ("cut", "TRACE", "CUT", "-o", "FOLDER/new.raw", "--force")),
+    Neighbour("sqlite3, sums by event", ("sqlite3", "FOLDER/trace.db", SUMS), ("stats", "TRACE")),
+    Neighbour("jq, sums by event, JSON", ("jq", "-n", JQ_SUMS, "FOLDER/calls.json"),
+              ("stats", "TRACE")),
+    Neighbour("jq, all values, JSON", ("jq", "-c", ".values", "FOLDER/records.json"),
+              ("export", "TRACE", "--to", "json", "--jobs", "1")),
+)
+
+
+class Bench:
+    """The programs, a trace, and the ways to run one over the other."""
+
+    def __init__(self, build, folder, records):
+        self.build = build
+        self.folder = folder
+        self.records = records
+        self.trace = folder / f"{records}.raw"
+        subprocess.run([build / "sonaprobe-sim", "write", "all", self.trace, "--records",
+                        str(records), "--seed", "1"], check=True)
+        first, begin, end = map(self.tick, (1, records // 2, records // 2 + records // 1000))
+        self.window = [(tick - first) * 1000 // TICKS for tick in (begin, end)]
+        self.clock = [tick / TICKS / 1e6 for tick in (begin, end)]
+
+    def tick(self, slot):
+        with open(self.trace, "rb") as file:
+            file.seek(64 * slot)
+            return int.from_bytes(file.read(8), "little")
+
+    def output(self, *arguments):
+        return subprocess.run([self.build / "sonascope", *arguments], check=True,
+                              stdout=subprocess.PIPE, text=True).stdout
+
+    def filled(self, command):
+        """The command with its paths and times."""
+        times = {"CUT": ["--from", f"{self.window[0]}ns", "--to", f"{self.window[1]}ns"],
+                 "BEGIN_END": [f"--begin={self.clock[0]:.9f}", f"--end={self.clock[1]:.9f}"]}
+        for word in command:
+            if word in times:
+                yield from times[word]
+            elif word in ("sonaprobe", "sonascope"):
+                yield str(self.build / word)
+            else:
+                yield word.replace("TRACE", str(self.trace)).replace("FOLDER", str(self.folder))
+
+    def run(self, command):
+        """Nanoseconds a record: of processor time, and by the clock."""
+        shutil.rmtree(self.folder / "new", ignore_errors=True)
+        command = list(self.filled(command))
+        begin = time.perf_counter_ns()
+        process = subprocess.Popen(command, stdout=subprocess.DEVNULL,
+                                   env=os.environ | {"TZ": "UTC"})
+        _, status, usage = os.wait4(process.pid, 0)
+        clock = time.perf_counter_ns() - begin
+        process.returncode = os.waitstatus_to_exitcode(status)
+        if process.returncode not in (0, 1):  # 1 is an answer: there are findings
+            raise SystemExit(f"{' '.join(command)}: status {process.returncode}")
+        return (usage.ru_utime + usage.ru_stime) * 1e9 / self.records, clock / self.records
+
+    def scope(self, arguments):
+        return self.run(("sonascope", *arguments))
+
+    def used(self, arguments):
+        """Seconds of processor time and the most MiB, as a small parent sees them: a large one's
+        own memory would be counted."""
+        told = subprocess.run(["time", "-f", "%U %S %M", *self.filled(("sonascope", *arguments))],
+                              stdout=subprocess.DEVNULL, stderr=subprocess.PIPE, text=True)
+        user, system, kilobytes = map(float, told.stderr.split()[-3:])
+        return user + system, kilobytes / 1024
+
+
+def print_works(bench, rounds):
+    print("| sonascope | ns a record | MiB | goal |\n|---|---|---|---|")
+    print(f"| reading 64 bytes (`dd`) | "
+          f"{statistics.median(bench.run(READ)[0] for _ in range(rounds)):.0f} | | |", flush=True)
+    for work in WORKS:
+        pairs = []
+        for _ in range(rounds):
+            own = bench.scope(work.arguments)[0]
+            pairs.append((own, bench.run(work.beside[0])[0] if work.beside else own))
+        own = statistics.median(own for own, _ in pairs)
+        goals = []
+        if work.limit:
+            goals.append(f"{work.limit} ns and below: {verdict(own <= work.limit)}")
+        if work.beside:
+            ratio = statistics.median(one / other for one, other in pairs)
+            goals.append(f"at most {work.beside[1]} times `sonaprobe -r`, was {ratio:.2f}: "
+                         f"{verdict(ratio <= work.beside[1])}")
+        print(f"| {work.title} | {own:.0f} | {bench.used(work.arguments)[1]:.0f} "
+              f"| {'; '.join(goals)} |", flush=True)
+
+
+READ = ("dd", "if=TRACE", "of=/dev/null", "bs=256k", "status=none")
+
+
+def print_twice(bench, rounds):
+    print("\n| two processors | one, ns a record | two | times as fast | goal |\n|---|---|---|---|---|")
+    for title, arguments in TWICE:
+        pairs = [(bench.scope((*arguments, "--jobs", "1"))[1], bench.scope(arguments)[1])
+                 for _ in range(rounds)]
+        one, two = (statistics.median(times) for times in zip(*pairs))
+        ratio = statistics.median(one / two for one, two in pairs)
+        print(f"| {title} | {one:.0f} | {two:.0f} | {ratio:.2f} "
+              f"| at least 1.7: {verdict(ratio >= 1.7)} |", flush=True)
+
+
+def make_inputs(bench):
+    """The same events in the forms that the neighbours like best."""
+    folder = bench.folder
+    plugin = {"BABELTRACE_PLUGIN_PATH": str(bench.build / "plugins/babeltrace2")}
+    subprocess.run(["babeltrace2", bench.trace, "-o", "ctf", "-w", folder / "ctf"], check=True,
+                   stdout=subprocess.DEVNULL, env=os.environ | plugin)
+    for name, options in (("trace.db", ("sqlite",)), ("calls.json", ("json", "--what", "calls")),
+                          ("records.json", ("json",)), ("trace.speedscope.json", ("speedscope",))):
+        bench.output("export", bench.trace, "--to", *options, "-o", folder / name)
+
+
+def speedscope_nanoseconds(path):
+    """From the file's choice to its picture, in a browser that is already open."""
+    told = subprocess.run(["node", HERE / "speedscope.mjs", path], check=True, text=True,
+                          stdout=subprocess.PIPE)
+    return float(told.stdout) * 1e6
+
+
+def print_neighbours(bench, rounds):
+    print("\n| instead | ns a record | sonascope | ns a record | times as fast |\n|---|---|---|---|---|")
+    make_inputs(bench)
+
+    def show(title, pairs, instead, least=None):
+        other, own = (statistics.median(times) for times in zip(*pairs))
+        ratio = statistics.median(other / own for other, own in pairs)
+        goal = f"; at least {least}: {verdict(ratio >= least)}" if least else ""
+        print(f"| {title} | {other:.0f} | `{instead}` | {own:.0f} | {ratio:.1f}{goal} |", flush=True)
+
+    for neighbour in NEIGHBOURS:
+        pairs = [(bench.run(neighbour.command)[0], bench.scope(neighbour.instead)[0])
+                 for _ in range(rounds)]
+        show(neighbour.title, pairs, neighbour.instead[0], neighbour.least)
+    path = bench.folder / "trace.speedscope.json"
+    pairs = [(speedscope_nanoseconds(path) / bench.records, bench.scope(("tree", "TRACE"))[1])
+             for _ in range(rounds)]
+    show("speedscope opening its own format, by the clock", pairs, "tree")
+
+
+def print_growth(build, folder, counts):
+    """Processor time and the most memory of each command, by the trace's size."""
+    cells = {work.title: [] for work in WORKS}
+    for count in counts:
+        bench = Bench(build, folder, count)
+        for work in WORKS:
+            seconds, megabytes = bench.used(work.arguments)
+            cells[work.title] += [f"{seconds:.2f}", f"{megabytes:.0f}"]
+            for made in folder.glob("new.*"):
+                made.unlink()
+        bench.trace.unlink()
+    print("| records |" + "".join(f" {count:,}, s | MiB |" for count in counts))
+    print("|---" * (1 + 2 * len(counts)) + "|")
+    for title, row in cells.items():
+        print(f"| {title} | " + " | ".join(row) + " |", flush=True)
+
+
+def main():
+    parser = argparse.ArgumentParser(description=__doc__,
+                                     formatter_class=argparse.RawDescriptionHelpFormatter)
+    parser.add_argument("build", type=pathlib.Path)
+    parser.add_argument("folder", type=pathlib.Path)
+    parser.add_argument("--records", type=int, default=1_000_000)
+    parser.add_argument("--rounds", type=int, default=7)
+    parser.add_argument("--growth", type=int, nargs="+", metavar="N")
+    arguments = parser.parse_args()
+    if arguments.growth:
+        print_growth(arguments.build, arguments.folder, arguments.growth)
+        return
+    bench = Bench(arguments.build, arguments.folder, arguments.records)
+    print_works(bench, arguments.rounds)
+    print_twice(bench, arguments.rounds)
+    print_neighbours(bench, arguments.rounds)
+
+
+if __name__ == "__main__":
+    main()

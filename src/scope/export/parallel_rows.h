@@ -1,0 +1,73 @@
+// Rows of records, made on several processors and written in the order of the records.
+
+#pragma once
+
+#include <condition_variable>
+#include <cstdint>
+#include <exception>
+#include <functional>
+#include <memory>
+#include <mutex>
+#include <string>
+#include <thread>
+#include <vector>
+
+#include "scope/export/format.h"
+
+namespace sonaprobe::scope {
+
+// Stands before a format that looks at each record by itself. Memory is bounded: what is not yet
+// written is at most some batches of records for each worker.
+class ParallelRows final : public Format {
+  public:
+    // Makes a format that writes to an output; also called on workers' threads.
+    using Make = std::function<std::unique_ptr<Format>(TextOutput& out)>;
+
+    // What formats write before the first record, such as a head, is written once. `out` must
+    // outlive this. With fewer records than one batch holds, no worker is started.
+    ParallelRows(unsigned workers, Make make, TextOutput& out);
+    ~ParallelRows() override;
+
+    // Throws what writing throws, and what a worker has thrown.
+    void record(const ToldRecord& told) override;
+    void finish(const TraceClock& clock) override;
+
+  private:
+    static constexpr size_t kRecords = 2048;     // of a batch
+    static constexpr size_t kBatchesEach = 3;    // of a worker: filled, in work, written
+    static constexpr unsigned kMostWorkers = 8;  // the thread that reads feeds no more
+
+    struct Batch {
+        std::vector<TraceRecord> records;
+        std::vector<ToldRecord> told;  // of these
+        std::string text;
+        bool made = false;
+    };
+
+    Batch& at(uint64_t number) { return batches_[number % batches_.size()]; }
+    void handOver();
+    void writeNext();
+    void work();
+    void makeRows();
+
+    Make make_;
+    TextOutput* out_;
+    std::unique_ptr<Format> format_;
+    unsigned workers_;
+
+    // A ring: batches are counted from the first of all.
+    std::vector<Batch> batches_;
+    uint64_t written_ = 0;  // this many, then those in work or waiting for it, then the one to fill
+
+    std::mutex mutex_;  // guards what follows, and each batch's `made`
+    std::condition_variable filling_;
+    std::condition_variable making_;
+    uint64_t filled_ = 0;
+    uint64_t taken_ = 0;
+    bool ended_ = false;
+    std::exception_ptr failure_;
+
+    std::vector<std::thread> threads_;
+};
+
+}  // namespace sonaprobe::scope
