@@ -27,6 +27,14 @@ void addTraceOptions(CLI::App& app, TraceOptions& options) {
                  "times are the trace clock's own, not from the first record");
     app.add_option("--names", options.names, "names of codes that no decoder knows, one a line")
         ->type_name("FILE");
+    addGrowthOption(app, options.mostGrowth);
+}
+
+void addGrowthOption(CLI::App& app, uint64_t& mostGrowth) {
+    app.add_option("--max-growth", mostGrowth,
+                   "how many times its size a packed file may unpack to; 250 if not given, 0 for "
+                   "any number")
+        ->type_name("N");
 }
 
 void addOutputOptions(CLI::App& app, OutputOptions& options) {
