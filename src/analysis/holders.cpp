@@ -196,29 +196,33 @@ std::optional<Holder> holdersInTurn(const std::map<uint32_t, Calls>& others, con
         const SeenCall* other;
         Nanoseconds covered;
     };
-    std::optional<Pair> best;
-    for (const auto& [lastThread, lastCalls] : others) {
-        for (const SeenCall& last : lastCalls) {
-            const Nanoseconds after = silence.end - last.end;
-            if (!last.finished || after < -kTracedAfter || after > usual.most()) continue;
-            if (overlap(last, silence.begin, silence.end) < least) continue;
-            for (const auto& [firstThread, firstCalls] : others) {
-                if (firstThread == lastThread) continue;
-                for (const SeenCall& first : firstCalls) {
-                    const Fit start = fitOf(first, silence);
-                    const Nanoseconds between = std::max<Nanoseconds>(0, last.start - first.end);
-                    const Nanoseconds left =
-                        start.before + between + std::max<Nanoseconds>(0, after);
-                    if (!first.finished || left > usual.most() || first.end >= last.end) continue;
-                    const Nanoseconds firstPart = overlap(first, silence.begin, silence.end);
-                    const Nanoseconds lastPart = overlap(last, silence.begin, silence.end);
-                    if (firstPart < least) continue;
-                    const Nanoseconds covered = silence.length() - left;
-                    if (best && covered <= best->covered) continue;
-                    best = lastPart >= firstPart ? Pair{&lastCalls, &last, &first, covered}
-                                                 : Pair{&firstCalls, &first, &last, covered};
-                }
+    // With the calls of their threads.
+    using Candidate = std::pair<const Calls*, const SeenCall*>;
+    std::vector<Candidate> firsts;
+    std::vector<Candidate> lasts;
+    for (const auto& [thread, calls] : others) {
+        for (const SeenCall& call : calls) {
+            if (!call.finished || overlap(call, silence.begin, silence.end) < least) continue;
+            const Fit fit = fitOf(call, silence);
+            if (fit.before <= usual.most()) firsts.emplace_back(&calls, &call);
+            if (fit.after >= -kTracedAfter && fit.after <= usual.most()) {
+                lasts.emplace_back(&calls, &call);
             }
+        }
+    }
+    std::optional<Pair> best;
+    for (const auto& [lastCalls, last] : lasts) {
+        for (const auto& [firstCalls, first] : firsts) {
+            if (firstCalls == lastCalls || first->end >= last->end) continue;
+            const Nanoseconds between = std::max<Nanoseconds>(0, last->start - first->end);
+            const Nanoseconds left = fitOf(*first, silence).before + between +
+                                     std::max<Nanoseconds>(0, fitOf(*last, silence).after);
+            const Nanoseconds covered = silence.length() - left;
+            if (left > usual.most() || (best && covered <= best->covered)) continue;
+            const bool lastHasMost = overlap(*last, silence.begin, silence.end) >=
+                                     overlap(*first, silence.begin, silence.end);
+            best = lastHasMost ? Pair{lastCalls, last, first, covered}
+                               : Pair{firstCalls, first, last, covered};
         }
     }
     if (!best) return {};

@@ -24,7 +24,7 @@ constexpr Nanoseconds kLateRecords = 5'000'000;
 
 // Records and calls that are looked at for all scenes together: thousands of dropouts in the
 // busiest traces.
-constexpr size_t kMostSearched = size_t{1} << 24;
+constexpr size_t kMostSearched = size_t{1} << 23;
 
 // A scene of more cannot be searched in reasonable time.
 constexpr size_t kMostRecordsOfScene = size_t{1} << 16;

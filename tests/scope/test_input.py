@@ -82,7 +82,7 @@ def test_damaged_data_give_what_stands_before(packing, trace, tmp_path):
 
 @pytest.mark.parametrize("packing", ["gzip", "zstd"])
 def test_a_file_that_unpacks_without_end_is_refused(packing, tmp_path):
-    path = write(tmp_path, PACKINGS[packing](divisor() + bytes(400 << 20) + nested_calls()))
+    path = write(tmp_path, PACKINGS[packing](divisor() + bytes(80 << 20) + nested_calls()))
     for command in (["info"], ["lines"], ["timeline", "-o", tmp_path / "new"],
                     ["repair", "-o", tmp_path / "new"],
                     ["export", "--to", "sqlite", "-o", tmp_path / "new"]):

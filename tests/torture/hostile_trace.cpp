@@ -139,7 +139,7 @@ constexpr Kind kKinds[] = {
     // An I/O thread of nothing but dropouts.
     {"dropouts",
      [](uint64_t n, uint64_t) {
-         constexpr uint32_t kCodes[] = {kIoCycle | kStart, kOverload, kIoCycle | kEnd};
+         constexpr uint32_t kCodes[] = {kIoCycle | kStart, kOverload | kStart, kIoCycle | kEnd};
          return Slot{kCodes[n % 3], at(n), 7, n};
      }},
     // Overloads of threads that have no cycle.
@@ -183,7 +183,7 @@ constexpr Kind kKinds[] = {
     {"holders",
      [](uint64_t n, uint64_t count) {
          if (n % 4 == 0) return Slot{kIoCycle | (n % 8 == 0 ? kStart : kEnd), at(n), 7, n};
-         if (n % 4 == 1) return Slot{kOverload, at(n), 7, n};
+         if (n % 4 == 1) return Slot{kOverload | kStart, at(n), 7, n};
          return Slot{kEnable | (n < count / 2 ? kStart : kEnd), at(n), 8 + n % (count / 4 + 1), 1};
      }},
     {"failures",

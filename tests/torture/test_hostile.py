@@ -30,7 +30,7 @@ def test_steps_grow_in_proportion(tmp_path):
 
 
 def test_what_is_quadratic_is_found_out(tmp_path):
-    assert hostile.growth(hostile.QUADRATIC, ["nested"], 2_000, tmp_path) > hostile.MOST_GROWTH
+    assert hostile.growth(hostile.QUADRATIC, ["nested"], 1_000, tmp_path) > hostile.MOST_GROWTH
 
 
 def test_too_little_memory_is_told(tmp_path):
