@@ -2,11 +2,16 @@
 
 #pragma once
 
-#include <CLI/CLI.hpp>
 #include <functional>
 #include <span>
 
 #include "scope/status.h"
+
+// CLI11's header takes longer to compile than most of our files: options.h is enough for most.
+namespace CLI {
+class App;
+class Option;
+}  // namespace CLI
 
 namespace sonaprobe::scope {
 

@@ -2,7 +2,9 @@
 
 #include "scope/options.h"
 
+#include <CLI/CLI.hpp>
 #include <algorithm>
+#include <optional>
 #include <sstream>
 
 namespace sonaprobe::scope {
@@ -20,33 +22,64 @@ std::string joined(const std::vector<std::string>& words, const char* between) {
 
 }  // namespace
 
+CLI::Option* addFlag(CLI::App& app, const char* names, bool& value, const char* help) {
+    return app.add_flag(names, value, help);
+}
+
+template <typename Value>
+void addValue(CLI::App& app, const char* names, const char* type, Value& value, const char* help) {
+    app.add_option(names, value, help)->type_name(type);
+}
+template void addValue(CLI::App&, const char*, const char*, std::string&, const char*);
+template void addValue(CLI::App&, const char*, const char*, uint32_t&, const char*);
+template void addValue(CLI::App&, const char*, const char*, size_t&, const char*);
+template void addValue(CLI::App&, const char*, const char*, double&, const char*);
+template void addValue(CLI::App&, const char*, const char*, std::optional<size_t>&, const char*);
+
+CLI::Option* addValues(CLI::App& app, const char* names, const char* type,
+                       std::vector<std::string>& values, const char* help) {
+    return app.add_option(names, values, help)
+        ->type_name(type)
+        ->expected(1)
+        ->multi_option_policy(CLI::MultiOptionPolicy::TakeAll);
+}
+
+void addOperand(CLI::App& app, Operand kind, const char* name, std::string& value,
+                const char* help) {
+    app.add_option(name, value, help)->required(kind == Operand::required);
+}
+
+void addOperands(CLI::App& app, Operand kind, const char* name, std::vector<std::string>& values,
+                 const char* help) {
+    app.add_option(name, values, help)->required(kind == Operand::required);
+}
+
 void addTraceOptions(CLI::App& app, TraceOptions& options) {
-    app.add_option("FILE", options.path, "a raw file, packed or not, or - for standard input")
-        ->required();
-    app.add_flag("--kernel-time", options.kernelTime,
-                 "times are the trace clock's own, not from the first record");
-    app.add_option("--names", options.names, "names of codes that no decoder knows, one a line")
-        ->type_name("FILE");
+    addOperand(app, Operand::required, "FILE", options.path,
+               "a raw file, packed or not, or - for standard input");
+    addFlag(app, "--kernel-time", options.kernelTime,
+            "times are the trace clock's own, not from the first record");
+    addValue(app, "--names", "FILE", options.names,
+             "names of codes that no decoder knows, one a line");
     addGrowthOption(app, options.mostGrowth);
 }
 
 void addGrowthOption(CLI::App& app, uint64_t& mostGrowth) {
-    app.add_option("--max-growth", mostGrowth,
-                   "how many times its size a packed file may unpack to; 250 if not given, 0 for "
-                   "any number")
-        ->type_name("N");
+    addValue(app, "--max-growth", "N", mostGrowth,
+             "how many times its size a packed file may unpack to; 250 if not given, 0 for any "
+             "number");
 }
 
 void addOutputOptions(CLI::App& app, OutputOptions& options) {
-    app.add_flag("--json", options.json, "print JSON, for programs");
+    addFlag(app, "--json", options.json, "print JSON, for programs");
     addChoice(app, "--color", "WHEN", "colours; auto has them on a terminal alone", kColorWords,
               [&](size_t when) { options.color = static_cast<ColorWhen>(when); });
-    app.add_flag("--no-pager", options.noPager, "print to the terminal without a pager");
+    addFlag(app, "--no-pager", options.noPager, "print to the terminal without a pager");
 }
 
 void addNewFileOptions(CLI::App& app, NewFileOptions& options) {
     app.add_option("-o,--output", options.path, "the file to write")->required()->type_name("NEW");
-    app.add_flag("--force", options.force, "write over a file that exists");
+    addFlag(app, "--force", options.force, "write over a file that exists");
 }
 
 CLI::Option* addChoice(CLI::App& app, const char* name, const char* type, const char* help,

@@ -1,8 +1,8 @@
-// The options that many commands have in common, each said once.
+// The options that many commands have in common, each said once, and the kinds of options that
+// there are.
 
 #pragma once
 
-#include <CLI/CLI.hpp>
 #include <functional>
 #include <string>
 #include <vector>
@@ -37,6 +37,24 @@ struct NewFileOptions {
     bool force = false;
 };
 void addNewFileOptions(CLI::App& app, NewFileOptions& options);
+
+CLI::Option* addFlag(CLI::App& app, const char* names, bool& value, const char* help);
+
+// An option with one value: a std::string, uint32_t, size_t, double or std::optional<size_t>.
+// `type` is the value's name in the help.
+template <typename Value>
+void addValue(CLI::App& app, const char* names, const char* type, Value& value, const char* help);
+
+// An option that may stand several times, each time with one value: the next word may be the file.
+CLI::Option* addValues(CLI::App& app, const char* names, const char* type,
+                       std::vector<std::string>& values, const char* help);
+
+// An operand, or as many as there are.
+enum class Operand { required, optional };
+void addOperand(CLI::App& app, Operand kind, const char* name, std::string& value,
+                const char* help);
+void addOperands(CLI::App& app, Operand kind, const char* name, std::vector<std::string>& values,
+                 const char* help);
 
 // Adds an option, or an operand, whose value is one of these words; `choose` is told which. Any
 // other word is refused. Help and completion have the words from here.

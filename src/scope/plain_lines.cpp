@@ -2,6 +2,8 @@
 
 #include "scope/plain_lines.h"
 
+#include <CLI/CLI.hpp>
+
 #include "analysis/slot.h"
 #include "lines/line_printer.h"
 #include "registry/audio_class_registry.h"
@@ -57,19 +59,13 @@ void addPlainOptions(CLI::App& app, PlainOptions& options, CLI::Option* plain) {
         const auto set = [&field, value = flag.value](int64_t) { field = value; };
         place(app.add_flag_function(flag.names, set, flag.help));
     }
-    place(app.add_flag("-s,--nostamp", options.noTime, "without the time"));
-    place(app.add_flag("-k,--kernel", options.kernelTime, "the kernel's time"));
-    place(app.add_flag("-a,--all", options.all, "codes of all kinds, not audio codes alone"));
+    place(addFlag(app, "-s,--nostamp", options.noTime, "without the time"));
+    place(addFlag(app, "-k,--kernel", options.kernelTime, "the kernel's time"));
+    place(addFlag(app, "-a,--all", options.all, "codes of all kinds, not audio codes alone"));
     place(app.add_option("-d,--decode", options.decodeFile, "names of other codes; implies -a")
               ->type_name("FILE"));
-    const auto addClasses = [&](const char* names, auto& classes, const char* help) {
-        place(app.add_option(names, classes, help)
-                  ->type_name("CLASS")
-                  ->expected(1)
-                  ->multi_option_policy(CLI::MultiOptionPolicy::TakeAll));
-    };
-    addClasses("-F,--filter-out", options.without, "without this class");
-    addClasses("-X,--filter-all-except", options.only, "this class alone");
+    place(addValues(app, "-F,--filter-out", "CLASS", options.without, "without this class"));
+    place(addValues(app, "-X,--filter-all-except", "CLASS", options.only, "this class alone"));
 }
 
 void printPlainLines(Input& input, const Selection& selection, const TraceOptions& trace,

@@ -2,6 +2,7 @@
 
 #include "scope/selection_options.h"
 
+#include <CLI/CLI.hpp>
 #include <algorithm>
 
 #include "analysis/call_tracker.h"
@@ -94,13 +95,9 @@ void addSelectionOptions(CLI::App& app, SelectionOptions& options) {
     const auto add = [&](const char* name, std::string& value, const char* type, const char* help) {
         app.add_option(name, value, help)->type_name(type)->group(kGroup);
     };
-    // One value an option: the next word may be the file.
-    const auto addEach = [&](const char* name, auto& values, const char* type, const char* help) {
-        app.add_option(name, values, help)
-            ->type_name(type)
-            ->group(kGroup)
-            ->expected(1)
-            ->multi_option_policy(CLI::MultiOptionPolicy::TakeAll);
+    const auto addEach = [&](const char* name, std::vector<std::string>& values, const char* type,
+                             const char* help) {
+        addValues(app, name, type, values, help)->group(kGroup);
     };
     add("--from", options.from, "TIME", "from this time on: 12.345s, 20ms, 412us");
     add("--to", options.to, "TIME", "before this time");

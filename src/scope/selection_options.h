@@ -2,8 +2,6 @@
 
 #pragma once
 
-#include <CLI/CLI.hpp>
-
 #include "analysis/selection.h"
 #include "scope/options.h"
 

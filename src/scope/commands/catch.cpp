@@ -1,8 +1,10 @@
 // sonascope catch: what came before and after an event, from the live trace.
 
+#include <CLI/CLI.hpp>
 #include <cerrno>
 #include <ctime>
 #include <limits>
+#include <memory>
 #include <unistd.h>
 
 #include "analysis/spelled.h"
@@ -76,35 +78,29 @@ Status run(Options& options) {
 Run setUpCatch(CLI::App& app) {
     const auto options = std::make_shared<Options>();
     WatchOptions& watched = options->watch;
-    app.add_option("--on", watched.on,
-                   "dropout, failure, 'longer 5ms', an event, or a condition on values; of several "
-                   "any")
-        ->type_name("EVENT")
-        ->required()
-        ->expected(1)
-        ->multi_option_policy(CLI::MultiOptionPolicy::TakeAll);
-    app.add_option("--keep", options->keep, "records of so long before it: 10s unless given")
-        ->type_name("TIME");
-    app.add_option("--after", options->after, "and of so long after it: 200ms unless given")
-        ->type_name("TIME");
-    app.add_option("-o,--output", watched.path,
-                   "the file to write, caught-DATE-TIME.raw unless given; a new one")
-        ->type_name("NEW");
+    addValues(app, "--on", "EVENT", watched.on,
+              "dropout, failure, 'longer 5ms', an event, or a condition on values; of several "
+              "any")
+        ->required();
+    addValue(app, "--keep", "TIME", options->keep,
+             "records of so long before it: 10s unless given");
+    addValue(app, "--after", "TIME", options->after, "and of so long after it: 200ms unless given");
+    addValue(app, "-o,--output", "NEW", watched.path,
+             "the file to write, caught-DATE-TIME.raw unless given; a new one");
     app.add_option("--count", watched.count, "catch so many, in NEW-1, NEW-2 and so on")
         ->type_name("N")
         ->check(CLI::Range(uint64_t{1}, uint64_t{100'000}));
-    app.add_option("--then", watched.then, "answer about each file at once: why, info, stats, ...")
-        ->type_name("COMMAND");
-    app.add_flag("--save-on-end", watched.saveOnEnd, "write what is kept where Ctrl-C ends it");
+    addValue(app, "--then", "COMMAND", watched.then,
+             "answer about each file at once: why, info, stats, ...");
+    addFlag(app, "--save-on-end", watched.saveOnEnd, "write what is kept where Ctrl-C ends it");
     app.add_option("--memory", watched.memory, "hold at most so many bytes: 1GiB unless given")
         ->type_name("SIZE")
         ->transform(CLI::AsSizeValue(false));
     app.add_option("--buffer", watched.buffer, "records of the kernel's buffer: 5000000")
         ->type_name("N")
         ->check(CLI::Range(uint32_t{1}, std::numeric_limits<uint32_t>::max()));
-    app.add_option("--codes", options->codes, "record these codes alone: FIRST-LAST")
-        ->type_name("RANGE");
-    app.add_flag("--no-trace", options->noTrace, "do not switch the drivers' tracing on");
+    addValue(app, "--codes", "RANGE", options->codes, "record these codes alone: FIRST-LAST");
+    addFlag(app, "--no-trace", options->noTrace, "do not switch the drivers' tracing on");
     addExamples(app,
                 "  sudo sonascope catch --on dropout --then why\n"
                 "  sudo sonascope catch --on 'longer 5ms' --on failure --count 10 -o slow.raw\n"

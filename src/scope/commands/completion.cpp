@@ -1,5 +1,8 @@
 // sonascope completion: the completion of a shell, made from the command line's own tables.
 
+#include <CLI/CLI.hpp>
+#include <memory>
+
 #include "scope/command.h"
 #include "scope/options.h"
 #include "scope/output.h"

@@ -1,5 +1,7 @@
 // sonascope cut: a part of a trace as a raw file of its own.
 
+#include <memory>
+
 #include "scope/command.h"
 #include "scope/escape.h"
 #include "scope/failure.h"

@@ -1,6 +1,7 @@
 // sonascope diff: what changed from one trace to another, or from one window of a trace to another.
 
 #include <cmath>
+#include <memory>
 
 #include "analysis/difference.h"
 #include "scope/command.h"
@@ -244,11 +245,9 @@ Status run(const Options& options) {
 Run setUpDiff(CLI::App& app) {
     const auto options = std::make_shared<Options>();
     addTraceOptions(app, options->first);
-    app.add_option("OTHER", options->second, "the trace to compare with");
-    app.add_option("--a", options->firstWindow, "the part of FILE, as in 10s..20s")
-        ->type_name("WINDOW");
-    app.add_option("--b", options->secondWindow, "the part of OTHER, or else of FILE")
-        ->type_name("WINDOW");
+    addOperand(app, Operand::optional, "OTHER", options->second, "the trace to compare with");
+    addValue(app, "--a", "WINDOW", options->firstWindow, "the part of FILE, as in 10s..20s");
+    addValue(app, "--b", "WINDOW", options->secondWindow, "the part of OTHER, or else of FILE");
     addSelectionOptions(app, options->selection);
     addOutputOptions(app, options->output);
     addExamples(app,

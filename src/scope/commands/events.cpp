@@ -1,6 +1,7 @@
 // sonascope events: the reference of events, searched in the terminal.
 
 #include <algorithm>
+#include <memory>
 
 #include "analysis/nearest.h"
 #include "analysis/spelled.h"
@@ -174,10 +175,9 @@ Status run(const Options& options) {
 
 Run setUpEvents(CLI::App& app) {
     const auto options = std::make_shared<Options>();
-    app.add_option(
-        "WORDS", options->words,
-        "what a code, name, text, value or the sentence of the event must hold; all words");
-    app.add_flag("--wrap", options->wrap, "wrap lines at the terminal's width, do not cut them");
+    addOperands(app, Operand::optional, "WORDS", options->words,
+                "what a code, name, text, value or the sentence of the event must hold; all words");
+    addFlag(app, "--wrap", options->wrap, "wrap lines at the terminal's width, do not cut them");
     addOutputOptions(app, options->output);
     addExamples(app,
                 "  sonascope events timed out\n"

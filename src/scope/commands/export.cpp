@@ -1,6 +1,8 @@
 // sonascope export: a trace as data for other people's tools.
 
+#include <CLI/CLI.hpp>
 #include <algorithm>
+#include <memory>
 
 #include "analysis/nearest.h"
 #include "analysis/spelled.h"
@@ -132,25 +134,22 @@ Run setUpExport(CLI::App& app) {
     const auto options = std::make_shared<Options>();
     addTraceOptions(app, options->trace);
     app.remove_option(app.get_option("FILE"));
-    app.add_option("FILE", options->traces,
-                   "a raw file, packed or not, or - for standard input; several with --partition")
-        ->required();
-    app.add_option("-o,--output", options->path, "the file to write; standard output if not given")
-        ->type_name("NEW");
-    app.add_flag("--force", options->force, "write over a file that exists");
+    addOperands(app, Operand::required, "FILE", options->traces,
+                "a raw file, packed or not, or - for standard input; several with --partition");
+    addValue(app, "-o,--output", "NEW", options->path,
+             "the file to write; standard output if not given");
+    addFlag(app, "--force", options->force, "write over a file that exists");
     addChoice(app, "--what", "ROWS", "rows of json and csv", {"records", "calls", "stats"},
               [options](size_t place) { options->what = static_cast<What>(place); });
     addChoice(app, "--waiting", "HOW", "in folded, time in which an I/O thread waits",
               {"frame", "omit"},
               [options](size_t place) { options->waiting = static_cast<Waiting>(place); });
-    app.add_flag("--partition", options->partition.wanted,
-                 "write json or csv of each file into folders host=.../date=... of the folder NEW");
-    app.add_option("--host", options->partition.host,
-                   "of --partition; if not given, the file's name up to a dot")
-        ->type_name("HOST");
-    app.add_option("--date", options->partition.date,
-                   "of --partition; if not given, the day on which the file was written")
-        ->type_name("DAY");
+    addFlag(app, "--partition", options->partition.wanted,
+            "write json or csv of each file into folders host=.../date=... of the folder NEW");
+    addValue(app, "--host", "HOST", options->partition.host,
+             "of --partition; if not given, the file's name up to a dot");
+    addValue(app, "--date", "DAY", options->partition.date,
+             "of --partition; if not given, the day on which the file was written");
     addSelectionOptions(app, options->selection);
     app.remove_option(app.get_option("--to"));
     app.add_option_function<std::vector<std::string>>(

@@ -1,6 +1,7 @@
 // sonascope info: what is in a file, and is it sound.
 
 #include <algorithm>
+#include <memory>
 
 #include "analysis/class_names.h"
 #include "analysis/trace_report.h"
@@ -249,10 +250,10 @@ Status run(const Options& options) {
 
 Run setUpInfo(CLI::App& app) {
     const auto options = std::make_shared<Options>();
-    app.add_option("FILE", options->paths, "raw files, packed or not; - for standard input")
-        ->required();
+    addOperands(app, Operand::required, "FILE", options->paths,
+                "raw files, packed or not; - for standard input");
     addGrowthOption(app, options->mostGrowth);
-    app.add_flag("--quick", options->quick, "count no calls, and look for no missing records");
+    addFlag(app, "--quick", options->quick, "count no calls, and look for no missing records");
     addOutputOptions(app, options->output);
     addExamples(app,
                 "  sonascope info trace.raw\n"

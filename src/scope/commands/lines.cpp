@@ -1,5 +1,7 @@
 // sonascope lines: the records as lines.
 
+#include <memory>
+
 #include "scope/command.h"
 #include "scope/escape.h"
 #include "scope/failure.h"
@@ -41,11 +43,11 @@ Status run(Options& options) {
 Run setUpLines(CLI::App& app) {
     const auto options = std::make_shared<Options>();
     addTraceOptions(app, options->trace);
-    app.add_flag("--wrap", options->wrap, "wrap lines at the terminal's width, do not cut them");
+    addFlag(app, "--wrap", options->wrap, "wrap lines at the terminal's width, do not cut them");
     addSelectionOptions(app, options->selection);
     addOutputOptions(app, options->output);
     CLI::Option* const plain =
-        app.add_flag("--plain", options->plain, "print just what sonaprobe -r prints");
+        addFlag(app, "--plain", options->plain, "print just what sonaprobe -r prints");
     addPlainOptions(app, options->columns, plain);
     addExamples(app,
                 "  sonascope lines trace.raw --from 12.3s --to 12.5s\n"

@@ -1,5 +1,7 @@
 // sonascope repair: a new file without what is broken.
 
+#include <memory>
+
 #include "analysis/slot_repair.h"
 #include "scope/command.h"
 #include "scope/escape.h"
@@ -82,8 +84,8 @@ Status run(const Options& options) {
 
 Run setUpRepair(CLI::App& app) {
     const auto options = std::make_shared<Options>();
-    app.add_option("FILE", options->path, "a raw file, packed or not, or - for standard input")
-        ->required();
+    addOperand(app, Operand::required, "FILE", options->path,
+               "a raw file, packed or not, or - for standard input");
     addGrowthOption(app, options->mostGrowth);
     addNewFileOptions(app, options->newFile);
     addOutputOptions(app, options->output);

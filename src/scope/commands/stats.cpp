@@ -1,5 +1,7 @@
 // sonascope stats: where the time goes, by event or by whatever else calls have in common.
 
+#include <memory>
+
 #include "scope/call_report.h"
 #include "scope/command.h"
 #include "scope/record_filter.h"
@@ -135,13 +137,10 @@ Run setUpStats(CLI::App& app) {
               [options](size_t by) { options->by = static_cast<GroupBy>(by); });
     addChoice(app, "--sort", "COLUMN", "the column to sort by, the largest first", columnNames(),
               [options](size_t column) { options->sortColumn = column; });
-    app.add_option("--top", options->top, "rows to show, 0 for all; on a terminal 20")
-        ->type_name("N");
-    app.add_option("--histogram", options->histogram,
-                   "add how the times of this event's calls spread")
-        ->type_name("EVENT");
-    app.add_option("--longest", options->longest, "add the longest calls with their lines")
-        ->type_name("N");
+    addValue(app, "--top", "N", options->top, "rows to show, 0 for all; on a terminal 20");
+    addValue(app, "--histogram", "EVENT", options->histogram,
+             "add how the times of this event's calls spread");
+    addValue(app, "--longest", "N", options->longest, "add the longest calls with their lines");
     addSelectionOptions(app, options->selection);
     addOutputOptions(app, options->output);
     addExamples(app,

@@ -3,6 +3,7 @@
 #include <array>
 #include <cerrno>
 #include <cstdlib>
+#include <memory>
 #include <spawn.h>
 #include <sys/wait.h>
 #include <unistd.h>
@@ -110,11 +111,10 @@ Status run(Options& options) {
 Run setUpTimeline(CLI::App& app) {
     const auto options = std::make_shared<Options>();
     addTraceOptions(app, options->trace);
-    app.add_option("-o,--output", options->newFile.path,
-                   "the page to write, or - for standard output")
-        ->type_name("PAGE");
-    app.add_flag("--force", options->newFile.force, "write over a file that exists");
-    app.add_flag("--open", options->open, "show the page in the browser ($BROWSER, xdg-open)");
+    addValue(app, "-o,--output", "PAGE", options->newFile.path,
+             "the page to write, or - for standard output");
+    addFlag(app, "--force", options->newFile.force, "write over a file that exists");
+    addFlag(app, "--open", options->open, "show the page in the browser ($BROWSER, xdg-open)");
     addSelectionOptions(app, options->selection);
     addExamples(app,
                 "  sonascope timeline trace.raw -o trace.html\n"

@@ -1,5 +1,7 @@
 // sonascope tree: who calls whom.
 
+#include <memory>
+
 #include "scope/command.h"
 #include "scope/event_text.h"
 #include "scope/record_filter.h"
@@ -120,13 +122,11 @@ Run setUpTree(CLI::App& app) {
     addChoice(
         app, "--by", "WHAT", "one tree over all threads, or one for each", kThreads,
         [options](size_t threads) { options->threads = static_cast<CallTree::Threads>(threads); });
-    app.add_option("--path", options->path, "who calls this method, and what it calls")
-        ->type_name("EVENT");
-    app.add_option("--depth", options->depth, "levels to show; 24 if not given")->type_name("N");
-    app.add_option("--min", options->least, "show what has at least this percentage of the time")
-        ->type_name("PERCENT");
-    app.add_option("--top", options->top, "rows to show, 0 for all; on a terminal 30")
-        ->type_name("N");
+    addValue(app, "--path", "EVENT", options->path, "who calls this method, and what it calls");
+    addValue(app, "--depth", "N", options->depth, "levels to show; 24 if not given");
+    addValue(app, "--min", "PERCENT", options->least,
+             "show what has at least this percentage of the time");
+    addValue(app, "--top", "N", options->top, "rows to show, 0 for all; on a terminal 30");
     addSelectionOptions(app, options->selection);
     addOutputOptions(app, options->output);
     addExamples(app,

@@ -1,6 +1,7 @@
 // sonascope why: each dropout, its cause and the records that prove it.
 
 #include <algorithm>
+#include <memory>
 #include <set>
 
 #include "analysis/dropout_causes.h"
@@ -98,7 +99,7 @@ Status run(Options& options) {
 Run setUpWhy(CLI::App& app) {
     const auto options = std::make_shared<Options>();
     addTraceOptions(app, options->trace);
-    app.add_flag("--all", options->all, "show all findings, all their dropouts and all evidence");
+    addFlag(app, "--all", options->all, "show all findings, all their dropouts and all evidence");
     addSelectionOptions(app, options->selection);
     addOutputOptions(app, options->output);
     addExamples(app,
