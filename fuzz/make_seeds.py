@@ -228,7 +228,33 @@ def packed_files():
         write("packed", name, data)
 
 
+def exports():
+    """The format, its options, the length of a name, the name, then slots."""
+    named = (pack(0x01400005, t=24, a1=1, a5=7) + pack(0x0524C82C, t=48, a3=0x3C2F0A22, a5=7)
+             + pack(0x01400006, t=72, a1=1, a5=7))
+    names = {"plain": b"a name", "markup": b"</script><b>&amp;\"'", "formula": b"=cmd()|'x'!A1",
+             "sql": b"'); DROP TABLE records; --", "separators": b";;,\t; 12\r", "bytes":
+             bytes(byte for byte in range(1, 64) if byte != 10), "high": bytes(range(192, 255))}
+    for form in range(7):
+        for number, (name, text) in enumerate(names.items()):
+            write("exports", f"{name}-{form}", bytes([form, number, len(text)]) + text
+                  + named + playback(8)[64:])
+
+
+def record_blocks():
+    """How many records and kinds, then slots."""
+    for name, data in {
+            "playback": playback(20)[64:], "one": playback(2)[64:], "zeros": bytes(64),
+            "alike": 8 * pack(0x05245C0D, t=24, a1=1), "high": b"\xff" * 64,
+            "misaligned": playback(20)[70:1200], "slope": b"".join(
+                pack(0x05245C0D, t=100 * n, a1=7 * n, a2=100 * n + 5, cpu=n % 3)
+                for n in range(30))}.items():
+        write("record_block", name, b"\x20\x07" + data)
+
+
 if __name__ == "__main__":
+    exports()
+    record_blocks()
     damaged_files()
     calls()
     selections()

@@ -24,6 +24,7 @@ constexpr Nanoseconds kLeastDeparture = 40'000;
 constexpr int kDepartureInScatters = 8;
 constexpr int kDepartureInBudgets = 50;
 constexpr size_t kCyclesOfStamp = 3;
+constexpr std::ptrdiff_t kMostStamps = 256;  // in them
 constexpr double kExplains = 0.7;  // of the time that a cycle had left, a departure has to be
 constexpr double kTargetOff = 0.1;
 
@@ -215,8 +216,10 @@ std::optional<Verdict> Judge::clock(const CycleLayout& layout) const {
     Nanoseconds departure = 0;
     Nanoseconds deadline = layout.deadline;
     const auto slotOf = [](const Stamp* stamp) { return stamp->slot; };
-    for (auto at = std::ranges::lower_bound(timed_.stamps, from, {}, slotOf);
-         at != timed_.stamps.end() && (*at)->slot < overload_.slot; ++at) {
+    auto at = std::ranges::lower_bound(timed_.stamps, from, {}, slotOf);
+    const auto end = std::ranges::lower_bound(timed_.stamps, overload_.slot, {}, slotOf);
+    if (end - at > kMostStamps) at = end - kMostStamps;
+    for (; at < end; ++at) {
         const Stamp* const stamp = *at;
         const Stamp* const before = at == timed_.stamps.begin() ? nullptr : *std::prev(at);
         const Nanoseconds host = stamp->at.host - timed_.clockShift;
@@ -431,11 +434,11 @@ std::vector<Dropout> judgeDropouts(IoTrace& trace, const std::vector<TimedThread
     IoThread nobody{};
     TimedThread none{};
     none.io = &nobody;
+    const std::map<uint32_t, size_t> places = placesOf(threads);
     std::vector<Dropout> dropouts;
     for (const Overload& overload : trace.overloads) {
-        const auto found = std::ranges::find_if(
-            threads, [&](const TimedThread& timed) { return timed.io->thread == overload.thread; });
-        const TimedThread& timed = found == threads.end() ? none : *found;
+        const auto found = places.find(overload.thread);
+        const TimedThread& timed = found == places.end() ? none : threads[found->second];
         const Judge judge(trace, timed, overload, ordinaryGap);
         Dropout& dropout = dropouts.emplace_back();
         dropout.slot = overload.slot;

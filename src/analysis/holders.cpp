@@ -52,20 +52,23 @@ std::map<uint32_t, Calls> othersCalls(const Scene& scene, Nanoseconds begin, Nan
 
 // Of a call and those inside it, the one that is innermost for the longest part of the stretch.
 SeenCall innermost(const Calls& calls, const SeenCall& outer, Nanoseconds begin, Nanoseconds end) {
+    std::vector<Nanoseconds> own(calls.size());
+    std::map<uint32_t, size_t> latest;  // by depth
+    for (size_t i = 0; i < calls.size(); ++i) {
+        const SeenCall& call = calls[i];
+        own[i] = overlap(call, begin, end);
+        latest[call.depth] = i;
+        const auto around = call.depth == 0 ? latest.end() : latest.find(call.depth - 1);
+        if (around != latest.end() && isInside(call, calls[around->second])) {
+            own[around->second] -= own[i];
+        }
+    }
     SeenCall best = outer;
     Nanoseconds most = -1;
-    for (const SeenCall& call : calls) {
-        if (!isInside(call, outer)) continue;
-        Nanoseconds own = overlap(call, begin, end);
-        for (const SeenCall& inner : calls) {
-            if (inner.depth == call.depth + 1 && isInside(inner, call)) {
-                own -= overlap(inner, begin, end);
-            }
-        }
-        if (own >= most) {
-            most = own;
-            best = call;
-        }
+    for (size_t i = 0; i < calls.size(); ++i) {
+        if (own[i] < most || !isInside(calls[i], outer)) continue;
+        most = own[i];
+        best = calls[i];
     }
     return best;
 }
@@ -136,10 +139,15 @@ Fit fitOf(const SeenCall& call, const Silence& silence) {
     return {std::max<Nanoseconds>(0, call.start - silence.begin), silence.end - call.end};
 }
 
+// Of the silence, up to a moment.
+Nanoseconds coveredBy(const SeenCall& call, const Silence& silence, Nanoseconds until) {
+    return overlap(call, silence.begin, std::min(until, silence.end));
+}
+
 Holder makeHolder(const Calls& calls, const SeenCall& outer, const Silence& silence,
                   Nanoseconds until) {
     Holder holder{.outer = outer, .culprit = innermost(calls, outer, silence.begin, until)};
-    holder.covered = overlap(outer, silence.begin, std::min(until, silence.end));
+    holder.covered = coveredBy(outer, silence, until);
     holder.engineChange = engineChangeAround(calls, holder.culprit);
     return holder;
 }
@@ -148,14 +156,15 @@ Holder makeHolder(const Calls& calls, const SeenCall& outer, const Silence& sile
 std::optional<Holder> holderAmong(const Calls& calls, const Silence& silence, const Usual& usual) {
     const Nanoseconds excess = silence.length() - std::min(usual.median, silence.length());
     const auto least = static_cast<Nanoseconds>(kLeastCover * static_cast<double>(excess));
-    std::optional<Holder> best;
+    const SeenCall* outer = nullptr;
     for (const SeenCall& call : calls) {
         if (!call.finished || overlap(call, silence.begin, silence.end) < least) continue;
         if (!fitOf(call, silence).inTime(usual.most())) continue;
-        if (best && best->outer.depth <= call.depth) continue;
-        best = makeHolder(calls, call, silence, call.end);
+        if (outer == nullptr || call.depth < outer->depth) outer = &call;
     }
-    if (best) return best;
+    if (outer != nullptr) return makeHolder(calls, *outer, silence, outer->end);
+    const SeenCall* lastStep = nullptr;
+    Nanoseconds most = 0;
     for (const SeenCall& call : calls) {
         // A call that never ends has lost its end, and proves nothing.
         if (!call.finished || call.end <= silence.end + kTracedAfter) continue;
@@ -165,49 +174,92 @@ std::optional<Holder> holderAmong(const Calls& calls, const Silence& silence, co
             const Fit fit{whole.before, silence.end - step.end};
             const Nanoseconds covered = overlap(call, silence.begin, step.end);
             if (!fit.inTime(usual.most()) || covered < least) continue;
-            if (best && covered <= best->covered) continue;
-            best = makeHolder(calls, call, silence, step.end);
-            best->byStep = true;
+            if (outer != nullptr && covered <= most) continue;
+            outer = &call;
+            lastStep = &step;
+            most = coveredBy(call, silence, step.end);
         }
     }
-    return best;
+    if (outer == nullptr) return {};
+    Holder holder = makeHolder(calls, *outer, silence, lastStep->end);
+    holder.byStep = true;
+    return holder;
 }
 
 // Two holders, one after the other.
 std::optional<Holder> holdersInTurn(const std::map<uint32_t, Calls>& others, const Silence& silence,
                                     const Usual& usual) {
     const auto least = static_cast<Nanoseconds>(kLeastPart * static_cast<double>(silence.length()));
-    std::optional<Holder> best;
-    for (const auto& [lastThread, lastCalls] : others) {
-        for (const SeenCall& last : lastCalls) {
-            const Nanoseconds after = silence.end - last.end;
-            if (!last.finished || after < -kTracedAfter || after > usual.most()) continue;
-            if (overlap(last, silence.begin, silence.end) < least) continue;
-            for (const auto& [firstThread, firstCalls] : others) {
-                if (firstThread == lastThread) continue;
-                for (const SeenCall& first : firstCalls) {
-                    const Fit start = fitOf(first, silence);
-                    const Nanoseconds between = std::max<Nanoseconds>(0, last.start - first.end);
-                    const Nanoseconds left =
-                        start.before + between + std::max<Nanoseconds>(0, after);
-                    if (!first.finished || left > usual.most() || first.end >= last.end) continue;
-                    const Nanoseconds firstPart = overlap(first, silence.begin, silence.end);
-                    const Nanoseconds lastPart = overlap(last, silence.begin, silence.end);
-                    if (firstPart < least) continue;
-                    const Nanoseconds covered = silence.length() - left;
-                    if (best && covered <= best->covered) continue;
-                    const bool lastHasMost = lastPart >= firstPart;
-                    best = lastHasMost ? makeHolder(lastCalls, last, silence, last.end)
-                                       : makeHolder(firstCalls, first, silence, first.end);
-                    best->covered = covered;
-                    const SeenCall& other = lastHasMost ? first : last;
-                    best->evidence = {other.startSlot, other.endSlot};
-                }
+    struct Pair {
+        const Calls* calls;  // of the one with most of the silence
+        const SeenCall* holder;
+        const SeenCall* other;
+        Nanoseconds covered;
+    };
+    // With the calls of their threads.
+    using Candidate = std::pair<const Calls*, const SeenCall*>;
+    std::vector<Candidate> firsts;
+    std::vector<Candidate> lasts;
+    for (const auto& [thread, calls] : others) {
+        for (const SeenCall& call : calls) {
+            if (!call.finished || overlap(call, silence.begin, silence.end) < least) continue;
+            const Fit fit = fitOf(call, silence);
+            if (fit.before <= usual.most()) firsts.emplace_back(&calls, &call);
+            if (fit.after >= -kTracedAfter && fit.after <= usual.most()) {
+                lasts.emplace_back(&calls, &call);
             }
         }
     }
-    return best;
+    std::optional<Pair> best;
+    for (const auto& [lastCalls, last] : lasts) {
+        for (const auto& [firstCalls, first] : firsts) {
+            if (firstCalls == lastCalls || first->end >= last->end) continue;
+            const Nanoseconds between = std::max<Nanoseconds>(0, last->start - first->end);
+            const Nanoseconds left = fitOf(*first, silence).before + between +
+                                     std::max<Nanoseconds>(0, fitOf(*last, silence).after);
+            const Nanoseconds covered = silence.length() - left;
+            if (left > usual.most() || (best && covered <= best->covered)) continue;
+            const bool lastHasMost = overlap(*last, silence.begin, silence.end) >=
+                                     overlap(*first, silence.begin, silence.end);
+            best = lastHasMost ? Pair{lastCalls, last, first, covered}
+                               : Pair{firstCalls, first, last, covered};
+        }
+    }
+    if (!best) return {};
+    Holder holder = makeHolder(*best->calls, *best->holder, silence, best->holder->end);
+    holder.covered = best->covered;
+    holder.evidence = {best->other->startSlot, best->other->endSlot};
+    return holder;
 }
+
+// Tells whether two of a thread's records are in one call of it.
+class CallsAround {
+  public:
+    explicit CallsAround(const Scene& scene) {
+        // In the order of their starts.
+        for (const SeenCall& call : scene.calls) {
+            if (!call.finished || call.code == kIoThread) continue;
+            std::vector<Reach>& reaches = ofThread_[call.thread];
+            const uint64_t before = reaches.empty() ? 0 : reaches.back().endSlot;
+            reaches.push_back({call.startSlot, std::max(before, call.endSlot)});
+        }
+    }
+
+    bool areInOne(const SeenRecord& first, const SeenRecord& second) const {
+        const auto found = ofThread_.find(second.thread);
+        if (found == ofThread_.end()) return false;
+        const auto after =
+            std::ranges::upper_bound(found->second, first.slot, {}, &Reach::startSlot);
+        return after != found->second.begin() && std::prev(after)->endSlot >= second.slot;
+    }
+
+  private:
+    struct Reach {
+        uint64_t startSlot;
+        uint64_t endSlot;  // the last of all calls that start here or before
+    };
+    std::map<uint32_t, std::vector<Reach>> ofThread_;
+};
 
 }  // namespace
 
@@ -257,6 +309,7 @@ BusyProcessor workOn(const Scene& scene, const Silence& silence, uint32_t ioThre
         const SeenRecord* first = nullptr;
         const SeenRecord* before = nullptr;
     };
+    const CallsAround around(scene);
     std::map<uint32_t, Work> works;
     const Nanoseconds close = std::max(kClose, silence.length() / kCloseParts);
     Nanoseconds shownTo = silence.begin;
@@ -271,10 +324,7 @@ BusyProcessor workOn(const Scene& scene, const Silence& silence, uint32_t ioThre
         ++work.records;
         ++busy.records;
         if (before == nullptr) continue;
-        const bool inCall = std::ranges::any_of(scene.calls, [&](const SeenCall& call) {
-            return call.thread == record.thread && call.finished && call.code != kIoThread &&
-                   call.startSlot <= before->slot && call.endSlot >= record.slot;
-        });
+        const bool inCall = around.areInOne(*before, record);
         const Nanoseconds length = record.time - before->time;
         if (!inCall && length > kClose) continue;
         const Nanoseconds end = std::min(record.time, silence.end);

@@ -22,8 +22,13 @@ constexpr Nanoseconds kUsualPeriod = 10'666'667;
 constexpr Nanoseconds kLongestPeriod = 130'000'000;
 constexpr Nanoseconds kLateRecords = 5'000'000;
 
-// Records of all scenes together: thousands of dropouts in the busiest traces.
-constexpr size_t kMostInScenes = size_t{1} << 23;
+// Records and calls that are looked at for all scenes together: thousands of dropouts in the
+// busiest traces.
+constexpr size_t kMostSearched = size_t{1} << 23;
+
+// A scene of more cannot be searched in reasonable time.
+constexpr size_t kMostRecordsOfScene = size_t{1} << 16;
+constexpr size_t kMostCallsOfScene = size_t{1} << 14;
 
 }  // namespace
 
@@ -34,10 +39,9 @@ void IoObserver::take(const TraceRecord& slot) {
     const Moment* const moment = tracker_.take(slot);
     const TraceClock& clock = tracker_.clock();
     if (clock.stepsBack() != restarts_ || clock.ticksPerMicrosecond() != divisor_) {
-        // What was told before stands on another time scale.
         restarts_ = clock.stepsBack();
         divisor_ = clock.ticksPerMicrosecond();
-        for (Server& server : servers_) server.told.reset();
+        ++scale_;
     }
     if (moment == nullptr) {
         afterInvalid_ = afterInvalid_ || kindOf(slot) == SlotKind::invalid;
@@ -69,7 +73,9 @@ IoTrace IoObserver::finish() {
 
 IoObserver::Server& IoObserver::serverOf(uint32_t thread) {
     if (thread >= servers_.size()) servers_.resize(thread + 1);
-    return servers_[thread];
+    Server& server = servers_[thread];
+    if (std::exchange(server.scale, scale_) != scale_) server.told.reset();
+    return server;
 }
 
 IoCycle* IoObserver::openCycle(uint32_t thread) {
@@ -91,7 +97,8 @@ uint32_t IoObserver::opened(const TraceRecord& record, const Call& call, const C
         tag = freeTags_.back();
         freeTags_.pop_back();
     }
-    open_[tag].isOpen = true;
+    open_[tag].place = openTags_.size();
+    openTags_.push_back(tag);
     const Nanoseconds start = bounded(call.start);
     open_[tag].call = {.start = start,
                        .end = start,
@@ -142,8 +149,10 @@ void IoObserver::closed(const Call& call, const Call*, const Closing& closing) {
         *std::ranges::lower_bound(calls, seen.startSlot, {}, &SeenCall::startSlot) = seen;
     }
     recentCalls_.push_back(seen);
-    opened.isOpen = false;
     opened.scenes.clear();
+    open_[openTags_.back()].place = opened.place;
+    openTags_[opened.place] = openTags_.back();
+    openTags_.pop_back();
     freeTags_.push_back(call.tag);
 
     if (call.code == kIoCycle) {
@@ -244,37 +253,47 @@ void IoObserver::forget() {
         recent_.pop_front();
     }
     const Nanoseconds from = recent_.empty() ? latest_ : recent_.front().time;
-    while (!recentCalls_.empty() && recentCalls_.front().end < from) recentCalls_.pop_front();
+    while (!recentCalls_.empty() &&
+           (recentCalls_.front().end < from || recentCalls_.size() > kMostRemembered)) {
+        recentCalls_.pop_front();
+    }
 }
 
 void IoObserver::completeScenes(bool all) {
     while (!pending_.empty() && (all || pending_.front().to < latest_)) {
-        const Pending& next = pending_.front();
-        if (sceneRecords_ > kMostInScenes) {
-            ++trace_.unseenDropouts;
-            pending_.pop_front();
-            continue;
-        }
-        trace_.overloads[next.overload].scene = sceneFrom(next.overload, next.from, next.to);
-        sceneRecords_ += trace_.overloads[next.overload].scene.records.size();
+        const Pending next = pending_.front();
         pending_.pop_front();
+        auto scene = sceneFrom(next.overload, next.from, next.to);
+        if (scene) {
+            trace_.overloads[next.overload].scene = std::move(*scene);
+        } else {
+            ++trace_.unseenDropouts;
+        }
     }
 }
 
-Scene IoObserver::sceneFrom(size_t overload, Nanoseconds from, Nanoseconds to) {
+// Nothing where there is too much to search.
+std::optional<Scene> IoObserver::sceneFrom(size_t overload, Nanoseconds from, Nanoseconds to) {
+    if (searched_ > kMostSearched || openTags_.size() > kMostCallsOfScene) return {};
     Scene scene;
     for (auto record = recent_.rbegin(); record != recent_.rend(); ++record) {
         if (record->time < from - kLateRecords) break;
+        ++searched_;
         if (from <= record->time && record->time <= to) scene.records.push_back(*record);
+        if (scene.records.size() > kMostRecordsOfScene) return {};
     }
     std::ranges::reverse(scene.records);
     std::ranges::stable_sort(scene.records, {}, &SeenRecord::time);
     for (auto call = recentCalls_.rbegin(); call != recentCalls_.rend(); ++call) {
         if (call->end < from - kLateRecords) break;
+        ++searched_;
         if (from <= call->end && call->start <= to) scene.calls.push_back(*call);
+        if (scene.calls.size() > kMostCallsOfScene) return {};
     }
-    for (OpenCall& open : open_) {
-        if (!open.isOpen || open.call.start > to) continue;
+    searched_ += openTags_.size();
+    for (const uint32_t tag : openTags_) {
+        OpenCall& open = open_[tag];
+        if (open.call.start > to) continue;
         open.scenes.push_back(overload);
         scene.calls.push_back(open.call);
     }

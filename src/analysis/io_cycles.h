@@ -158,6 +158,7 @@ class IoObserver final : private CallSink {
         size_t io = SIZE_MAX;  // in trace_.threads
         std::optional<size_t> open;
         std::optional<SampleTime> told;
+        uint64_t scale = 0;      // see scale_
         Nanoseconds period = 0;  // between the two latest told times
         uint64_t rate = 0;
     };
@@ -176,7 +177,7 @@ class IoObserver final : private CallSink {
     void takeOverload(const TraceRecord& record, const Moment& moment);
     void forget();
     void completeScenes(bool all);
-    Scene sceneFrom(size_t overload, Nanoseconds from, Nanoseconds to);
+    std::optional<Scene> sceneFrom(size_t overload, Nanoseconds from, Nanoseconds to);
 
     CallTracker tracker_;
     IoTrace trace_;
@@ -185,10 +186,11 @@ class IoObserver final : private CallSink {
     std::deque<SeenCall> recentCalls_;  // in the order of their ends
     struct OpenCall {
         SeenCall call{};
-        bool isOpen = false;
+        size_t place = 0;              // in openTags_
         std::vector<size_t> scenes{};  // of these overloads, which have to be told of its end
     };
     std::vector<OpenCall> open_;  // by tag
+    std::vector<uint32_t> openTags_;
     std::vector<uint32_t> freeTags_;
     struct Pending {
         size_t overload;
@@ -196,10 +198,11 @@ class IoObserver final : private CallSink {
         Nanoseconds to;
     };
     std::deque<Pending> pending_;
-    size_t sceneRecords_ = 0;  // of all scenes
+    size_t searched_ = 0;  // records and calls, for all scenes
     Nanoseconds latest_ = 0;
     uint64_t restarts_ = 0;
     uint64_t divisor_ = 0;
+    uint64_t scale_ = 0;         // counts time scales: what was told on another one is void
     bool orphan_ = false;        // the record being taken is an orphan end
     bool afterInvalid_ = false;  // since the last record there was an invalid slot
 };

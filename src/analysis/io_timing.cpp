@@ -11,6 +11,14 @@ namespace {
 
 constexpr size_t kBlock = 64;  // cycles that are near each other
 
+// So many cycles that tell nothing are passed over, in search of one that does.
+constexpr int kMostSilentCycles = 64;
+
+// So many threads are asked whose line the stamps of another thread follow.
+constexpr size_t kMostAsked = 64;
+
+using Stamps = std::vector<const Stamp*>;
+
 // Where no cycle has ended for so many budgets, the thread has been stopped meanwhile.
 constexpr double kCyclesOfLine = 16;
 
@@ -50,18 +58,18 @@ void shiftClock(TimedThread& timed) {
 }
 
 // Of the times that ends of cycles tell, else of stamps, else of the rate.
-void measureFrames(TimedThread& timed, const IoTrace& trace) {
+void measureFrames(TimedThread& timed, const Stamps& stamps) {
     std::vector<double> fromStamps;
     const Stamp* before = nullptr;
-    for (const Stamp& stamp : trace.stamps) {
-        if (stamp.thread != timed.io->thread) continue;
+    for (const Stamp* const each : stamps) {
+        const Stamp& stamp = *each;
         if (before != nullptr && stamp.at.sample > before->at.sample) {
             fromStamps.push_back(static_cast<double>(stamp.at.host - before->at.host) /
                                  static_cast<double>(stamp.at.sample - before->at.sample));
         } else if (stamp.perFrame > 0) {
             fromStamps.push_back(stamp.perFrame);
         }
-        before = &stamp;
+        before = each;
     }
     double other = timed.io->rate == 0 ? 0 : 1e9 / static_cast<double>(timed.io->rate);
     if (!fromStamps.empty()) other = quantile(fromStamps, 1, 2);
@@ -119,22 +127,20 @@ void learnUsual(TimedThread& timed) {
 
 // Whose device a stamp is of: its thread's, where that does I/O, else that of the thread on whose
 // line it lies.
-void assignStamps(std::vector<TimedThread>& threads, const IoTrace& trace) {
-    std::map<uint32_t, std::vector<const Stamp*>> others;
-    for (const Stamp& stamp : trace.stamps) {
-        const auto own = std::ranges::find_if(
-            threads, [&](const TimedThread& timed) { return timed.io->thread == stamp.thread; });
-        if (own != threads.end()) {
-            own->stamps.push_back(&stamp);
-        } else {
-            others[stamp.thread].push_back(&stamp);
-        }
+void assignStamps(std::vector<TimedThread>& threads, const std::map<uint32_t, size_t>& places,
+                  const std::map<uint32_t, Stamps>& stampsOf) {
+    for (const auto& [thread, stamps] : stampsOf) {
+        const auto own = places.find(thread);
+        if (own != places.end()) threads[own->second].stamps = stamps;
     }
-    for (const auto& [thread, stamps] : others) {
+    for (const auto& [thread, stamps] : stampsOf) {
+        if (places.contains(thread)) continue;
+        size_t asked = 0;
         TimedThread* best = nullptr;
         Nanoseconds least = 0;
         for (TimedThread& timed : threads) {
             if (!timed.stamps.empty()) continue;
+            if (++asked > kMostAsked) break;
             std::vector<Nanoseconds> apart;
             for (const Stamp* stamp : stamps) {
                 const auto line = timed.timeOf(stamp->at.sample, stamp->time);
@@ -164,6 +170,18 @@ void measureStamps(TimedThread& timed) {
     timed.stampScatter = bounded(medianOf(apart));
 }
 
+// A dropout that is told after its cycle's end belongs to it for a quarter of its budget.
+void findCycle(Overload& overload, const std::vector<IoCycle>& cycles) {
+    if (overload.cycle != kNoCycle) return;
+    const auto after = std::ranges::upper_bound(cycles, overload.slot, {}, &IoCycle::beginSlot);
+    if (after == cycles.begin()) return;
+    const IoCycle& last = *std::prev(after);
+    if (last.finished && last.endSlot <= overload.slot &&
+        overload.time - last.end < last.budget / 4) {
+        overload.cycle = static_cast<size_t>(std::prev(after) - cycles.begin());
+    }
+}
+
 }  // namespace
 
 Nanoseconds timeOfFrames(double frames, double perFrame) {
@@ -184,7 +202,8 @@ double TimedThread::perFrame(size_t cycle) const {
 
 std::optional<Nanoseconds> TimedThread::timeOf(uint64_t sample, Nanoseconds before) const {
     const auto after = std::ranges::upper_bound(io->cycles, before, {}, &IoCycle::end);
-    for (auto cycle = after; cycle != io->cycles.begin();) {
+    int silent = 0;
+    for (auto cycle = after; cycle != io->cycles.begin() && silent < kMostSilentCycles; ++silent) {
         --cycle;
         if (static_cast<double>(before - cycle->end) / kCyclesOfLine >
             static_cast<double>(cycle->budget)) {
@@ -198,41 +217,35 @@ std::optional<Nanoseconds> TimedThread::timeOf(uint64_t sample, Nanoseconds befo
     return {};
 }
 
+std::map<uint32_t, size_t> placesOf(const std::vector<TimedThread>& threads) {
+    std::map<uint32_t, size_t> places;
+    for (size_t i = 0; i < threads.size(); ++i) places.emplace(threads[i].io->thread, i);
+    return places;
+}
+
 std::vector<TimedThread> timeThreads(IoTrace& trace) {
+    std::map<uint32_t, Stamps> stampsOf;  // threads
+    for (const Stamp& stamp : trace.stamps) stampsOf[stamp.thread].push_back(&stamp);
     std::vector<TimedThread> threads;
     for (IoThread& io : trace.threads) {
         TimedThread& timed = threads.emplace_back();
         timed.io = &io;
-        measureFrames(timed, trace);
+        const auto stamps = stampsOf.find(io.thread);
+        measureFrames(timed, stamps == stampsOf.end() ? Stamps() : stamps->second);
         shiftClock(timed);
         setDueTimes(timed);
-        for (Overload& overload : trace.overloads) {
-            if (overload.thread == io.thread && overload.targetHost) {
-                *overload.targetHost -= timed.clockShift;
-            }
-        }
     }
-    // A dropout that is told after its cycle's end belongs to it for a quarter of its budget.
+    const std::map<uint32_t, size_t> places = placesOf(threads);
     for (Overload& overload : trace.overloads) {
-        for (const TimedThread& timed : threads) {
-            if (timed.io->thread != overload.thread) continue;
-            std::vector<IoCycle>& cycles = timed.io->cycles;
-            if (overload.cycle == kNoCycle) {
-                const auto after =
-                    std::ranges::upper_bound(cycles, overload.slot, {}, &IoCycle::beginSlot);
-                if (after == cycles.begin()) continue;
-                const IoCycle& last = *std::prev(after);
-                if (!last.finished || last.endSlot > overload.slot ||
-                    overload.time - last.end >= last.budget / 4) {
-                    continue;
-                }
-                overload.cycle = static_cast<size_t>(std::prev(after) - cycles.begin());
-            }
-            cycles[overload.cycle].overloaded = true;
-        }
+        const auto place = places.find(overload.thread);
+        if (place == places.end()) continue;
+        TimedThread& timed = threads[place->second];
+        if (overload.targetHost) *overload.targetHost -= timed.clockShift;
+        findCycle(overload, timed.io->cycles);
+        if (overload.cycle != kNoCycle) timed.io->cycles[overload.cycle].overloaded = true;
     }
     for (TimedThread& timed : threads) learnUsual(timed);
-    assignStamps(threads, trace);
+    assignStamps(threads, places, stampsOf);
     for (TimedThread& timed : threads) measureStamps(timed);
     return threads;
 }

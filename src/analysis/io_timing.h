@@ -53,6 +53,9 @@ struct TimedThread {
 // Times the cycles of all threads of a trace, which has to stay where it is.
 std::vector<TimedThread> timeThreads(IoTrace& trace);
 
+// Where each thread stands among them, by the clock's number.
+std::map<uint32_t, size_t> placesOf(const std::vector<TimedThread>& threads);
+
 // The lower median of what is not empty.
 Nanoseconds medianOf(std::vector<Nanoseconds> values);
 

@@ -8,15 +8,13 @@ namespace sonaprobe::scope {
 
 namespace {
 
-// Packed traces grow by 3 to 20. What grows more than this, once it is large, is made to fill
-// memory and disks.
-constexpr uint64_t kMostGrowth = 250;
+// So much may come of any packed file.
 constexpr uint64_t kUnchecked = uint64_t{64} << 20;
 
 }  // namespace
 
-ByteSource::ByteSource(const std::string& path, const std::string& copyOf)
-    : file_(path, copyOf), unpacker_(unpackerOf()) {}
+ByteSource::ByteSource(const std::string& path, const std::string& copyOf, uint64_t mostGrowth)
+    : file_(path, copyOf), unpacker_(unpackerOf()), mostGrowth_(mostGrowth) {}
 
 ByteSource::Unpacker ByteSource::unpackerOf() {
     if (Gunzip::recognises(file_.head())) return Gunzip(file_);
@@ -30,9 +28,9 @@ size_t ByteSource::read(std::span<std::byte> room) {
     if (Gunzip* const gzip = std::get_if<Gunzip>(&unpacker_)) got = gzip->read(room);
     if (Unzstd* const zstd = std::get_if<Unzstd>(&unpacker_)) got = zstd->read(room);
     unpacked_ += got;
-    if (unpacked_ > kUnchecked && unpacked_ / kMostGrowth > file_.bytesRead()) {
-        throw Failure{name() + " unpacks to more than " + std::to_string(kMostGrowth) +
-                      " times its size, as no trace does; if you trust it, unpack it first"};
+    if (unpacked_ > kUnchecked && mostGrowth_ != 0 && unpacked_ / mostGrowth_ > file_.bytesRead()) {
+        throw Failure{name() + " unpacks to more than " + std::to_string(mostGrowth_) +
+                      " times its size, as no trace does; if you trust it, give --max-growth 0"};
     }
     return got;
 }

@@ -15,12 +15,17 @@ namespace sonaprobe::scope {
 
 class ByteSource {
   public:
-    // A path, or "-" for standard input, see FileBytes. Throws a Failure where that cannot be
-    // opened.
-    explicit ByteSource(const std::string& path, const std::string& copyOf = {});
+    // Packed traces grow by 3 to 20. What grows more than this, once it is large, is made to fill
+    // memory and disks.
+    static constexpr uint64_t kMostGrowth = 250;
+
+    // A path, or "-" for standard input, see FileBytes. A packed one may unpack to `mostGrowth`
+    // times its size, without end where that is 0. Throws a Failure where it cannot be opened.
+    explicit ByteSource(const std::string& path, const std::string& copyOf = {},
+                        uint64_t mostGrowth = kMostGrowth);
 
     // The next bytes, at least one but at the end. Throws a Failure where the file cannot be read,
-    // or unpacks to far more than a trace does.
+    // or unpacks to more than it may.
     size_t read(std::span<std::byte> room);
 
     // Goes on at this byte of a file that is not packed.
@@ -43,6 +48,7 @@ class ByteSource {
 
     FileBytes file_;
     Unpacker unpacker_;
+    uint64_t mostGrowth_;
     uint64_t unpacked_ = 0;
 };
 

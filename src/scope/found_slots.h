@@ -16,8 +16,9 @@ namespace sonaprobe::scope {
 
 class FoundSlots {
   public:
-    // A path, or "-" for standard input. Throws a Failure where that cannot be opened.
-    explicit FoundSlots(const std::string& path) : source_(path) {}
+    // As ByteSource. Throws a Failure where the file cannot be opened.
+    explicit FoundSlots(const std::string& path, uint64_t mostGrowth = ByteSource::kMostGrowth)
+        : source_(path, {}, mostGrowth) {}
 
     // visit(found) for each thing in the file. Throws a Failure where the file cannot be read.
     template <class Visit>

@@ -12,7 +12,7 @@
 namespace sonaprobe::scope {
 
 Input::Input(const TraceOptions& trace, Accept accept)
-    : source_(trace.path, trace.copyOf),
+    : source_(trace.path, trace.copyOf, trace.mostGrowth),
       recognised_(accept == Accept::anything),
       block_(kBlockSlots) {}
 

@@ -9,6 +9,7 @@
 #include "scope/command_line.h"
 #include "scope/escape.h"
 #include "scope/failure.h"
+#include "scope/memory_limit.h"
 
 namespace sonaprobe::scope {
 
@@ -76,6 +77,7 @@ std::string messageOf(const CLI::Error& error) {
 
 Status run(int argc, char** argv) {
     fillStandardDescriptors();
+    limitMemory();
     CommandLine line = makeCommandLine();
     try {
         checkCommand(argc > 1 ? argv[1] : nullptr);
@@ -93,7 +95,7 @@ Status run(int argc, char** argv) {
         if (!failure.message.empty()) warn(failure.message);
         return failure.status;
     } catch (const std::bad_alloc&) {
-        warn("out of memory");
+        warn("out of memory; a part of the trace may fit, see --from and --to");
     }
     return Status::trouble;
 }

@@ -61,6 +61,13 @@ void addTraceOptions(CLI::App& app, TraceOptions& options) {
             "times are the trace clock's own, not from the first record");
     addValue(app, "--names", "FILE", options.names,
              "names of codes that no decoder knows, one a line");
+    addGrowthOption(app, options.mostGrowth);
+}
+
+void addGrowthOption(CLI::App& app, uint64_t& mostGrowth) {
+    addValue(app, "--max-growth", "N", mostGrowth,
+             "how many times its size a packed file may unpack to; 250 if not given, 0 for any "
+             "number");
 }
 
 void addOutputOptions(CLI::App& app, OutputOptions& options) {

@@ -7,6 +7,7 @@
 #include <string>
 #include <vector>
 
+#include "scope/byte_source.h"
 #include "scope/command.h"
 #include "scope/output.h"
 
@@ -18,10 +19,14 @@ struct TraceOptions {
     std::string copyOf;  // where the path is one: what the user gave
     bool kernelTime = false;
     std::string names;  // a code-name file, or empty
+    uint64_t mostGrowth = ByteSource::kMostGrowth;
 };
 
-// The operand FILE, with --kernel-time and --names.
+// The operand FILE, with --kernel-time, --names and --max-growth.
 void addTraceOptions(CLI::App& app, TraceOptions& options);
+
+// --max-growth, of commands that read packed files; see ByteSource.
+void addGrowthOption(CLI::App& app, uint64_t& mostGrowth);
 
 // --json, --color, --no-pager.
 void addOutputOptions(CLI::App& app, OutputOptions& options);

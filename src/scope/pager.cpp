@@ -7,6 +7,8 @@
 #include <string>
 #include <unistd.h>
 
+#include "scope/memory_limit.h"
+
 namespace sonaprobe::scope {
 
 namespace {
@@ -23,6 +25,7 @@ std::string pagerCommand() {
 }
 
 [[noreturn]] void becomePager(const char* command, const int (&ends)[2]) {
+    liftMemoryLimit();
     dup2(ends[0], STDIN_FILENO);
     close(ends[0]);
     close(ends[1]);

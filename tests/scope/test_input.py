@@ -82,11 +82,17 @@ def test_damaged_data_give_what_stands_before(packing, trace, tmp_path):
 
 @pytest.mark.parametrize("packing", ["gzip", "zstd"])
 def test_a_file_that_unpacks_without_end_is_refused(packing, tmp_path):
-    path = write(tmp_path, PACKINGS[packing](bytes(400 << 20)))
-    result = scope("lines", path)
-    assert result.returncode == 2
-    assert result.stderr == (f"sonascope: {path} unpacks to more than 250 times its size, as no trace "
-                             "does; if you trust it, unpack it first\n")
+    path = write(tmp_path, PACKINGS[packing](divisor() + bytes(80 << 20) + nested_calls()))
+    for command in (["info"], ["lines"], ["timeline", "-o", tmp_path / "new"],
+                    ["repair", "-o", tmp_path / "new"],
+                    ["export", "--to", "sqlite", "-o", tmp_path / "new"]):
+        result = scope(command[0], path, *command[1:])
+        assert result.returncode == 2
+        assert (f"{path} unpacks to more than 250 times its size, as no trace does; if you trust "
+                "it, give --max-growth 0\n") in result.stdout + result.stderr
+    assert "more than 300 times" in scope("lines", path, "--max-growth", 300).stderr
+    assert not (tmp_path / "new").exists()
+    assert lines(path, "--max-growth", 0).count("\n") == 5
 
 
 def test_a_cut_last_slot_is_left_out(tmp_path):

@@ -20,6 +20,7 @@ namespace {
 
 struct Options {
     std::vector<std::string> paths;
+    uint64_t mostGrowth = ByteSource::kMostGrowth;
     bool quick = false;
     OutputOptions output;
 };
@@ -42,8 +43,8 @@ struct FileReport {
     }
 };
 
-void read(const std::string& path, FileReport& file) {
-    FoundSlots slots(path);
+void read(const std::string& path, uint64_t mostGrowth, FileReport& file) {
+    FoundSlots slots(path, mostGrowth);
     if (slots.source().packing() != nullptr) file.packing = slots.source().packing();
     slots.forEach([&](const Found& found) { file.report.take(found); });
     file.report.finish();
@@ -227,7 +228,7 @@ Status run(const Options& options) {
         FileReport file(!options.quick);
         file.name = escaped(path);
         try {
-            read(path, file);
+            read(path, options.mostGrowth, file);
         } catch (const Failure& failure) {
             file.trouble = failure.message;
         }
@@ -251,6 +252,7 @@ Run setUpInfo(CLI::App& app) {
     const auto options = std::make_shared<Options>();
     addOperands(app, Operand::required, "FILE", options->paths,
                 "raw files, packed or not; - for standard input");
+    addGrowthOption(app, options->mostGrowth);
     addFlag(app, "--quick", options->quick, "count no calls, and look for no missing records");
     addOutputOptions(app, options->output);
     addExamples(app,

@@ -18,6 +18,7 @@ namespace {
 
 struct Options {
     std::string path;
+    uint64_t mostGrowth = ByteSource::kMostGrowth;
     NewFileOptions newFile;
     OutputOptions output;
 };
@@ -53,7 +54,7 @@ void printAsJson(Output& out, const Options& options, const SlotRepair& repair) 
 }
 
 Status run(const Options& options) {
-    FoundSlots input(options.path);
+    FoundSlots input(options.path, options.mostGrowth);
     NewFile file(options.newFile.path, options.newFile.force, input.source().file());
     SlotRepair repair;
     const auto take = [&](const Found& found) {
@@ -85,6 +86,7 @@ Run setUpRepair(CLI::App& app) {
     const auto options = std::make_shared<Options>();
     addOperand(app, Operand::required, "FILE", options->path,
                "a raw file, packed or not, or - for standard input");
+    addGrowthOption(app, options->mostGrowth);
     addNewFileOptions(app, options->newFile);
     addOutputOptions(app, options->output);
     addExamples(app, "  sonascope repair broken.raw -o trace.raw\n");

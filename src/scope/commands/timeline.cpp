@@ -11,6 +11,7 @@
 #include "scope/command.h"
 #include "scope/escape.h"
 #include "scope/failure.h"
+#include "scope/memory_limit.h"
 #include "scope/new_file.h"
 #include "scope/repeatable.h"
 #include "scope/selection_options.h"
@@ -57,6 +58,7 @@ void openInBrowser(const std::string& path) {
     const std::string browser = chosen != nullptr && *chosen != '\0' ? chosen : "xdg-open";
     std::array<const char*, 3> words{browser.c_str(), path.c_str(), nullptr};
     pid_t process = 0;
+    liftMemoryLimit();
     const int error = posix_spawnp(&process, browser.c_str(), nullptr, nullptr,
                                    const_cast<char* const*>(words.data()), environ);
     if (error != 0) {

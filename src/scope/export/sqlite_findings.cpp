@@ -15,7 +15,9 @@ namespace {
 
 void putWrong(Database& database, const TraceOptions& trace) {
     TraceReport report(true);
-    FoundSlots(trace.path).forEach([&](const Found& found) { report.take(found); });
+    FoundSlots(trace.path, trace.mostGrowth).forEach([&](const Found& found) {
+        report.take(found);
+    });
     report.finish();
     Insert insert(database, "findings", 5);
     for (const Finding& finding : report.findings().all()) {
