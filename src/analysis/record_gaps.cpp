@@ -3,7 +3,7 @@
 #include "analysis/record_gaps.h"
 
 #include <algorithm>
-#include <map>
+#include <set>
 
 namespace sonaprobe {
 
@@ -18,12 +18,13 @@ std::optional<Gap> largestGap(const Scene& scene, Nanoseconds begin, Nanoseconds
     const std::vector<SeenRecord>& records = scene.records;
     std::optional<Gap> best;
     Nanoseconds second = 0;
-    std::map<uint32_t, Nanoseconds> orphans;  // by thread: when its next end without start comes
+    std::set<uint32_t> threads;  // an end without start follows in them soon
     uint64_t firstSlot = UINT64_MAX;
     for (size_t i = records.size(); i-- > 1;) {
         const SeenRecord& record = records[i];
-        if (record.orphan && codeOf(record.debugid) != kIoThread) {
-            orphans[record.thread] = record.time;
+        if (record.orphan && codeOf(record.debugid) != kIoThread &&
+            record.time < end + kOrphansAfter) {
+            threads.insert(record.thread);
         }
         firstSlot = std::min(firstSlot, record.slot);
         const SeenRecord& last = records[i - 1];
@@ -31,10 +32,8 @@ std::optional<Gap> largestGap(const Scene& scene, Nanoseconds begin, Nanoseconds
         Gap gap{.begin = last.time,
                 .end = record.time,
                 .slotBefore = last.slot,
-                .slotAfter = firstSlot};
-        for (const auto& [thread, time] : orphans) {
-            if (time < end + kOrphansAfter) ++gap.explains;
-        }
+                .slotAfter = firstSlot,
+                .explains = threads.size()};
         if (!best ||
             std::pair(gap.explains, gap.length()) > std::pair(best->explains, best->length())) {
             if (best) second = std::max(second, best->length());

@@ -38,11 +38,11 @@ def options_of(command):
 
 
 def explained(text):
-    """The options that a part of the page names; -o is called output there."""
+    """The options that a part of the page names; some have letters there."""
     names = set(re.findall(r"Fl -([\w-]+)", text))
     letters = {letter for given in re.findall(r"Fl (\w(?: , \w)*)(?![\w-])", text)
                for letter in given.split(" , ")}
-    return names | {"output" if letter == "o" else letter for letter in letters}
+    return names | {{"o": "output", "j": "jobs"}.get(letter, letter) for letter in letters}
 
 
 def paragraphs():
