@@ -117,18 +117,17 @@ class Everything final : public CallSink {
 void checkCauses(const std::vector<TraceRecord>& slots) {
     IoObserver observer;
     for (const TraceRecord& slot : slots) observer.take(slot);
-    IoTrace trace = observer.finish();
-    const std::vector<TimedThread> threads = timeThreads(trace);
-    const std::vector<Dropout> dropouts = judgeDropouts(trace, threads);
+    const IoAnswer answer = judgeIo(observer.finish());
     size_t told = 0;
-    for (const DropoutFinding& finding : findingsOf(dropouts)) told += finding.dropouts.size();
-    require(told == dropouts.size(), "each dropout is in one finding");
-    for (const Dropout& dropout : dropouts) {
+    for (const DropoutFinding& finding : findingsOf(answer.dropouts))
+        told += finding.dropouts.size();
+    require(told == answer.dropouts.size(), "each dropout is in one finding");
+    for (const Dropout& dropout : answer.dropouts) {
         for (const uint64_t slot : dropout.verdict.evidence) {
             require(slot < slots.size(), "evidence is in the trace");
         }
     }
-    for (const IoSummary& summary : summariesOf(threads)) {
+    for (const IoSummary& summary : summariesOf(answer.threads)) {
         require(summary.healthy + summary.nearMisses <= summary.cycles, "cycles are counted once");
     }
 }

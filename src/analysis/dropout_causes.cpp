@@ -5,6 +5,7 @@
 #include <algorithm>
 #include <cmath>
 #include <map>
+#include <utility>
 
 #include "analysis/cycle_layout.h"
 #include "analysis/engine_changes.h"
@@ -426,8 +427,6 @@ Verdict Judge::judge() const {
     return verdict;
 }
 
-}  // namespace
-
 std::vector<Dropout> judgeDropouts(IoTrace& trace, const std::vector<TimedThread>& threads) {
     const Nanoseconds ordinaryGap = trace.gaps.count() == 0 ? 0 : trace.gaps.percentile(kNearlyAll);
     // For dropouts on threads without cycles.
@@ -457,6 +456,16 @@ std::vector<Dropout> judgeDropouts(IoTrace& trace, const std::vector<TimedThread
         dropout.verdict = judge.judge();
     }
     return dropouts;
+}
+
+}  // namespace
+
+IoAnswer judgeIo(IoTrace io) {
+    IoAnswer answer;
+    answer.io = std::move(io);
+    answer.threads = timeThreads(answer.io);
+    answer.dropouts = judgeDropouts(answer.io, answer.threads);
+    return answer;
 }
 
 }  // namespace sonaprobe

@@ -62,7 +62,18 @@ struct Dropout {
     Verdict verdict{};
 };
 
-// Judges the dropouts of a timed trace, in the order of the file.
-std::vector<Dropout> judgeDropouts(IoTrace& trace, const std::vector<TimedThread>& threads);
+// What a trace's I/O came to. Moved but not copied: threads point into the trace.
+struct IoAnswer {
+    IoAnswer() = default;
+    IoAnswer(IoAnswer&&) = default;
+    IoAnswer& operator=(IoAnswer&&) = default;
+
+    IoTrace io{};
+    std::vector<TimedThread> threads{};
+    std::vector<Dropout> dropouts{};  // in the order of the file
+};
+
+// Times the threads of an observed trace and judges its dropouts.
+IoAnswer judgeIo(IoTrace io);
 
 }  // namespace sonaprobe

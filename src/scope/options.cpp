@@ -6,6 +6,7 @@
 #include <algorithm>
 #include <optional>
 #include <sstream>
+#include <type_traits>
 
 namespace sonaprobe::scope {
 
@@ -28,7 +29,15 @@ CLI::Option* addFlag(CLI::App& app, const char* names, bool& value, const char* 
 
 template <typename Value>
 void addValue(CLI::App& app, const char* names, const char* type, Value& value, const char* help) {
-    app.add_option(names, value, help)->type_name(type);
+    CLI::Option* const option = app.add_option(names, value, help)->type_name(type);
+    // To CLI11, too small a number is a very large one.
+    if constexpr (std::is_same_v<Value, size_t> || std::is_same_v<Value, std::optional<size_t>>) {
+        option->check(CLI::Validator(
+            [](std::string& given) {
+                return given.starts_with('-') ? "'" + given + "' is no number that fits" : "";
+            },
+            ""));
+    }
 }
 template void addValue(CLI::App&, const char*, const char*, std::string&, const char*);
 template void addValue(CLI::App&, const char*, const char*, uint32_t&, const char*);

@@ -54,6 +54,8 @@ SONASCOPE = [
      "--plain and --json do not go together; give one of them"),
     (["stats", "trace.raw", "--top", "x"],
      "--top: 'x' is no number that fits; see sonascope stats --help"),
+    (["timeline", "trace.raw", "--most", "-1"],
+     "--most: '-1' is no number that fits; see sonascope timeline --help"),
     (["stats", "trace.raw", "--histogram", "nothing"],
      "--histogram: no event is called 'nothing'; the nearest is 'Notify'"),
     (["tree", "trace.raw", "--depth", "-1"],

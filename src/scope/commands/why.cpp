@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <memory>
 #include <set>
+#include <utility>
 
 #include "analysis/dropout_causes.h"
 #include "scope/command.h"
@@ -30,14 +31,13 @@ WhyAnswer answer(Input& input) {
         for (const TraceRecord& slot : slots) observer.take(slot);
     }
     warnOfDamage(input);
-    IoTrace trace = observer.finish();
-    const std::vector<TimedThread> threads = timeThreads(trace);
-    WhyAnswer found{.records = trace.records, .serverRecords = trace.serverRecords};
-    found.dropouts = judgeDropouts(trace, threads);
+    IoAnswer judged = judgeIo(observer.finish());
+    WhyAnswer found{.records = judged.io.records, .serverRecords = judged.io.serverRecords};
+    found.dropouts = std::move(judged.dropouts);
     found.found = found.dropouts.size();
     found.findings = findingsOf(found.dropouts);
-    found.threads = summariesOf(threads);
-    found.limits = limitsOf(trace, threads);
+    found.threads = summariesOf(judged.threads);
+    found.limits = limitsOf(judged.io, judged.threads);
     return found;
 }
 

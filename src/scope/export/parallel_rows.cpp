@@ -3,30 +3,11 @@
 #include "scope/export/parallel_rows.h"
 
 #include <algorithm>
-#include <csignal>
 #include <utility>
 
+#include "scope/worker_thread.h"
+
 namespace sonaprobe::scope {
-
-namespace {
-
-// Signals are left to the thread that writes: they remove the file that it has not finished.
-class NoSignals {
-  public:
-    NoSignals() {
-        sigset_t all{};
-        sigfillset(&all);
-        pthread_sigmask(SIG_SETMASK, &all, &before_);
-    }
-    ~NoSignals() { pthread_sigmask(SIG_SETMASK, &before_, nullptr); }
-    NoSignals(const NoSignals&) = delete;
-    NoSignals& operator=(const NoSignals&) = delete;
-
-  private:
-    sigset_t before_{};
-};
-
-}  // namespace
 
 ParallelRows::ParallelRows(unsigned workers, Make make, TextOutput& out)
     : make_(std::move(make)),
@@ -66,8 +47,7 @@ void ParallelRows::finish(const TraceClock& clock) {
 // The batch that is full goes to the workers, and the next one is made room for.
 void ParallelRows::handOver() {
     if (threads_.empty()) {
-        const NoSignals inThese;
-        while (threads_.size() < workers_) threads_.emplace_back([this] { work(); });
+        while (threads_.size() < workers_) threads_.push_back(workerThread([this] { work(); }));
     }
     {
         const std::lock_guard lock(mutex_);

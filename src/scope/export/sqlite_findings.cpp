@@ -38,9 +38,9 @@ void putDropouts(Database& database, const TraceOptions& trace) {
     for (auto slots = input.next(); !slots.empty(); slots = input.next()) {
         for (const TraceRecord& slot : slots) observer.take(slot);
     }
-    IoTrace found = observer.finish();
+    const IoAnswer answer = judgeIo(observer.finish());
     Insert insert(database, "dropouts", 9);
-    for (const Dropout& dropout : judgeDropouts(found, timeThreads(found))) {
+    for (const Dropout& dropout : answer.dropouts) {
         const std::string thread = wordText(dropout.thread);
         const Verdict& verdict = dropout.verdict;
         insert.add(static_cast<int64_t>(dropout.slot)).add(dropout.time).add(thread);

@@ -136,7 +136,7 @@ Json notesOf(const IoAnswer& answer, uint64_t records, bool isPart, const Thinni
                         " of its " + countText(answer.io.records) + " records.");
     }
     if (thinning.merged > 0) tellOfMerged(notes, thinning, title, overview);
-    for (const std::string& limit : limitsOf(answer.io, answer.timed)) {
+    for (const std::string& limit : limitsOf(answer.io, answer.threads)) {
         notes.push_back(limit);
     }
     return notes;

@@ -7,7 +7,7 @@
 #include <vector>
 
 #include "analysis/selection.h"
-#include "scope/timeline/io_answer.h"
+#include "scope/timeline/io_observing.h"
 
 namespace sonaprobe::scope {
 struct TraceOptions;

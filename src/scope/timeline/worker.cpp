@@ -4,9 +4,11 @@
 
 #include <utility>
 
+#include "scope/worker_thread.h"
+
 namespace sonaprobe::scope::timeline {
 
-Worker::Worker(size_t most) : most_(most), thread_([this] { run(); }) {}
+Worker::Worker(size_t most) : most_(most), thread_(workerThread([this] { run(); })) {}
 
 Worker::~Worker() {
     {

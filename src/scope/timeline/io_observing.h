@@ -1,4 +1,4 @@
-// What a trace's I/O came to, for its page.
+// Finds what a trace's I/O came to while its page is made.
 
 #pragma once
 
@@ -9,12 +9,6 @@
 #include "scope/timeline/worker.h"
 
 namespace sonaprobe::scope::timeline {
-
-struct IoAnswer {
-    IoTrace io{};
-    std::vector<TimedThread> timed{};
-    std::vector<Dropout> dropouts{};
-};
 
 // Observes in a thread of its own, some slots after those that are given.
 class IoObserving {
@@ -27,11 +21,7 @@ class IoObserving {
 
     // After the last slots; the answer is found meanwhile.
     void finish() {
-        worker_.give([this] {
-            answer_.io = observer_.finish();
-            answer_.timed = timeThreads(answer_.io);
-            answer_.dropouts = judgeDropouts(answer_.io, answer_.timed);
-        });
+        worker_.give([this] { answer_ = judgeIo(observer_.finish()); });
     }
 
     // After finish(): waits for it.
