@@ -27,8 +27,15 @@ CLI::Option* addFlag(CLI::App& app, const char* names, bool& value, const char* 
     return app.add_flag(names, value, help);
 }
 
+CLI::Option* addFlag(CLI::App& app, const char* names, const std::function<void()>& set,
+                     const char* help) {
+    return app.add_flag_function(
+        names, [set](int64_t) { set(); }, help);
+}
+
 template <typename Value>
-void addValue(CLI::App& app, const char* names, const char* type, Value& value, const char* help) {
+CLI::Option* addValue(CLI::App& app, const char* names, const char* type, Value& value,
+                      const char* help) {
     CLI::Option* const option = app.add_option(names, value, help)->type_name(type);
     // To CLI11, too small a number is a very large one.
     if constexpr (std::is_same_v<Value, size_t> || std::is_same_v<Value, std::optional<size_t>>) {
@@ -38,12 +45,14 @@ void addValue(CLI::App& app, const char* names, const char* type, Value& value, 
             },
             ""));
     }
+    return option;
 }
-template void addValue(CLI::App&, const char*, const char*, std::string&, const char*);
-template void addValue(CLI::App&, const char*, const char*, uint32_t&, const char*);
-template void addValue(CLI::App&, const char*, const char*, size_t&, const char*);
-template void addValue(CLI::App&, const char*, const char*, double&, const char*);
-template void addValue(CLI::App&, const char*, const char*, std::optional<size_t>&, const char*);
+template CLI::Option* addValue(CLI::App&, const char*, const char*, std::string&, const char*);
+template CLI::Option* addValue(CLI::App&, const char*, const char*, uint32_t&, const char*);
+template CLI::Option* addValue(CLI::App&, const char*, const char*, size_t&, const char*);
+template CLI::Option* addValue(CLI::App&, const char*, const char*, double&, const char*);
+template CLI::Option* addValue(CLI::App&, const char*, const char*, std::optional<size_t>&,
+                               const char*);
 
 CLI::Option* addValues(CLI::App& app, const char* names, const char* type,
                        std::vector<std::string>& values, const char* help) {
@@ -109,6 +118,12 @@ CLI::Option* addChoice(CLI::App& app, const char* name, const char* type, const 
         // Unlike its description, the check's name does not show in the help.
         ->check(CLI::Validator(check, "", joined(words, " ")));
 }
+
+CLI::Option* require(CLI::Option* option) { return option->required(); }
+
+CLI::Option* putBelow(const char* heading, CLI::Option* option) { return option->group(heading); }
+
+CLI::Option* letNeed(CLI::Option* option, CLI::Option* other) { return option->needs(other); }
 
 std::vector<std::string> wordsOf(CLI::Option& option) {
     std::vector<std::string> words;

@@ -39,11 +39,14 @@ struct NewFileOptions {
 void addNewFileOptions(CLI::App& app, NewFileOptions& options);
 
 CLI::Option* addFlag(CLI::App& app, const char* names, bool& value, const char* help);
+CLI::Option* addFlag(CLI::App& app, const char* names, const std::function<void()>& set,
+                     const char* help);
 
 // An option with one value: a std::string, uint32_t, size_t, double or std::optional<size_t>.
 // `type` is the value's name in the help.
 template <typename Value>
-void addValue(CLI::App& app, const char* names, const char* type, Value& value, const char* help);
+CLI::Option* addValue(CLI::App& app, const char* names, const char* type, Value& value,
+                      const char* help);
 
 // An option that may stand several times, each time with one value: the next word may be the file.
 CLI::Option* addValues(CLI::App& app, const char* names, const char* type,
@@ -61,6 +64,15 @@ void addOperands(CLI::App& app, Operand kind, const char* name, std::vector<std:
 CLI::Option* addChoice(CLI::App& app, const char* name, const char* type, const char* help,
                        const std::vector<std::string>& words,
                        const std::function<void(size_t)>& choose);
+
+// The command line has to have the option.
+CLI::Option* require(CLI::Option* option);
+
+// The option stands below this heading in the help.
+CLI::Option* putBelow(const char* heading, CLI::Option* option);
+
+// The option is refused without the other one.
+CLI::Option* letNeed(CLI::Option* option, CLI::Option* other);
 
 // The words of an option that addChoice() added; none of others.
 std::vector<std::string> wordsOf(CLI::Option& option);

@@ -2,8 +2,6 @@
 
 #include "scope/plain_lines.h"
 
-#include <CLI/CLI.hpp>
-
 #include "analysis/slot.h"
 #include "lines/line_printer.h"
 #include "registry/audio_class_registry.h"
@@ -54,19 +52,19 @@ LineOptions lineOptionsOf(const PlainOptions& options) {
 }  // namespace
 
 void addPlainOptions(CLI::App& app, PlainOptions& options, CLI::Option* plain) {
-    plain->group(kGroup);
-    const auto place = [&](CLI::Option* option) { option->group(kGroup)->needs(plain); };
+    putBelow(kGroup, plain);
+    const auto place = [&](CLI::Option* option) { letNeed(putBelow(kGroup, option), plain); };
     for (const Flag& flag : kFlags) {
         uint32_t& field = options.line.*flag.field;
-        const auto set = [&field, value = flag.value](int64_t) { field = value; };
-        place(app.add_flag_function(flag.names, set, flag.help));
+        const auto set = [&field, value = flag.value] { field = value; };
+        place(addFlag(app, flag.names, set, flag.help));
     }
     place(addSortedOption(app, options.sorted));
     place(addFlag(app, "-s,--nostamp", options.noTime, "without the time"));
     place(addFlag(app, "-k,--kernel", options.kernelTime, "the kernel's time"));
     place(addFlag(app, "-a,--all", options.all, "codes of all kinds, not audio codes alone"));
-    place(app.add_option("-d,--decode", options.decodeFile, "names of other codes; implies -a")
-              ->type_name("FILE"));
+    place(addValue(app, "-d,--decode", "FILE", options.decodeFile,
+                   "names of other codes; implies -a"));
     place(addValues(app, "-F,--filter-out", "CLASS", options.without, "without this class"));
     place(addValues(app, "-X,--filter-all-except", "CLASS", options.only, "this class alone"));
 }

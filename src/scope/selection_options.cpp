@@ -2,7 +2,6 @@
 
 #include "scope/selection_options.h"
 
-#include <CLI/CLI.hpp>
 #include <algorithm>
 
 #include "analysis/call_tracker.h"
@@ -16,6 +15,8 @@
 namespace sonaprobe::scope {
 
 namespace {
+
+constexpr const char* kHeading = "Selection";  // in the help
 
 constexpr const char* kTimeHelp = "give a number and a unit, such as 12.345s, 20ms or 412us";
 
@@ -91,13 +92,12 @@ void survey(Selection& selection, const TraceOptions& trace) {
 }  // namespace
 
 void addSelectionOptions(CLI::App& app, SelectionOptions& options) {
-    constexpr const char* kGroup = "Selection";
     const auto add = [&](const char* name, std::string& value, const char* type, const char* help) {
-        app.add_option(name, value, help)->type_name(type)->group(kGroup);
+        putBelow(kHeading, addValue(app, name, type, value, help));
     };
     const auto addEach = [&](const char* name, std::vector<std::string>& values, const char* type,
                              const char* help) {
-        addValues(app, name, type, values, help)->group(kGroup);
+        putBelow(kHeading, addValues(app, name, type, values, help));
     };
     add("--from", options.from, "TIME", "from this time on: 12.345s, 20ms, 412us");
     add("--to", options.to, "TIME", "before this time");
@@ -108,15 +108,16 @@ void addSelectionOptions(CLI::App& app, SelectionOptions& options) {
     addEach("--cpu", options.cpus, "N", "of this processor");
     addEach("--object", options.objects, "ADDRESS", "of this object");
     add("--longer", options.longer, "TIME", "start and end of calls that took at least so long");
-    app.add_flag("--failed", options.failed, "records that tell of a failure")->group(kGroup);
+    putBelow(kHeading, addFlag(app, "--failed", options.failed, "records that tell of a failure"));
     add("--where", options.where, "CONDITION", "by values: 'pin nodeID == 21 && result != 0'");
 }
 
 CLI::Option* addSortedOption(CLI::App& app, bool& sorted) {
-    return addFlag(app, "--sorted", sorted,
-                   "time never steps back in the file, and it has one divisor: search for --from "
-                   "and --to, and leave unread what is not between them")
-        ->group("Selection");
+    return putBelow(
+        kHeading,
+        addFlag(app, "--sorted", sorted,
+                "time never steps back in the file, and it has one divisor: search for --from "
+                "and --to, and leave unread what is not between them"));
 }
 
 Selection selectionOf(const SelectionOptions& options, TraceOptions& trace) {

@@ -78,10 +78,10 @@ Status run(Options& options) {
 Run setUpCatch(CLI::App& app) {
     const auto options = std::make_shared<Options>();
     WatchOptions& watched = options->watch;
-    addValues(app, "--on", "EVENT", watched.on,
-              "dropout, failure, 'longer 5ms', an event, or a condition on values; of several "
-              "any")
-        ->required();
+    require(
+        addValues(app, "--on", "EVENT", watched.on,
+                  "dropout, failure, 'longer 5ms', an event, or a condition on values; of several "
+                  "any"));
     addValue(app, "--keep", "TIME", options->keep,
              "records of so long before it: 10s unless given");
     addValue(app, "--after", "TIME", options->after, "and of so long after it: 200ms unless given");

@@ -1,6 +1,5 @@
 // sonascope completion: the completion of a shell, made from the command line's own tables.
 
-#include <CLI/CLI.hpp>
 #include <memory>
 
 #include "scope/command.h"
@@ -32,9 +31,8 @@ Run setUpCompletion(CLI::App& app) {
     const auto chosen = std::make_shared<const Shell*>();
     std::vector<std::string> names;
     for (const Shell& shell : kShells) names.emplace_back(shell.name);
-    addChoice(app, "SHELL", "", "the shell", names, [chosen](size_t shell) {
-        *chosen = &kShells[shell];
-    })->required();
+    require(addChoice(app, "SHELL", "", "the shell", names,
+                      [chosen](size_t shell) { *chosen = &kShells[shell]; }));
     addExamples(app, "  source <(sonascope completion bash)\n");
     return [chosen] { return run(**chosen); };
 }
