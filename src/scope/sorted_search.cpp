@@ -5,6 +5,7 @@
 #include <algorithm>
 #include <array>
 #include <optional>
+#include <utility>
 
 #include "analysis/slot.h"
 #include "scope/failure.h"
@@ -33,36 +34,12 @@ class Search {
 
     // A slot with no record before it, from the head on, that is as late as this.
     uint64_t beginOf(Nanoseconds from) {
-        const Nanoseconds early = saturated(Wide{from} - TraceClock::kMostDisorder);
-        uint64_t low = head();
-        uint64_t high = slots_;
-        while (high - low > kRead) {
-            const uint64_t middle = low + (high - low) / 2;
-            const auto found = recordFrom(middle, high);
-            if (found && timeOf(*found) < early) {
-                low = found->slot + 1;
-            } else {
-                high = middle;
-            }
-        }
-        return low;
+        return narrowed(head(), saturated(Wide{from} - TraceClock::kMostDisorder)).first;
     }
 
     // A slot with no record at it or after it that is earlier than this.
     uint64_t endOf(Nanoseconds to, uint64_t begin) {
-        const Nanoseconds late = saturated(Wide{to} + TraceClock::kMostDisorder);
-        uint64_t low = begin;
-        uint64_t high = slots_;
-        while (high - low > kRead) {
-            const uint64_t middle = low + (high - low) / 2;
-            const auto found = recordFrom(middle, high);
-            if (found && timeOf(*found) < late) {
-                low = found->slot + 1;
-            } else {
-                high = found ? found->slot : middle;
-            }
-        }
-        return high;
+        return narrowed(begin, saturated(Wide{to} + TraceClock::kMostDisorder)).second;
     }
 
     uint64_t slots() const { return slots_; }
@@ -73,6 +50,21 @@ class Search {
         uint64_t slot;
         uint64_t tick;
     };
+
+    // Two slots near each other, with the first record of this time or later between them.
+    std::pair<uint64_t, uint64_t> narrowed(uint64_t low, Nanoseconds time) {
+        uint64_t high = slots_;
+        while (high - low > kRead) {
+            const uint64_t middle = low + (high - low) / 2;
+            const auto found = recordFrom(middle, high);
+            if (found && timeOf(*found) < time) {
+                low = found->slot + 1;
+            } else {
+                high = middle;
+            }
+        }
+        return {low, high};
+    }
 
     void readHead() {
         head_ = firstOf(0, slots_, [&](const TraceRecord& slot) {
