@@ -50,6 +50,14 @@ void Columns::appendTo(std::string& bytes) const {
     for (const std::vector<char>& plane : planes_) append(plane);
 }
 
+std::string Columns::below(const std::string& heading) const {
+    std::string bytes;
+    putNumber(bytes, heading.size());
+    bytes += heading;
+    appendTo(bytes);
+    return bytes;
+}
+
 std::string deflated(const std::string& bytes, Deflating how) {
     constexpr int kWindowBits = 15;
     constexpr int kMostMemory = 9;

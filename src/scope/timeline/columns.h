@@ -39,6 +39,9 @@ class Columns {
     // Heads and planes, each after its length.
     void appendTo(std::string& bytes) const;
 
+    // A heading after its length, then the same.
+    std::string below(const std::string& heading) const;
+
   private:
     void putLong(uint64_t number);
 

@@ -49,11 +49,7 @@ std::string packedCycles(const IoTrace& trace, const Survey& survey, const SlotN
             before = record;
         }
     }
-    std::string bytes;
-    putNumber(bytes, heading.size());
-    bytes += heading;
-    columns.appendTo(bytes);
-    return bytes;
+    return columns.below(heading);
 }
 
 }  // namespace sonaprobe::scope::timeline

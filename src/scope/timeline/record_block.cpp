@@ -280,12 +280,7 @@ std::string packed(const RecordBlock& block) {
     packTicks(block, columns);
     packProcessors(block, columns);
     packWords(block, heading, columns);
-
-    std::string bytes;
-    putNumber(bytes, heading.size());
-    bytes += heading;
-    columns.appendTo(bytes);
-    return bytes;
+    return columns.below(heading);
 }
 
 }  // namespace sonaprobe::scope::timeline
