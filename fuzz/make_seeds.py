@@ -200,17 +200,33 @@ def calls():
             write("calls", f"{name}-{by}", struct.pack("<BI", by, 1000) + data)
 
 
+CONDITIONS = {
+    "pin": (b"OrvelHDAWidget", b"pin nodeID == 21 && result != 0"),
+    "either": (b"hdad", b"(result == 0xe00002d6 || !(state > 1)) && \"a name\" <= 0x10"),
+    "unknown": (b"nosuch", b"nosuch == 1"), "texts": (b"enable", b"direction == 'output'"),
+    "nested": (b"21", 40 * b"(" + b"result == 0" + 40 * b")"), "nots": (b"", 40 * b"!" + b"x"),
+    "open": (b"OrvelHDAPath::enable", b"(result == "), "large": (b"0x05245C0C", b"x > " + 30 * b"9"),
+    "bytes": (b"\xff\0", b"\xfe \0 == \x80"), "empty": (b"", b"")}
+
+
 def selections():
-    """A record, the length of a name, the name, an expression."""
+    """A record, the length of a name, the name, a condition."""
     record = playback(2)[64:]
-    for name, (word, where) in {
-            "pin": (b"OrvelHDAWidget", b"pin nodeID == 21 && result != 0"),
-            "either": (b"hdad", b"(result == 0xe00002d6 || !(state > 1)) && \"a name\" <= 0x10"),
-            "unknown": (b"nosuch", b"nosuch == 1"), "texts": (b"enable", b"direction == 'output'"),
-            "nested": (b"21", 40 * b"(" + b"result == 0" + 40 * b")"), "nots": (b"", 40 * b"!" + b"x"),
-            "open": (b"OrvelHDAPath::enable", b"(result == "), "large": (b"0x05245C0C", b"x > " + 30 * b"9"),
-            "bytes": (b"\xff\0", b"\xfe \0 == \x80"), "empty": (b"", b"")}.items():
+    for name, (word, where) in CONDITIONS.items():
         write("selection", name, record + bytes([len(word)]) + word + where)
+
+
+def expressions():
+    """What comparisons come to, a condition."""
+    for name, (_, where) in CONDITIONS.items():
+        write("expression", name, b"\x1b" + where)
+
+
+def selected():
+    """Which condition, which event, its qualifier, a record."""
+    for condition in range(24):
+        write("selected", str(condition), struct.pack("<BHB", condition, 20 * condition, condition)
+              + pack(0, t=24, a1=1, a2=condition << 32 | 0xE00002C7, a3=21 << 32 | 1, a4=2))
 
 
 def packed_files():
@@ -228,17 +244,48 @@ def packed_files():
         write("packed", name, data)
 
 
+NAMES = {"plain": b"a name", "markup": b"</script><b>&amp;\"'", "formula": b"=cmd()|'x'!A1",
+         "sql": b"'); DROP TABLE records; --", "separators": b";;,\t; 12\r",
+         "bytes": bytes(byte for byte in range(1, 64) if byte != 10),
+         "high": bytes(range(192, 255))}
+
+
 def exports():
     """The format, its options, the length of a name, the name, then slots."""
     named = (pack(0x01400005, t=24, a1=1, a5=7) + pack(0x0524C82C, t=48, a3=0x3C2F0A22, a5=7)
              + pack(0x01400006, t=72, a1=1, a5=7))
-    names = {"plain": b"a name", "markup": b"</script><b>&amp;\"'", "formula": b"=cmd()|'x'!A1",
-             "sql": b"'); DROP TABLE records; --", "separators": b";;,\t; 12\r", "bytes":
-             bytes(byte for byte in range(1, 64) if byte != 10), "high": bytes(range(192, 255))}
-    for form in range(7):
-        for number, (name, text) in enumerate(names.items()):
-            write("exports", f"{name}-{form}", bytes([form, number, len(text)]) + text
-                  + named + playback(8)[64:])
+    for number, (name, text) in enumerate(NAMES.items()):
+        slots = bytes([len(text)]) + text + named + playback(8)[64:]
+        for form in range(6):
+            write("exports", f"{name}-{form}", bytes([form, number]) + slots)
+        write("database", name, slots)
+
+
+def rows():
+    """The length of a name, the name, ticks, a time, a record."""
+    for name, text in NAMES.items():
+        for code in (0x01400004, 0x0524C82C, 0x05245C0E):
+            write("rows", f"{name}-{code:08x}", bytes([len(text)]) + text + struct.pack("<Bq", 24, -5)
+                  + pack(code, t=48, a1=1, a2=2**63, a3=0x3C2F0A22, a5=7))
+
+
+def escapes():
+    for name, text in NAMES.items():
+        write("escape", name, text)
+
+
+def columns():
+    """Numbers, each after a byte of its length and count."""
+    for name, numbers in {"small": range(0, 256, 5), "long": [1 << 8 * n - 1 for n in range(1, 9)],
+                          "edges": [247, 248, 2**63, 2**64 - 1, 0]}.items():
+        data = b""
+        for place, number in enumerate(numbers):
+            length = (number.bit_length() + 7) // 8
+            # Length is the rest of 9, count bits 4 and 5.
+            how = next(byte for byte in range(256) if byte % 9 == length
+                       and byte >> 4 & 3 == place % 4)
+            data += bytes([how]) + number.to_bytes(length)
+        write("columns", name, data)
 
 
 def record_blocks():
@@ -254,10 +301,15 @@ def record_blocks():
 
 if __name__ == "__main__":
     exports()
+    rows()
+    escapes()
+    columns()
     record_blocks()
     damaged_files()
     calls()
     selections()
+    expressions()
+    selected()
     packed_files()
     raw_files()
     code_names()

@@ -7,85 +7,29 @@
 #include "scope/timeline/record_block.h"
 
 #include <map>
+#include <unordered_map>
 #include <vector>
 
 #include "fuzz.h"
-#include "scope/timeline/columns.h"
+#include "page_reader.h"
 
 using namespace sonaprobe;
 using namespace sonaprobe::scope::timeline;
+using fuzz::ColumnReader;
+using fuzz::Reader;
 using fuzz::require;
 
 namespace {
 
 constexpr uint8_t kAllWords = 0x0F;
-
-// Bytes as docs/timeline-page.md has them.
-class Reader {
-  public:
-    explicit Reader(std::string_view bytes) : left_(bytes) {}
-
-    bool atEnd() const { return left_.empty(); }
-    uint8_t byte() {
-        require(!left_.empty(), "the bytes go on");
-        const auto value = static_cast<uint8_t>(left_.front());
-        left_.remove_prefix(1);
-        return value;
-    }
-    uint64_t number() {
-        uint64_t value = 0;
-        for (unsigned shift = 0;; shift += 7) {
-            const uint8_t next = byte();
-            value |= uint64_t{next & 0x7FU} << shift;
-            if (next < 0x80) return value;
-        }
-    }
-    Reader part(uint64_t length) {
-        require(length <= left_.size(), "a part is there");
-        const Reader taken(left_.substr(0, length));
-        left_.remove_prefix(length);
-        return taken;
-    }
-
-  private:
-    std::string_view left_;
-};
-
-class ColumnReader {
-  public:
-    explicit ColumnReader(Reader& bytes) : heads_(bytes.part(bytes.number())) {
-        for (size_t i = 0; i < 8; ++i) planes_.push_back(bytes.part(bytes.number()));
-        require(bytes.atEnd(), "nothing comes after the last plane");
-    }
-
-    uint64_t next() {
-        const uint64_t head = heads_.byte();
-        if (head < Columns::kFirstLength) return head;
-        uint64_t value = 0;
-        for (uint64_t i = 0; i < head - Columns::kFirstLength + 1; ++i) {
-            value |= uint64_t{planes_[i].byte()} << 8 * i;
-        }
-        return value;
-    }
-    int64_t nextSigned() {
-        const uint64_t value = next();
-        return static_cast<int64_t>(value >> 1 ^ (0 - (value & 1)));
-    }
-    void requireEnd() const {
-        bool all = heads_.atEnd();
-        for (const Reader& plane : planes_) all = all && plane.atEnd();
-        require(all, "all numbers are read");
-    }
-
-  private:
-    Reader heads_;
-    std::vector<Reader> planes_;
-};
+constexpr uint8_t kLong = 254;
 
 RecordBlock blockOf(fuzz::Input& input) {
     RecordBlock block;
-    const size_t records = size_t{1} + input.number<uint8_t>() * 4;
-    const uint32_t kinds = uint32_t{1} + input.number<uint8_t>() % 64;
+    // Codings are chosen by the first 512 of a column.
+    const auto length = input.number<uint8_t>();
+    const size_t records = length < kLong ? size_t{1} + length % 32 : 600;
+    const uint32_t kinds = uint32_t{1} + input.number<uint8_t>() % 16;
     const std::span<const uint8_t> bytes = input.rest();
     std::map<uint32_t, uint32_t> places;  // of kinds
     for (size_t i = 0; i < records; ++i) {
@@ -139,13 +83,15 @@ std::vector<uint32_t> halves(Reader& heading, ColumnReader& columns,
 }
 
 void checkKinds(const RecordBlock& block, ColumnReader& columns) {
+    constexpr uint32_t kPairs = 1 << 16;
     std::vector<uint32_t> afterOne(block.symbols.size() + 1, UINT32_MAX);
-    std::vector<uint32_t> afterTwo(1 << 16, UINT32_MAX);
+    std::unordered_map<uint32_t, uint32_t> afterTwo;
     uint32_t before = 0;
     uint32_t twoBefore = 0;
     for (const uint32_t expected : block.local) {
         uint32_t& byOne = afterOne[before];
-        uint32_t& byTwo = afterTwo[(twoBefore * 40503 + before) % afterTwo.size()];
+        uint32_t& byTwo =
+            afterTwo.try_emplace((twoBefore * 40503 + before) % kPairs, UINT32_MAX).first->second;
         const uint64_t stored = columns.next();
         const uint64_t local = stored == 0 ? byTwo : stored == 1 ? byOne : stored - 2;
         require(local == expected, "the kinds are those of the records");

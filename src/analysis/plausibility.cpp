@@ -32,8 +32,6 @@ TraceRecord slotAt(const std::byte* at, ByteOrder order) {
     return slot;
 }
 
-Plausibility::Plausibility() : recordsOfClassWord_(0x10000) {}
-
 unsigned Plausibility::doubtsOfOdd(const TraceRecord& slot) const {
     if (slot.debugid == kInvalidMarker) return 0;
     if (slot.debugid == kDivisorMarker) return hasArguments(slot) ? 1 : 0;

@@ -4,8 +4,8 @@
 
 #include <cstddef>
 #include <cstdint>
-#include <vector>
 
+#include "analysis/tally.h"
 #include "record/trace_record.h"
 
 namespace sonaprobe {
@@ -34,38 +34,41 @@ constexpr unsigned kNoSlot = 3;
 // What the slots of one file have in common.
 class Plausibility {
   public:
-    Plausibility();
-
     // What speaks against a slot, its time stamp aside: 0 nothing, 1 and 2 odd, kNoSlot or more no
     // slot at all. An empty slot is no slot here.
     unsigned doubts(const TraceRecord& slot) const {
-        const uint32_t word = classWordOf(slot.debugid);
-        const bool ordinary = (word == kAudioClassWord || word == kServerClassWord) &&
-                              slot.reserved == 0 && slot.cpuid < kManyProcessors;
+        const bool ordinary =
+            isOfAudio(slot.debugid) && slot.reserved == 0 && slot.cpuid < kManyProcessors;
         return ordinary ? 0 : doubtsOfOdd(slot);
     }
 
     // Whether the class word is one that drivers and audio server use, or frequent in this file.
     bool isFamiliar(uint32_t debugid) const {
-        const uint32_t word = classWordOf(debugid);
-        if (word == kAudioClassWord || word == kServerClassWord) return true;
+        if (isOfAudio(debugid)) return true;
         constexpr uint64_t kFrequent = 64;  // one record in so many
-        return recordsOfClassWord_[word] > 0 && recordsOfClassWord_[word] * kFrequent >= records_;
+        const auto& counts = recordsOfOtherClassWord_.counts();
+        const auto found = counts.find(classWordOf(debugid));
+        return found != counts.end() && found->second * kFrequent >= records_;
     }
 
     // Takes a record of the file as an example of what the others look like.
     void learn(const TraceRecord& record) {
-        recordsOfClassWord_[classWordOf(record.debugid)]++;
+        if (!isOfAudio(record.debugid)) recordsOfOtherClassWord_.add(classWordOf(record.debugid));
         records_++;
     }
 
   private:
     static constexpr uint32_t kManyProcessors = 256;
-    static constexpr uint32_t kServerClassWord = classWordOf(kAudioServerKey);
+
+    static bool isOfAudio(uint32_t debugid) {
+        constexpr uint32_t kServerClassWord = classWordOf(kAudioServerKey);
+        const uint32_t word = classWordOf(debugid);
+        return word == kAudioClassWord || word == kServerClassWord;
+    }
 
     unsigned doubtsOfOdd(const TraceRecord& slot) const;
 
-    std::vector<uint32_t> recordsOfClassWord_;
+    Tally recordsOfOtherClassWord_;
     uint64_t records_ = 0;
 };
 
