@@ -1,7 +1,10 @@
 """Every byte that a name or a text may have, through every output: none reaches a terminal, a query
 or a page as anything but its characters."""
 
+import html
 import json
+import os
+import pathlib
 import re
 import sqlite3
 
@@ -89,3 +92,21 @@ def test_a_page_has_every_name_whole(hostile, tmp_path):
     page = tmp_path / "page.html"
     assert scope("timeline", *hostile, "-o", page).returncode == 0
     assert NAMES <= {event["method"] for event in head(page.read_bytes())["events"]}
+
+
+@pytest.mark.parametrize("first, end", [(1, ord("/")), (ord("/") + 1, 160), (160, 256)])
+def test_a_path_is_characters_alone(first, end, hostile, tmp_path):
+    path = tmp_path / os.fsdecode(bytes(range(first, end)))
+    path.hardlink_to(hostile[0])
+    page = f"{path}.html"
+    for command, *options in (["info"], ["lines"], ["stats"], ["tree"], ["why"], ["diff", path],
+                              ["cut", "-o", f"{path}.cut"], ["repair", "-o", f"{path}.repaired"],
+                              ["timeline", "-o", page], ["export", "--to", "chrome"],
+                              ["export", "--to", "speedscope"], ["export", "--to", "callgrind"],
+                              ["export", "--to", "sqlite", "-o", f"{path}.db"]):
+        for file, statuses in ((path, (0, 1)), (f"{path}.gone", (2,))):
+            result = scope(command, file, *options, text=False, errors=None)
+            assert result.returncode in statuses
+            assert re.fullmatch(r"[ -~\n\u00b5]*", (result.stdout + result.stderr).decode())
+    title = re.search(rb"<title>([^<]*)</title>", pathlib.Path(page).read_bytes())[1]
+    assert html.unescape(title.decode("ascii")).startswith("".join(map(shown, range(first, end))))
