@@ -26,7 +26,7 @@ std::string onlyText(sqlite3* database, const char* sql) {
     require(sqlite3_prepare_v2(database, sql, -1, &statement, nullptr) == SQLITE_OK,
             "the database can be asked");
     require(sqlite3_step(statement) == SQLITE_ROW, "the database answers");
-    const std::string text = reinterpret_cast<const char*>(sqlite3_column_text(statement, 0));
+    std::string text = reinterpret_cast<const char*>(sqlite3_column_text(statement, 0));
     sqlite3_finalize(statement);
     return text;
 }

@@ -60,7 +60,7 @@ void checkText(const std::string& text, std::string_view format) {
     checkOf(format)(text);
 }
 
-void exportText(const FormatEntry& entry, FormatOptions options, const TraceOptions& trace) {
+void exportText(const FormatEntry& entry, const FormatOptions& options, const TraceOptions& trace) {
     std::string text;
     TextOutput out(
         {.write = [](void* all, const char* some,

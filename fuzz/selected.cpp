@@ -3,6 +3,9 @@
 //
 // An input is a byte for the condition, two for the event, one for the qualifier, then a record.
 
+#include <initializer_list>
+#include <string>
+#include <utility>
 #include <variant>
 #include <vector>
 
@@ -44,16 +47,24 @@ struct Asked {
     Selection contrary;
 };
 
+std::string joined(std::initializer_list<std::string_view> parts) {
+    std::string text;
+    for (const std::string_view part : parts) text += part;
+    return text;
+}
+
 // Each comparison with the next one.
 std::vector<Asked> allAsked() {
+    constexpr std::pair<const char*, const char*> kJoints[] = {{" && ", " || "}, {" || ", " && "}};
     std::vector<Asked> all;
     for (size_t i = 0; i < std::size(kComparisons); ++i) {
-        const std::string one = kComparisons[i];
-        const std::string other = kComparisons[(i + 1) % std::size(kComparisons)];
-        all.push_back({made(one + " && " + other), made("!(!(" + one + ") || !(" + other + "))"),
-                       made("!(" + one + ") || !(" + other + ")")});
-        all.push_back({made(one + " || " + other), made("!(!(" + one + ") && !(" + other + "))"),
-                       made("!(" + one + ") && !(" + other + ")")});
+        const char* const one = kComparisons[i];
+        const char* const other = kComparisons[(i + 1) % std::size(kComparisons)];
+        for (const auto& [joint, opposite] : kJoints) {
+            const std::string contrary = joined({"!(", one, ")", opposite, "!(", other, ")"});
+            all.push_back({made(joined({one, joint, other})), made(joined({"!(", contrary, ")"})),
+                           made(contrary)});
+        }
     }
     return all;
 }

@@ -157,11 +157,19 @@ def print_round(folder, place, chance, sent, tally):
             yield f"status {status} of {len(found)} bytes"
 
 
+def read_exactly(pipe, count):
+    """Not a byte more, as a file object might to fill its buffer."""
+    found = b""
+    while len(found) < count and (some := os.read(pipe.fileno(), count - len(found))):
+        found += some
+    return found
+
+
 def leave_round(folder, place, chance, tally):
     """The reader of what is printed leaves after some bytes."""
     with subprocess.Popen(folder.command(place), stdin=subprocess.DEVNULL, stdout=subprocess.PIPE,
                           stderr=subprocess.PIPE) as process:
-        found = process.stdout.read(chance.randint(0, len(folder.expected)))
+        found = read_exactly(process.stdout, chance.randint(0, len(folder.expected)))
         process.stdout.close()
         said = process.stderr.read().decode()
         status = process.wait(60)
