@@ -52,7 +52,7 @@ bool same(const std::string& field, const std::string& name, const Json& value) 
     if (!value.is_string()) return field == value.dump();
     const auto& text = value.get_ref<const std::string&>();
     const bool isWord = name == "code" || name == "thread" || name == "object";
-    // Spreadsheets take neither for a number or a formula.
+    // Spreadsheets must take none for a number or a formula.
     if (isWord && !text.empty()) return "0" + field == text;
     const bool isFormula =
         !text.empty() && std::string_view("=+-@").find(text[0]) != std::string_view::npos;
