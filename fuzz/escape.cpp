@@ -7,8 +7,8 @@
 #include <string>
 
 #include "fuzz.h"
+#include "page_reader.h"
 #include "scope/export/put_json.h"
-#include "scope/timeline/columns.h"
 
 using namespace sonaprobe;
 using namespace sonaprobe::scope;
@@ -53,19 +53,6 @@ std::string jsonRead(std::string_view text) {
     return read;
 }
 
-// The bytes of a page's text, as docs/timeline-page.md has them.
-std::string pageRead(std::string_view text) {
-    std::string read;
-    for (size_t i = 0; i < text.size(); ++i) {
-        const bool isEscape = text[i] == '=';
-        require(!isEscape || i + 1 < text.size(), "an escape has its byte");
-        require(isEscape || (text[i] != '<' && text[i] != '\0' && text[i] != '\r'),
-                "nothing is in it that a page changes");
-        read += isEscape ? static_cast<char>(static_cast<unsigned char>(text[++i]) - 64) : text[i];
-    }
-    return read;
-}
-
 }  // namespace
 
 int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
@@ -87,6 +74,6 @@ int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
     const char* const end = putJsonText(room.data(), text);
     const std::string_view json(room.data(), static_cast<size_t>(end - room.data()));
     require(jsonRead(json) == text, "a JSON text reads back");
-    require(pageRead(timeline::asPageText(bytes)) == bytes, "a page's bytes read back");
+    require(fuzz::bytesOfPage(timeline::asPageText(bytes)) == bytes, "a page's bytes read back");
     return 0;
 }

@@ -274,6 +274,18 @@ def escapes():
         write("escape", name, text)
 
 
+def pages():
+    """How many records the page may have, then slots."""
+    period = playback(40)[64:]
+    nested = b"".join(pack(0x05245C0C | (1 if n < 8 else 2), t=24 * n, a1=min(n, 15 - n), a5=7)
+                      for n in range(16))
+    for name, most, slots in (("whole", 255, period), ("thinned", 3, period), ("nested", 255, nested),
+                              ("divisors", 255, nested + pack(DIVISOR_MARKER, t=2**64 - 1) + nested),
+                              ("back", 255, b"".join(nested[at:at + 64] for at in
+                                                     range(len(nested) - 64, -1, -64)))):
+        write("page", name, bytes([most]) + slots)
+
+
 def columns():
     """Numbers, each after a byte of its length and count."""
     for name, numbers in {"small": range(0, 256, 5), "long": [1 << 8 * n - 1 for n in range(1, 9)],
@@ -304,6 +316,7 @@ if __name__ == "__main__":
     rows()
     escapes()
     columns()
+    pages()
     record_blocks()
     damaged_files()
     calls()

@@ -3,6 +3,7 @@
 #pragma once
 
 #include <cstdint>
+#include <string>
 #include <string_view>
 #include <vector>
 
@@ -10,6 +11,19 @@
 #include "scope/timeline/columns.h"
 
 namespace sonaprobe::fuzz {
+
+// The bytes that a page's characters stand for.
+inline std::string bytesOfPage(std::string_view text) {
+    std::string read;
+    for (size_t i = 0; i < text.size(); ++i) {
+        const bool isEscape = text[i] == '=';
+        require(!isEscape || i + 1 < text.size(), "an escape has its byte");
+        require(isEscape || (text[i] != '<' && text[i] != '\0' && text[i] != '\r'),
+                "nothing is in it that a page changes");
+        read += isEscape ? static_cast<char>(static_cast<unsigned char>(text[++i]) - 64) : text[i];
+    }
+    return read;
+}
 
 // 0, 1, 2, 3, 4 are 0, -1, 1, -2, 2.
 inline int64_t signedOf(uint64_t number) {
