@@ -117,7 +117,8 @@ def check_answers(kind, count, folder, tally, names, limit=None):
     write(trace, kind, count)
     for name in names:
         with subprocess.Popen(words(COMMANDS[name], trace, new), stdout=subprocess.DEVNULL,
-                              stderr=subprocess.PIPE, text=True, preexec_fn=limit) as process:
+                              stderr=subprocess.PIPE, text=True, errors="replace",
+                              preexec_fn=limit) as process:
             said = process.stderr.read()
             _, status, usage = os.wait4(process.pid, 0)
             process.returncode = os.waitstatus_to_exitcode(status)
