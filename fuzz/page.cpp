@@ -1,5 +1,5 @@
-// The timeline's page of any records, packed as a whole: each chunk unpacks, the head
-// is JSON, and each record is in a block but those that were merged.
+// The timeline's page of any records, packed as a whole: each chunk unpacks, the head is JSON, and
+// each record is in a block but those that were merged.
 //
 // An input is a byte for how many records the page may have, then slots.
 
