@@ -26,6 +26,7 @@ class TraceReport {
     explicit TraceReport(bool withCalls);
 
     void take(const Found& found);
+    void take(const RecordRun& run);
     void finish();
 
     const SlotCheck& slots() const { return slots_; }
@@ -57,6 +58,7 @@ class TraceReport {
     SlotCheck slots_;
     std::optional<CallCheck> calls_;
     TraceClock clock_;  // where there is no check of calls
+    bool isFirst_ = true;
     Nanoseconds begin_ = 0;
     uint64_t latestTick_ = 0;
     uint64_t stepsBack_ = 0;

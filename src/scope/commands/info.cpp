@@ -46,7 +46,7 @@ struct FileReport {
 void read(const std::string& path, uint64_t mostGrowth, FileReport& file) {
     FoundSlots slots(path, mostGrowth);
     if (slots.source().packing() != nullptr) file.packing = slots.source().packing();
-    slots.forEach([&](const Found& found) { file.report.take(found); });
+    slots.forEachRun([&](const auto& found) { file.report.take(found); });
     file.report.finish();
     file.bytes = slots.bytes();
     if (slots.source().damage() != nullptr) file.damage = slots.source().damage();
