@@ -3,6 +3,7 @@
 #include "analysis/io_cycles.h"
 
 #include <algorithm>
+#include <ranges>
 #include <utility>
 
 #include "analysis/slot.h"
@@ -32,7 +33,7 @@ constexpr size_t kMostCallsOfScene = size_t{1} << 14;
 
 }  // namespace
 
-IoObserver::IoObserver() : tracker_(*this) { trace_.gaps.becomeSketch(); }
+IoObserver::IoObserver() : tracker_(*this) {}
 
 void IoObserver::take(const TraceRecord& slot) {
     orphan_ = false;
@@ -50,7 +51,10 @@ void IoObserver::take(const TraceRecord& slot) {
     ++trace_.records;
     if (isServer(slot.debugid)) ++trace_.serverRecords;
     const Nanoseconds time = bounded(moment->time);
-    if (trace_.records > 1 && time >= latest_) trace_.gaps.add(time - latest_);
+    if (trace_.records > 1 && time >= latest_) {
+        trace_.gaps.add(time - latest_);
+        trace_.gaps.becomeSketch();
+    }
     latest_ = std::max(latest_, time);
     recent_.push_back({time, moment->slot, slot.debugid, moment->thread, slot.cpuid, orphan_,
                        std::exchange(afterInvalid_, false)});
@@ -127,7 +131,9 @@ void IoObserver::beginCycle(const TraceRecord& record, const Call& call) {
     IoThread& io = trace_.threads[server.io];
     if (server.rate != 0) io.rate = server.rate;
     server.open = io.cycles.size();
+    const size_t ownersBefore = io.cycles.empty() ? 0 : io.cycles.back().owners.size();
     IoCycle& cycle = io.cycles.emplace_back();
+    cycle.owners.reserve(ownersBefore);
     cycle.beginSlot = call.startSlot;
     cycle.begin = cycle.end = bounded(call.start);
     cycle.sample = record.arg1;
@@ -276,18 +282,18 @@ void IoObserver::completeScenes(bool all) {
 std::optional<Scene> IoObserver::sceneFrom(size_t overload, Nanoseconds from, Nanoseconds to) {
     if (searched_ > kMostSearched || openTags_.size() > kMostCallsOfScene) return {};
     Scene scene;
-    for (auto record = recent_.rbegin(); record != recent_.rend(); ++record) {
-        if (record->time < from - kLateRecords) break;
+    for (const SeenRecord& record : std::views::reverse(recent_.items())) {
+        if (record.time < from - kLateRecords) break;
         ++searched_;
-        if (from <= record->time && record->time <= to) scene.records.push_back(*record);
+        if (from <= record.time && record.time <= to) scene.records.push_back(record);
         if (scene.records.size() > kMostRecordsOfScene) return {};
     }
     std::ranges::reverse(scene.records);
     std::ranges::stable_sort(scene.records, {}, &SeenRecord::time);
-    for (auto call = recentCalls_.rbegin(); call != recentCalls_.rend(); ++call) {
-        if (call->end < from - kLateRecords) break;
+    for (const SeenCall& call : std::views::reverse(recentCalls_.items())) {
+        if (call.end < from - kLateRecords) break;
         ++searched_;
-        if (from <= call->end && call->start <= to) scene.calls.push_back(*call);
+        if (from <= call.end && call.start <= to) scene.calls.push_back(call);
         if (scene.calls.size() > kMostCallsOfScene) return {};
     }
     searched_ += openTags_.size();

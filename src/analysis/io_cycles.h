@@ -13,6 +13,7 @@
 #include "analysis/call_tracker.h"
 #include "analysis/durations.h"
 #include "analysis/event_traits.h"
+#include "analysis/sliding_window.h"
 
 namespace sonaprobe {
 
@@ -182,8 +183,8 @@ class IoObserver final : private CallSink {
     CallTracker tracker_;
     IoTrace trace_;
     std::vector<Server> servers_;  // by thread
-    std::deque<SeenRecord> recent_;
-    std::deque<SeenCall> recentCalls_;  // in the order of their ends
+    SlidingWindow<SeenRecord> recent_;
+    SlidingWindow<SeenCall> recentCalls_;  // in the order of their ends
     struct OpenCall {
         SeenCall call{};
         size_t place = 0;              // in openTags_

@@ -49,9 +49,7 @@ void TraceReport::take(const Found& found) {
             calls_ ? calls_->take(found.slot, slot)
                    : void(clock_.takeDivisor(found.slot.timestamp));
             break;
-        case Found::What::record:
-            takeRecord(found.slot, slot);
-            break;
+        case Found::What::record: takeRecord(found.slot, slot); break;
         default: break;
     }
 }

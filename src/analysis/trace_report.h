@@ -41,11 +41,11 @@ class TraceReport {
 
     // The values of divisors, 0 aside, each with the slot in which it stands first.
     const std::map<uint64_t, uint64_t>& divisors() const { return divisors_; }
-    const std::map<uint32_t, uint64_t>& recordsOfProcessor() const { return processors_.counts(); }
+    std::map<uint32_t, uint64_t> recordsOfProcessor() const { return processors_.counts(); }
 
     // By debug id without event number and qualifier; without class, too, where it is no audio
     // code.
-    const std::map<uint32_t, uint64_t>& recordsOfClass() const { return classes_.counts(); }
+    std::map<uint32_t, uint64_t> recordsOfClass() const { return classes_.counts(); }
     const OutcomeCounts& outcomes() const { return outcomes_; }
     uint64_t points() const { return points_; }
 
