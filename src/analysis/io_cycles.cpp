@@ -56,8 +56,14 @@ void IoObserver::take(const TraceRecord& slot) {
         trace_.gaps.becomeSketch();
     }
     latest_ = std::max(latest_, time);
-    recent_.push_back({time, moment->slot, slot.debugid, moment->thread, slot.cpuid, orphan_,
-                       std::exchange(afterInvalid_, false)});
+    SeenRecord& seen = recent_.emplace_back();
+    seen.time = time;
+    seen.slot = moment->slot;
+    seen.debugid = slot.debugid;
+    seen.thread = moment->thread;
+    seen.cpu = slot.cpuid;
+    seen.orphan = orphan_;
+    seen.afterInvalid = std::exchange(afterInvalid_, false);
     completeScenes(false);
     forget();
 }
@@ -131,9 +137,8 @@ void IoObserver::beginCycle(const TraceRecord& record, const Call& call) {
     IoThread& io = trace_.threads[server.io];
     if (server.rate != 0) io.rate = server.rate;
     server.open = io.cycles.size();
-    const size_t ownersBefore = io.cycles.empty() ? 0 : io.cycles.back().owners.size();
     IoCycle& cycle = io.cycles.emplace_back();
-    cycle.owners.reserve(ownersBefore);
+    cycle.firstOwner = io.owners.size();
     cycle.beginSlot = call.startSlot;
     cycle.begin = cycle.end = bounded(call.start);
     cycle.sample = record.arg1;
@@ -154,7 +159,7 @@ void IoObserver::closed(const Call& call, const Call*, const Closing& closing) {
         std::vector<SeenCall>& calls = trace_.overloads[overload].scene.calls;
         *std::ranges::lower_bound(calls, seen.startSlot, {}, &SeenCall::startSlot) = seen;
     }
-    recentCalls_.push_back(seen);
+    recentCalls_.emplace_back() = seen;
     opened.scenes.clear();
     open_[openTags_.back()].place = opened.place;
     openTags_[opened.place] = openTags_.back();
@@ -176,7 +181,7 @@ void IoObserver::closed(const Call& call, const Call*, const Closing& closing) {
         return;
     }
     const OwnerKey owner = call.code == kClient ? clientKey(cycle->clients++) : callKey(call.code);
-    cycle->owners.push_back({owner, bounded(closing.selfOf(call))});
+    ownersOf(call.thread).push_back({owner, bounded(closing.selfOf(call))});
 }
 
 void IoObserver::endCycle(const TraceRecord& end, const Call& call, const Closing& closing) {
@@ -186,7 +191,7 @@ void IoObserver::endCycle(const TraceRecord& end, const Call& call, const Closin
         cycle->finished = true;
         cycle->end = bounded(closing.time);
         cycle->endSlot = closing.slot;
-        cycle->owners.push_back({kCycleItself, bounded(closing.selfOf(call))});
+        ownersOf(call.thread).push_back({kCycleItself, bounded(closing.selfOf(call))});
     }
     server.open.reset();
     tell(server, end, closing.time);

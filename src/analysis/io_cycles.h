@@ -8,6 +8,7 @@
 #include <deque>
 #include <limits>
 #include <optional>
+#include <span>
 #include <vector>
 
 #include "analysis/call_tracker.h"
@@ -53,7 +54,7 @@ struct IoCycle {
     bool broken = false;  // a call inside was cut off: a record is missing
     bool overloaded = false;
     uint32_t clients = 0;
-    std::vector<OwnerTime> owners;
+    size_t firstOwner = 0;  // of its thread's
 
     // What timing.h finds out.
     Nanoseconds budget = 0;
@@ -126,6 +127,12 @@ struct IoThread {
     uint64_t id = 0;
     uint64_t rate = 0;  // as the IOThread said; 0 where it did not
     std::vector<IoCycle> cycles{};
+    std::vector<OwnerTime> owners{};  // cycle by cycle
+
+    std::span<const OwnerTime> ownersOf(size_t cycle) const {
+        const size_t end = cycle + 1 < cycles.size() ? cycles[cycle + 1].firstOwner : owners.size();
+        return std::span(owners).subspan(cycles[cycle].firstOwner, end - cycles[cycle].firstOwner);
+    }
 };
 
 struct IoTrace {
@@ -171,6 +178,9 @@ class IoObserver final : private CallSink {
 
     Server& serverOf(uint32_t thread);
     IoCycle* openCycle(uint32_t thread);
+    std::vector<OwnerTime>& ownersOf(uint32_t thread) {
+        return trace_.threads[serverOf(thread).io].owners;
+    }
     Nanoseconds hostTime(uint64_t word, uint64_t timestamp, Nanoseconds time) const;
     void beginCycle(const TraceRecord& record, const Call& call);
     void endCycle(const TraceRecord& end, const Call& call, const Closing& closing);

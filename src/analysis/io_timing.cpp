@@ -4,6 +4,7 @@
 
 #include <algorithm>
 #include <cmath>
+#include <tsl/robin_map.h>
 
 namespace sonaprobe {
 
@@ -29,8 +30,9 @@ constexpr Nanoseconds kLeastReach = 60'000;
 // a few slow ones do.
 constexpr int kReachInQuarters = 3;
 
+// Puts the values in another order.
 template <class T>
-T quantile(std::vector<T> values, size_t share, size_t of) {
+T quantile(std::vector<T>& values, size_t share, size_t of) {
     const size_t rank = values.size() * share / of;
     const auto place =
         values.begin() + static_cast<std::ptrdiff_t>(std::min(rank, values.size() - 1));
@@ -111,14 +113,20 @@ void setDueTimes(TimedThread& timed) {
 }
 
 void learnUsual(TimedThread& timed) {
-    std::map<OwnerKey, std::vector<Nanoseconds>> times;
-    for (const IoCycle& cycle : timed.io->cycles) {
+    struct Hash {
+        size_t operator()(OwnerKey owner) const { return keyedHash(owner, 5); }
+    };
+    tsl::robin_map<OwnerKey, std::vector<Nanoseconds>, Hash> times;
+    for (size_t i = 0; i < timed.io->cycles.size(); ++i) {
+        const IoCycle& cycle = timed.io->cycles[i];
         if (!cycle.isHealthy()) continue;
         times[kLateBegin].push_back(std::max<Nanoseconds>(0, cycle.begin - *cycle.due));
-        for (const OwnerTime& owner : cycle.owners) times[owner.owner].push_back(owner.time);
+        for (const auto& [owner, time] : timed.io->ownersOf(i)) times[owner].push_back(time);
     }
     timed.any.reach = kLeastReach;
-    for (const auto& [owner, values] : times) {
+    for (auto at = times.begin(); at != times.end(); ++at) {
+        const OwnerKey owner = at->first;
+        std::vector<Nanoseconds>& values = at.value();
         const Nanoseconds median = quantile(values, 1, 2);
         const Nanoseconds quarter = quantile(values, 3, 4) - median;
         timed.usual[owner] = {median, std::max(kLeastReach, kReachInQuarters * quarter)};
@@ -189,7 +197,7 @@ Nanoseconds timeOfFrames(double frames, double perFrame) {
     return static_cast<Nanoseconds>(std::clamp(frames * perFrame, -kMost, kMost));
 }
 
-Nanoseconds medianOf(std::vector<Nanoseconds> values) { return quantile(std::move(values), 1, 2); }
+Nanoseconds medianOf(std::vector<Nanoseconds> values) { return quantile(values, 1, 2); }
 
 const Usual& TimedThread::usualOf(OwnerKey owner) const {
     const auto found = usual.find(owner);

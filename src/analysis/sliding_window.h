@@ -11,7 +11,7 @@ namespace sonaprobe {
 template <class T>
 class SlidingWindow {
   public:
-    void push_back(const T& item) { kept_.push_back(item); }
+    T& emplace_back() { return kept_.emplace_back(); }
 
     // Of a window that is not empty.
     void pop_front() {
