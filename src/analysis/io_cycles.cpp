@@ -15,6 +15,7 @@ namespace {
 // What is kept of the past while no dropout has come: enough for the longest budgets in use.
 constexpr Nanoseconds kRemembered = 1'000'000'000;
 constexpr size_t kMostRemembered = size_t{1} << 19;
+constexpr uint64_t kForgetEvery = 256;  // records
 
 // A scene reaches from so many cycles before its dropout, for dropouts that were carried on, to
 // half a cycle after it, for records that come late.
@@ -65,7 +66,7 @@ void IoObserver::take(const TraceRecord& slot) {
     seen.orphan = orphan_;
     seen.afterInvalid = std::exchange(afterInvalid_, false);
     completeScenes(false);
-    forget();
+    if (trace_.records % kForgetEvery == 0) forget();
 }
 
 IoTrace IoObserver::finish() {

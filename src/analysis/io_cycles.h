@@ -126,7 +126,7 @@ struct IoThread {
     uint32_t thread = 0;  // the clock's number
     uint64_t id = 0;
     uint64_t rate = 0;  // as the IOThread said; 0 where it did not
-    std::vector<IoCycle> cycles{};
+    std::deque<IoCycle> cycles{};
     std::vector<OwnerTime> owners{};  // cycle by cycle
 
     std::span<const OwnerTime> ownersOf(size_t cycle) const {

@@ -76,7 +76,7 @@ void measureFrames(TimedThread& timed, const Stamps& stamps) {
     double other = timed.io->rate == 0 ? 0 : 1e9 / static_cast<double>(timed.io->rate);
     if (!fromStamps.empty()) other = quantile(fromStamps, 1, 2);
 
-    const std::vector<IoCycle>& cycles = timed.io->cycles;
+    const std::deque<IoCycle>& cycles = timed.io->cycles;
     for (size_t first = 0; first < cycles.size(); first += kBlock) {
         std::vector<double> ratios;
         for (size_t i = first; i < std::min(first + kBlock, cycles.size()); ++i) {
@@ -101,7 +101,7 @@ void measureFrames(TimedThread& timed, const Stamps& stamps) {
 }
 
 void setDueTimes(TimedThread& timed) {
-    std::vector<IoCycle>& cycles = timed.io->cycles;
+    std::deque<IoCycle>& cycles = timed.io->cycles;
     for (size_t i = 0; i < cycles.size(); ++i) {
         IoCycle& cycle = cycles[i];
         const double perFrame = timed.perFrame(i);
@@ -179,7 +179,7 @@ void measureStamps(TimedThread& timed) {
 }
 
 // A dropout that is told after its cycle's end belongs to it for a quarter of its budget.
-void findCycle(Overload& overload, const std::vector<IoCycle>& cycles) {
+void findCycle(Overload& overload, const std::deque<IoCycle>& cycles) {
     if (overload.cycle != kNoCycle) return;
     const auto after = std::ranges::upper_bound(cycles, overload.slot, {}, &IoCycle::beginSlot);
     if (after == cycles.begin()) return;
