@@ -3,7 +3,6 @@
 #include "analysis/io_cycles.h"
 
 #include <algorithm>
-#include <ranges>
 #include <utility>
 
 #include "analysis/slot.h"
@@ -288,18 +287,20 @@ void IoObserver::completeScenes(bool all) {
 std::optional<Scene> IoObserver::sceneFrom(size_t overload, Nanoseconds from, Nanoseconds to) {
     if (searched_ > kMostSearched || openTags_.size() > kMostCallsOfScene) return {};
     Scene scene;
-    for (const SeenRecord& record : std::views::reverse(recent_.items())) {
-        if (record.time < from - kLateRecords) break;
+    const std::span<const SeenRecord> records = recent_.items();
+    for (auto record = records.rbegin(); record != records.rend(); ++record) {
+        if (record->time < from - kLateRecords) break;
         ++searched_;
-        if (from <= record.time && record.time <= to) scene.records.push_back(record);
+        if (from <= record->time && record->time <= to) scene.records.push_back(*record);
         if (scene.records.size() > kMostRecordsOfScene) return {};
     }
     std::ranges::reverse(scene.records);
     std::ranges::stable_sort(scene.records, {}, &SeenRecord::time);
-    for (const SeenCall& call : std::views::reverse(recentCalls_.items())) {
-        if (call.end < from - kLateRecords) break;
+    const std::span<const SeenCall> calls = recentCalls_.items();
+    for (auto call = calls.rbegin(); call != calls.rend(); ++call) {
+        if (call->end < from - kLateRecords) break;
         ++searched_;
-        if (from <= call.end && call.start <= to) scene.calls.push_back(call);
+        if (from <= call->end && call->start <= to) scene.calls.push_back(*call);
         if (scene.calls.size() > kMostCallsOfScene) return {};
     }
     searched_ += openTags_.size();
