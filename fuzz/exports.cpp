@@ -172,6 +172,7 @@ void exportText(const FormatEntry& entry, FormatOptions options, const TraceOpti
          .context = &text});
     scope::Input input(trace);
     const auto format = entry.make(options, out);
+    if (entry.readsTwice) feedAhead(Selection(), trace, *format);
     feed(input, Selection(), trace, entry.readsCalls(options.what), *format);
     out.handOver();
     checkText(text, entry.name);

@@ -70,6 +70,9 @@ class Format {
     // The end of each call, selected or not.
     virtual void closed(const ToldCall&) {}
 
+    // Between the first and the second reading, for formats that are told twice.
+    virtual void again(const TraceClock&) {}
+
     // After the last.
     virtual void finish(const TraceClock&) {}
 };
@@ -93,6 +96,7 @@ struct FormatEntry {
     bool isPicture;  // of calls; others have rows, of which --what says more
     // Of a format that is text; null of the database.
     std::unique_ptr<Format> (*make)(const FormatOptions& options, TextOutput& out);
+    bool readsTwice = false;
 
     bool readsCalls(What what) const { return isPicture || what != What::records; }
 };
