@@ -18,10 +18,7 @@ constexpr Nanoseconds kLeastLate = 100'000'000;  // and this
 }  // namespace
 
 void CallCheck::take(const TraceRecord& slot, uint64_t number) {
-    // The tracker counts slots by itself: what is none counts as an invalid one.
-    TraceRecord none{};
-    none.debugid = kInvalidMarker;
-    while (tracker_.slots() < number) tracker_.take(none);
+    tracker_.goOnAt(number);
     record_ = &slot;
     const Moment* const moment = tracker_.take(slot);
     if (moment != nullptr) silences_.take(number, moment->time);
@@ -31,11 +28,6 @@ void CallCheck::take(const TraceRecord& slot, uint64_t number) {
 // Signs of before a step back of the clock, or of another divisor's time, prove nothing after it.
 uint64_t CallCheck::epochNow() const {
     return tracker_.clock().stepsBack() + tracker_.clock().divisorChanges();
-}
-
-CallCheck::Thread& CallCheck::threadAt(uint32_t number) {
-    if (number >= threads_.size()) threads_.resize(number + 1);
-    return threads_[number];
 }
 
 // The cycle that ended last on the thread, null where that proves nothing.

@@ -28,6 +28,12 @@ struct Found {
     uint64_t slotNumber() const { return offset / sizeof(TraceRecord); }
 };
 
+// Records that follow each other in the file.
+struct RecordRun {
+    uint64_t firstSlot;  // number
+    std::span<const TraceRecord> records;
+};
+
 // Slots are taken as they follow each other, 64 bytes apart. Where 64 bytes are no slot, the next
 // place is looked for from which on they are, byte by byte, in both byte orders; what lies between
 // is damage. A file in which nothing is damaged gives all its slots as they are, whatever they say.
@@ -39,6 +45,10 @@ class SlotFinder {
 
     // The next thing in the file; nothing when more bytes are needed, and for ever after the last.
     std::optional<Found> next();
+
+    // Instead of next(), which has to look where this gives none: the records that follow here
+    // without any doubt, in place. They hold until bytes are handed over.
+    RecordRun plainRecords();
 
     // After the end: whether the file is a trace, rather than something else in which by chance a
     // few bytes look like slots.
@@ -65,6 +75,7 @@ class SlotFinder {
     std::optional<Found> search();
     std::optional<Found> goOnAt(Place place);
     Found takeSlot(const TraceRecord& slot);
+    void takeTime(uint64_t timestamp);
     Found takeRest(Found::What what);
 
     Plausibility plausibility_;
@@ -78,11 +89,11 @@ class SlotFinder {
     bool isBegin_ = false;                 // at_ is where a search has found slots
     bool afterEmpty_ = false;              // the slot before at_ was empty
 
-    std::optional<TraceRecord> last_;  // record
-    uint64_t latest_ = 0;              // time stamp since the clock last went back far
-    uint64_t disorder_ = 0;            // ticks that a record came late by, at most
-    uint64_t slots_ = 0;               // but empty ones
-    uint64_t certainSlots_ = 0;        // that no other file has
+    std::optional<uint64_t> last_;  // time stamp of the last record
+    uint64_t latest_ = 0;           // time stamp since the clock last went back far
+    uint64_t disorder_ = 0;         // ticks that a record came late by, at most
+    uint64_t slots_ = 0;            // but empty ones
+    uint64_t certainSlots_ = 0;     // that no other file has
 };
 
 }  // namespace sonaprobe

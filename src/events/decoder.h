@@ -93,15 +93,22 @@ constexpr uint8_t kHoldsComma = 1U << 0;
 constexpr uint8_t kHoldsMarks = 1U << 1;    // a quotation mark, a backslash or <
 constexpr uint8_t kHoldsAnyByte = 1U << 2;  // what its record says as characters
 
+// How a text tells of a failure.
+enum class FailureSign : uint8_t {
+    none,
+    result,  // by one that is not 0
+    words,   // whatever its values are
+};
+
 // An event (qualifiers is 0: code and name), or one of the texts that follow their event, in the
 // order in which they are asked.
 struct Row {
     uint32_t code = 0;
     uint8_t qualifiers = 0;
-    uint8_t answered = 0;       // of an event: the qualifiers that its texts answer
-    bool verbose = false;       // selected as ever, printed only under --verbose
-    bool tellsFailure = false;  // in words; a result that is not 0 tells of one too
-    uint8_t holds = 0;          // of a text: it, its words and its values' names
+    uint8_t answered = 0;  // of an event: the qualifiers that its texts answer
+    bool verbose = false;  // selected as ever, printed only under --verbose
+    FailureSign failure = FailureSign::none;
+    uint8_t holds = 0;  // of a text: it, its words and its values' names
     Condition condition;
     Stretch name;              // "Group::method"
     uint16_t groupLength = 0;  // of the name

@@ -22,9 +22,7 @@ std::string_view methodOf(const Event& event) {
     return event.decoder->text(row->name).view().substr(row->groupLength + kNameSeparator.size());
 }
 
-bool isFailure(const Event& event) {
-    if (event.text == nullptr) return false;
-    if (event.text->tellsFailure) return true;
+bool hasFailedResult(const Event& event) {
     for (const Piece& piece : piecesOf(event)) {
         if (piece.isResult && argumentOf(*event.record, piece.slice) != 0) return true;
     }

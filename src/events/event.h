@@ -75,7 +75,13 @@ inline Value valueOf(const Event& event, const Piece& piece) {
             .word = argumentOf(*event.record, piece.slice, piece.signExtend)};
 }
 
+// Whether a result among the event's values is not 0.
+bool hasFailedResult(const Event& event);
+
 // Whether the text that answers tells of a failure: by a result that is not 0, or in its words.
-bool isFailure(const Event& event);
+inline bool isFailure(const Event& event) {
+    if (event.text == nullptr || event.text->failure == FailureSign::none) return false;
+    return event.text->failure == FailureSign::words || hasFailedResult(event);
+}
 
 }  // namespace sonaprobe
