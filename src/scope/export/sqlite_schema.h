@@ -4,8 +4,8 @@
 
 namespace sonaprobe::scope {
 
-// PRAGMA user_version: a higher one where a column goes or means something else. Times come in order
-// but for a little, so that to add each to its index as it comes costs less than to sort all.
+// PRAGMA user_version: a higher one where a column goes or means something else. Times come in
+// order but for a little, so that to add each to its index as it comes costs less than to sort all.
 inline constexpr const char* kSqliteTables = R"(
 PRAGMA user_version = 1;
 CREATE TABLE events (code INTEGER PRIMARY KEY, hex TEXT NOT NULL, driver TEXT NOT NULL,
