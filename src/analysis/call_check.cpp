@@ -11,6 +11,9 @@ namespace sonaprobe {
 
 namespace {
 
+// The tag of a call that traces both ends.
+constexpr uint32_t kProvable = 1;
+
 constexpr uint64_t kLeastRegular = 4;            // cycles, before a late one is a sign
 constexpr Nanoseconds kLatePeriods = 8;          // so many periods late
 constexpr Nanoseconds kLeastLate = 100'000'000;  // and this
@@ -38,15 +41,16 @@ const CallCheck::Cycle* CallCheck::cycleBefore(const Thread& thread) const {
 uint32_t CallCheck::opened(const TraceRecord& record, const Call& call, const Call* /*parent*/) {
     ++counts_.opened;
     Thread& thread = threadAt(call.thread);
-    if (tracesBothEnds(call.code)) thread.provable.push_back(call.startSlot);
+    const bool provable = tracesBothEnds(call.code);
+    if (provable) thread.provable.push_back(call.startSlot);
     if (call.code == kIoCycle) beginCycle(record, call);
     if (call.code == kIoThread) thread.ended.reset();
-    return 0;
+    return provable ? kProvable : 0;
 }
 
 void CallCheck::closed(const Call& call, const Call* /*parent*/, const Closing& closing) {
     Thread& thread = threadAt(call.thread);
-    const bool provable = tracesBothEnds(call.code);
+    const bool provable = call.tag == kProvable;
     if (provable) thread.provable.pop_back();
     switch (closing.how) {
         case CallEnd::finished:

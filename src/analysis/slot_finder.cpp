@@ -31,11 +31,19 @@ Found::What whatIs(const TraceRecord& slot) {
 
 }  // namespace
 
-void SlotFinder::feed(std::span<const std::byte> bytes) {
-    buffer_.erase(buffer_.begin(), buffer_.begin() + static_cast<ptrdiff_t>(at_));
+std::span<std::byte> SlotFinder::room(size_t bytes) {
+    const auto begin = buffer_.begin();
+    std::copy(begin + static_cast<ptrdiff_t>(at_), begin + static_cast<ptrdiff_t>(end_), begin);
     bytesBefore_ += at_;
+    end_ -= at_;
     at_ = 0;
-    buffer_.insert(buffer_.end(), bytes.begin(), bytes.end());
+    if (buffer_.size() < end_ + bytes) buffer_.resize(end_ + bytes);
+    return std::span(buffer_).subspan(end_, bytes);
+}
+
+void SlotFinder::feed(std::span<const std::byte> bytes) {
+    std::ranges::copy(bytes, room(bytes.size()).begin());
+    took(bytes.size());
 }
 
 std::optional<Found> SlotFinder::next() {
@@ -94,7 +102,7 @@ bool SlotFinder::familiarSlotsBeginAt(Place place) const {
     if (kind != SlotKind::record && kind != SlotKind::divisor) return false;
     if (plausibility_.doubts(first) != 0) return false;
     if (kind == SlotKind::divisor) return true;
-    if (buffer_.size() - place.at < 2 * kSlot) return !last_ || isNear(*last_, first.timestamp);
+    if (end_ - place.at < 2 * kSlot) return !last_ || isNear(*last_, first.timestamp);
     const TraceRecord second = slotAtPlace({place.at + kSlot, place.order});
     if (kindOf(second) == SlotKind::empty) return true;
     if (plausibility_.doubts(second) != 0) return false;
@@ -105,7 +113,7 @@ bool SlotFinder::familiarSlotsBeginAt(Place place) const {
 // Whether there is little doubt of several slots in a row, in a file that has few certain ones.
 bool SlotFinder::unknownSlotsBeginAt(Place place) const {
     if (2 * certainSlots_ > slots_) return false;
-    const size_t run = std::min((buffer_.size() - place.at) / kSlot, kUnknownRun);
+    const size_t run = std::min((end_ - place.at) / kSlot, kUnknownRun);
     if (run < kLeastUnknownRun) return false;
     uint64_t before = slotAtPlace(place).timestamp;
     bool clockRuns = false;
@@ -225,9 +233,9 @@ void SlotFinder::takeTime(uint64_t timestamp) {
 }
 
 Found SlotFinder::takeRest(Found::What what) {
-    const uint64_t end = bytesBefore_ + buffer_.size();
+    const uint64_t end = bytesBefore_ + end_;
     const uint64_t begin = damageBegin_.value_or(bytesBefore_ + at_);
-    at_ = buffer_.size();
+    at_ = end_;
     damageBegin_.reset();
     return Found{what, order_, begin, end - begin, {}};
 }

@@ -39,15 +39,20 @@ struct RecordRun {
 // is damage. A file in which nothing is damaged gives all its slots as they are, whatever they say.
 class SlotFinder {
   public:
-    // Hands over the file's next bytes; end() says that there are no more.
-    void feed(std::span<const std::byte> bytes);
+    // Where the file's next bytes go, so many at most; took() says how many came, end() that there
+    // are no more.
+    std::span<std::byte> room(size_t bytes);
+    void took(size_t bytes) { end_ += bytes; }
     void end() { ended_ = true; }
+
+    // The same of bytes that stand elsewhere.
+    void feed(std::span<const std::byte> bytes);
 
     // The next thing in the file; nothing when more bytes are needed, and for ever after the last.
     std::optional<Found> next();
 
     // Instead of next(), which has to look where this gives none: the records that follow here
-    // without any doubt, in place. They hold until bytes are handed over.
+    // without any doubt, in place. They hold until room() or feed().
     RecordRun plainRecords();
 
     // After the end: whether the file is a trace, rather than something else in which by chance a
@@ -61,7 +66,7 @@ class SlotFinder {
         ByteOrder order;
     };
 
-    size_t left() const { return buffer_.size() - at_; }
+    size_t left() const { return end_ - at_; }
     TraceRecord slotAtPlace(Place place) const;
     bool isFar(const TraceRecord& slot) const;
     unsigned doubtsHere(const TraceRecord& slot) const;
@@ -80,6 +85,7 @@ class SlotFinder {
 
     Plausibility plausibility_;
     std::vector<std::byte> buffer_;
+    size_t end_ = 0;            // of the buffer: bytes that have come stand before it
     size_t at_ = 0;             // of the buffer: what has not been told begins here
     uint64_t bytesBefore_ = 0;  // of the file, before the buffer
     bool ended_ = false;

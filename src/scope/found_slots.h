@@ -69,7 +69,6 @@ class FoundSlots {
     ByteSource source_;
     SlotFinder finder_;
     Progress progress_;
-    std::vector<std::byte> block_;
     std::vector<std::byte> head_;
     uint64_t bytes_ = 0;
 };
