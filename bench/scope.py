@@ -64,11 +64,13 @@ WORKS = (
     Work("`cut --sorted` of 0.1 %",
          ("cut", "TRACE", "CUT", "--sorted", "-o", "FOLDER/new.raw", "--force")),
 )
-# On two processors, by the wall clock.
+# On one processor and on two, by the wall clock.
 TWICE = (
     ("`export --to json`", ("export", "TRACE", "--to", "json")),
     ("`export --to csv`", ("export", "TRACE", "--to", "csv")),
+    ("`timeline`", ("timeline", "TRACE", "-o", "FOLDER/new.html", "--force")),
 )
+ONE_PROCESSOR = ("taskset", "--cpu-list", "0")
 SUMS = "SELECT code, count(*), sum(duration_ns), max(duration_ns) FROM calls GROUP BY code"
 JQ_SUMS = "reduce inputs as $call ({}; .[$call.code] += $call.duration_ns)"
 NEIGHBOURS = (
@@ -174,8 +176,8 @@ READ = ("dd", "if=TRACE", "of=/dev/null", "bs=256k", "status=none")
 def print_twice(bench, rounds):
     print("\n| two processors | one, ns a record | two | times as fast | goal |\n|---|---|---|---|---|")
     for title, arguments in TWICE:
-        pairs = [(bench.scope((*arguments, "--jobs", "1"))[1], bench.scope(arguments)[1])
-                 for _ in range(rounds)]
+        pairs = [(bench.run((*ONE_PROCESSOR, "sonascope", *arguments))[1],
+                  bench.scope(arguments)[1]) for _ in range(rounds)]
         one, two = (statistics.median(times) for times in zip(*pairs))
         ratio = statistics.median(one / two for one, two in pairs)
         print(f"| {title} | {one:.0f} | {two:.0f} | {ratio:.2f} "

@@ -68,6 +68,7 @@ void exportText(const FormatEntry& entry, const FormatOptions& options, const Tr
          .context = &text});
     scope::Input input(trace);
     const auto format = entry.make(options, out);
+    if (entry.readsTwice) feedAhead(Selection(), trace, *format);
     feed(input, Selection(), trace, entry.readsCalls(options.what), *format);
     out.handOver();
     checkText(text, entry.name);

@@ -88,6 +88,11 @@ constexpr uint8_t kOnAny = kOnStart | kOnEnd | kOnOther;
 // What stands between group and method in a name.
 inline constexpr std::string_view kNameSeparator = "::";
 
+// What texts may hold that a format has to escape or to put into quotation marks.
+constexpr uint8_t kHoldsComma = 1U << 0;
+constexpr uint8_t kHoldsMarks = 1U << 1;    // a quotation mark, a backslash or <
+constexpr uint8_t kHoldsAnyByte = 1U << 2;  // what its record says as characters
+
 // How a text tells of a failure.
 enum class FailureSign : uint8_t {
     none,
@@ -103,6 +108,7 @@ struct Row {
     uint8_t answered = 0;  // of an event: the qualifiers that its texts answer
     bool verbose = false;  // selected as ever, printed only under --verbose
     FailureSign failure = FailureSign::none;
+    uint8_t holds = 0;  // of a text: it, its words and its values' names
     Condition condition;
     Stretch name;              // "Group::method"
     uint16_t groupLength = 0;  // of the name

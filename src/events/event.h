@@ -62,10 +62,18 @@ std::string_view groupOf(const Event& event);
 std::string_view methodOf(const Event& event);
 
 // The pieces of the text that answers, those of literal words alone too; none without a text.
-std::span<const Piece> piecesOf(const Event& event);
+inline std::span<const Piece> piecesOf(const Event& event) {
+    if (event.text == nullptr) return {};
+    return event.decoder->piecesOf(*event.text);
+}
 
 // The value of one of the event's pieces, which is not literal words alone.
-Value valueOf(const Event& event, const Piece& piece);
+inline Value valueOf(const Event& event, const Piece& piece) {
+    return {.name = event.decoder->nameOf(piece),
+            .reading = piece.reading,
+            .bits = static_cast<uint8_t>(piece.slice.bits()),
+            .word = argumentOf(*event.record, piece.slice, piece.signExtend)};
+}
 
 // Whether a result among the event's values is not 0.
 bool hasFailedResult(const Event& event);

@@ -278,6 +278,17 @@ constexpr bool isResultName(std::string_view name) {
     return name == "result" || name == "returnCode" || name == "returned" || name == "returning";
 }
 
+// What the characters of a text, of words or of a name hold.
+consteval uint8_t heldBy(std::string_view characters) {
+    uint8_t holds = 0;
+    for (const char character : characters) {
+        if (character == ',') holds |= kHoldsComma;
+        if (character == '"' || character == '\\' || character == '<') holds |= kHoldsMarks;
+        if (character < ' ' || character > '~') holds |= kHoldsAnyByte;
+    }
+    return holds;
+}
+
 // Splits a text into pieces, one argument after the other, and checks all that can be wrong.
 consteval Entry textEntry(uint8_t qualifiers, Condition condition, const char* format,
                           std::span<const Argument> arguments) {
@@ -287,6 +298,7 @@ consteval Entry textEntry(uint8_t qualifiers, Condition condition, const char* f
     const std::string_view text = entry.text = format;
     if (text.empty()) refuse("an empty text");
     if (goesOnWith(text, "ERROR: ")) entry.row.failure = FailureSign::words;
+    entry.row.holds = heldBy(text);
 
     size_t literalBegin = 0;
     size_t used = 0;
@@ -319,7 +331,13 @@ consteval Entry textEntry(uint8_t qualifiers, Condition condition, const char* f
             if (used == arguments.size()) refuse("fewer arguments than conversions");
             const Argument& argument = arguments[used++];
             Fitted fitted = fitArgument(text.substr(at), argument);
+            if (argument.reading == Reading::character ||
+                argument.reading == Reading::fourCharacters) {
+                entry.row.holds |= kHoldsAnyByte;
+            }
             if (argument.reading == Reading::words) {
+                entry.row.holds |= heldBy(argument.words.notZero);
+                entry.row.holds |= heldBy(argument.words.zero);
                 size_t pair = 0;
                 while (pair < entry.wordPairCount && entry.wordPairs[pair] != argument.words) {
                     ++pair;
@@ -332,6 +350,7 @@ consteval Entry textEntry(uint8_t qualifiers, Condition condition, const char* f
             const std::string_view words = text.substr(literalBegin, at - literalBegin);
             const std::string_view name = argument.name.empty() ? nameBefore(words) : argument.name;
             if (name.empty()) refuse("a value without a name");
+            entry.row.holds |= heldBy(name);
             add(fitted.piece, at, name);
             at += fitted.length;
         }

@@ -2,6 +2,8 @@
 
 #include "events/event.h"
 
+#include <algorithm>
+#include <array>
 #include <gtest/gtest.h>
 
 #include "events/log_text.h"
@@ -98,6 +100,38 @@ TEST(Event, IsWhatTheRoomsUnderItSay) {
         if (HasFailure()) FAIL() << textOf(record);
     }
     EXPECT_EQ(sonaprobe_next(reader.get(), &event), 0);
+}
+
+// Formats escape nothing of a text that holds nothing.
+TEST(Event, HoldsWhatItsTextShows) {
+    const auto shownBy = [](std::string_view text) {
+        unsigned shown = 0;
+        if (text.find(',') != std::string_view::npos) shown |= kHoldsComma;
+        if (text.find_first_of("\"\\<") != std::string_view::npos) shown |= kHoldsMarks;
+        const auto isPrintable = [](char character) {
+            return character >= ' ' && character <= '~';
+        };
+        if (!std::ranges::all_of(text, isPrintable)) shown |= kHoldsAnyByte;
+        return shown;
+    };
+    differential::Random random(differential::seedOfRun());
+    differential::RecordMaker maker(random);
+    std::array<size_t, 8> texts{};  // by what they hold
+    for (int i = 0; i < 100'000; ++i) {
+        const TraceRecord record = maker.make();
+        const Event event = decode(record);
+        if (event.text == nullptr) continue;
+        unsigned shown = shownBy(textOfEvent(event));
+        for (const Piece& piece : piecesOf(event)) shown |= shownBy(valueOf(event, piece).name);
+        const unsigned holds = event.text->holds;
+        ++texts[holds];
+        // Any byte may be a comma or a mark.
+        const unsigned told = (holds & kHoldsAnyByte) != 0 ? ~0U : holds;
+        ASSERT_EQ(shown & ~told, 0U) << textOfEvent(event);
+    }
+    EXPECT_GT(texts[0], 50'000U);
+    EXPECT_GT(texts[kHoldsComma], 0U);
+    EXPECT_GT(texts[kHoldsAnyByte], 0U);
 }
 
 // Names are handed out in rooms of their own, which each must fit.

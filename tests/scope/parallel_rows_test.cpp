@@ -50,13 +50,13 @@ void append(void* text, const char* piece, size_t length) {
     static_cast<std::string*>(text)->append(piece, length);
 }
 
-std::string written(unsigned workers, uint64_t count) {
+std::string written(unsigned threads, uint64_t count) {
     std::string text;
     TextOutput out({.write = append, .context = &text});
-    if (workers == 0) {
+    if (threads == 0) {
         tell(*numbers()(out), count);
     } else {
-        ParallelRows rows(workers, numbers(), out);
+        ParallelRows rows(threads, numbers(), out);
         tell(rows, count);
     }
     out.handOver();
@@ -65,15 +65,15 @@ std::string written(unsigned workers, uint64_t count) {
 
 TEST(ParallelRows, AreTheRowsOfOneThread) {
     for (const uint64_t count :
-         {uint64_t{0}, uint64_t{1}, uint64_t{2048}, uint64_t{2049}, kRecords}) {
+         {uint64_t{0}, uint64_t{1}, uint64_t{256}, uint64_t{257}, kRecords}) {
         const std::string alone = written(0, count);
-        for (const unsigned workers : {1U, 2U, 5U}) {
-            EXPECT_EQ(written(workers, count), alone) << workers << " workers, " << count;
+        for (const unsigned threads : {1U, 2U, 5U}) {
+            EXPECT_EQ(written(threads, count), alone) << threads << " threads, " << count;
         }
     }
 }
 
-TEST(ParallelRows, FailWhereAWorkerFails) {
+TEST(ParallelRows, FailWhereAThreadFails) {
     std::string text;
     TextOutput out({.write = append, .context = &text});
     ParallelRows rows(3, numbers(30'000), out);

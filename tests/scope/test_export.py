@@ -155,6 +155,13 @@ def test_chrome_is_sorted_in_microseconds_with_three_decimals(story):
     assert len(re.findall(r'"dur":\d+\.\d{3},', text)) == text.count('"ph":"X"') > 5000
 
 
+def test_chrome_has_each_call_once_however_long(story):
+    calls = rows(story, "--what", "calls")
+    found = [event["args"]["slot"] for event in events(story) if event["ph"] == "X"]
+    assert sorted(found) == sorted(call["slot"] for call in calls)
+    assert any(call["end_slot"] - call["slot"] > 10000 for call in calls)
+
+
 def test_speedscope_has_a_profile_a_thread(trace):
     document = json.loads(exported(trace, "speedscope"))
     [profile] = document["profiles"]

@@ -69,6 +69,7 @@ void exportText(const Options& options, const std::string& path, const Selection
     } else {
         format = make(out);
     }
+    if (options.format->readsTwice) feedAhead(selection, options.trace, *format);
     feed(input, selection, options.trace, withCalls, *format);
     out.handOver();
     destination.finish();
@@ -115,6 +116,7 @@ Status run(Options& options) {
     }
     if (options.traces.size() > 1) throw Failure{"several files need --partition"};
     options.trace.path = options.traces.front();
+    if (options.format->readsTwice) makeRepeatable(options.trace);
     const Selection selection = selectionOf(options.selection, options.trace);
     if (options.format->make == nullptr) {
         exportDatabase(options, selection, names);

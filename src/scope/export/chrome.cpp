@@ -1,6 +1,8 @@
 // The JSON that tracing viewers of browsers read: a complete event for each call, an instant for
 // each point, sorted by time.
 
+#include <limits>
+
 #include "scope/export/put_json.h"
 #include "scope/export/rows.h"
 #include "scope/export/sorted_text.h"
@@ -21,7 +23,23 @@ class Chrome final : public Format {
   public:
     Chrome(const FormatOptions& options, TextOutput& out) : out_(&out), words_(*options.names) {}
 
+    void again(const TraceClock& clock) override {
+        putTraceHead(clock);
+        isAhead_ = false;
+    }
+
+    uint32_t opened(const TraceRecord&, const Call& call, bool, uint32_t) override {
+        if (!isAhead_ && call.startSlot - periodBegin_ >= kFar) {
+            // What began before the period and is still open is far: its event is there.
+            if (events_.hasDoubled()) events_.forEachBefore({periodEarliest_, 0}, putEvent());
+            periodBegin_ = call.startSlot;
+            periodEarliest_ = saturated(Wide{call.start} - TraceClock::kMostDisorder);
+        }
+        return kNoNote;
+    }
+
     void point(const ToldRecord& told) override {
+        if (isAhead_) return;
         const bool dropout = codeOf(told.record->debugid) == kOverload;
         char* at = putText(events_.cursor(), ",\n{\"ph\":\"i\",\"s\":");
         at = putText(at, dropout ? R"("g")" : R"("t")");
@@ -35,8 +53,8 @@ class Chrome final : public Format {
     }
 
     void closed(const ToldCall& told) override {
-        if (!told.selected) return;
         const Call& call = *told.call;
+        if (!told.selected || isAhead_ != (told.closing->slot - call.startSlot >= kFar)) return;
         const uint64_t ticks = told.ticksPerMicrosecond;
         char* at = putText(events_.cursor(), ",\n{\"ph\":\"X\"");
         at = putHead(at, call.thread, told.placedStart, words_.namesOf(call.code));
@@ -55,7 +73,21 @@ class Chrome final : public Format {
         events_.add({told.placedStart, told.startOrder}, putText(at, "}}"));
     }
 
-    void finish(const TraceClock& clock) override {
+    void finish(const TraceClock&) override {
+        events_.forEach(putEvent());
+        out_->put("\n]}\n");
+    }
+
+  private:
+    // Calls over so many slots are told of by a first reading, so that no event waits longer for
+    // those before it.
+    static constexpr uint64_t kFar = 4096;
+
+    SortedText::Visit putEvent() {
+        return [this](const TextKey&, std::string_view event) { out_->put(event); };
+    }
+
+    void putTraceHead(const TraceClock& clock) {
         out_->put("{\"displayTimeUnit\":\"ns\",\"traceEvents\":[\n");
         out_->put(R"({"ph":"M","pid":1,"tid":0,"ts":0,"name":"process_name",)"
                   R"("args":{"name":"drivers"}})");
@@ -66,11 +98,8 @@ class Chrome final : public Format {
             at = putText(at, shortWordText(clock.threadId(thread)));
             out_->moveTo(putText(at, "\"}}"));
         }
-        events_.forEach([&](const TextKey&, std::string_view event) { out_->put(event); });
-        out_->put("\n]}\n");
     }
 
-  private:
     static char* putHead(char* at, uint32_t thread, Nanoseconds time, const EventNames& names) {
         at = putUnsigned(putText(at, R"(,"pid":1,"tid":)"), idOf(thread));
         at = putMicroseconds(putText(at, R"(,"ts":)"), time);
@@ -92,10 +121,14 @@ class Chrome final : public Format {
     char* putWords(char* at, std::string_view textKey, std::string_view valuesKey,
                    const Event& event, uint64_t ticks) {
         if (event.text == nullptr) return at;
-        at = putJsonText(putText(at, textKey), words_.textOf(event, ticks));
+        at = putJsonText(putText(at, textKey), event, words_, ticks);
         return putJsonValues(putText(at, valuesKey), event, words_, ticks);
     }
 
+    bool isAhead_ = true;  // in the first reading
+    // Of the second, the stretch of slots in progress: no record from its begin on is earlier.
+    uint64_t periodBegin_ = 0;
+    Nanoseconds periodEarliest_ = std::numeric_limits<Nanoseconds>::min();
     SortedText events_;
     TextOutput* out_;
     EventWords words_;

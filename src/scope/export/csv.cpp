@@ -1,8 +1,6 @@
 // CSV as RFC 4180 has it: a head, fields that are quoted where they need it, lines that end with
 // CR LF.
 
-#include <bit>
-
 #include "scope/export/table_format.h"
 #include "scope/export/values_json.h"
 
@@ -11,29 +9,16 @@ namespace sonaprobe::scope {
 namespace {
 
 // Spreadsheets would run a text that begins so, and a name may come from anybody's file.
-bool looksLikeFormula(std::string_view text) {
-    constexpr std::string_view kBeginnings = "=+-@";
-    return !text.empty() && kBeginnings.find(text.front()) != std::string_view::npos;
+constexpr bool looksLikeFormula(char first) {
+    return first == '=' || first == '+' || first == '-' || first == '@';
 }
 
 char* putQuoted(char* at, std::string_view text) {
     *at++ = '"';
-    if (looksLikeFormula(text)) *at++ = '\'';
-    const char* from = text.data();
-    const char* const end = from + text.size();
-    while (end - from >= 8) {
-        EightBytes bytes;
-        std::memcpy(&bytes, from, sizeof bytes);
-        std::memcpy(at, &bytes, sizeof bytes);
-        const EightBytes quotes = areEqual(bytes, '"');
-        const int copied = quotes == 0 ? 8 : std::countr_zero(quotes) / 8 + 1;
-        from += copied;
-        at += copied;
-        if (quotes != 0) *at++ = '"';
-    }
-    for (; from != end; ++from) {
-        if (*from == '"') *at++ = '"';
-        *at++ = *from;
+    if (looksLikeFormula(text.front())) *at++ = '\'';
+    for (const char character : text) {
+        if (character == '"') *at++ = '"';
+        *at++ = character;
     }
     *at++ = '"';
     return at;
@@ -43,7 +28,7 @@ char* putField(char* at, std::string_view text) {
     if (text.empty()) return at;  // there may be no address to copy from
     const bool special = containsAny(
         text, [](EightBytes bytes) { return areEqual(bytes, ',') | areEqual(bytes, '"'); });
-    return special || looksLikeFormula(text) ? putQuoted(at, text) : putText(at, text);
+    return special || looksLikeFormula(text.front()) ? putQuoted(at, text) : putText(at, text);
 }
 
 class CsvRow {
@@ -64,6 +49,15 @@ class CsvRow {
         at_ = putField(at_, value);
         *at_++ = ',';
     }
+    void text(std::string_view, const Event& event, EventWords& words, uint64_t ticks) {
+        char* const begin = at_;
+        if (event.text != nullptr && event.text->holds == 0) {
+            char* const end = putLogText(begin, event, static_cast<double>(ticks));
+            if (!looksLikeFormula(*begin)) at_ = end;
+        }
+        if (at_ == begin) at_ = putField(begin, words.textOf(event, ticks));
+        *at_++ = ',';
+    }
     // Without its leading 0: programs take 0x00000000000000a5 for a number, and many keep 53 bits.
     void word(std::string_view, uint64_t value) {
         *at_++ = 'x';
@@ -78,14 +72,12 @@ class CsvRow {
         *at_++ = ',';
     }
     void values(std::string_view, const Event& event, EventWords& words, uint64_t ticks) {
-        const char* const end = putJsonValues(json_.data(), event, words, ticks);
-        at_ = putQuoted(at_, {json_.data(), static_cast<size_t>(end - json_.data())});
-        *at_++ = ',';
+        *at_++ = '"';
+        at_ = putText(putJsonValues<Quotes::twice>(at_, event, words, ticks), "\",");
     }
 
   private:
     char* at_ = nullptr;
-    std::array<char, TextOutput::kRoom / 2> json_{};
 };
 
 // The names of the fields.
@@ -98,6 +90,7 @@ class CsvHead {
     void optional(std::string_view name, std::optional<int64_t>) { put(name); }
     void flag(std::string_view name, bool) { put(name); }
     void text(std::string_view name, std::string_view) { put(name); }
+    void text(std::string_view name, const Event&, EventWords&, uint64_t) { put(name); }
     void word(std::string_view name, uint64_t) { put(name); }
     void code(std::string_view name, uint32_t) { put(name); }
     void values(std::string_view name, const Event&, EventWords&, uint64_t) { put(name); }

@@ -41,13 +41,13 @@ class EventWords {
     std::string_view textOf(const Event& event, uint64_t ticksPerMicrosecond) {
         if (event.text == nullptr) return {};
         const auto ticks = static_cast<double>(ticksPerMicrosecond);
-        return escapedUpTo(putLogText(room_.data(), event, ticks));
+        return escapedUpTo(putLogText(room_.data(), event, ticks), event);
     }
 
     // A value that is no number.
     std::string_view textOf(const Event& event, const Piece& piece, uint64_t ticksPerMicrosecond) {
         const auto ticks = static_cast<double>(ticksPerMicrosecond);
-        return escapedUpTo(putValue(room_.data(), event, piece, ticks));
+        return escapedUpTo(putValue(room_.data(), event, piece, ticks), event);
     }
 
   private:
@@ -56,9 +56,9 @@ class EventWords {
         return {{}, escaped_};
     }
 
-    std::string_view escapedUpTo(const char* end) {
-        const std::string_view text(room_.data(), static_cast<size_t>(end - room_.data()));
-        if (isPrintable(text)) return text;
+    std::string_view escapedUpTo(const char* end, const Event& event) {
+        const std::string_view text(room_.data(), end);
+        if ((event.text->holds & kHoldsAnyByte) == 0 || isPrintable(text)) return text;
         escaped_ = escaped(text);
         return escaped_;
     }

@@ -133,6 +133,13 @@ class CallFeed final : private CallSink {
 
 }  // namespace
 
+void feedAhead(const Selection& selection, const TraceOptions& trace, Format& format) {
+    Input input(trace);
+    CallFeed calls(selection, trace, format);
+    calls.run(input);
+    format.again(calls.clock());
+}
+
 void feed(Input& input, const Selection& selection, const TraceOptions& trace, bool withCalls,
           Format& format) {
     if (withCalls) {

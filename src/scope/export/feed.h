@@ -17,4 +17,7 @@ namespace sonaprobe::scope {
 void feed(Input& input, const Selection& selection, const TraceOptions& trace, bool withCalls,
           Format& format);
 
+// The same before it, for formats that are told twice: of a trace that is read from its beginning.
+void feedAhead(const Selection& selection, const TraceOptions& trace, Format& format);
+
 }  // namespace sonaprobe::scope

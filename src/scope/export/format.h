@@ -70,6 +70,9 @@ class Format {
     // The end of each call, selected or not.
     virtual void closed(const ToldCall&) {}
 
+    // Between the first and the second reading, for formats that are told twice.
+    virtual void again(const TraceClock&) {}
+
     // After the last.
     virtual void finish(const TraceClock&) {}
 };
@@ -88,11 +91,12 @@ struct FormatOptions {
 };
 
 struct FormatEntry {
-    const char* name;
-    const char* summary;
-    bool isPicture;  // of calls; others have rows, of which --what says more
+    const char* name = nullptr;
+    const char* summary = nullptr;
+    bool isPicture = false;  // of calls; others have rows, of which --what says more
     // Of a format that is text; null of the database.
-    std::unique_ptr<Format> (*make)(const FormatOptions& options, TextOutput& out);
+    std::unique_ptr<Format> (*make)(const FormatOptions& options, TextOutput& out) = nullptr;
+    bool readsTwice = false;  // first by feedAhead()
 
     bool readsCalls(What what) const { return isPicture || what != What::records; }
 };

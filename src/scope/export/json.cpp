@@ -34,6 +34,11 @@ class JsonRow {
         at_ = putJsonText(at_, value);
         *at_++ = ',';
     }
+    void text(std::string_view name, const Event& event, EventWords& words, uint64_t ticks) {
+        key(name);
+        at_ = putJsonText(at_, event, words, ticks);
+        *at_++ = ',';
+    }
     void word(std::string_view name, uint64_t value) {
         key(name);
         at_ = putJsonWord(at_, value);

@@ -9,12 +9,12 @@
 
 namespace sonaprobe::scope {
 
-ParallelRows::ParallelRows(unsigned workers, Make make, TextOutput& out)
+ParallelRows::ParallelRows(unsigned threads, Make make, TextOutput& out)
     : make_(std::move(make)),
       out_(&out),
       format_(make_(out)),
-      workers_(std::clamp(workers, 1U, kMostWorkers)),
-      batches_(workers_ * kBatchesEach) {}
+      threadsWanted_(std::clamp(threads, 1U, kMostThreads)),
+      batches_(threadsWanted_ * kBatchesEach) {}
 
 ParallelRows::~ParallelRows() {
     {
@@ -35,7 +35,7 @@ void ParallelRows::record(const ToldRecord& told) {
 }
 
 void ParallelRows::finish(const TraceClock& clock) {
-    if (threads_.empty()) {
+    if (filled_ == 0) {
         for (const ToldRecord& told : at(filled_).told) format_->record(told);
     } else {
         handOver();
@@ -44,11 +44,19 @@ void ParallelRows::finish(const TraceClock& clock) {
     format_->finish(clock);
 }
 
-// The batch that is full goes to the workers, and the next one is made room for.
-void ParallelRows::handOver() {
-    if (threads_.empty()) {
-        while (threads_.size() < workers_) threads_.push_back(workerThread([this] { work(); }));
+void ParallelRows::begin() {
+    for (Batch& batch : batches_) {
+        batch.format = make_(batch.rows);
+        batch.rows.clear();  // the head
     }
+    while (threads_.size() + 1 < threadsWanted_) {
+        threads_.push_back(workerThread([this] { work(); }));
+    }
+}
+
+// The batch that is full goes to the threads, and the next one is made room for.
+void ParallelRows::handOver() {
+    if (filled_ == 0) begin();
     {
         const std::lock_guard lock(mutex_);
         ++filled_;
@@ -61,49 +69,48 @@ void ParallelRows::writeNext() {
     Batch& batch = at(written_);
     {
         std::unique_lock lock(mutex_);
-        making_.wait(lock, [&] { return batch.made || failure_ != nullptr; });
-        if (failure_ != nullptr) std::rethrow_exception(failure_);
+        while (!batch.made) {
+            if (failure_ != nullptr) std::rethrow_exception(failure_);
+            if (taken_ < filled_) {
+                makeNext(lock);
+            } else {
+                making_.wait(lock);
+            }
+        }
     }
-    out_->put(batch.text);
+    out_->put(batch.early);
+    out_->put(batch.rows.text());
     batch.records.clear();
     batch.told.clear();
-    batch.text.clear();
+    batch.early.clear();
+    batch.rows.clear();
     batch.made = false;
     ++written_;
 }
 
 void ParallelRows::work() {
+    std::unique_lock lock(mutex_);
     try {
-        makeRows();
+        for (;;) {
+            filling_.wait(lock, [&] { return ended_ || taken_ < filled_; });
+            if (ended_) return;
+            makeNext(lock);
+        }
     } catch (...) {
-        const std::lock_guard lock(mutex_);
+        if (!lock.owns_lock()) lock.lock();
         failure_ = std::current_exception();
         making_.notify_one();
     }
 }
 
-void ParallelRows::makeRows() {
-    std::string text;
-    TextOutput out(
-        {.write = [](void* to, const char* piece,
-                     size_t length) { static_cast<std::string*>(to)->append(piece, length); },
-         .context = &text});
-    const std::unique_ptr<Format> format = make_(out);
-    out.handOver();
-    text.clear();  // the head
-    for (;;) {
-        std::unique_lock lock(mutex_);
-        filling_.wait(lock, [&] { return ended_ || taken_ < filled_; });
-        if (ended_) return;
-        Batch& batch = at(taken_++);
-        lock.unlock();
-        for (const ToldRecord& told : batch.told) format->record(told);
-        out.handOver();
-        std::swap(text, batch.text);
-        lock.lock();
-        batch.made = true;
-        making_.notify_one();
-    }
+// Gives the lock up meanwhile.
+void ParallelRows::makeNext(std::unique_lock<std::mutex>& lock) {
+    Batch& batch = at(taken_++);
+    lock.unlock();
+    for (const ToldRecord& told : batch.told) batch.format->record(told);
+    lock.lock();
+    batch.made = true;
+    making_.notify_one();
 }
 
 }  // namespace sonaprobe::scope

@@ -20,12 +20,14 @@ namespace sonaprobe::scope {
 // written is at most some batches of records for each worker.
 class ParallelRows final : public Format {
   public:
-    // Makes a format that writes to an output; also called on workers' threads.
+    // Makes a format that writes to an output.
     using Make = std::function<std::unique_ptr<Format>(TextOutput& out)>;
 
-    // What formats write before the first record, such as a head, is written once. `out` must
-    // outlive this. With fewer records than one batch holds, no worker is started.
-    ParallelRows(unsigned workers, Make make, TextOutput& out);
+    // Rows are made by so many threads, of which one is that which reads and writes: it makes some
+    // while it would wait for others. What formats write before the first record, such as a head,
+    // is written once. `out` must outlive this. With fewer records than one batch holds, no thread
+    // is started.
+    ParallelRows(unsigned threads, Make make, TextOutput& out);
     ~ParallelRows() override;
 
     // Throws what writing throws, and what a worker has thrown.
@@ -33,27 +35,35 @@ class ParallelRows final : public Format {
     void finish(const TraceClock& clock) override;
 
   private:
-    static constexpr size_t kRecords = 2048;     // of a batch
-    static constexpr size_t kBatchesEach = 3;    // of a worker: filled, in work, written
-    static constexpr unsigned kMostWorkers = 8;  // the thread that reads feeds no more
+    static constexpr size_t kRecords = 256;      // of a batch
+    static constexpr size_t kText = 128 << 10;   // bytes that its rows seldom exceed
+    static constexpr size_t kBatchesEach = 3;    // of a thread: filled, in work, written
+    static constexpr unsigned kMostThreads = 8;  // the one that reads feeds no more
 
     struct Batch {
         std::vector<TraceRecord> records;
         std::vector<ToldRecord> told;  // of these
-        std::string text;
+        std::string early;             // what `rows` could not hold of their text
+        TextOutput rows{{.write = append, .context = &early}, kText};
+        std::unique_ptr<Format> format;  // writes into `rows`
         bool made = false;
+
+        static void append(void* text, const char* more, size_t length) {
+            static_cast<std::string*>(text)->append(more, length);
+        }
     };
 
     Batch& at(uint64_t number) { return batches_[number % batches_.size()]; }
+    void begin();
     void handOver();
     void writeNext();
     void work();
-    void makeRows();
+    void makeNext(std::unique_lock<std::mutex>& lock);
 
     Make make_;
     TextOutput* out_;
     std::unique_ptr<Format> format_;
-    unsigned workers_;
+    unsigned threadsWanted_;
 
     // A ring: batches are counted from the first of all.
     std::vector<Batch> batches_;

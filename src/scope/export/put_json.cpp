@@ -4,6 +4,7 @@
 
 namespace sonaprobe::scope {
 
+template <Quotes kQuotes>
 char* putJsonEscaped(char* at, std::string_view text) {
     for (const char character : text) {
         if (character == '<') {  // a page that has the document in a script must not end there
@@ -11,10 +12,16 @@ char* putJsonEscaped(char* at, std::string_view text) {
             continue;
         }
         if (character == '"' || character == '\\') *at++ = '\\';
-        *at++ = character;
+        if (character == '"') {
+            at = putQuote<kQuotes>(at);
+        } else {
+            *at++ = character;
+        }
     }
     return at;
 }
+template char* putJsonEscaped<Quotes::once>(char* at, std::string_view text);
+template char* putJsonEscaped<Quotes::twice>(char* at, std::string_view text);
 
 char* putCode(char* at, uint32_t code) {
     at = putText(at, "0x");

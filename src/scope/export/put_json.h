@@ -12,28 +12,38 @@
 
 namespace sonaprobe::scope {
 
+// How quotation marks are written: as JSON has them, or twice, where the document is itself a text
+// in quotation marks that are written so.
+enum class Quotes : uint8_t { once, twice };
+
+template <Quotes kQuotes>
+char* putQuote(char* at) {
+    constexpr size_t kLength = kQuotes == Quotes::once ? 1 : 2;
+    std::memset(at, '"', kLength);
+    return at + kLength;
+}
+
+template <Quotes kQuotes>
 char* putJsonEscaped(char* at, std::string_view text);
 
 // In quotation marks; at most six characters for one.
-inline char* putJsonText(char* at, std::string_view text) {
-    *at++ = '"';
-    if (text.empty()) {  // of which there may be no address to copy from
-        *at++ = '"';
-        return at;
+template <Quotes kQuotes = Quotes::once>
+char* putJsonText(char* at, std::string_view text) {
+    at = putQuote<kQuotes>(at);
+    if (!text.empty()) {  // else there may be no address to copy from
+        const bool plain = !containsAny(text, [](EightBytes bytes) {
+            return areEqual(bytes, '"') | areEqual(bytes, '\\') | areEqual(bytes, '<');
+        });
+        at = plain ? putText(at, text) : putJsonEscaped<kQuotes>(at, text);
     }
-    const bool plain = !containsAny(text, [](EightBytes bytes) {
-        return areEqual(bytes, '"') | areEqual(bytes, '\\') | areEqual(bytes, '<');
-    });
-    at = plain ? putText(at, text) : putJsonEscaped(at, text);
-    *at++ = '"';
-    return at;
+    return putQuote<kQuotes>(at);
 }
 
 // "0x00000000000000a5".
-inline char* putJsonWord(char* at, uint64_t word) {
-    at = putHexDigits(putText(at, "\"0x"), word, 16);
-    *at++ = '"';
-    return at;
+template <Quotes kQuotes = Quotes::once>
+char* putJsonWord(char* at, uint64_t word) {
+    at = putText(putQuote<kQuotes>(at), "0x");
+    return putQuote<kQuotes>(putHexDigits(at, word, 16));
 }
 
 // "0x05245C0C", as the reference of events spells codes.

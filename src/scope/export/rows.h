@@ -53,7 +53,7 @@ void putFields(Row& row, const ToldRecord& told, EventWords& words) {
     row.integer("cpu", record.cpuid);
     putObject(row, record);
     row.flag("failure", isFailure(told.event));
-    row.text("text", words.textOf(told.event, told.ticksPerMicrosecond));
+    row.text("text", told.event, words, told.ticksPerMicrosecond);
     row.values("values", told.event, words, told.ticksPerMicrosecond);
 }
 
@@ -73,9 +73,8 @@ void putFields(Row& row, const ToldCall& told, EventWords& words) {
     row.integer("cpu", call.cpu);
     putObject(row, *told.start);
     row.flag("failure", tellsFailure(told));
-    row.text("text", words.textOf(decode(*told.start), told.ticksPerMicrosecond));
-    row.text("end_text",
-             end == nullptr ? "" : words.textOf(decode(*end), told.ticksPerMicrosecond));
+    row.text("text", decode(*told.start), words, told.ticksPerMicrosecond);
+    row.text("end_text", end == nullptr ? Event{} : decode(*end), words, told.ticksPerMicrosecond);
 }
 
 template <class Row>

@@ -3,7 +3,8 @@
 #include "scope/export/sorted_text.h"
 
 #include <algorithm>
-#include <queue>
+#include <cstring>
+#include <limits>
 #include <string>
 
 #include "scope/failure.h"
@@ -22,19 +23,22 @@ struct Head {
 
 }  // namespace
 
-// The pieces of one file, in their order.
+// The pieces of one file, in their order: the one that is next, and those after it.
 class SortedText::Run {
   public:
-    explicit Run(std::FILE* file) : file_(file) { std::rewind(file); }
+    explicit Run(File file) : file_(std::move(file)) {
+        std::rewind(file_.get());
+        next();
+    }
 
     // Reads the next piece; false at the end.
     bool next() {
-        if (std::fread(&head_, sizeof head_, 1, file_) != 1) {
-            if (std::ferror(file_) != 0) refuse();
+        if (std::fread(&head_, sizeof head_, 1, file_.get()) != 1) {
+            if (std::ferror(file_.get()) != 0) refuse();
             return false;
         }
         text_.resize(head_.length);
-        if (std::fread(text_.data(), 1, text_.size(), file_) != text_.size()) refuse();
+        if (std::fread(text_.data(), 1, text_.size(), file_.get()) != text_.size()) refuse();
         return true;
     }
 
@@ -42,7 +46,7 @@ class SortedText::Run {
     std::string_view text() const { return text_; }
 
   private:
-    std::FILE* file_;
+    File file_;
     Head head_{};
     std::string text_;
 };
@@ -50,14 +54,16 @@ class SortedText::Run {
 SortedText::SortedText(size_t memory)
     : memory_(memory), text_(std::make_unique_for_overwrite<char[]>(memory + kPieceRoom)) {}
 
+SortedText::~SortedText() = default;
+
 void SortedText::add(const TextKey& key, const char* end) {
     const size_t length = static_cast<size_t>(end - text_.get()) - used_;
     pieces_.push_back({key, used_, length});
     used_ += length;
-    if (used_ + pieces_.size() * sizeof(Piece) >= memory_) spill();
+    if (taken() >= memory_) spill();
 }
 
-void SortedText::sortPieces() { std::ranges::sort(pieces_, {}, &Piece::key); }
+void SortedText::sortPieces() { std::ranges::stable_sort(pieces_, {}, &Piece::key); }
 
 void SortedText::spill() {
     sortPieces();
@@ -71,34 +77,51 @@ void SortedText::spill() {
         }
     }
     if (std::fflush(file.get()) != 0) refuse();
-    spilled_.push_back(std::move(file));
+    spilled_.emplace_back(std::move(file));
+    std::ranges::push_heap(spilled_, std::greater(), &Run::key);
     pieces_.clear();
     used_ = 0;
 }
 
-void SortedText::forEach(const Visit& visit) {
-    if (!spilled_.empty()) return merge(visit);
+void SortedText::forEachBefore(const TextKey& end, const Visit& visit) {
     sortPieces();
-    for (const Piece& piece : pieces_) visit(piece.key, textOf(piece));
+    size_t visited = 0;
+    for (;;) {
+        const bool inMemory = visited < pieces_.size();
+        if (!spilled_.empty() && (!inMemory || spilled_.front().key() < pieces_[visited].key)) {
+            if (spilled_.front().key() >= end) break;
+            std::ranges::pop_heap(spilled_, std::greater(), &Run::key);
+            visit(spilled_.back().key(), spilled_.back().text());
+            if (spilled_.back().next()) {
+                std::ranges::push_heap(spilled_, std::greater(), &Run::key);
+            } else {
+                spilled_.pop_back();
+            }
+        } else {
+            if (!inMemory || pieces_[visited].key >= end) break;
+            visit(pieces_[visited].key, textOf(pieces_[visited]));
+            ++visited;
+        }
+    }
+    drop(visited);
 }
 
-void SortedText::merge(const Visit& visit) {
-    spill();
-    std::vector<Run> runs;
-    for (const File& file : spilled_) runs.emplace_back(file.get());
-    const auto isLater = [&](size_t one, size_t other) {
-        return runs[one].key() > runs[other].key();
-    };
-    std::priority_queue<size_t, std::vector<size_t>, decltype(isLater)> waiting(isLater);
-    for (size_t i = 0; i < runs.size(); ++i) {
-        if (runs[i].next()) waiting.push(i);
+// Closes the gaps that the first pieces leave.
+void SortedText::drop(size_t count) {
+    pieces_.erase(pieces_.begin(), pieces_.begin() + static_cast<ptrdiff_t>(count));
+    std::ranges::sort(pieces_, {}, &Piece::begin);
+    used_ = 0;
+    for (Piece& piece : pieces_) {
+        std::memmove(text_.get() + used_, text_.get() + piece.begin, piece.length);
+        piece.begin = used_;
+        used_ += piece.length;
     }
-    while (!waiting.empty()) {
-        const size_t first = waiting.top();
-        waiting.pop();
-        visit(runs[first].key(), runs[first].text());
-        if (runs[first].next()) waiting.push(first);
-    }
+    doubled_ = std::max(kLeast, 2 * taken());
+}
+
+void SortedText::forEach(const Visit& visit) {
+    forEachBefore({std::numeric_limits<int64_t>::max(), std::numeric_limits<uint64_t>::max()},
+                  visit);
 }
 
 }  // namespace sonaprobe::scope

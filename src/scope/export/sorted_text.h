@@ -27,14 +27,20 @@ class SortedText {
     static constexpr size_t kPieceRoom = 1 << 16;
 
     explicit SortedText(size_t memory = kMemory);
+    ~SortedText();
 
     // A piece is written at the cursor and then added. Throw a Failure where a file cannot be
     // written or read.
     char* cursor() { return text_.get() + used_; }
     void add(const TextKey& key, const char* end);
 
-    // Once, after the last piece.
+    // Pieces that are visited are dropped. Of those before a key, none may come any more. What is
+    // left is put in order again each time, so it pays once there is twice as much.
     using Visit = std::function<void(const TextKey&, std::string_view)>;
+    void forEachBefore(const TextKey& end, const Visit& visit);
+    bool hasDoubled() const { return taken() >= doubled_; }
+
+    // Once, after the last piece.
     void forEach(const Visit& visit);
 
   private:
@@ -54,15 +60,19 @@ class SortedText {
     std::string_view textOf(const Piece& piece) const {
         return {text_.get() + piece.begin, piece.length};
     }
+    size_t taken() const { return used_ + pieces_.size() * sizeof(Piece); }
     void sortPieces();
     void spill();
-    void merge(const Visit& visit);
+    void drop(size_t count);
+
+    static constexpr size_t kLeast = 4 << 20;
 
     size_t memory_;
     size_t used_ = 0;
+    size_t doubled_ = kLeast;       // of what the last visit left
     std::unique_ptr<char[]> text_;  // touched only as far as it is used
     std::vector<Piece> pieces_;
-    std::vector<File> spilled_;
+    std::vector<Run> spilled_;  // a heap, the one with the first piece on top
 };
 
 }  // namespace sonaprobe::scope

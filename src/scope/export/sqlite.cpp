@@ -83,7 +83,6 @@ class Sqlite final : public Format {
             (*insert)->finish();
             insert->reset();
         }
-        database_.run(kSqliteIndexes);
         database_.run(kSqliteViews);
         database_.finish();
     }

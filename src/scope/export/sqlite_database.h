@@ -38,10 +38,14 @@ class Database {
     std::unique_ptr<sqlite3, Close> database_;
 };
 
-// Puts rows into a table, many with one statement: each statement costs as much as some rows.
+// Puts rows into a table, many with one statement, which reads them from a table that is there
+// while this is: so the library asks for each cell where it is, and no cell is bound.
 class Insert {
   public:
     Insert(Database& database, const std::string& table, size_t columns);
+    ~Insert();
+    Insert(const Insert&) = delete;
+    Insert& operator=(const Insert&) = delete;
 
     Insert& add(int64_t value) {
         cells_[used_++] = {Kind::number, value, 0};
@@ -67,7 +71,7 @@ class Insert {
     void finish() { putGathered(); }
 
   private:
-    static constexpr size_t kRows = 16;
+    static constexpr size_t kRows = 256;
 
     enum class Kind : uint8_t { null, number, text };
     struct Cell {
@@ -78,16 +82,16 @@ class Insert {
     struct Finalize {
         void operator()(sqlite3_stmt* statement) const { sqlite3_finalize(statement); }
     };
-    using Statement = std::unique_ptr<sqlite3_stmt, Finalize>;
+    struct Gathered;
+    struct Reader;
 
-    Statement prepare(const std::string& table, size_t rows) const;
     void putGathered();
-    void run(sqlite3_stmt* statement, std::span<const Cell> cells) const;
 
     Database* database_;
+    std::string name_;         // of the table that is read
+    std::string declaration_;  // of its columns
     size_t columns_;
-    Statement one_;
-    Statement many_;
+    std::unique_ptr<sqlite3_stmt, Finalize> statement_;
     std::vector<Cell> cells_;
     size_t used_ = 0;  // of cells_, by rows that are not put yet
     std::string texts_;

@@ -16,17 +16,19 @@ class TextOutput {
     // What may be written at the cursor before it is put back.
     static constexpr size_t kRoom = 1 << 16;
 
-    explicit TextOutput(Sink sink) : sink_(sink), buffer_(kGathered + kRoom) {}
+    // Text is handed over once there are so many bytes of it.
+    explicit TextOutput(Sink sink, size_t gathered = kGathered)
+        : sink_(sink), gathered_(gathered), buffer_(gathered + kRoom) {}
 
     char* cursor() { return buffer_.data() + used_; }
     void moveTo(const char* at) {
         used_ = static_cast<size_t>(at - buffer_.data());
-        if (used_ >= kGathered) handOver();
+        if (used_ >= gathered_) handOver();
     }
 
-    // A text of any length.
+    // A text of any length. A long one is not copied.
     void put(std::string_view text) {
-        if (text.size() > kRoom) {
+        if (text.size() > kLong) {
             handOver();
             sink_.write(sink_.context, text.data(), text.size());
             return;
@@ -41,10 +43,16 @@ class TextOutput {
         used_ = 0;
     }
 
+    // What has not been handed over, and to drop it.
+    std::string_view text() const { return {buffer_.data(), used_}; }
+    void clear() { used_ = 0; }
+
   private:
     static constexpr size_t kGathered = 1 << 16;
+    static constexpr size_t kLong = 1 << 12;
 
     Sink sink_;
+    size_t gathered_;
     std::vector<char> buffer_;
     size_t used_ = 0;
 };

@@ -14,15 +14,16 @@ namespace sonaprobe::scope::timeline {
 class IoObserving {
   public:
     void take(std::span<const TraceRecord> slots) {
-        worker_.give([this, some = std::vector(slots.begin(), slots.end())] {
-            for (const TraceRecord& slot : some) observer_.take(slot);
-        });
+        for (; slots.size() > kSlots; slots = slots.subspan(kSlots)) give(slots.first(kSlots));
+        give(slots);
     }
 
     // After the last slots; the answer is found meanwhile.
     void finish() {
+        finished_ = true;
         worker_.give([this] { answer_ = judgeIo(observer_.finish()); });
     }
+    bool isFinished() const { return finished_; }
 
     // After finish(): waits for it.
     const IoAnswer& answer() {
@@ -31,8 +32,17 @@ class IoObserving {
     }
 
   private:
-    static constexpr size_t kMostWaiting = 4;
+    static constexpr size_t kMostWaiting = 16;
+    // At once: memory of that size is kept by the program for the next ones.
+    static constexpr size_t kSlots = 1024;
 
+    void give(std::span<const TraceRecord> slots) {
+        worker_.give([this, some = std::vector(slots.begin(), slots.end())] {
+            for (const TraceRecord& slot : some) observer_.take(slot);
+        });
+    }
+
+    bool finished_ = false;
     IoObserver observer_;
     IoAnswer answer_;
     Worker worker_{kMostWaiting};  // the last, as it uses the rest

@@ -42,7 +42,7 @@ class Packer final : public CallSink {
           overview_(survey.begin, survey.end) {}
 
     void take(const TraceRecord& slot);
-    PackedTrace finish(const std::string& title, const IoAnswer& answer);
+    PackedTrace finish(const std::string& title, IoObserving& io);
 
   private:
     // An open call that is shown.
@@ -338,7 +338,7 @@ void Packer::flush() {
     ++blockNumber_;
 }
 
-PackedTrace Packer::finish(const std::string& title, const IoAnswer& answer) {
+PackedTrace Packer::finish(const std::string& title, IoObserving& io) {
     resetsBefore_ = resets();
     failure_ = false;
     tracker_.finish();
@@ -346,6 +346,14 @@ PackedTrace Packer::finish(const std::string& title, const IoAnswer& answer) {
     pyramid_.finish();
 
     PackedTrace trace;
+    Json resolutions = Json::array();
+    for (size_t level = pyramid_.levels(); level-- > 0;) {
+        resolutions.push_back(pyramid_.resolution(level));
+        trace.levels.push_back(chunkOf(pyramid_.packed(level, rows_)));
+    }
+    trace.longBars = chunkOf(longBars_.packed(rows_));
+
+    const IoAnswer& answer = io.answer();
     std::set<size_t> processors;  // that have records
     for (const ThreadFacts& facts : facts_) {
         for (size_t i = 0; i < facts.processors.size(); ++i) {
@@ -365,12 +373,7 @@ PackedTrace Packer::finish(const std::string& title, const IoAnswer& answer) {
     head["processors"] = processors;
     head["overview"] = overview_.toJson(processors.empty() ? 0 : *processors.rbegin() + 1);
     head["blocks"] = std::move(blockFacts_);
-    Json& resolutions = head["levels"] = Json::array();
-    for (size_t level = pyramid_.levels(); level-- > 0;) {
-        resolutions.push_back(pyramid_.resolution(level));
-        trace.levels.push_back(chunkOf(pyramid_.packed(level, rows_)));
-    }
-    trace.longBars = chunkOf(longBars_.packed(rows_));
+    head["levels"] = std::move(resolutions);
     trace.cycles = chunkOf(packedCycles(answer.io, *survey_, numbers_));
     trace.head = chunkOf(head.dump());
     trace.blocks = packing_.finish();
@@ -383,11 +386,14 @@ PackedTrace pack(const TraceOptions& trace, const std::string& title, Survey& su
                  const Thinning& thinning) {
     const CodeNames names = readCodeNames(trace.names);
     Packer packer(survey, thinning, names);
+    const bool observes = !survey.io.isFinished();
     Input input(trace);
     for (auto slots = input.next(); !slots.empty(); slots = input.next()) {
+        if (observes) survey.io.take(slots);
         for (const TraceRecord& slot : slots) packer.take(slot);
     }
-    return packer.finish(title, survey.io.answer());
+    if (observes) survey.io.finish();
+    return packer.finish(title, survey.io);
 }
 
 }  // namespace sonaprobe::scope::timeline

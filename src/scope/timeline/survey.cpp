@@ -67,7 +67,6 @@ void survey(const TraceOptions& trace, const Selection& selection, Survey& surve
         latestOf[thread] = at;
     };
     for (auto slots = input.next(); !slots.empty(); slots = input.next()) {
-        survey.io.take(slots);
         uint64_t number = input.firstSlot();
         for (const TraceRecord& slot : slots) {
             const SlotKind kind = kindOf(slot);
@@ -88,7 +87,6 @@ void survey(const TraceOptions& trace, const Selection& selection, Survey& surve
         longer += begun[bits + 1];
         survey.stretches[bits] = longer;
     }
-    survey.io.finish();
 }
 
 }  // namespace sonaprobe::scope::timeline

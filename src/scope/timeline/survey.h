@@ -1,5 +1,4 @@
-// The first reading of a trace for its page: how long it is, which records are shown, and what its
-// I/O came to.
+// The first reading of a trace for its page: how long it is, and which records are shown.
 
 #pragma once
 
@@ -24,7 +23,7 @@ struct Survey {
     std::vector<bool> shown{};
     // By n: how often a thread's record begins another stretch of 2^n ns, at their multiples.
     std::array<uint64_t, 64> stretches{};
-    IoObserving io{};
+    IoObserving io{};  // by a later reading
 
     bool shows(uint64_t slot) const { return shown.empty() || shown[slot]; }
 };

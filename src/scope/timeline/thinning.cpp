@@ -243,10 +243,18 @@ Thinning thinnedBy(const TraceOptions& trace, const Survey& survey,
     return thinner.finish();
 }
 
+// Dropouts are to be known before any record is merged.
+void observe(const TraceOptions& trace, IoObserving& io) {
+    Input input(trace);
+    for (auto slots = input.next(); !slots.empty(); slots = input.next()) io.take(slots);
+    io.finish();
+}
+
 }  // namespace
 
 Thinning thinned(const TraceOptions& trace, Survey& survey, uint64_t most) {
     if (survey.records <= most) return {};
+    observe(trace, survey.io);
     const NearDropouts nearDropouts(survey, most);
     const Nanoseconds longest = (survey.end - survey.begin) / kLeastStretches;
     unsigned bits = 0;
