@@ -4,8 +4,8 @@
 
 #include <cstddef>
 #include <cstdint>
+#include <vector>
 
-#include "analysis/tally.h"
 #include "record/trace_record.h"
 
 namespace sonaprobe {
@@ -48,15 +48,17 @@ class Plausibility {
     bool isFamiliar(uint32_t debugid) const {
         if (isOfDrivers(debugid)) return true;
         constexpr uint64_t kFrequent = 64;  // one record in so many
-        const auto& counts = recordsOfOtherClassWord_.counts();
-        const auto found = counts.find(classWordOf(debugid));
-        return found != counts.end() && found->second * kFrequent >= records_;
+        if (recordsOfOtherWord_.empty()) return false;
+        const uint64_t records = recordsOfOtherWord_[classWordOf(debugid)];
+        return records > 0 && records * kFrequent >= records_;
     }
 
     // Takes a record of the file as an example of what the others look like.
     void learn(const TraceRecord& record) {
-        if (!isOfDrivers(record.debugid)) recordsOfOtherClassWord_.add(classWordOf(record.debugid));
         records_++;
+        if (isOfDrivers(record.debugid)) return;
+        if (recordsOfOtherWord_.empty()) recordsOfOtherWord_.resize(0x10000);
+        recordsOfOtherWord_[classWordOf(record.debugid)]++;
     }
 
     // The same of so many ordinary ones, whose class words need no example.
@@ -73,7 +75,7 @@ class Plausibility {
 
     unsigned doubtsOfOdd(const TraceRecord& slot) const;
 
-    Tally recordsOfOtherClassWord_;
+    std::vector<uint32_t> recordsOfOtherWord_;  // by class word; empty before the first
     uint64_t records_ = 0;
 };
 
