@@ -47,6 +47,7 @@ for (const [title, make] of traces) {
     const opened = await pageOf(trace);
     await opened.trace.ready;
     await context.test('each record has its line, values and call', () => checkRecords(lines, opened));
+    await context.test('several asked for at once do not disturb each other', () => checkAtOnce(lines, opened));
     await context.test('each call is drawn', () => checkCalls(trace, lines, opened));
     await context.test('what is short is merged, and nothing else', () => checkMerging(opened));
     await context.test('cycles are those of why', () => checkCycles(trace, opened));
@@ -68,7 +69,7 @@ function textOf(line: Line): string {
 
 async function checkRecords(lines: readonly Line[], { engine, trace }: OpenedPage): Promise<void> {
   assert.equal(trace.records, lines.length);
-  for (let record = 0; record < lines.length; record += 11) {
+  for (let record = 0; record < lines.length; record += 41) {
     const line = lines[record]!;
     const detail = await engine.detail(record);
     assert.deepEqual(
@@ -106,6 +107,16 @@ async function checkRecords(lines: readonly Line[], { engine, trace }: OpenedPag
       assert.ok(start.call!.begin <= detail.time && detail.time <= start.call!.end);
     }
   }
+}
+
+// Blocks take turns in one room.
+async function checkAtOnce(lines: readonly Line[], { engine }: OpenedPage): Promise<void> {
+  const records = [0, 0.9, 0.1, 0.5, 0.9].map((share) => Math.floor(share * lines.length));
+  const details = await Promise.all(records.map((record) => engine.detail(record)));
+  details.forEach((detail, place) => {
+    const line = lines[records[place]!]!;
+    assert.deepEqual([detail.slot, detail.time, escaped(detail.line)], [line.slot, line.time_ns, textOf(line)]);
+  });
 }
 
 async function checkCalls(path: string, lines: readonly Line[], { trace }: OpenedPage): Promise<void> {
