@@ -160,13 +160,19 @@ class Page implements Commands {
 
   // ---- dropouts, failures, matches
 
+  // On from the one looked at; where that is not on the screen, the first of the screen.
   nextDropout(step: number): void {
     const { dropouts } = this.trace;
+    const { targetFrom, targetTo } = this.view;
     if (dropouts.length === 0) return this.speak('There is no dropout in this trace.');
-    this.dropout(
-      (this.state.dropout + step + dropouts.length + (this.state.dropout < 0 && step < 0 ? 1 : 0)) %
-        dropouts.length,
-    );
+    const last = dropouts[this.state.dropout]?.time ?? NaN;
+    let next = this.state.dropout + step;
+    if (!(last >= targetFrom && last <= targetTo))
+      next =
+        step > 0
+          ? dropouts.findIndex(({ time }) => time >= targetFrom)
+          : dropouts.findLastIndex(({ time }) => time <= targetTo);
+    this.dropout((next + dropouts.length) % dropouts.length);
   }
 
   dropout(index: number): void {

@@ -390,6 +390,32 @@ test('a thinned page keeps what matters, and covers what it merged', async () =>
   assert.ok(covered > 3000, `${covered} calls`);
 });
 
+// A cycle whose start is merged refers to the latest record before it that is kept.
+test('cycles of a thinned page refer to its records', async () => {
+  const path = story('all', 30_000);
+  const starts = new Map<string, number>(); // slots
+  for (const line of linesOf(path)) {
+    if (line.method !== 'IOCycle' || line.qualifier !== 'start') continue;
+    starts.set(`thread 0x${BigInt(line.thread).toString(16)}, ${line.time_ns}`, line.slot);
+  }
+  const { trace, engine } = await pageOf(path, '--most', '16000');
+  const kept: number[] = [];
+  for (let record = 0; record < trace.records; ++record) kept.push((await engine.detail(record)).slot);
+  const cycles = newCycles();
+  let whole = 0;
+  let merged = 0;
+  for (const { id, name } of trace.lanes.filter(({ kind }) => kind === 'io')) {
+    await exactly(() => trace.cycles(id, trace.begin, trace.end + 1, 0, cycles));
+    for (let at = 0; at < cycles.count; ++at) {
+      const start = starts.get(`${name}, ${cycles.begin[at]}`)!;
+      assert.equal(kept[cycles.record[at]!], kept.findLast((slot) => slot <= start));
+      if (kept.includes(start)) ++whole;
+      else ++merged;
+    }
+  }
+  assert.ok(whole > 100 && merged > 100, `${whole} whole, ${merged} merged`);
+});
+
 test('a search that is stopped says nothing more', async () => {
   const { trace } = await pageOf(story('usb', 60_000));
   const stop = new AbortController();
