@@ -12,6 +12,7 @@ export interface Shared {
   pinned: number[];
   hidden: number[];
   folded: number[];
+  closed: string[]; // groups
   idle: boolean;
   selection: [number, number] | null;
 }
@@ -30,6 +31,7 @@ export function readFragment(fragment: string): Shared {
     pinned: numbers(fields.get('pinned')),
     hidden: numbers(fields.get('hidden')),
     folded: numbers(fields.get('folded')),
+    closed: fields.getAll('closed'),
     idle: fields.get('idle') === 'shown',
     selection: selection.length === 2 ? [selection[0], selection[1]] : null,
   };
@@ -48,6 +50,7 @@ export function writeFragment(view: Shared): string {
   if (view.pinned.length) fields.set('pinned', view.pinned.join(','));
   if (view.hidden.length) fields.set('hidden', view.hidden.join(','));
   if (view.folded.length) fields.set('folded', view.folded.join(','));
+  for (const group of view.closed) fields.append('closed', group);
   if (view.idle) fields.set('idle', 'shown');
   if (view.selection) fields.set('selection', view.selection.map(Math.round).join(','));
   return fields.toString().replaceAll('%2C', ',');

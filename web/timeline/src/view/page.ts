@@ -10,7 +10,7 @@ import { callTable, Heads, laneTitle } from './heads';
 import { Overlays } from './help';
 import { listenToKeys } from './keys';
 import { legend } from './legend';
-import { type Grouping, kGroupings, LaneLayout } from './lanes';
+import { type Grouping, groupOf, kGroupings, LaneLayout } from './lanes';
 import { callBeside, callInside, neighbourhood, spanFor } from './navigation';
 import { listenToPointer } from './pointer';
 import { pointedMoment } from './ruler';
@@ -365,6 +365,7 @@ class Page implements Commands {
     const { choice } = this.state;
     if (!this.layout.rowOf(lane)) {
       choice.hidden.delete(lane);
+      choice.closed.delete(groupOf(this.trace.lanes[lane], choice));
       if (this.layout.isIdle(this.trace.lanes[lane])) choice.idleShown = true;
       this.arrange();
     }
@@ -414,6 +415,11 @@ class Page implements Commands {
     const { folded } = this.state.choice;
     if (lane < 0) return;
     if (!folded.delete(lane)) folded.add(lane);
+    this.arrange();
+  }
+  foldGroup(name: string): void {
+    const { closed } = this.state.choice;
+    if (!closed.delete(name)) closed.add(name);
     this.arrange();
   }
   idle(): void {
@@ -535,6 +541,7 @@ class Page implements Commands {
       pinned: choice.pinned,
       hidden: [...choice.hidden],
       folded: [...choice.folded],
+      closed: [...choice.closed],
       idle: choice.idleShown,
       selection: measured && [measured.from, measured.to],
     });
@@ -549,6 +556,7 @@ class Page implements Commands {
     choice.pinned = lanes(shared.pinned);
     choice.hidden = new Set(lanes(shared.hidden));
     choice.folded = new Set(lanes(shared.folded));
+    choice.closed = new Set(shared.closed);
     choice.idleShown = shared.idle;
     if (shared.from !== null && shared.to !== null && shared.to > shared.from)
       this.view.show(shared.from, shared.to, false);
