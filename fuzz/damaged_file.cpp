@@ -21,12 +21,25 @@ bool same(const Found& one, const Found& other) {
            (!one.isSlot() || std::memcmp(&one.slot, &other.slot, sizeof one.slot) == 0);
 }
 
-// Everything in the file, whose bytes come in pieces of at most `piece` bytes.
-std::vector<Found> allIn(Bytes bytes, size_t piece, bool* isTrace) {
+// Everything in the file, whose bytes come in pieces of at most `piece` bytes; records without
+// doubt at once where `byRun` says so.
+std::vector<Found> allIn(Bytes bytes, size_t piece, bool byRun, bool* isTrace) {
     SlotFinder finder;
     std::vector<Found> all;
+    const auto takeRun = [&] {
+        if (!byRun) return;
+        const RecordRun run = finder.plainRecords();
+        for (const TraceRecord& record : run.records) {
+            const uint64_t end = all.back().offset + all.back().length;
+            all.push_back({Found::What::record, ByteOrder::own, end, sizeof record, record});
+        }
+    };
     const auto take = [&] {
-        while (const auto found = finder.next()) all.push_back(*found);
+        takeRun();
+        while (const auto found = finder.next()) {
+            all.push_back(*found);
+            takeRun();
+        }
     };
     while (!bytes.empty()) {
         const Bytes now = bytes.first(std::min(piece, bytes.size()));
@@ -52,7 +65,7 @@ std::vector<TraceRecord> repaired(std::vector<Found> all) {
         require(repair.kept() == kept.size(), "what is kept is counted");
         again = repair.finish();
         bool isTrace = false;
-        if (again) all = allIn(std::as_bytes(std::span(kept)), SIZE_MAX, &isTrace);
+        if (again) all = allIn(std::as_bytes(std::span(kept)), SIZE_MAX, false, &isTrace);
     }
     return kept;
 }
@@ -65,7 +78,7 @@ int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
     const Bytes bytes = std::as_bytes(input.rest());
 
     bool isTrace = false;
-    const std::vector<Found> all = allIn(bytes, bytes.size() + 1, &isTrace);
+    const std::vector<Found> all = allIn(bytes, bytes.size() + 1, false, &isTrace);
     uint64_t end = 0;
     for (const Found& found : all) {
         require(found.offset == end, "nothing is left out or told twice");
@@ -75,9 +88,9 @@ int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
     require(end == bytes.size(), "the last thing ends where the file does");
 
     bool isTraceInPieces = false;
-    const std::vector<Found> inPieces = allIn(bytes, piece, &isTraceInPieces);
-    require(std::ranges::equal(all, inPieces, same), "pieces of any size give the same");
-    require(isTrace == isTraceInPieces, "pieces of any size are the same kind of file");
+    const std::vector<Found> inPieces = allIn(bytes, piece, true, &isTraceInPieces);
+    require(std::ranges::equal(all, inPieces, same), "pieces and runs give the same");
+    require(isTrace == isTraceInPieces, "pieces and runs are the same kind of file");
 
     TraceReport report(true);
     for (const Found& found : all) report.take(found);
@@ -87,7 +100,7 @@ int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
     if (!isTrace) return 0;
     const std::vector<TraceRecord> once = repaired(all);
     const Bytes sound = std::as_bytes(std::span(once));
-    const std::vector<TraceRecord> twice = repaired(allIn(sound, SIZE_MAX, &isTrace));
+    const std::vector<TraceRecord> twice = repaired(allIn(sound, SIZE_MAX, false, &isTrace));
     require(std::ranges::equal(sound, std::as_bytes(std::span(twice))),
             "a second repair changes nothing");
     return 0;

@@ -11,6 +11,9 @@ namespace sonaprobe {
 
 namespace {
 
+// The tag of a call that traces both ends.
+constexpr uint32_t kProvable = 1;
+
 constexpr uint64_t kLeastRegular = 4;            // cycles, before a late one is a sign
 constexpr Nanoseconds kLatePeriods = 8;          // so many periods late
 constexpr Nanoseconds kLeastLate = 100'000'000;  // and this
@@ -18,10 +21,7 @@ constexpr Nanoseconds kLeastLate = 100'000'000;  // and this
 }  // namespace
 
 void CallCheck::take(const TraceRecord& slot, uint64_t number) {
-    // The tracker counts slots by itself: what is none counts as an invalid one.
-    TraceRecord none{};
-    none.debugid = kInvalidMarker;
-    while (tracker_.slots() < number) tracker_.take(none);
+    tracker_.goOnAt(number);
     record_ = &slot;
     const Moment* const moment = tracker_.take(slot);
     if (moment != nullptr) silences_.take(number, moment->time);
@@ -33,11 +33,6 @@ uint64_t CallCheck::epochNow() const {
     return tracker_.clock().stepsBack() + tracker_.clock().divisorChanges();
 }
 
-CallCheck::Thread& CallCheck::threadAt(uint32_t number) {
-    if (number >= threads_.size()) threads_.resize(number + 1);
-    return threads_[number];
-}
-
 // The cycle that ended last on the thread, null where that proves nothing.
 const CallCheck::Cycle* CallCheck::cycleBefore(const Thread& thread) const {
     return thread.ended && thread.ended->epoch == epochNow() ? &*thread.ended : nullptr;
@@ -46,15 +41,16 @@ const CallCheck::Cycle* CallCheck::cycleBefore(const Thread& thread) const {
 uint32_t CallCheck::opened(const TraceRecord& record, const Call& call, const Call* /*parent*/) {
     ++counts_.opened;
     Thread& thread = threadAt(call.thread);
-    if (tracesBothEnds(call.code)) thread.provable.push_back(call.startSlot);
+    const bool provable = tracesBothEnds(call.code);
+    if (provable) thread.provable.push_back(call.startSlot);
     if (call.code == kIoCycle) beginCycle(record, call);
     if (call.code == kIoThread) thread.ended.reset();
-    return 0;
+    return provable ? kProvable : 0;
 }
 
 void CallCheck::closed(const Call& call, const Call* /*parent*/, const Closing& closing) {
     Thread& thread = threadAt(call.thread);
-    const bool provable = tracesBothEnds(call.code);
+    const bool provable = call.tag == kProvable;
     if (provable) thread.provable.pop_back();
     switch (closing.how) {
         case CallEnd::finished:

@@ -81,7 +81,10 @@ class CallCheck final : private CallSink {
     void orphanEnd(const TraceRecord& record, const Moment& moment) override;
 
     uint64_t epochNow() const;
-    Thread& threadAt(uint32_t number);
+    Thread& threadAt(uint32_t number) {
+        if (number >= threads_.size()) threads_.resize(number + 1);
+        return threads_[number];
+    }
     const Cycle* cycleBefore(const Thread& thread) const;
     void beginCycle(const TraceRecord& start, const Call& call);
     void endCycle(const Call& call, const Closing& closing);

@@ -56,13 +56,16 @@ void CallTracker::takeStart(const TraceRecord& record) {
 }
 
 void CallTracker::takeEnd(const TraceRecord& record) {
-    const auto match =
-        innermostOf_.find(Key{objectOf(record), moment_.thread, codeOf(record.debugid)});
-    if (match == innermostOf_.end()) {
-        sink_->orphanEnd(record, moment_);
-        return;
+    const Key key{objectOf(record), moment_.thread, codeOf(record.debugid)};
+    const uint32_t innermost = threads_[moment_.thread].innermost;
+    if (innermost == kNone || keyOf(frames_[innermost].call) != key) {
+        const auto match = innermostOf_.find(key);
+        if (match == innermostOf_.end()) {
+            sink_->orphanEnd(record, moment_);
+            return;
+        }
+        closeDownTo(match->second, {CallEnd::cutOff, moment_.time, moment_.slot});
     }
-    closeDownTo(match->second, {CallEnd::cutOff, moment_.time, moment_.slot});
     close(moment_.thread, {CallEnd::finished, moment_.time, moment_.slot, &record});
 }
 
@@ -102,7 +105,7 @@ void CallTracker::close(uint32_t threadNumber, const Closing& closing) {
     Thread& thread = threads_[threadNumber];
     const uint32_t place = thread.innermost;
     const Frame& frame = frames_[place];
-    const Key key{frame.call.object, threadNumber, frame.call.code};
+    const Key key = keyOf(frame.call);
     if (frame.sameBefore == kNone) {
         innermostOf_.erase(key);
     } else {
@@ -115,7 +118,7 @@ void CallTracker::close(uint32_t threadNumber, const Closing& closing) {
         busy_.pop_back();
     } else {
         Nanoseconds& inside = frames_[frame.parent].call.inside;
-        inside = saturated(Wide{inside} + closing.lengthOf(frame.call));
+        inside = saturatedSum(inside, closing.lengthOf(frame.call));
     }
     sink_->closed(frame.call, callOf(frame.parent), closing);
     unused_.push_back(place);

@@ -70,6 +70,9 @@ class CallTracker {
     // The next slot of the file, of whatever kind; the moment of a record, null for what is none.
     const Moment* take(const TraceRecord& slot);
 
+    // The number of the next slot, where some were left out.
+    void goOnAt(uint64_t slot) { slots_ = slot; }
+
     // After the last slot: closes what is unfinished.
     void finish();
 
@@ -102,6 +105,8 @@ class CallTracker {
             return keyedHash(key.object, uint64_t{key.thread} << 32 | key.code);
         }
     };
+
+    static Key keyOf(const Call& call) { return {call.object, call.thread, call.code}; }
 
     void takeStart(const TraceRecord& record);
     void takeEnd(const TraceRecord& record);

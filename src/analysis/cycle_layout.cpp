@@ -9,7 +9,7 @@ namespace sonaprobe {
 
 CycleLayout layOutCycle(const TimedThread& timed, const Scene& scene, size_t number,
                         Nanoseconds until) {
-    const std::vector<IoCycle>& cycles = timed.io->cycles;
+    const std::deque<IoCycle>& cycles = timed.io->cycles;
     const IoCycle& cycle = cycles[number];
     // Where the end of the cycle before is missing, the line of the cycles before it tells as well.
     const auto due = cycle.due ? cycle.due : timed.timeOf(cycle.sample, cycle.begin);

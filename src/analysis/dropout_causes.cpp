@@ -121,7 +121,7 @@ Verdict Judge::lostAt(const Gap& gap, Certainty certainty) const {
 // When the thread was to trace after a record of the server's.
 Nanoseconds Judge::nextAfter(const SeenRecord& record) const {
     if (record.debugid != (kIoCycle | 2)) return record.time + timed_.any.reach / 2;
-    const std::vector<IoCycle>& cycles = timed_.io->cycles;
+    const std::deque<IoCycle>& cycles = timed_.io->cycles;
     const auto after = std::ranges::upper_bound(cycles, record.slot, {}, &IoCycle::beginSlot);
     const IoCycle* const cycle = after == cycles.begin() ? nullptr : &*std::prev(after);
     const bool isKnown = cycle != nullptr && cycle->endSlot == record.slot && cycle->told;

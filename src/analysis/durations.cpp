@@ -4,6 +4,7 @@
 
 #include <algorithm>
 #include <bit>
+#include <utility>
 
 namespace sonaprobe {
 
@@ -43,6 +44,7 @@ void Durations::add(Nanoseconds length) {
         sketch_->add(positive);
     } else {
         lengths_.push_back(positive);
+        shorter_ = 0;
     }
     ++count_;
     max_ = std::max(max_, length);
@@ -61,8 +63,10 @@ Nanoseconds Durations::percentile(unsigned percent) {
     if (sketch_ != nullptr) {
         return std::min(max_, static_cast<Nanoseconds>(sketch_->atRank(rank)));
     }
-    const auto place = lengths_.begin() + static_cast<std::ptrdiff_t>(rank - 1);
-    std::nth_element(lengths_.begin(), place, lengths_.end());
+    const auto begin = lengths_.begin();
+    const auto place = begin + static_cast<std::ptrdiff_t>(rank - 1);
+    const auto known = begin + static_cast<std::ptrdiff_t>(std::exchange(shorter_, rank - 1));
+    std::nth_element(place < known ? begin : known, place, lengths_.end());
     return static_cast<Nanoseconds>(*place);
 }
 

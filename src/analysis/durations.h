@@ -56,6 +56,7 @@ class Durations {
 
   private:
     std::vector<uint64_t> lengths_;
+    size_t shorter_ = 0;  // so many stand first that are no longer than any other
     std::unique_ptr<DurationSketch> sketch_;
     uint64_t count_ = 0;
     Nanoseconds max_ = 0;

@@ -3,6 +3,7 @@
 #include "analysis/io_cycles.h"
 
 #include <algorithm>
+#include <ranges>
 #include <utility>
 
 #include "analysis/slot.h"
@@ -14,6 +15,7 @@ namespace {
 // What is kept of the past while no dropout has come: enough for the longest budgets in use.
 constexpr Nanoseconds kRemembered = 1'000'000'000;
 constexpr size_t kMostRemembered = size_t{1} << 19;
+constexpr uint64_t kForgetEvery = 256;  // records
 
 // A scene reaches from so many cycles before its dropout, for dropouts that were carried on, to
 // half a cycle after it, for records that come late.
@@ -32,7 +34,7 @@ constexpr size_t kMostCallsOfScene = size_t{1} << 14;
 
 }  // namespace
 
-IoObserver::IoObserver() : tracker_(*this) { trace_.gaps.becomeSketch(); }
+IoObserver::IoObserver() : tracker_(*this) {}
 
 void IoObserver::take(const TraceRecord& slot) {
     orphan_ = false;
@@ -50,12 +52,21 @@ void IoObserver::take(const TraceRecord& slot) {
     ++trace_.records;
     if (isServer(slot.debugid)) ++trace_.serverRecords;
     const Nanoseconds time = bounded(moment->time);
-    if (trace_.records > 1 && time >= latest_) trace_.gaps.add(time - latest_);
+    if (trace_.records > 1 && time >= latest_) {
+        trace_.gaps.add(time - latest_);
+        trace_.gaps.becomeSketch();
+    }
     latest_ = std::max(latest_, time);
-    recent_.push_back({time, moment->slot, slot.debugid, moment->thread, slot.cpuid, orphan_,
-                       std::exchange(afterInvalid_, false)});
+    SeenRecord& seen = recent_.emplace_back();
+    seen.time = time;
+    seen.slot = moment->slot;
+    seen.debugid = slot.debugid;
+    seen.thread = moment->thread;
+    seen.cpu = slot.cpuid;
+    seen.orphan = orphan_;
+    seen.afterInvalid = std::exchange(afterInvalid_, false);
     completeScenes(false);
-    forget();
+    if (trace_.records % kForgetEvery == 0) forget();
 }
 
 IoTrace IoObserver::finish() {
@@ -128,6 +139,7 @@ void IoObserver::beginCycle(const TraceRecord& record, const Call& call) {
     if (server.rate != 0) io.rate = server.rate;
     server.open = io.cycles.size();
     IoCycle& cycle = io.cycles.emplace_back();
+    cycle.firstOwner = io.owners.size();
     cycle.beginSlot = call.startSlot;
     cycle.begin = cycle.end = bounded(call.start);
     cycle.sample = record.arg1;
@@ -148,7 +160,7 @@ void IoObserver::closed(const Call& call, const Call*, const Closing& closing) {
         std::vector<SeenCall>& calls = trace_.overloads[overload].scene.calls;
         *std::ranges::lower_bound(calls, seen.startSlot, {}, &SeenCall::startSlot) = seen;
     }
-    recentCalls_.push_back(seen);
+    recentCalls_.emplace_back() = seen;
     opened.scenes.clear();
     open_[openTags_.back()].place = opened.place;
     openTags_[opened.place] = openTags_.back();
@@ -170,7 +182,7 @@ void IoObserver::closed(const Call& call, const Call*, const Closing& closing) {
         return;
     }
     const OwnerKey owner = call.code == kClient ? clientKey(cycle->clients++) : callKey(call.code);
-    cycle->owners.push_back({owner, bounded(closing.selfOf(call))});
+    ownersOf(call.thread).push_back({owner, bounded(closing.selfOf(call))});
 }
 
 void IoObserver::endCycle(const TraceRecord& end, const Call& call, const Closing& closing) {
@@ -180,7 +192,7 @@ void IoObserver::endCycle(const TraceRecord& end, const Call& call, const Closin
         cycle->finished = true;
         cycle->end = bounded(closing.time);
         cycle->endSlot = closing.slot;
-        cycle->owners.push_back({kCycleItself, bounded(closing.selfOf(call))});
+        ownersOf(call.thread).push_back({kCycleItself, bounded(closing.selfOf(call))});
     }
     server.open.reset();
     tell(server, end, closing.time);
@@ -276,18 +288,18 @@ void IoObserver::completeScenes(bool all) {
 std::optional<Scene> IoObserver::sceneFrom(size_t overload, Nanoseconds from, Nanoseconds to) {
     if (searched_ > kMostSearched || openTags_.size() > kMostCallsOfScene) return {};
     Scene scene;
-    for (auto record = recent_.rbegin(); record != recent_.rend(); ++record) {
-        if (record->time < from - kLateRecords) break;
+    for (const SeenRecord& record : std::views::reverse(recent_.items())) {
+        if (record.time < from - kLateRecords) break;
         ++searched_;
-        if (from <= record->time && record->time <= to) scene.records.push_back(*record);
+        if (from <= record.time && record.time <= to) scene.records.push_back(record);
         if (scene.records.size() > kMostRecordsOfScene) return {};
     }
     std::ranges::reverse(scene.records);
     std::ranges::stable_sort(scene.records, {}, &SeenRecord::time);
-    for (auto call = recentCalls_.rbegin(); call != recentCalls_.rend(); ++call) {
-        if (call->end < from - kLateRecords) break;
+    for (const SeenCall& call : std::views::reverse(recentCalls_.items())) {
+        if (call.end < from - kLateRecords) break;
         ++searched_;
-        if (from <= call->end && call->start <= to) scene.calls.push_back(*call);
+        if (from <= call.end && call.start <= to) scene.calls.push_back(call);
         if (scene.calls.size() > kMostCallsOfScene) return {};
     }
     searched_ += openTags_.size();

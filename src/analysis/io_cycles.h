@@ -8,11 +8,13 @@
 #include <deque>
 #include <limits>
 #include <optional>
+#include <span>
 #include <vector>
 
 #include "analysis/call_tracker.h"
 #include "analysis/durations.h"
 #include "analysis/event_traits.h"
+#include "analysis/sliding_window.h"
 
 namespace sonaprobe {
 
@@ -52,7 +54,7 @@ struct IoCycle {
     bool broken = false;  // a call inside was cut off: a record is missing
     bool overloaded = false;
     uint32_t clients = 0;
-    std::vector<OwnerTime> owners;
+    size_t firstOwner = 0;  // of its thread's
 
     // What timing.h finds out.
     Nanoseconds budget = 0;
@@ -124,7 +126,13 @@ struct IoThread {
     uint32_t thread = 0;  // the clock's number
     uint64_t id = 0;
     uint64_t rate = 0;  // as the IOThread said; 0 where it did not
-    std::vector<IoCycle> cycles{};
+    std::deque<IoCycle> cycles{};
+    std::vector<OwnerTime> owners{};  // cycle by cycle
+
+    std::span<const OwnerTime> ownersOf(size_t cycle) const {
+        const size_t end = cycle + 1 < cycles.size() ? cycles[cycle + 1].firstOwner : owners.size();
+        return std::span(owners).subspan(cycles[cycle].firstOwner, end - cycles[cycle].firstOwner);
+    }
 };
 
 struct IoTrace {
@@ -170,6 +178,9 @@ class IoObserver final : private CallSink {
 
     Server& serverOf(uint32_t thread);
     IoCycle* openCycle(uint32_t thread);
+    std::vector<OwnerTime>& ownersOf(uint32_t thread) {
+        return trace_.threads[serverOf(thread).io].owners;
+    }
     Nanoseconds hostTime(uint64_t word, uint64_t timestamp, Nanoseconds time) const;
     void beginCycle(const TraceRecord& record, const Call& call);
     void endCycle(const TraceRecord& end, const Call& call, const Closing& closing);
@@ -182,8 +193,8 @@ class IoObserver final : private CallSink {
     CallTracker tracker_;
     IoTrace trace_;
     std::vector<Server> servers_;  // by thread
-    std::deque<SeenRecord> recent_;
-    std::deque<SeenCall> recentCalls_;  // in the order of their ends
+    SlidingWindow<SeenRecord> recent_;
+    SlidingWindow<SeenCall> recentCalls_;  // in the order of their ends
     struct OpenCall {
         SeenCall call{};
         size_t place = 0;              // in openTags_

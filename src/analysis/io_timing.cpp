@@ -4,6 +4,7 @@
 
 #include <algorithm>
 #include <cmath>
+#include <tsl/robin_map.h>
 
 namespace sonaprobe {
 
@@ -29,8 +30,9 @@ constexpr Nanoseconds kLeastReach = 60'000;
 // a few slow ones do.
 constexpr int kReachInQuarters = 3;
 
+// Puts the values in another order.
 template <class T>
-T quantile(std::vector<T> values, size_t share, size_t of) {
+T quantile(std::vector<T>& values, size_t share, size_t of) {
     const size_t rank = values.size() * share / of;
     const auto place =
         values.begin() + static_cast<std::ptrdiff_t>(std::min(rank, values.size() - 1));
@@ -74,7 +76,7 @@ void measureFrames(TimedThread& timed, const Stamps& stamps) {
     double other = timed.io->rate == 0 ? 0 : 1e9 / static_cast<double>(timed.io->rate);
     if (!fromStamps.empty()) other = quantile(fromStamps, 1, 2);
 
-    const std::vector<IoCycle>& cycles = timed.io->cycles;
+    const std::deque<IoCycle>& cycles = timed.io->cycles;
     for (size_t first = 0; first < cycles.size(); first += kBlock) {
         std::vector<double> ratios;
         for (size_t i = first; i < std::min(first + kBlock, cycles.size()); ++i) {
@@ -99,7 +101,7 @@ void measureFrames(TimedThread& timed, const Stamps& stamps) {
 }
 
 void setDueTimes(TimedThread& timed) {
-    std::vector<IoCycle>& cycles = timed.io->cycles;
+    std::deque<IoCycle>& cycles = timed.io->cycles;
     for (size_t i = 0; i < cycles.size(); ++i) {
         IoCycle& cycle = cycles[i];
         const double perFrame = timed.perFrame(i);
@@ -111,14 +113,20 @@ void setDueTimes(TimedThread& timed) {
 }
 
 void learnUsual(TimedThread& timed) {
-    std::map<OwnerKey, std::vector<Nanoseconds>> times;
-    for (const IoCycle& cycle : timed.io->cycles) {
+    struct Hash {
+        size_t operator()(OwnerKey owner) const { return keyedHash(owner, 5); }
+    };
+    tsl::robin_map<OwnerKey, std::vector<Nanoseconds>, Hash> times;
+    for (size_t i = 0; i < timed.io->cycles.size(); ++i) {
+        const IoCycle& cycle = timed.io->cycles[i];
         if (!cycle.isHealthy()) continue;
         times[kLateBegin].push_back(std::max<Nanoseconds>(0, cycle.begin - *cycle.due));
-        for (const OwnerTime& owner : cycle.owners) times[owner.owner].push_back(owner.time);
+        for (const auto& [owner, time] : timed.io->ownersOf(i)) times[owner].push_back(time);
     }
     timed.any.reach = kLeastReach;
-    for (const auto& [owner, values] : times) {
+    for (auto at = times.begin(); at != times.end(); ++at) {
+        const OwnerKey owner = at->first;
+        std::vector<Nanoseconds>& values = at.value();
         const Nanoseconds median = quantile(values, 1, 2);
         const Nanoseconds quarter = quantile(values, 3, 4) - median;
         timed.usual[owner] = {median, std::max(kLeastReach, kReachInQuarters * quarter)};
@@ -171,7 +179,7 @@ void measureStamps(TimedThread& timed) {
 }
 
 // A dropout that is told after its cycle's end belongs to it for a quarter of its budget.
-void findCycle(Overload& overload, const std::vector<IoCycle>& cycles) {
+void findCycle(Overload& overload, const std::deque<IoCycle>& cycles) {
     if (overload.cycle != kNoCycle) return;
     const auto after = std::ranges::upper_bound(cycles, overload.slot, {}, &IoCycle::beginSlot);
     if (after == cycles.begin()) return;
@@ -189,7 +197,7 @@ Nanoseconds timeOfFrames(double frames, double perFrame) {
     return static_cast<Nanoseconds>(std::clamp(frames * perFrame, -kMost, kMost));
 }
 
-Nanoseconds medianOf(std::vector<Nanoseconds> values) { return quantile(std::move(values), 1, 2); }
+Nanoseconds medianOf(std::vector<Nanoseconds> values) { return quantile(values, 1, 2); }
 
 const Usual& TimedThread::usualOf(OwnerKey owner) const {
     const auto found = usual.find(owner);

@@ -16,9 +16,6 @@ uint64_t randomWord() {
 
 }  // namespace
 
-const HashSeed& hashSeed() {
-    static const HashSeed seed{randomWord(), randomWord()};
-    return seed;
-}
+HashSeed makeHashSeed() { return {randomWord(), randomWord()}; }
 
 }  // namespace sonaprobe

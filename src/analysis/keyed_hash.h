@@ -16,8 +16,13 @@ struct HashSeed {
     uint64_t second;
 };
 
+HashSeed makeHashSeed();
+
 // The same during the whole run.
-const HashSeed& hashSeed();
+inline const HashSeed& hashSeed() {
+    static const HashSeed seed = makeHashSeed();
+    return seed;
+}
 
 // The product of both words, folded: each bit of the result hangs on all bits of both.
 inline size_t keyedHash(uint64_t first, uint64_t second) {

@@ -6,11 +6,7 @@
 
 namespace sonaprobe {
 
-void Silences::take(uint64_t slot, Nanoseconds time) {
-    if (slot == slot_) return;
-    const Silence silence{slot_, slot, saturated(Wide{std::max(time, latest_)} - latest_)};
-    slot_ = slot;
-    latest_ = std::max(time, latest_);
+void Silences::keep(const Silence& silence) {
     while (!falling_.empty() && falling_.back().length <= silence.length) falling_.pop_back();
     falling_.push_back(silence);
     if (falling_.size() > kMostKept) falling_.pop_front();

@@ -23,7 +23,7 @@ bool SlotCheck::take(const Found& found) {
     }
     switch (found.what) {
         case Found::What::record:
-            takeRecord(slot);
+            takeRecords(slot, 1);
             keep = true;
             break;
         case Found::What::divisor: keep = takeDivisor(found); break;
@@ -42,6 +42,13 @@ bool SlotCheck::take(const Found& found) {
             break;
     }
     return keep;
+}
+
+void SlotCheck::take(const RecordRun& run) {
+    if (damage_) settleDamage(true);
+    slots_ += run.records.size();
+    order_ = ByteOrder::own;
+    takeRecords(run.firstSlot, run.records.size());
 }
 
 void SlotCheck::settleDamage(bool slotsGoOn) {
@@ -85,14 +92,15 @@ bool SlotCheck::takeDivisor(const Found& found) {
     return false;
 }
 
-void SlotCheck::takeRecord(uint64_t slot) {
-    ++records_;
+void SlotCheck::takeRecords(uint64_t firstSlot, uint64_t count) {
+    records_ += count;
     if (divisor_) return;
+    const uint64_t last = firstSlot + count - 1;
     Finding* const known = findings_.last(FindingKind::noDivisor);
     if (known != nullptr) {
-        known->lastSlot = slot;
+        known->lastSlot = last;
     } else {
-        findings_.add({.kind = FindingKind::noDivisor, .slot = slot, .lastSlot = slot});
+        findings_.add({.kind = FindingKind::noDivisor, .slot = firstSlot, .lastSlot = last});
     }
 }
 

@@ -16,6 +16,9 @@ class SlotCheck {
     // another value in force.
     bool take(const Found& found);
 
+    // The same of records without any doubt, which are all kept.
+    void take(const RecordRun& run);
+
     // After the last.
     void finish() { settleDamage(false); }
 
@@ -29,7 +32,7 @@ class SlotCheck {
     void settleDamage(bool slotsGoOn);
     void takeOrder(const Found& slot);
     bool takeDivisor(const Found& slot);
-    void takeRecord(uint64_t slot);
+    void takeRecords(uint64_t firstSlot, uint64_t count);
 
     Findings findings_;
     std::optional<Found> damage_;  // of which it is not yet known whether slots go on after it

@@ -31,17 +31,44 @@ Found::What whatIs(const TraceRecord& slot) {
 
 }  // namespace
 
-void SlotFinder::feed(std::span<const std::byte> bytes) {
-    buffer_.erase(buffer_.begin(), buffer_.begin() + static_cast<ptrdiff_t>(at_));
+std::span<std::byte> SlotFinder::room(size_t bytes) {
+    const auto begin = buffer_.begin();
+    std::copy(begin + static_cast<ptrdiff_t>(at_), begin + static_cast<ptrdiff_t>(end_), begin);
     bytesBefore_ += at_;
+    end_ -= at_;
     at_ = 0;
-    buffer_.insert(buffer_.end(), bytes.begin(), bytes.end());
+    if (buffer_.size() < end_ + bytes) buffer_.resize(end_ + bytes);
+    return std::span(buffer_).subspan(end_, bytes);
+}
+
+void SlotFinder::feed(std::span<const std::byte> bytes) {
+    std::ranges::copy(bytes, room(bytes.size()).begin());
+    took(bytes.size());
 }
 
 std::optional<Found> SlotFinder::next() {
     if (damageBegin_) return search();
     if (!ended_ && left() < kLookAhead) return std::nullopt;
     return follow();
+}
+
+RecordRun SlotFinder::plainRecords() {
+    if (damageBegin_ || isBegin_ || afterEmpty_ || !last_ || order_ != ByteOrder::own) return {};
+    const std::byte* const here = buffer_.data() + at_;
+    if (reinterpret_cast<uintptr_t>(here) % alignof(TraceRecord) != 0) return {};
+    const RecordRun all{(bytesBefore_ + at_) / kSlot,
+                        {reinterpret_cast<const TraceRecord*>(here), left() / kSlot}};
+    size_t count = 0;
+    for (const TraceRecord& slot : all.records) {
+        if (!Plausibility::isOrdinary(slot) || !isNear(*last_, slot.timestamp)) break;
+        takeTime(slot.timestamp);
+        ++count;
+    }
+    plausibility_.learnOrdinary(count);
+    slots_ += count;
+    certainSlots_ += count;
+    at_ += count * kSlot;
+    return {all.firstSlot, all.records.first(count)};
 }
 
 bool SlotFinder::isTrace() const {
@@ -54,10 +81,10 @@ TraceRecord SlotFinder::slotAtPlace(Place place) const {
 
 // Whether the time stamp fits neither the record before nor the one after.
 bool SlotFinder::isFar(const TraceRecord& slot) const {
-    if (!last_ || !isRecord(slot) || isNear(*last_, slot)) return false;
+    if (!last_ || !isRecord(slot) || isNear(*last_, slot.timestamp)) return false;
     if (left() < 2 * kSlot) return true;
     const TraceRecord next = slotAtPlace({at_ + kSlot, order_});
-    return !isRecord(next) || !isNear(slot, next);
+    return !isRecord(next) || !isNear(slot.timestamp, next.timestamp);
 }
 
 // Whether the first of two slots after damage is the rest of a broken one, its low bytes lost: the
@@ -75,28 +102,28 @@ bool SlotFinder::familiarSlotsBeginAt(Place place) const {
     if (kind != SlotKind::record && kind != SlotKind::divisor) return false;
     if (plausibility_.doubts(first) != 0) return false;
     if (kind == SlotKind::divisor) return true;
-    if (buffer_.size() - place.at < 2 * kSlot) return !last_ || isNear(*last_, first);
+    if (end_ - place.at < 2 * kSlot) return !last_ || isNear(*last_, first.timestamp);
     const TraceRecord second = slotAtPlace({place.at + kSlot, place.order});
     if (kindOf(second) == SlotKind::empty) return true;
     if (plausibility_.doubts(second) != 0) return false;
-    if (isRecord(second) && !isNear(first, second)) return false;
+    if (isRecord(second) && !isNear(first.timestamp, second.timestamp)) return false;
     return !isTorn(first, second);
 }
 
 // Whether there is little doubt of several slots in a row, in a file that has few certain ones.
 bool SlotFinder::unknownSlotsBeginAt(Place place) const {
     if (2 * certainSlots_ > slots_) return false;
-    const size_t run = std::min((buffer_.size() - place.at) / kSlot, kUnknownRun);
+    const size_t run = std::min((end_ - place.at) / kSlot, kUnknownRun);
     if (run < kLeastUnknownRun) return false;
-    TraceRecord before = slotAtPlace(place);
+    uint64_t before = slotAtPlace(place).timestamp;
     bool clockRuns = false;
     for (size_t n = 0; n < run; ++n) {
         const TraceRecord slot = slotAtPlace({place.at + n * kSlot, place.order});
-        if (!isRecord(slot) || plausibility_.doubts(slot) > 1 || !isNear(before, slot)) {
+        if (!isRecord(slot) || plausibility_.doubts(slot) > 1 || !isNear(before, slot.timestamp)) {
             return false;
         }
-        clockRuns = clockRuns || slot.timestamp != before.timestamp;
-        before = slot;
+        clockRuns = clockRuns || slot.timestamp != before;
+        before = slot.timestamp;
     }
     return clockRuns;
 }
@@ -111,13 +138,13 @@ bool SlotFinder::slotsBeginAt(Place place) const {
 // Where else than here slots begin, soon after an odd slot.
 std::optional<SlotFinder::Place> SlotFinder::otherBegin() const {
     const TraceRecord here = slotAtPlace({at_, order_});
-    const bool clockJumps = last_ && !isNear(*last_, here);
+    const bool clockJumps = last_ && !isNear(*last_, here.timestamp);
     for (size_t skipped = 0; skipped < kSearched && skipped + kSlot <= left(); ++skipped) {
         for (const ByteOrder order : {order_, otherThan(order_)}) {
             if (order == order_ && skipped % kSlot == 0) continue;
             const Place place{at_ + skipped, order};
             if (familiarSlotsBeginAt(place)) return place;
-            if (clockJumps && isNear(*last_, slotAtPlace(place)) && slotsBeginAt(place)) {
+            if (clockJumps && isNear(*last_, slotAtPlace(place).timestamp) && slotsBeginAt(place)) {
                 return place;
             }
         }
@@ -191,19 +218,24 @@ Found SlotFinder::takeSlot(const TraceRecord& slot) {
 
     if (isCertain) certainSlots_++;
     if (doubts <= 1) plausibility_.learn(slot);
-    if (last_ && slot.timestamp < latest_ && latest_ - slot.timestamp <= kMostDisorder) {
-        disorder_ = std::max(disorder_, latest_ - slot.timestamp);
-    } else {
-        latest_ = slot.timestamp;
-    }
-    last_ = slot;
+    takeTime(slot.timestamp);
     return found;
 }
 
+// A record's time stamp.
+void SlotFinder::takeTime(uint64_t timestamp) {
+    if (last_ && timestamp < latest_ && latest_ - timestamp <= kMostDisorder) {
+        disorder_ = std::max(disorder_, latest_ - timestamp);
+    } else {
+        latest_ = timestamp;
+    }
+    last_ = timestamp;
+}
+
 Found SlotFinder::takeRest(Found::What what) {
-    const uint64_t end = bytesBefore_ + buffer_.size();
+    const uint64_t end = bytesBefore_ + end_;
     const uint64_t begin = damageBegin_.value_or(bytesBefore_ + at_);
-    at_ = buffer_.size();
+    at_ = end_;
     damageBegin_.reset();
     return Found{what, order_, begin, end - begin, {}};
 }

@@ -6,6 +6,7 @@
 #include <cstddef>
 #include <cstdint>
 #include <map>
+#include <utility>
 
 namespace sonaprobe {
 
@@ -16,23 +17,31 @@ class Tally {
     Tally& operator=(const Tally&) = delete;
 
     void add(uint32_t key) {
-        Known& known = known_[(key ^ key >> 10) % kKnown];
-        if (known.count == nullptr || known.key != key) known = {key, &counts_[key]};
-        ++*known.count;
+        Recent& recent = recent_[(key ^ key >> 10) % kRecent];
+        if (recent.key != key) put(std::exchange(recent, {key, 0}), counts_);
+        ++recent.count;
     }
 
-    const std::map<uint32_t, uint64_t>& counts() const { return counts_; }
+    std::map<uint32_t, uint64_t> counts() const {
+        std::map<uint32_t, uint64_t> all = counts_;
+        for (const Recent& recent : recent_) put(recent, all);
+        return all;
+    }
 
   private:
-    static constexpr size_t kKnown = 64;
+    static constexpr size_t kRecent = 64;
 
-    struct Known {
+    struct Recent {
         uint32_t key = 0;
-        uint64_t* count = nullptr;
+        uint64_t count = 0;
     };
 
-    std::map<uint32_t, uint64_t> counts_;
-    std::array<Known, kKnown> known_{};  // keys that came last, which need no search
+    static void put(const Recent& recent, std::map<uint32_t, uint64_t>& counts) {
+        if (recent.count > 0) counts[recent.key] += recent.count;
+    }
+
+    std::map<uint32_t, uint64_t> counts_;   // but those of
+    std::array<Recent, kRecent> recent_{};  // keys that came last, which need no search
 };
 
 }  // namespace sonaprobe

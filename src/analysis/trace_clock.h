@@ -2,7 +2,9 @@
 
 #pragma once
 
+#include <algorithm>
 #include <cstdint>
+#include <limits>
 #include <tsl/robin_map.h>
 #include <vector>
 
@@ -14,11 +16,35 @@ namespace sonaprobe {
 // They saturate.
 using Nanoseconds = int64_t;
 
-Nanoseconds saturated(Wide nanoseconds);
+inline Nanoseconds saturated(Wide nanoseconds) {
+    constexpr Wide kLeast = std::numeric_limits<Nanoseconds>::min();
+    constexpr Wide kMost = std::numeric_limits<Nanoseconds>::max();
+    return static_cast<Nanoseconds>(std::clamp(nanoseconds, kLeast, kMost));
+}
+
+// The sum of two.
+inline Nanoseconds saturatedSum(Nanoseconds one, Nanoseconds other) {
+    Nanoseconds sum = 0;
+    return __builtin_add_overflow(one, other, &sum) ? saturated(Wide{one} + other) : sum;
+}
 
 // From one tick of the trace clock to a later one, rounded down; below 0 where it is an earlier
 // one. The divisor is not 0.
-Nanoseconds nanosecondsOf(uint64_t laterTick, uint64_t earlierTick, uint64_t ticksPerMicrosecond);
+inline Nanoseconds nanosecondsOf(uint64_t laterTick, uint64_t earlierTick,
+                                 uint64_t ticksPerMicrosecond) {
+    const bool forward = laterTick >= earlierTick;
+    const uint64_t ticks = forward ? laterTick - earlierTick : earlierTick - laterTick;
+    // Rounding down is away from 0 where the result is below it.
+    const uint64_t rest = forward ? 0 : ticksPerMicrosecond - 1;
+    constexpr uint64_t kHalf = std::numeric_limits<uint64_t>::max() / 2;
+    // A division of 64 bits is several times as fast. Its result cannot be too large.
+    if (ticks < kHalf / 2000 && rest < kHalf / 2) {
+        const auto length = static_cast<Nanoseconds>((ticks * 1000 + rest) / ticksPerMicrosecond);
+        return forward ? length : -length;
+    }
+    const Wide length = (Wide{ticks} * 1000 + rest) / ticksPerMicrosecond;
+    return saturated(forward ? length : -length);
+}
 
 class TraceClock {
   public:
@@ -36,7 +62,18 @@ class TraceClock {
     bool takeDivisor(uint64_t ticksPerMicrosecond);
 
     // The next record of the file. Records of other threads may be somewhat out of order.
-    Reading read(const TraceRecord& record);
+    Reading read(const TraceRecord& record) {
+        if (!divisorKnown_) assumedDivisor_ = true;
+        Reading reading{.time = timeOf(record.timestamp),
+                        .thread = threadOf(record.arg5),
+                        .restarted = false,
+                        .latestBefore = latest_};
+        Nanoseconds& last = threads_[reading.thread].last;
+        if (reading.time < latest_) takeEarlier(reading, record.timestamp, last);
+        last = reading.time;
+        latest_ = std::max(latest_, reading.time);
+        return reading;
+    }
 
     // The trace clock's own time of a record just read.
     Nanoseconds kernelTime(const TraceRecord& record) const {
@@ -77,8 +114,21 @@ class TraceClock {
         size_t operator()(uint64_t id) const { return keyedHash(id, 0); }
     };
 
-    uint32_t threadOf(uint64_t id);
-    Nanoseconds timeOf(uint64_t tick);
+    uint32_t threadOf(uint64_t id) {
+        const bool sameAgain = lastThread_ < threads_.size() && threads_[lastThread_].id == id;
+        return sameAgain ? lastThread_ : otherThread(id);
+    }
+    Nanoseconds timeOf(uint64_t tick) {
+        if (!anchored_) {
+            anchorTick_ = tick;
+            anchor_ = latest_;
+            anchored_ = true;
+        }
+        return saturatedSum(anchor_, nanosecondsOf(tick, anchorTick_, divisor_));
+    }
+
+    uint32_t otherThread(uint64_t id);
+    void takeEarlier(Reading& reading, uint64_t tick, Nanoseconds lastOfThread);
 
     uint64_t divisor_ = kAssumedDivisor;
     bool divisorKnown_ = false;

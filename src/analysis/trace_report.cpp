@@ -49,16 +49,21 @@ void TraceReport::take(const Found& found) {
             calls_ ? calls_->take(found.slot, slot)
                    : void(clock_.takeDivisor(found.slot.timestamp));
             break;
-        case Found::What::record:
-            calls_ ? calls_->take(found.slot, slot) : void(clock_.read(found.slot));
-            takeRecord(found.slot, slot);
-            break;
+        case Found::What::record: takeRecord(found.slot, slot); break;
         default: break;
     }
 }
 
+void TraceReport::take(const RecordRun& run) {
+    slots_.take(run);
+    uint64_t slot = run.firstSlot;
+    for (const TraceRecord& record : run.records) takeRecord(record, slot++);
+}
+
 void TraceReport::takeRecord(const TraceRecord& record, uint64_t slot) {
-    if (slots_.records() == 1) begin_ = clock().kernelTime(record);
+    calls_ ? calls_->take(record, slot) : void(clock_.read(record));
+    if (isFirst_) begin_ = clock().kernelTime(record);
+    isFirst_ = false;
     if (clock().stepsBack() != stepsBack_) {
         stepsBack_ = clock().stepsBack();
         const Nanoseconds back =

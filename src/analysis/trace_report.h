@@ -26,6 +26,7 @@ class TraceReport {
     explicit TraceReport(bool withCalls);
 
     void take(const Found& found);
+    void take(const RecordRun& run);
     void finish();
 
     const SlotCheck& slots() const { return slots_; }
@@ -40,11 +41,11 @@ class TraceReport {
 
     // The values of divisors, 0 aside, each with the slot in which it stands first.
     const std::map<uint64_t, uint64_t>& divisors() const { return divisors_; }
-    const std::map<uint32_t, uint64_t>& recordsOfProcessor() const { return processors_.counts(); }
+    std::map<uint32_t, uint64_t> recordsOfProcessor() const { return processors_.counts(); }
 
     // By debug id without event number and qualifier; without class, too, where it is no audio
     // code.
-    const std::map<uint32_t, uint64_t>& recordsOfClass() const { return classes_.counts(); }
+    std::map<uint32_t, uint64_t> recordsOfClass() const { return classes_.counts(); }
     const OutcomeCounts& outcomes() const { return outcomes_; }
     uint64_t points() const { return points_; }
 
@@ -57,6 +58,7 @@ class TraceReport {
     SlotCheck slots_;
     std::optional<CallCheck> calls_;
     TraceClock clock_;  // where there is no check of calls
+    bool isFirst_ = true;
     Nanoseconds begin_ = 0;
     uint64_t latestTick_ = 0;
     uint64_t stepsBack_ = 0;

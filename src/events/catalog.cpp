@@ -46,7 +46,7 @@ std::string_view methodOf(const Decoder& decoder, const Row& row) {
 Text textOf(const Decoder& decoder, const Row& row) {
     Text text{.qualifiers = row.qualifiers,
               .verbose = row.verbose,
-              .tellsFailure = row.tellsFailure,
+              .tellsFailure = row.failure == FailureSign::words,
               .condition = row.condition,
               .group = groupOf(decoder, row),
               .method = methodOf(decoder, row),

@@ -88,14 +88,21 @@ constexpr uint8_t kOnAny = kOnStart | kOnEnd | kOnOther;
 // What stands between group and method in a name.
 inline constexpr std::string_view kNameSeparator = "::";
 
+// How a text tells of a failure.
+enum class FailureSign : uint8_t {
+    none,
+    result,  // by one that is not 0
+    words,   // whatever its values are
+};
+
 // An event (qualifiers is 0: code and name), or one of the texts that follow their event, in the
 // order in which they are asked.
 struct Row {
     uint32_t code = 0;
     uint8_t qualifiers = 0;
-    uint8_t answered = 0;       // of an event: the qualifiers that its texts answer
-    bool verbose = false;       // selected as ever, printed only under --verbose
-    bool tellsFailure = false;  // in words; a result that is not 0 tells of one too
+    uint8_t answered = 0;  // of an event: the qualifiers that its texts answer
+    bool verbose = false;  // selected as ever, printed only under --verbose
+    FailureSign failure = FailureSign::none;
     Condition condition;
     Stretch name;              // "Group::method"
     uint16_t groupLength = 0;  // of the name

@@ -34,9 +34,7 @@ Value valueOf(const Event& event, const Piece& piece) {
             .word = argumentOf(*event.record, piece.slice, piece.signExtend)};
 }
 
-bool isFailure(const Event& event) {
-    if (event.text == nullptr) return false;
-    if (event.text->tellsFailure) return true;
+bool hasFailedResult(const Event& event) {
     for (const Piece& piece : piecesOf(event)) {
         if (piece.isResult && argumentOf(*event.record, piece.slice) != 0) return true;
     }

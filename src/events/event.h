@@ -67,7 +67,13 @@ std::span<const Piece> piecesOf(const Event& event);
 // The value of one of the event's pieces, which is not literal words alone.
 Value valueOf(const Event& event, const Piece& piece);
 
+// Whether a result among the event's values is not 0.
+bool hasFailedResult(const Event& event);
+
 // Whether the text that answers tells of a failure: by a result that is not 0, or in its words.
-bool isFailure(const Event& event);
+inline bool isFailure(const Event& event) {
+    if (event.text == nullptr || event.text->failure == FailureSign::none) return false;
+    return event.text->failure == FailureSign::words || hasFailedResult(event);
+}
 
 }  // namespace sonaprobe

@@ -286,7 +286,7 @@ consteval Entry textEntry(uint8_t qualifiers, Condition condition, const char* f
     entry.row.condition = condition;
     const std::string_view text = entry.text = format;
     if (text.empty()) refuse("an empty text");
-    entry.row.tellsFailure = goesOnWith(text, "ERROR: ");
+    if (goesOnWith(text, "ERROR: ")) entry.row.failure = FailureSign::words;
 
     size_t literalBegin = 0;
     size_t used = 0;
@@ -297,6 +297,9 @@ consteval Entry textEntry(uint8_t qualifiers, Condition condition, const char* f
         piece.literalBegin = static_cast<uint16_t>(literalBegin);
         piece.literalLength = static_cast<uint8_t>(literalEnd - literalBegin);
         piece.isResult = isResultName(name) && isNumber(piece.reading);
+        if (piece.isResult && entry.row.failure == FailureSign::none) {
+            entry.row.failure = FailureSign::result;
+        }
         for (size_t i = 0; !name.empty() && i < entry.pieceCount; ++i) {
             if (entry.names[i] == name) refuse("a text with two values of one name");
         }
@@ -402,7 +405,7 @@ consteval Entry verbose(Entry entry) {
 
 consteval Entry failure(Entry entry) {
     if (entry.row.isEvent()) refuse("failure() wraps a text");
-    entry.row.tellsFailure = true;
+    entry.row.failure = FailureSign::words;
     return entry;
 }
 

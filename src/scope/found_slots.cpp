@@ -16,9 +16,9 @@ constexpr size_t kHead = 4096;  // bytes that tell a file's kind
 }  // namespace
 
 bool FoundSlots::feed() {
-    block_.resize(kBlock);
-    const auto got = std::span(block_).first(source_.read(block_));
-    finder_.feed(got);
+    const std::span<std::byte> room = finder_.room(kBlock);
+    const auto got = room.first(source_.read(room));
+    finder_.took(got.size());
     const auto first = got.first(std::min(got.size(), kHead - head_.size()));
     head_.insert(head_.end(), first.begin(), first.end());
     bytes_ += got.size();

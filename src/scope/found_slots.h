@@ -23,9 +23,19 @@ class FoundSlots {
     // visit(found) for each thing in the file. Throws a Failure where the file cannot be read.
     template <class Visit>
     void forEach(const Visit& visit) {
-        while (feed()) visitFound(visit);
-        finder_.end();
-        visitFound(visit);
+        whileFed([&] { return visitNext(visit); });
+    }
+
+    // visit(run) for many records at once wherever they follow each other without any doubt,
+    // visit(found) for each other thing.
+    template <class Visit>
+    void forEachRun(const Visit& visit) {
+        whileFed([&] {
+            const RecordRun run = finder_.plainRecords();
+            if (run.records.empty()) return visitNext(visit);
+            visit(run);
+            return true;
+        });
     }
 
     // After the last: what the file is instead of a trace; empty where it is one.
@@ -35,9 +45,23 @@ class FoundSlots {
     const ByteSource& source() const { return source_; }
 
   private:
+    // Whether there was one.
     template <class Visit>
-    void visitFound(const Visit& visit) {
-        while (const auto found = finder_.next()) visit(*found);
+    bool visitNext(const Visit& visit) {
+        const auto found = finder_.next();
+        if (found) visit(*found);
+        return found.has_value();
+    }
+
+    template <class GoOn>
+    void whileFed(const GoOn& goOn) {
+        while (feed()) {
+            while (goOn()) {
+            }
+        }
+        finder_.end();
+        while (goOn()) {
+        }
     }
 
     bool feed();
@@ -45,7 +69,6 @@ class FoundSlots {
     ByteSource source_;
     SlotFinder finder_;
     Progress progress_;
-    std::vector<std::byte> block_;
     std::vector<std::byte> head_;
     uint64_t bytes_ = 0;
 };

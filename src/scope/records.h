@@ -9,19 +9,29 @@
 
 namespace sonaprobe::scope {
 
-// Visits each record in the order of the file: visit(record, slot, reading), with the slot's number
-// and the clock's reading. Divisors go to the clock; invalid and empty slots are passed over.
+// Visits records in the order of the file, as long as visit(record, slot, reading) says so, with
+// the slot's number and the clock's reading. Divisors go to the clock; invalid and empty slots are
+// passed over.
 template <class Visit>
-void forEachRecord(Input& input, TraceClock& clock, const Visit& visit) {
+void whileRecords(Input& input, TraceClock& clock, const Visit& visit) {
     for (auto slots = input.next(); !slots.empty(); slots = input.next()) {
         uint64_t number = input.firstSlot();
         for (const TraceRecord& slot : slots) {
             const SlotKind kind = kindOf(slot);
             if (kind == SlotKind::divisor) clock.takeDivisor(slot.timestamp);
-            if (kind == SlotKind::record) visit(slot, number, clock.read(slot));
+            if (kind == SlotKind::record && !visit(slot, number, clock.read(slot))) return;
             ++number;
         }
     }
+}
+
+// The same of all records.
+template <class Visit>
+void forEachRecord(Input& input, TraceClock& clock, const Visit& visit) {
+    whileRecords(input, clock, [&](const TraceRecord& record, uint64_t slot, auto reading) {
+        visit(record, slot, reading);
+        return true;
+    });
 }
 
 // Takes each slot into the tracker, whose sink hears of the calls, and then visits the records:

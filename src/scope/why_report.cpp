@@ -4,6 +4,7 @@
 
 #include <algorithm>
 #include <array>
+#include <span>
 
 #include "analysis/event_names.h"
 #include "events/log_text.h"
@@ -95,6 +96,16 @@ void printWrapped(Output& out, const std::string& text) {
     line.print(out, true, 2);
 }
 
+std::span<const DropoutFinding> findingsShown(const WhyAnswer& answer, bool all) {
+    const std::span findings(answer.findings);
+    return all ? findings : findings.first(std::min(findings.size(), kFindings));
+}
+
+// How many of a finding's dropouts are named by their times.
+size_t timesShown(const DropoutFinding& finding, bool all) {
+    return all ? finding.dropouts.size() : std::min(finding.dropouts.size(), kTimes);
+}
+
 void printFinding(Output& out, const WhyAnswer& answer, const DropoutFinding& finding,
                   const CodeNames& names, bool all) {
     const Dropout& first = answer.dropouts[finding.dropouts.front()];
@@ -117,7 +128,7 @@ void printFinding(Output& out, const WhyAnswer& answer, const DropoutFinding& fi
     }
     what += ",";
     std::string when = "at ";
-    const size_t times = all ? finding.dropouts.size() : std::min(finding.dropouts.size(), kTimes);
+    const size_t times = timesShown(finding, all);
     for (size_t i = 0; i < times; ++i) {
         const uint64_t slot = answer.dropouts[finding.dropouts[i]].slot;
         when += (i == 0 ? "" : ", ") + timeText(answer.evidence.at(slot).time);
@@ -254,8 +265,10 @@ std::vector<uint64_t> evidenceSlots(const std::vector<Dropout>& dropouts) {
 
 std::vector<uint64_t> shownSlots(const WhyAnswer& answer, bool all) {
     std::vector<uint64_t> slots;
-    for (const Dropout& dropout : answer.dropouts) slots.push_back(dropout.slot);
-    for (const DropoutFinding& finding : answer.findings) {
+    for (const DropoutFinding& finding : findingsShown(answer, all)) {
+        for (size_t i = 0; i < timesShown(finding, all); ++i) {
+            slots.push_back(answer.dropouts[finding.dropouts[i]].slot);
+        }
         const size_t shown = all ? finding.dropouts.size() : 1;
         for (size_t i = 0; i < shown; ++i) {
             const auto evidence = evidenceOf(answer.dropouts[finding.dropouts[i]], all);
@@ -278,14 +291,15 @@ void printWhy(Output& out, const WhyAnswer& answer, const CodeNames& names, bool
         out.line(out.styled(plural(answer.dropouts.size(), "dropout"), {Tone::dropout}) + ofAll +
                  ", " + plural(answer.findings.size(), "finding"));
     }
-    const size_t shown = all ? answer.findings.size() : std::min(answer.findings.size(), kFindings);
-    for (size_t i = 0; i < shown; ++i) {
+    const auto shown = findingsShown(answer, all);
+    for (const DropoutFinding& finding : shown) {
         out.line("");
-        printFinding(out, answer, answer.findings[i], names, all);
+        printFinding(out, answer, finding, names, all);
     }
-    if (shown < answer.findings.size()) {
+    if (shown.size() < answer.findings.size()) {
         out.line("");
-        out.line(plural(answer.findings.size() - shown, "more finding") + "; --all shows them");
+        out.line(plural(answer.findings.size() - shown.size(), "more finding") +
+                 "; --all shows them");
     }
     if (!answer.threads.empty()) {
         out.line("");

@@ -33,7 +33,7 @@ TEST(Durations, PercentilesAreExact) {
         const std::vector<Nanoseconds> lengths = randomLengths(count);
         Durations durations;
         for (const Nanoseconds length : lengths) durations.add(length);
-        for (const unsigned percent : {50U, 90U, 99U, 100U}) {
+        for (const unsigned percent : {50U, 90U, 99U, 100U, 10U, 50U}) {
             EXPECT_EQ(durations.percentile(percent), nearestRank(lengths, percent)) << count;
         }
     }

@@ -38,15 +38,30 @@ struct Reading {
     }
 };
 
-Reading readingOf(const Bytes& file, size_t piece = 100'000) {
+// Whether records without doubt are taken one by one or all at once.
+enum class By : uint8_t { slot, run };
+
+Reading read(const Bytes& file, size_t piece, By by) {
     Reading reading;
     SlotFinder finder;
     uint64_t end = 0;
+    const auto take = [&](const Found& found) {
+        EXPECT_EQ(found.offset, end);
+        end += found.length;
+        reading.all.push_back(found);
+    };
+    const auto takeRun = [&] {
+        const RecordRun run = finder.plainRecords();
+        EXPECT_TRUE(run.records.empty() || run.firstSlot == end / kSlot);
+        for (const TraceRecord& record : run.records) {
+            take({Found::What::record, ByteOrder::own, end, kSlot, record});
+        }
+    };
     const auto takeAll = [&] {
+        if (by == By::run) takeRun();
         while (const auto found = finder.next()) {
-            EXPECT_EQ(found->offset, end);
-            end += found->length;
-            reading.all.push_back(*found);
+            take(*found);
+            if (by == By::run) takeRun();
         }
     };
     for (size_t begin = 0; begin < file.size(); begin += piece) {
@@ -58,6 +73,16 @@ Reading readingOf(const Bytes& file, size_t piece = 100'000) {
     EXPECT_EQ(end, file.size());
     reading.isTrace = finder.isTrace();
     return reading;
+}
+
+// The same by either way.
+Reading readingOf(const Bytes& file, size_t piece = 100'000) {
+    const Reading bySlot = read(file, piece, By::slot);
+    const Reading byRun = read(file, piece, By::run);
+    EXPECT_EQ(bySlot.slots(), byRun.slots());
+    EXPECT_EQ(bySlot.damage(), byRun.damage());
+    EXPECT_EQ(bySlot.isTrace, byRun.isTrace);
+    return bySlot;
 }
 
 // The slots but those that bytes [begin, end) are of.

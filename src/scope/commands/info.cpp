@@ -1,6 +1,7 @@
 // sonascope info: what is in a file, and is it sound.
 
 #include <algorithm>
+#include <map>
 #include <memory>
 
 #include "analysis/class_names.h"
@@ -46,7 +47,7 @@ struct FileReport {
 void read(const std::string& path, uint64_t mostGrowth, FileReport& file) {
     FoundSlots slots(path, mostGrowth);
     if (slots.source().packing() != nullptr) file.packing = slots.source().packing();
-    slots.forEach([&](const Found& found) { file.report.take(found); });
+    slots.forEachRun([&](const auto& found) { file.report.take(found); });
     file.report.finish();
     file.bytes = slots.bytes();
     if (slots.source().damage() != nullptr) file.damage = slots.source().damage();
@@ -123,8 +124,8 @@ void printCounts(Output& out, const FileReport& file) {
 
 void printClasses(Output& out, const TraceReport& report) {
     const auto records = static_cast<double>(report.slots().records());
-    std::vector<std::pair<uint32_t, uint64_t>> classes(report.recordsOfClass().begin(),
-                                                       report.recordsOfClass().end());
+    const std::map<uint32_t, uint64_t> counts = report.recordsOfClass();
+    std::vector<std::pair<uint32_t, uint64_t>> classes(counts.begin(), counts.end());
     std::ranges::stable_sort(classes, std::ranges::greater(),
                              [](const auto& entry) { return entry.second; });
     Table table({{"class", Align::left}, {"records"}, {"share"}});

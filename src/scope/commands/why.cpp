@@ -49,11 +49,13 @@ void readAgain(const TraceOptions& trace, const std::vector<uint64_t>& slots, co
     auto wanted = slots.begin();
     Input input(trace);
     TraceClock clock;
-    forEachRecord(input, clock, [&](const TraceRecord& record, uint64_t slot, auto reading) {
-        if (wanted == slots.end() || *wanted != slot) return;
+    whileRecords(input, clock, [&](const TraceRecord& record, uint64_t slot, auto reading) {
+        if (wanted == slots.end()) return false;
+        if (*wanted != slot) return true;
         ++wanted;
         visit(slot, record, trace.kernelTime ? clock.kernelTime(record) : reading.time,
               clock.ticksPerMicrosecond());
+        return true;
     });
 }
 

@@ -15,7 +15,7 @@ namespace {
 
 void putWrong(Database& database, const TraceOptions& trace) {
     TraceReport report(true);
-    FoundSlots(trace.path, trace.mostGrowth).forEach([&](const Found& found) {
+    FoundSlots(trace.path, trace.mostGrowth).forEachRun([&](const auto& found) {
         report.take(found);
     });
     report.finish();
