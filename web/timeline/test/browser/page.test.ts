@@ -289,6 +289,7 @@ test('two keystrokes from any dropout to its neighbourhood and its cause', async
     for (const [at, { time, culpritRecord }] of kTrace.dropouts.entries())
       for (const chosen of ['', `&dropout=${(at + 1) % kTrace.dropouts.length}`]) {
         await page.goto(`${made()}#from=${time - 5e7}&to=${time + 5e7}${chosen}`);
+        await settled(page);
         await press(page, 'o');
         const [from, to] = spanOf(page);
         assert.ok(from < time && time < to && to - from < 1e8, `${time}: ${from} to ${to}`);
