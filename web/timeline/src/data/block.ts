@@ -1,6 +1,7 @@
 // A block of records, unpacked: src/scope/timeline/record_block.cpp has packed it.
 
 import { ColumnReader, NumberReader } from './bytes';
+import type { Room } from './room';
 import type { Symbols } from './symbols';
 import type { Words } from './texts';
 
@@ -33,6 +34,7 @@ export interface Deed {
 }
 export const kCloseAll = kNone;
 
+// Its arrays are the room's, until that is emptied.
 export class RecordBlock {
   readonly count: number;
   readonly symbol: Uint32Array; // by record
@@ -57,6 +59,7 @@ export class RecordBlock {
     bytes: Uint8Array,
     readonly first: number, // number of its first record
     private readonly symbols: Symbols,
+    private readonly room: Room,
   ) {
     const reader = new NumberReader(bytes);
     const heading = new NumberReader(reader.part(reader.next()));
@@ -94,10 +97,11 @@ export class RecordBlock {
 
     const columns = new ColumnReader(reader);
     this.columns = columns;
-    this.local = readSymbols(this.count, used, columns);
-    this.symbol = this.local.map((local) => this.used[local]!);
-    this.time = new Float64Array(this.count);
-    this.tickLow = new Uint32Array(this.count);
+    this.local = readSymbols(this.count, used, columns, room);
+    this.symbol = room.words(this.count);
+    for (let i = 0; i < this.count; ++i) this.symbol[i] = this.used[this.local[i]!]!;
+    this.time = room.numbers(this.count);
+    this.tickLow = room.words(this.count);
     this.readTimes(columns);
   }
 
@@ -118,7 +122,7 @@ export class RecordBlock {
   private readProcessors(): void {
     const { columns } = this;
     if (columns === null || this.cpu.length === this.count) return;
-    this.cpu = new Uint32Array(this.count);
+    this.cpu = this.room.words(this.count);
     const last = new Map<number, number>(); // by lane
     for (let i = 0; i < this.count; ++i) {
       const lane = this.symbols.lane[this.symbol[i]!]!;
@@ -136,8 +140,9 @@ export class RecordBlock {
     this.columns = null;
     // By symbol, its records' ticks in their order.
     const counts = new Uint32Array(this.used.length);
-    this.rank = this.local.map((local) => counts[local]!++);
-    const ticks: Uint32Array[] = Array.from(counts, (count) => new Uint32Array(count));
+    this.rank = this.room.words(this.count);
+    for (let i = 0; i < this.count; ++i) this.rank[i] = counts[this.local[i]!]!++;
+    const ticks = Array.from(counts, (count) => this.room.words(count));
     for (let i = 0; i < this.count; ++i) ticks[this.local[i]!]![this.rank[i]!] = this.tickLow[i]!;
     this.used.forEach((symbol, local) => {
       for (let word = 0; word < 4; ++word) {
@@ -153,7 +158,7 @@ export class RecordBlock {
   private readHalf(columns: ColumnReader, ticks: Uint32Array): Uint32Array {
     const coding = this.heading.nextByte() as Coding;
     if (coding === Coding.constant) return Uint32Array.of(this.heading.next());
-    const values = new Uint32Array(ticks.length);
+    const values = this.room.words(ticks.length);
     if (coding === Coding.dictionary) {
       const dictionary = new Uint32Array(kMostInDictionary);
       const size = this.heading.next();
@@ -209,10 +214,10 @@ export class RecordBlock {
   }
 }
 
-function readSymbols(count: number, used: number, columns: ColumnReader): Uint32Array {
-  const local = new Uint32Array(count);
+function readSymbols(count: number, used: number, columns: ColumnReader, room: Room): Uint32Array {
+  const local = room.words(count);
   const afterOne = new Uint32Array(used + 1).fill(kNone);
-  const afterTwo = new Uint32Array(kPairs).fill(kNone);
+  const afterTwo = room.words(kPairs).fill(kNone);
   let before = 0;
   let twoBefore = 0;
   for (let i = 0; i < count; ++i) {

@@ -1,24 +1,64 @@
 // Reads what src/scope/timeline/columns.cpp has written: numbers, columns, and the characters that
 // stand for bytes.
 
+import { free, type Room } from './room';
+
 const kEscape = 0x3d;
 const kShift = 64;
 
-// The bytes that a chunk's characters stand for. ISO-8859-15 gives each a code below 256.
-export function bytesOfText(text: string): Uint8Array<ArrayBuffer> {
-  const bytes = new Uint8Array(text.length);
+// The bytes that a chunk's characters stand for, which may come in several texts. ISO-8859-15 gives
+// each a code below 256.
+export function bytesOfTexts(texts: readonly string[]): Uint8Array<ArrayBuffer> {
+  const bytes = new Uint8Array(texts.reduce((sum, text) => sum + text.length, 0));
   let length = 0;
-  for (let i = 0; i < text.length; ++i) {
-    let code = text.charCodeAt(i);
-    if (code === kEscape) code = text.charCodeAt(++i) - kShift;
-    bytes[length++] = code;
+  let shift = 0;
+  for (const text of texts) {
+    for (let i = 0; i < text.length; ++i) {
+      const code = text.charCodeAt(i);
+      if (code === kEscape) {
+        shift = kShift;
+        continue;
+      }
+      bytes[length++] = code - shift;
+      shift = 0;
+    }
   }
   return bytes.subarray(0, length);
 }
 
-export async function inflated(bytes: Uint8Array<ArrayBuffer>): Promise<Uint8Array<ArrayBuffer>> {
-  const stream = new Blob([bytes]).stream().pipeThrough(new DecompressionStream('deflate'));
-  return new Uint8Array(await new Response(stream).arrayBuffer());
+// In pieces, as they came.
+export async function inflatedPieces(bytes: Uint8Array<ArrayBuffer>): Promise<Uint8Array<ArrayBuffer>[]> {
+  const { readable, writable } = new DecompressionStream('deflate');
+  const writer = writable.getWriter();
+  const [pieces] = await Promise.all([piecesOf(readable), writer.write(bytes), writer.close()]);
+  return pieces;
+}
+
+async function piecesOf(stream: ReadableStream<Uint8Array<ArrayBuffer>>): Promise<Uint8Array<ArrayBuffer>[]> {
+  const pieces: Uint8Array<ArrayBuffer>[] = [];
+  const reader = stream.getReader();
+  for (;;) {
+    const { done, value } = await reader.read();
+    if (done) return pieces;
+    pieces.push(value);
+  }
+}
+
+export async function inflated(bytes: Uint8Array<ArrayBuffer>): Promise<Uint8Array> {
+  return wholeOf(await inflatedPieces(bytes));
+}
+
+// The pieces are used up.
+export function wholeOf(pieces: readonly Uint8Array<ArrayBuffer>[], room?: Room): Uint8Array {
+  const length = pieces.reduce((sum, piece) => sum + piece.length, 0);
+  const all = room?.bytes(length) ?? new Uint8Array(length);
+  let at = 0;
+  for (const piece of pieces) {
+    all.set(piece, at);
+    at += piece.length;
+  }
+  free(pieces.map((piece) => piece.buffer));
+  return all;
 }
 
 // Numbers of seven bits a byte.

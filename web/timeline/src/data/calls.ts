@@ -4,6 +4,7 @@
 import { kCutOff, kFailure, kWaiting } from '../trace';
 import { columnsOf, type BarColumns } from './bars';
 import { kCloseAll, type RecordBlock } from './block';
+import { Room } from './room';
 import { Role, type Symbols } from './symbols';
 
 const kNone = -1;
@@ -97,25 +98,27 @@ export interface BlockCalls {
 }
 
 const kDeepest = 0xfffe;
+const room = new Room();
 
 export function callsOf(block: RecordBlock, symbols: Symbols, lanes: number): BlockCalls {
   const { count, time } = block;
-  const failed = new Uint8Array(count);
+  room.empty();
+  const failed = room.bytes(count);
   for (const failure of block.failures) failed[failure] = 1;
 
   // As they close: place n of each.
-  const start = new Uint32Array(count);
-  const endTime = new Float64Array(count);
-  const flags = new Uint8Array(count);
-  const row = new Uint32Array(count);
-  const selfOf = new Float64Array(count);
-  const whole = new Uint8Array(count);
+  const start = room.words(count);
+  const endTime = room.numbers(count);
+  const flags = room.bytes(count);
+  const row = room.words(count);
+  const selfOf = room.numbers(count);
+  const whole = room.bytes(count);
   let found = 0;
 
-  const depthOf = new Uint32Array(count); // by start
-  const inside = new Float64Array(count);
+  const depthOf = room.words(count); // by start
+  const inside = room.numbers(count);
   const parent = new Int32Array(lanes).fill(kNone);
-  const around = new Int32Array(count);
+  const around = room.signedWords(count);
 
   const rows = new Map<number, number>();
   const keys: number[] = [];

@@ -2,7 +2,8 @@
 
 import type { Matches, RecordDetail, Selection, StatisticsRow } from '../trace';
 import type { BarColumns, LongCalls } from './bars';
-import type { CycleColumns } from './cycles';
+import type { CycleLevels } from './cycles';
+import type { Head } from './head';
 import type { Answer, Asked, Request } from './protocol';
 
 interface Waiting {
@@ -16,7 +17,7 @@ export class Client implements Asked {
   private readonly waiting = new Map<number, Waiting>();
   private asks = 0;
 
-  constructor(script: string, head: string) {
+  constructor(script: string) {
     const url = URL.createObjectURL(new Blob([script], { type: 'text/javascript' }));
     this.worker = new Worker(url);
     this.worker.onmessage = (event: MessageEvent<Answer>) => this.take(event.data);
@@ -24,11 +25,15 @@ export class Client implements Asked {
       for (const { refuse } of this.waiting.values()) refuse(new Error(event.message));
       this.waiting.clear();
     };
+  }
+
+  // To be called before anything is asked.
+  open(head: Head): void {
     this.send({ head });
   }
 
-  private send(request: Request): void {
-    this.worker.postMessage(request);
+  private send(request: Request, transfer: ArrayBuffer[] = []): void {
+    this.worker.postMessage(request, transfer);
   }
 
   private take({ ask, value, matches, error }: Answer): void {
@@ -60,8 +65,8 @@ export class Client implements Asked {
     return { ask, answer };
   }
 
-  addChunk(id: string, text: string): void {
-    this.send({ chunk: id, text });
+  addChunk(id: string, bytes: Uint8Array<ArrayBuffer>): void {
+    this.send({ chunk: id, bytes }, [bytes.buffer]);
   }
   bars(block: number): Promise<BarColumns> {
     return this.ask<BarColumns>('bars', block).answer;
@@ -78,8 +83,8 @@ export class Client implements Asked {
   processorLevel(number: number): Promise<BarColumns> {
     return this.ask<BarColumns>('processorLevel', number).answer;
   }
-  cycles(): Promise<Map<number, CycleColumns>> {
-    return this.ask<Map<number, CycleColumns>>('cycles', null).answer;
+  cycles(): Promise<Map<number, CycleLevels>> {
+    return this.ask<Map<number, CycleLevels>>('cycles', null).answer;
   }
   detail(record: number): Promise<RecordDetail> {
     return this.ask<RecordDetail>('detail', record).answer;

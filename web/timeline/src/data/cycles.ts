@@ -14,9 +14,21 @@ export interface CycleColumns {
   readonly record: Float64Array;
 }
 
+// Cycles of a lane, merged where they are shorter than the resolution.
 export interface CycleLevel {
   readonly resolution: number;
-  readonly columns: CycleColumns;
+  readonly places: Uint32Array; // of the cycles that stand for all
+  readonly dropout: Uint8Array; // of any that they stand for
+}
+
+export interface CycleLevels {
+  readonly cycles: CycleColumns;
+  readonly coarser: readonly CycleLevel[]; // the finest first
+}
+
+export function buffersOfCycles({ cycles, coarser }: CycleLevels): ArrayBuffer[] {
+  const columns = [cycles, ...coarser].flatMap((level) => Object.values(level) as unknown[]);
+  return columns.filter(ArrayBuffer.isView).map(({ buffer }) => buffer as ArrayBuffer);
 }
 
 const kStep = 4;
@@ -66,76 +78,82 @@ function lateness(cycles: CycleColumns, at: number): number {
 }
 
 // Of the cycles that begin in one cell the latest, with a dropout where one of them has it.
-function merged(cycles: CycleColumns, resolution: number): CycleColumns {
-  const into = cyclesOf(cycles.begin.length);
+function merged(cycles: CycleColumns, finer: CycleLevel, resolution: number): CycleLevel {
+  const places = new Uint32Array(finer.places.length);
+  const dropout = new Uint8Array(finer.places.length);
   let count = 0;
   let cell = NaN;
   let worst = 0;
-  for (let i = 0; i < cycles.begin.length; ++i) {
-    const at = Math.floor(cycles.begin[i]! / resolution);
-    const isShort = cycles.end[i]! - cycles.begin[i]! < resolution;
+  finer.places.forEach((place, i) => {
+    const isShort = cycles.end[place]! - cycles.begin[place]! < resolution;
+    const at = Math.floor(cycles.begin[place]! / resolution);
+    const late = lateness(cycles, place);
     if (isShort && at === cell) {
-      into.dropout[count - 1]! |= cycles.dropout[i]!;
-      const late = lateness(cycles, i);
-      if (late <= worst) continue;
-      worst = late;
+      dropout[count - 1]! |= finer.dropout[i]!;
+      if (late <= worst) return;
     } else {
       cell = isShort ? at : NaN;
-      worst = lateness(cycles, i);
-      into.dropout[count] = cycles.dropout[i]!;
+      dropout[count] = finer.dropout[i]!;
       ++count;
     }
-    into.begin[count - 1] = cycles.begin[i]!;
-    into.end[count - 1] = cycles.end[i]!;
-    into.due[count - 1] = cycles.due[i]!;
-    into.budget[count - 1] = cycles.budget[i]!;
-    into.record[count - 1] = cycles.record[i]!;
-  }
-  return {
-    begin: into.begin.slice(0, count),
-    end: into.end.slice(0, count),
-    due: into.due.slice(0, count),
-    budget: into.budget.slice(0, count),
-    dropout: into.dropout.slice(0, count),
-    record: into.record.slice(0, count),
-  };
+    worst = late;
+    places[count - 1] = place;
+  });
+  return { resolution, places: places.slice(0, count), dropout: dropout.slice(0, count) };
 }
 
-// The finest level first: the cycles themselves.
-export function levelsOf(cycles: CycleColumns): CycleLevel[] {
-  const levels: CycleLevel[] = [{ resolution: 0, columns: cycles }];
+export function levelsOf(cycles: CycleColumns): CycleLevels {
   const count = cycles.begin.length;
-  if (count === 0) return levels;
-  const span = cycles.end[count - 1]! - cycles.begin[0]!;
+  const coarser: CycleLevel[] = [];
+  const all = new Uint32Array(count);
+  for (let i = 0; i < count; ++i) all[i] = i;
+  let last: CycleLevel = { resolution: 0, places: all, dropout: cycles.dropout };
+  const span = count === 0 ? 0 : cycles.end[count - 1]! - cycles.begin[0]!;
   let resolution = Math.max(1, (kStep * span) / count);
-  for (let last = cycles; last.begin.length > kFewest; resolution *= kStep) {
-    const next = merged(last, resolution);
-    if (next.begin.length === last.begin.length && resolution > span) break;
-    levels.push({ resolution, columns: next });
+  for (; last.places.length > kFewest; resolution *= kStep) {
+    const next = merged(cycles, last, resolution);
+    if (next.places.length === last.places.length && resolution > span) break;
+    coarser.push(next);
     last = next;
   }
-  return levels;
+  return { cycles, coarser };
+}
+
+// The first of a level's cycles that does not end before a time.
+function firstIn({ end }: CycleColumns, places: Uint32Array | null, from: number): number {
+  if (places === null) return lowerBound(end, 0, end.length, from);
+  let low = 0;
+  let high = places.length;
+  while (low < high) {
+    const middle = (low + high) >>> 1;
+    if (end[places[middle]!]! < from) low = middle + 1;
+    else high = middle;
+  }
+  return low;
 }
 
 export function fillCycles(
-  levels: readonly CycleLevel[],
+  levels: CycleLevels,
   from: number,
   to: number,
   nsPerPixel: number,
   into: Cycles,
 ): void {
+  const { begin, end, due, budget, dropout, record } = levels.cycles;
+  const level = levels.coarser.findLast(({ resolution }) => resolution <= nsPerPixel);
+  const places = level?.places ?? null;
+  const count = places?.length ?? begin.length;
   into.count = 0;
-  let level = 0;
-  while (level + 1 < levels.length && levels[level + 1]!.resolution <= nsPerPixel) ++level;
-  const { begin, end, due, budget, dropout, record } = levels[level]!.columns;
-  for (let i = lowerBound(end, 0, end.length, from); i < begin.length && begin[i]! < to; ++i) {
+  for (let i = firstIn(levels.cycles, places, from); i < count; ++i) {
+    const place = places?.[i] ?? i;
+    if (begin[place]! >= to) return;
     if (into.count === into.begin.length) grow(into);
     const at = into.count++;
-    into.begin[at] = begin[i]!;
-    into.end[at] = end[i]!;
-    into.due[at] = due[i]!;
-    into.budget[at] = budget[i]!;
-    into.dropout[at] = dropout[i]!;
-    into.record[at] = record[i]!;
+    into.begin[at] = begin[place]!;
+    into.end[at] = end[place]!;
+    into.due[at] = due[place]!;
+    into.budget[at] = budget[place]!;
+    into.dropout[at] = (level?.dropout ?? dropout)[i]!;
+    into.record[at] = record[place]!;
   }
 }

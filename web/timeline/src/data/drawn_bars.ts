@@ -3,11 +3,12 @@
 
 import { grow } from '../columns';
 import { kMerged, kThinned, type Bars, type Points } from '../trace';
-import { emptyColumns, firstRowOf, joined, lowerBound, sizeOf, type BarColumns } from './bars';
+import { buffersOf, emptyColumns, firstRowOf, joined, lowerBound, sizeOf, type BarColumns } from './bars';
 import type { Head } from './head';
 import type { Asked } from './protocol';
+import { free } from './room';
 
-const kRoom = 96 * 1024 * 1024; // bytes of unpacked blocks, unless a frame needs more
+const kRoom = 24 * 1024 * 1024; // bytes of unpacked blocks, unless a frame needs more
 
 interface KeptBlock {
   readonly columns: BarColumns;
@@ -73,6 +74,7 @@ export class DrawnBars {
     for (const [number, block] of oldest) {
       if (this.size <= kRoom || block.frame >= this.frame - 1) break;
       this.blocks.delete(number);
+      free(buffersOf(block.columns));
       this.size -= block.size;
     }
   }

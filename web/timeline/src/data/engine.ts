@@ -4,17 +4,16 @@ import type { Matches, RecordDetail, Selection, StatisticsRow } from '../trace';
 import { kCutOff, kFailure } from '../trace';
 import { BarRows, readLevel, readLongCalls, lowerBound, type BarColumns, type LongCalls } from './bars';
 import { RecordBlock } from './block';
-import { bytesOfText, inflated } from './bytes';
+import { inflated, inflatedPieces, wholeOf } from './bytes';
 import { callsOf, replay, type BlockCalls } from './calls';
-import { readCycles, type CycleColumns } from './cycles';
-import { lanesOfThreads, readHead, type Head } from './head';
+import { levelsOf, readCycles, type CycleLevels } from './cycles';
+import { lanesOfThreads, type Head } from './head';
 import { addProcessorCalls, coarserLevels } from './processors';
+import { Room } from './room';
 import { verdictOf, wordsOf, type Verdict } from './search';
 import { symbolsOf, type Symbols } from './symbols';
 import { lineOf, nameOf, newWords, textOf, valueText } from './texts';
 import { wordText } from './words';
-
-const kCached = 4; // blocks
 
 // Numbers that become more and more.
 class Numbers {
@@ -51,6 +50,7 @@ function inOrder(times: Numbers, records: Numbers, complete: boolean): Matches {
 }
 
 interface Unpacked {
+  readonly number: number;
   readonly block: RecordBlock;
   calls: BlockCalls | null;
 }
@@ -68,7 +68,8 @@ interface Tally {
 export class Engine {
   private readonly chunks = new Map<string, Uint8Array<ArrayBuffer>>();
   private readonly awaited = new Map<string, (() => void)[]>();
-  private readonly cache = new Map<number, Promise<Unpacked>>(); // the latest asked for last
+  private readonly room = new Room(); // of the latest block
+  private latest: Unpacked | null = null;
   private readonly symbols: Symbols;
   private readonly laneOfThread: Uint32Array;
   private longCalls: Promise<LongCalls> | null = null;
@@ -79,13 +80,9 @@ export class Engine {
     this.laneOfThread = lanesOfThreads(head);
   }
 
-  static async open(headText: string): Promise<Engine> {
-    return new Engine(readHead(await inflated(bytesOfText(headText))));
-  }
-
   // Chunks come as the page is read.
-  addChunk(id: string, text: string): void {
-    this.chunks.set(id, bytesOfText(text));
+  addChunk(id: string, bytes: Uint8Array<ArrayBuffer>): void {
+    this.chunks.set(id, bytes);
     for (const settle of this.awaited.get(id) ?? []) settle();
     this.awaited.delete(id);
   }
@@ -96,49 +93,47 @@ export class Engine {
         this.awaited.set(id, [...(this.awaited.get(id) ?? []), settle]);
       });
     }
-    return inflated(this.chunks.get(id)!);
+    return this.chunks.get(id)!;
   }
 
   private get blockCount(): number {
     return this.head.blocks.length / 3;
   }
 
-  private unpacked(number: number): Promise<Unpacked> {
-    const cached = this.cache.get(number);
-    if (cached !== undefined) {
-      this.cache.delete(number);
-      this.cache.set(number, cached);
-      return cached;
-    }
-    const made = this.chunk(`block${number}`).then((bytes) => ({
-      block: new RecordBlock(bytes, this.head.blocks[number * 3]!, this.symbols),
-      calls: null,
-    }));
-    this.cache.set(number, made);
-    for (const oldest of this.cache.keys()) {
-      if (this.cache.size <= kCached) break;
-      this.cache.delete(oldest);
-    }
-    return made;
+  // Does something with a block, at once: the next block takes its room.
+  private async inBlock<Result>(number: number, act: (unpacked: Unpacked) => Result): Promise<Result> {
+    if (this.latest?.number === number) return act(this.latest);
+    const pieces = await inflatedPieces(await this.chunk(`block${number}`));
+    this.latest = null;
+    this.room.empty();
+    const first = this.head.blocks[number * 3]!;
+    const block = new RecordBlock(wholeOf(pieces, this.room), first, this.symbols, this.room);
+    this.latest = { number, block, calls: null };
+    return act(this.latest);
   }
 
-  private async callsOf(number: number): Promise<BlockCalls> {
-    const unpacked = await this.unpacked(number);
+  private callsOf(unpacked: Unpacked): BlockCalls {
     unpacked.calls ??= callsOf(unpacked.block, this.symbols, this.head.lanes.length);
     return unpacked.calls;
   }
 
-  // A copy, to be given away.
+  // To be given away.
   async bars(number: number): Promise<BarColumns> {
-    return structuredClone((await this.callsOf(number)).columns);
+    return this.inBlock(number, (unpacked) => {
+      const { columns } = this.callsOf(unpacked);
+      unpacked.calls = null;
+      return columns;
+    });
   }
 
   async level(number: number): Promise<BarColumns> {
-    return readLevel(await this.chunk(`level${number}`), this.laneOfThread);
+    return readLevel(await inflated(await this.chunk(`level${number}`)), this.laneOfThread);
   }
 
   async long(): Promise<LongCalls> {
-    this.longCalls ??= this.chunk('long').then((bytes) => readLongCalls(bytes, this.laneOfThread));
+    this.longCalls ??= this.chunk('long')
+      .then(inflated)
+      .then((bytes) => readLongCalls(bytes, this.laneOfThread));
     return this.longCalls;
   }
 
@@ -162,15 +157,17 @@ export class Engine {
   }
 
   private async addProcessors(number: number, rows: BarRows): Promise<void> {
-    const { block } = await this.unpacked(number);
     const { lanes, processors } = this.head;
-    addProcessorCalls(block, this.symbols, lanes.length, await this.long(), processors, rows);
+    const long = await this.long();
+    await this.inBlock(number, ({ block }) =>
+      addProcessorCalls(block, this.symbols, lanes.length, long, processors, rows),
+    );
   }
 
   // By lane.
-  async cycles(): Promise<Map<number, CycleColumns>> {
-    const threads = readCycles(await this.chunk('cycles'));
-    return new Map([...threads].map(([thread, cycles]) => [this.laneOfThread[thread]!, cycles]));
+  async cycles(): Promise<Map<number, CycleLevels>> {
+    const threads = readCycles(await inflated(await this.chunk('cycles')));
+    return new Map([...threads].map(([thread, cycles]) => [this.laneOfThread[thread]!, levelsOf(cycles)]));
   }
 
   // Goes through all blocks once.
@@ -178,11 +175,12 @@ export class Engine {
     const times = new Numbers();
     const records = new Numbers();
     for (let number = 0; number < this.blockCount; ++number) {
-      const { block } = await this.unpacked(number);
-      for (const index of block.failures) {
-        times.add(block.time[index]!);
-        records.add(block.first + index);
-      }
+      await this.inBlock(number, ({ block }) => {
+        for (const index of block.failures) {
+          times.add(block.time[index]!);
+          records.add(block.first + index);
+        }
+      });
     }
     return inOrder(times, records, true);
   }
@@ -199,26 +197,23 @@ export class Engine {
     const into = newWords();
     let told = Date.now();
     for (let number = 0; number < this.blockCount && !stop.aborted; ++number) {
-      const { block } = await this.unpacked(number);
-      const decided: (Verdict | undefined)[] = [];
-      let any = false;
-      for (const symbol of block.used) {
-        decided[symbol] = verdicts[this.symbols.kind[symbol]!]!;
-        any ||= decided[symbol] !== 'none';
-      }
-      if (!any) continue;
-      for (let index = 0; index < block.count; ++index) {
-        const symbol = block.symbol[index]!;
-        const verdict = decided[symbol]!;
-        if (verdict === 'none') continue;
-        if (verdict !== 'all') {
-          this.readWords(block, index, into);
-          const line = lineOf(this.head.kinds[this.symbols.kind[symbol]!]!, into).toLowerCase();
-          if (!verdict.every((word) => line.includes(word))) continue;
+      await this.inBlock(number, ({ block }) => {
+        const decided: (Verdict | undefined)[] = [];
+        for (const symbol of block.used) decided[symbol] = verdicts[this.symbols.kind[symbol]!]!;
+        if (decided.every((verdict) => verdict === 'none')) return;
+        for (let index = 0; index < block.count; ++index) {
+          const symbol = block.symbol[index]!;
+          const verdict = decided[symbol]!;
+          if (verdict === 'none') continue;
+          if (verdict !== 'all') {
+            this.readWords(block, index, into);
+            const line = lineOf(this.head.kinds[this.symbols.kind[symbol]!]!, into).toLowerCase();
+            if (!verdict.every((word) => line.includes(word))) continue;
+          }
+          times.add(block.time[index]!);
+          records.add(block.first + index);
         }
-        times.add(block.time[index]!);
-        records.add(block.first + index);
-      }
+      });
       if (Date.now() - told > 100 && !stop.aborted) {
         told = Date.now();
         found(inOrder(times, records, false));
@@ -273,14 +268,16 @@ export class Engine {
     for (let number = 0; number < this.blockCount; ++number) {
       const [, least, latest] = this.head.blocks.slice(number * 3, number * 3 + 3);
       if (latest! < from || (least! >= to && !toEnd)) continue;
-      const { block } = await this.unpacked(number);
-      const calls = await this.callsOf(number);
-      count(calls.columns, calls.self, (at) => calls.finished[at] === 1);
-      for (const index of block.failures) {
-        const symbol = block.symbol[index]!;
-        if (!isIn(block.time[index]!) || asked?.has(this.symbols.lane[symbol]!) === false) continue;
-        ++tallyOf(this.symbols.event[symbol]!).failures;
-      }
+      await this.inBlock(number, (unpacked) => {
+        const { block } = unpacked;
+        const calls = this.callsOf(unpacked);
+        count(calls.columns, calls.self, (at) => calls.finished[at] === 1);
+        for (const index of block.failures) {
+          const symbol = block.symbol[index]!;
+          if (!isIn(block.time[index]!) || asked?.has(this.symbols.lane[symbol]!) === false) continue;
+          ++tallyOf(this.symbols.event[symbol]!).failures;
+        }
+      });
     }
     const rows = [...tallies].map(([event, tally]) => {
       const lengths = tally.lengths.taken().sort();
@@ -310,10 +307,13 @@ export class Engine {
   }
 
   async detail(record: number): Promise<RecordDetail> {
-    const number = this.blockOf(record);
-    const { block } = await this.unpacked(number);
-    const calls = await this.callsOf(number);
     const long = await this.long();
+    return this.inBlock(this.blockOf(record), (unpacked) => this.detailIn(unpacked, record, long));
+  }
+
+  private detailIn(unpacked: Unpacked, record: number, long: LongCalls): RecordDetail {
+    const { block } = unpacked;
+    const calls = this.callsOf(unpacked);
     const index = record - block.first;
     const symbol = block.symbol[index]!;
     const lane = this.symbols.lane[symbol]!;

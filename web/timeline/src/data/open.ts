@@ -3,22 +3,31 @@
 import workerScript from 'worker-script';
 
 import type { Trace } from '../trace';
-import { bytesOfText, inflated } from './bytes';
+import { bytesOfTexts, inflated } from './bytes';
 import { Client } from './client';
 import { readHead } from './head';
 import { PageTrace } from './page_trace';
 
 const kChunk = 'script[type="application/octet-stream"]';
 
-// Gives each chunk away as soon as it is whole, and takes it out of the page: its characters need
-// not be kept twice.
-function giveAway(page: Document, give: (id: string, text: string) => void): void {
+// Takes a chunk out of the page. Until it next tidies up, the browser keeps removed nodes, and a
+// script's whole text beside them: so both are emptied.
+function bytesTaken(chunk: Element): Uint8Array<ArrayBuffer> {
+  const nodes = [...chunk.childNodes] as Text[];
+  const bytes = bytesOfTexts(nodes.map((node) => node.data));
+  for (const node of nodes) node.data = '';
+  chunk.textContent = '';
+  chunk.remove();
+  return bytes;
+}
+
+// Gives each chunk away as soon as it is whole.
+function giveAway(page: Document, give: (id: string, bytes: Uint8Array<ArrayBuffer>) => void): void {
   const giveWhole = (): void => {
     for (const chunk of page.querySelectorAll(kChunk)) {
       // The last one may still be coming.
       if (page.readyState === 'loading' && chunk.nextElementSibling === null) return;
-      give(chunk.id, chunk.textContent);
-      chunk.remove();
+      give(chunk.id, bytesTaken(chunk));
     }
   };
   const watcher = new MutationObserver(giveWhole);
@@ -33,9 +42,9 @@ function giveAway(page: Document, give: (id: string, text: string) => void): voi
 export async function openTrace(page: Document): Promise<Trace> {
   const chunk = page.querySelector('#head');
   if (chunk === null) throw new Error('this page has no data');
-  const text = chunk.textContent;
-  chunk.remove();
-  const client = new Client(workerScript, text);
-  giveAway(page, (id, chunkText) => client.addChunk(id, chunkText));
-  return new PageTrace(readHead(await inflated(bytesOfText(text))), client);
+  const client = new Client(workerScript);
+  const head = readHead(await inflated(bytesTaken(chunk)));
+  client.open(head);
+  giveAway(page, (id, bytes) => client.addChunk(id, bytes));
+  return new PageTrace(head, client);
 }

@@ -15,7 +15,7 @@ import type {
   Trace,
 } from '../trace';
 import { emptyLongCalls } from './bars';
-import { fillCycles, levelsOf, type CycleLevel } from './cycles';
+import { fillCycles, type CycleLevels } from './cycles';
 import { DrawnBars } from './drawn_bars';
 import type { Head } from './head';
 import { kProcessorRows } from './processors';
@@ -55,8 +55,7 @@ export class PageTrace implements Trace {
 
   private readonly drawn: DrawnBars;
   private onProcessors: DrawnBars | null = null; // made when it is first asked for
-  private readonly cycleLevels = new Map<number, readonly CycleLevel[]>();
-  private cyclesAreThere = false;
+  private cycleLevels: ReadonlyMap<number, CycleLevels> | null = null; // by lane
   private callback: () => void = () => undefined;
   private readonly found: Promise<Matches>;
 
@@ -80,8 +79,7 @@ export class PageTrace implements Trace {
     };
     this.drawn = new DrawnBars(head, asked, () => this.callback());
     const cycles = asked.cycles().then((lanes) => {
-      for (const [lane, columns] of lanes) this.cycleLevels.set(lane, levelsOf(columns));
-      this.cyclesAreThere = true;
+      this.cycleLevels = lanes;
       this.callback();
     });
     this.found = asked.failures();
@@ -114,10 +112,10 @@ export class PageTrace implements Trace {
   }
 
   cycles(lane: number, from: number, to: number, nsPerPixel: number, into: Cycles): boolean {
-    const levels = this.cycleLevels.get(lane);
+    const levels = this.cycleLevels?.get(lane);
     if (levels === undefined) into.count = 0;
     else fillCycles(levels, from, to, nsPerPixel, into);
-    return this.cyclesAreThere;
+    return this.cycleLevels !== null;
   }
 
   detail(record: number): Promise<RecordDetail> {

@@ -2,7 +2,8 @@
 
 import type { Matches, RecordDetail, Selection, StatisticsRow } from '../trace';
 import type { BarColumns, LongCalls } from './bars';
-import type { CycleColumns } from './cycles';
+import type { CycleLevels } from './cycles';
+import type { Head } from './head';
 
 // What can be asked: an engine's methods, in the worker or beside it.
 export interface Asked {
@@ -12,17 +13,17 @@ export interface Asked {
   // What ran on the processors; their lanes are places in Head.processors.
   processorBars(block: number): Promise<BarColumns>;
   processorLevel(number: number): Promise<BarColumns>;
-  cycles(): Promise<Map<number, CycleColumns>>;
+  cycles(): Promise<Map<number, CycleLevels>>;
   detail(record: number): Promise<RecordDetail>;
   statistics(selection: Selection): Promise<readonly StatisticsRow[]>;
   failures(): Promise<Matches>;
   search(words: string, found: (matches: Matches) => void, stop: AbortSignal): Promise<void>;
-  addChunk(id: string, text: string): void;
+  addChunk(id: string, bytes: Uint8Array<ArrayBuffer>): void;
 }
 
 export type Request =
-  | { readonly head: string }
-  | { readonly chunk: string; readonly text: string }
+  | { readonly head: Head }
+  | { readonly chunk: string; readonly bytes: Uint8Array<ArrayBuffer> }
   | { readonly stop: number }
   | {
       readonly ask: number; // the answer's number

@@ -2,11 +2,12 @@
 
 import type { Matches, Selection } from '../trace';
 import { buffersOf, type BarColumns } from './bars';
+import { buffersOfCycles } from './cycles';
 import { Engine } from './engine';
 import type { Answer, Request } from './protocol';
 
 const searches = new Map<number, AbortController>();
-let engine: Promise<Engine>;
+let engine: Engine;
 
 function reply(answer: Answer, transfer: ArrayBuffer[] = []): void {
   self.postMessage(answer, { transfer });
@@ -14,38 +15,41 @@ function reply(answer: Answer, transfer: ArrayBuffer[] = []): void {
 
 async function answer(request: Extract<Request, { ask: number }>): Promise<void> {
   const { ask, method, argument } = request;
-  const asked = await engine;
   switch (method) {
     case 'bars':
     case 'level':
     case 'processorBars':
     case 'processorLevel': {
-      const value: BarColumns = await asked[method](argument as number);
+      const value: BarColumns = await engine[method](argument as number);
       return reply({ ask, value }, buffersOf(value));
     }
     case 'search': {
       const stop = new AbortController();
       searches.set(ask, stop);
       const found = (matches: Matches): void => reply({ ask, matches });
-      await asked.search(argument as string, found, stop.signal);
+      await engine.search(argument as string, found, stop.signal);
       searches.delete(ask);
       return reply({ ask });
     }
+    case 'cycles': {
+      const value = await engine.cycles();
+      return reply({ ask, value }, [...value.values()].flatMap(buffersOfCycles));
+    }
     case 'detail':
-      return reply({ ask, value: await asked.detail(argument as number) });
+      return reply({ ask, value: await engine.detail(argument as number) });
     case 'statistics':
-      return reply({ ask, value: await asked.statistics(argument as Selection) });
+      return reply({ ask, value: await engine.statistics(argument as Selection) });
     default:
-      return reply({ ask, value: await asked[method]() });
+      return reply({ ask, value: await engine[method]() });
   }
 }
 
 self.onmessage = (event: MessageEvent<Request>): void => {
   const request = event.data;
   if ('head' in request) {
-    engine = Engine.open(request.head);
+    engine = new Engine(request.head);
   } else if ('chunk' in request) {
-    void engine.then((asked) => asked.addChunk(request.chunk, request.text));
+    engine.addChunk(request.chunk, request.bytes);
   } else if ('stop' in request) {
     searches.get(request.stop)?.abort();
   } else {

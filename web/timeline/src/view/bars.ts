@@ -10,6 +10,7 @@ import {
   type Points,
 } from '../trace';
 import { hueOf, kHueCount, kShades, shadeOf, type Theme } from './colours';
+import { DenseRows, kDense } from './dense';
 import type { Labels } from './labels';
 import { depthHeight, depthTop, kFullRows, kRow, pointTop, type Row } from './lanes';
 import type { Viewport } from './viewport';
@@ -37,6 +38,7 @@ export class BarPainter {
   private colour = new Uint8Array(4096);
   private bar = new Uint32Array(4096);
   private order = new Uint32Array(4096);
+  private readonly dense = new DenseRows();
   private readonly counts = new Uint32Array(kColours + 1);
 
   constructor(
@@ -48,8 +50,8 @@ export class BarPainter {
 
   paint(surface: Surface, view: Viewport, row: Row, top: number, bars: Bars, theme: Theme): void {
     const rectangles = this.place(surface, view, row, bars);
-    this.sortByColour(rectangles);
-    this.fill(surface, rectangles, top, theme);
+    if (rectangles < kDense) this.fill(surface, rectangles, top, theme);
+    else this.fillDense(surface, rectangles, top, row.depths, theme);
     this.mark(surface, view, row, top, bars, theme);
     this.name(surface, rectangles, top, bars, theme);
   }
@@ -101,19 +103,47 @@ export class BarPainter {
   }
 
   private fill(surface: Surface, rectangles: number, top: number, theme: Theme): void {
-    const { context, ratio } = surface;
+    const { context } = surface;
+    this.sortByColour(rectangles);
     let colour = -1;
     for (let place = 0; place < rectangles; place++) {
       const at = this.order[place];
       if (this.colour[at] !== colour) {
         colour = this.colour[at];
-        context.fillStyle = colour === kWait ? theme.faint : theme.bars[colour];
+        context.fillStyle = colourOf(theme, colour);
       }
-      const gap = this.bar[at] === kMany ? 0 : 1;
-      const y = Math.round((top + depthTop(this.depth[at])) * ratio);
-      const height = Math.max(1, Math.round(depthHeight(this.depth[at]) * ratio));
-      context.fillRect(this.left[at], y, this.right[at] - this.left[at] - gap, height);
+      const { y, height } = rowOf(surface, top, this.depth[at]);
+      context.fillRect(this.left[at], y, this.right[at] - this.left[at] - this.gap(at), height);
     }
+  }
+
+  private fillDense(
+    surface: Surface,
+    rectangles: number,
+    top: number,
+    depths: number,
+    theme: Theme,
+  ): void {
+    const { dense } = this;
+    dense.begin(surface.width, depths, theme.paper);
+    const words = Array.from({ length: kColours }, (_, colour) =>
+      dense.wordOf(colourOf(theme, colour)),
+    );
+    let deepest = 0;
+    for (let at = 0; at < rectangles; at++) {
+      const depth = this.depth[at];
+      if (depth > deepest) deepest = depth;
+      dense.put(depth, this.left[at], this.right[at] - this.gap(at), words[this.colour[at]]);
+    }
+    dense.end(surface);
+    for (let depth = 0; depth <= deepest; depth++) {
+      const { y, height } = rowOf(surface, top, depth);
+      dense.stretch(surface, depth, y, height);
+    }
+  }
+
+  private gap(at: number): number {
+    return this.bar[at] === kMany ? 0 : 1;
   }
 
   // Failures underlined in amber, wide enough to be seen at any zoom; calls without an end of their
@@ -186,6 +216,18 @@ export class BarPainter {
     this.bar = new Uint32Array(size);
     this.order = new Uint32Array(size);
   }
+}
+
+function colourOf(theme: Theme, colour: number): string {
+  return colour === kWait ? theme.faint : theme.bars[colour];
+}
+
+// Device pixels of a depth.
+function rowOf({ ratio }: Surface, top: number, depth: number): { y: number; height: number } {
+  return {
+    y: Math.round((top + depthTop(depth)) * ratio),
+    height: Math.max(1, Math.round(depthHeight(depth) * ratio)),
+  };
 }
 
 const kApart = 11; // layout pixels between two lozenges; nearer points are ticks

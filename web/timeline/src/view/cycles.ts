@@ -3,6 +3,7 @@
 import type { Cycles } from '../trace';
 import type { Surface } from './bars';
 import type { Theme } from './colours';
+import { type DenseRows, kDense } from './dense';
 import { kStrip } from './lanes';
 import { duration } from './units';
 import type { Viewport } from './viewport';
@@ -17,13 +18,19 @@ export function paintCycles(
   top: number,
   cycles: Cycles,
   theme: Theme,
+  dense: DenseRows,
 ): void {
   const { context, ratio, width } = surface;
   const scale = ratio / view.nsPerPixel;
   const base = Math.round((top + kStrip) * ratio);
   const budgetHeight = kBudgetLine * ratio;
+  const isDense = cycles.count >= kDense;
+  const rows = Math.ceil(kTop * budgetHeight);
+  if (isDense) dense.begin(width, rows, theme.paper);
   for (let kind = 0; kind < kKinds; kind++) {
-    context.fillStyle = kind === 0 ? theme.strong : kind === 1 ? theme.ink : theme.red;
+    const colour = kind === 0 ? theme.strong : kind === 1 ? theme.ink : theme.red;
+    const word = dense.wordOf(colour);
+    context.fillStyle = colour;
     const least = kind === 2 ? Math.round(3 * ratio) : 1;
     for (let at = 0; at < cycles.count; at++) {
       const due = cycles.due[at];
@@ -41,8 +48,13 @@ export function paintCycles(
       if (right - left < least) right = left + least;
       if (right < 0 || left > width) continue;
       const height = Math.max(1, Math.round(Math.min(kTop, Math.max(0.04, share)) * budgetHeight));
-      context.fillRect(left, base - height, right - left, height);
+      if (!isDense) context.fillRect(left, base - height, right - left, height);
+      else for (let row = rows - height; row < rows; row++) dense.put(row, left, right, word);
     }
+  }
+  if (isDense) {
+    dense.end(surface);
+    dense.copy(surface, base - rows);
   }
   context.fillStyle = theme.ink;
   context.fillRect(0, base - Math.round(budgetHeight), width, Math.max(1, Math.round(ratio / 2)));

@@ -4,6 +4,7 @@ import type { Cycles, RecordDetail, Trace } from '../trace';
 import { BarPainter, paintPoints, type Surface } from './bars';
 import { currentTheme, type Theme } from './colours';
 import { paintCycles } from './cycles';
+import { DenseRows } from './dense';
 import type { Frame } from './frame';
 import { Labels } from './labels';
 import { depthHeight, depthTop, type LaneLayout, pointTop, type Row } from './lanes';
@@ -33,6 +34,7 @@ export class Drawing {
   theme: Theme;
   private readonly painter: BarPainter;
   private readonly labels: Labels;
+  private readonly cycleRows = new DenseRows();
   private readonly rulerPainter = new Ruler();
   private readonly lanes: Surface;
   private readonly ruler: Surface;
@@ -133,7 +135,7 @@ export class Drawing {
       trace.points(id, view.from, view.to, nsPerPixel, points);
       if (row.lane.kind === 'io' && !row.folded) {
         trace.cycles(id, view.from, view.to, nsPerPixel, cycles);
-        paintCycles(this.lanes, view, top + row.stripTop, cycles, theme);
+        paintCycles(this.lanes, view, top + row.stripTop, cycles, theme, this.cycleRows);
       }
       this.painter.paint(this.lanes, view, row, top + row.callsTop, bars, theme);
       paintPoints(this.lanes, view, row, top + row.callsTop, points, theme);

@@ -1,6 +1,8 @@
 // The view in the address's fragment: what a link must carry to bring the same picture back. What a
 // fragment says that makes no sense is left out.
-import { type Grouping, kGroupings } from './lanes';
+import { type Grouping, kGroupings, type LaneChoice } from './lanes';
+import type { State } from './state';
+import type { Viewport } from './viewport';
 
 export interface Shared {
   from: number | null;
@@ -12,6 +14,7 @@ export interface Shared {
   pinned: number[];
   hidden: number[];
   folded: number[];
+  closed: string[]; // groups
   idle: boolean;
   selection: [number, number] | null;
 }
@@ -30,6 +33,7 @@ export function readFragment(fragment: string): Shared {
     pinned: numbers(fields.get('pinned')),
     hidden: numbers(fields.get('hidden')),
     folded: numbers(fields.get('folded')),
+    closed: fields.getAll('closed'),
     idle: fields.get('idle') === 'shown',
     selection: selection.length === 2 ? [selection[0], selection[1]] : null,
   };
@@ -48,9 +52,43 @@ export function writeFragment(view: Shared): string {
   if (view.pinned.length) fields.set('pinned', view.pinned.join(','));
   if (view.hidden.length) fields.set('hidden', view.hidden.join(','));
   if (view.folded.length) fields.set('folded', view.folded.join(','));
+  for (const group of view.closed) fields.append('closed', group);
   if (view.idle) fields.set('idle', 'shown');
   if (view.selection) fields.set('selection', view.selection.map(Math.round).join(','));
   return fields.toString().replaceAll('%2C', ',');
+}
+
+// Of the page as it stands, or will once easing is over.
+export function fragmentOf(state: State, view: Viewport): string {
+  const { choice, selected, dropout, measured, words } = state;
+  return writeFragment({
+    from: view.targetFrom,
+    to: view.targetTo,
+    record: selected?.record ?? null,
+    dropout: dropout < 0 ? null : dropout,
+    words,
+    grouping: choice.grouping,
+    pinned: choice.pinned,
+    hidden: [...choice.hidden],
+    folded: [...choice.folded],
+    closed: [...choice.closed],
+    idle: choice.idleShown,
+    selection: measured && [measured.from, measured.to],
+  });
+}
+
+// Without lanes that the trace does not have.
+export function choiceOf(shared: Shared, lanes: number): LaneChoice {
+  const known = (ids: readonly number[]) =>
+    ids.filter((id) => Number.isInteger(id) && id >= 0 && id < lanes);
+  return {
+    grouping: shared.grouping,
+    pinned: known(shared.pinned),
+    hidden: new Set(known(shared.hidden)),
+    folded: new Set(known(shared.folded)),
+    closed: new Set(shared.closed),
+    idleShown: shared.idle,
+  };
 }
 
 function number(text: string | null): number | null {

@@ -105,15 +105,16 @@ export class Heads {
   }
 
   private headingSection(row: Row): HTMLElement {
-    if (!row.idle) return element('div', { class: 'heading' }, data(row.text));
-    const open = this.state.choice.idleShown;
+    const title = row.idle ? { title: 'Key l' } : {};
+    const fold = () => (row.idle ? this.commands.idle() : this.commands.foldGroup(row.group));
     return element(
       'div',
       { class: 'heading' },
       button(
-        { 'aria-expanded': String(open), title: 'Key l' },
-        () => this.commands.idle(),
-        `${open ? '▾' : '▸'} ${row.text}`,
+        { 'aria-expanded': String(!row.folded), ...title },
+        fold,
+        `${row.folded ? '▸' : '▾'} `,
+        data(row.text),
       ),
     );
   }

@@ -25,6 +25,7 @@ export interface Row {
   readonly lane: Lane | null; // null: a heading
   readonly text: string; // of a heading
   readonly idle: boolean; // the line that opens and closes the idle threads
+  readonly group: string; // that the heading opens and closes, '' where there is none
   readonly folded: boolean;
   readonly top: number;
   readonly height: number;
@@ -39,6 +40,7 @@ export interface LaneChoice {
   pinned: number[];
   hidden: Set<number>;
   folded: Set<number>;
+  closed: Set<string>; // groups
   idleShown: boolean;
 }
 
@@ -48,6 +50,7 @@ export function firstChoice(): LaneChoice {
     pinned: [],
     hidden: new Set(),
     folded: new Set(),
+    closed: new Set(),
     idleShown: false,
   };
 }
@@ -72,6 +75,12 @@ export function concernedLanes(trace: Trace): ReadonlySet<number> {
     if (lane) concerned.add(lane.id);
   }
   return concerned;
+}
+
+// The group that a thread is in.
+export function groupOf(lane: Lane, { grouping }: LaneChoice): string {
+  if (grouping === 'thread') return '';
+  return grouping === 'processor' ? `processor ${lane.processor}` : lane.driver || 'no driver';
 }
 
 function isThread(lane: Lane): boolean {
@@ -120,18 +129,17 @@ export class LaneLayout {
       this.addThreads(threads, choice);
       return;
     }
-    const groupOf = (lane: Lane) =>
-      choice.grouping === 'processor' ? `processor ${lane.processor}` : lane.driver || 'no driver';
     const own = left.filter((lane) => lane.kind === choice.grouping);
-    const names = [...new Set([...own.map((lane) => lane.name), ...threads.map(groupOf)])];
+    const shown = threads.filter((lane) => !this.isIdle(lane) || choice.idleShown);
+    const groups = [...own.map((lane) => lane.name), ...shown.map((lane) => groupOf(lane, choice))];
+    const names = [...new Set(groups)];
     if (choice.grouping === 'processor') names.sort(byNumber);
     for (const name of names) {
       const head = own.find((lane) => lane.name === name);
+      const inside = shown.filter((lane) => groupOf(lane, choice) === name);
       if (head) this.addLane(head, choice);
-      else this.addHeading(name, false);
-      for (const lane of threads)
-        if (groupOf(lane) === name && (!this.isIdle(lane) || choice.idleShown))
-          this.addLane(lane, choice);
+      else this.addGroup(name, inside.length, choice);
+      if (head || !choice.closed.has(name)) for (const lane of inside) this.addLane(lane, choice);
     }
     this.addIdleLine(threads, choice);
   }
@@ -158,14 +166,17 @@ export class LaneLayout {
   private addIdleLine(threads: readonly Lane[], choice: LaneChoice): void {
     const idle = threads.filter((lane) => this.isIdle(lane)).length;
     if (idle === 0) return;
-    this.addHeading(counted(idle, 'idle thread') + (choice.idleShown ? '' : ', folded'), true);
+    const text = counted(idle, 'idle thread') + (choice.idleShown ? '' : ', folded');
+    this.addHeading({ text, idle: true, group: '', folded: !choice.idleShown });
   }
 
-  private addHeading(text: string, idle: boolean): void {
-    this.add(
-      { lane: null, text, idle, folded: false, stripTop: 0, callsTop: 0, depths: 0 },
-      kHeading,
-    );
+  private addGroup(group: string, threads: number, choice: LaneChoice): void {
+    const text = `${group} · ${counted(threads, 'thread')}`;
+    this.addHeading({ text, idle: false, group, folded: choice.closed.has(group) });
+  }
+
+  private addHeading(heading: Pick<Row, 'text' | 'idle' | 'group' | 'folded'>): void {
+    this.add({ lane: null, ...heading, stripTop: 0, callsTop: 0, depths: 0 }, kHeading);
   }
 
   private addLane(lane: Lane, choice: LaneChoice): void {
@@ -175,7 +186,7 @@ export class LaneLayout {
     const callsTop = stripTop + (lane.kind === 'io' && !folded ? kStrip + 4 : 0);
     const needed = callsTop + depthTop(depths) + kPadding;
     const least = this.narrow ? 0 : folded ? kFolded : kLeast;
-    const row = { lane, text: '', idle: false, folded, stripTop, callsTop, depths };
+    const row = { lane, text: '', idle: false, group: '', folded, stripTop, callsTop, depths };
     this.add(row, Math.max(least, needed));
   }
 

@@ -1,16 +1,16 @@
 // The page of a trace: puts its parts together and does what keys, pointer and panels ask for.
 import type { Matches, RecordDetail, Trace } from '../trace';
+import { CallsSheet } from './calls_sheet';
 import { emptyDetails, fillDetails } from './details';
-import { button, data, element } from './dom';
 import { Drawing, firstAfter } from './drawing';
 import { DropoutList, sentence } from './dropouts';
-import { readFragment, writeFragment } from './fragment';
+import { choiceOf, fragmentOf, readFragment } from './fragment';
 import { type Frame, makeFrame } from './frame';
-import { callTable, Heads, laneTitle } from './heads';
+import { Heads, laneTitle } from './heads';
 import { Overlays } from './help';
 import { listenToKeys } from './keys';
 import { legend } from './legend';
-import { type Grouping, kGroupings, LaneLayout } from './lanes';
+import { type Grouping, groupOf, kGroupings, LaneLayout } from './lanes';
 import { callBeside, callInside, neighbourhood, spanFor } from './navigation';
 import { listenToPointer } from './pointer';
 import { pointedMoment } from './ruler';
@@ -25,7 +25,6 @@ import { Viewport } from './viewport';
 
 const kNarrow = 700; // CSS pixels of the lanes' place, below which titles stand above the calls
 const kSettle = 250; // ms without a change, then the address and the table of calls follow
-const kCalls = 200; // of the table
 
 export function showPage(place: HTMLElement, trace: Trace): void {
   new Page(place, trace);
@@ -42,6 +41,7 @@ class Page implements Commands {
   private readonly side: Side;
   private readonly dropouts: DropoutList;
   private readonly statistics: StatisticsSheet;
+  private readonly calls: CallsSheet;
   private readonly search: Search;
   private readonly tip: Tip;
   private pointed: { x: number; y: number; event: PointerEvent } | null = null;
@@ -87,6 +87,7 @@ class Page implements Commands {
     this.drawing = new Drawing(trace, this.frame, this.view, this.layout, this.state, () =>
       this.drawn(),
     );
+    this.calls = new CallsSheet(this.side.sheets[3], trace, this.drawing, this);
     this.readAddress();
     this.drawing.resize();
     this.frame.scroller.addEventListener('scroll', () => this.drawing.scroll());
@@ -113,7 +114,7 @@ class Page implements Commands {
 
   private settled(): void {
     this.writeAddress();
-    if (this.side.open === 3) this.fillCalls();
+    if (this.side.open === 3) this.calls.fill(this.currentLane());
     this.point();
   }
 
@@ -160,13 +161,19 @@ class Page implements Commands {
 
   // ---- dropouts, failures, matches
 
+  // On from the one looked at; where that is not on the screen, the first of the screen.
   nextDropout(step: number): void {
     const { dropouts } = this.trace;
+    const { targetFrom, targetTo } = this.view;
     if (dropouts.length === 0) return this.speak('There is no dropout in this trace.');
-    this.dropout(
-      (this.state.dropout + step + dropouts.length + (this.state.dropout < 0 && step < 0 ? 1 : 0)) %
-        dropouts.length,
-    );
+    const last = dropouts[this.state.dropout]?.time ?? NaN;
+    let next = this.state.dropout + step;
+    if (!(last >= targetFrom && last <= targetTo))
+      next =
+        step > 0
+          ? dropouts.findIndex(({ time }) => time >= targetFrom)
+          : dropouts.findLastIndex(({ time }) => time <= targetTo);
+    this.dropout((next + dropouts.length) % dropouts.length);
   }
 
   dropout(index: number): void {
@@ -359,6 +366,7 @@ class Page implements Commands {
     const { choice } = this.state;
     if (!this.layout.rowOf(lane)) {
       choice.hidden.delete(lane);
+      choice.closed.delete(groupOf(this.trace.lanes[lane], choice));
       if (this.layout.isIdle(this.trace.lanes[lane])) choice.idleShown = true;
       this.arrange();
     }
@@ -410,6 +418,11 @@ class Page implements Commands {
     if (!folded.delete(lane)) folded.add(lane);
     this.arrange();
   }
+  foldGroup(name: string): void {
+    const { closed } = this.state.choice;
+    if (!closed.delete(name)) closed.add(name);
+    this.arrange();
+  }
   idle(): void {
     this.state.choice.idleShown = !this.state.choice.idleShown;
     this.arrange();
@@ -447,28 +460,6 @@ class Page implements Commands {
       this.search.set('');
     }
     this.changed();
-  }
-
-  private fillCalls(): void {
-    const sheet = this.side.sheets[3];
-    const lane = this.currentLane();
-    const shown = this.drawing.shown
-      .slice(0, this.drawing.shownCount)
-      .find((one) => one.row.lane?.id === lane);
-    if (!shown) {
-      sheet.replaceChildren(
-        element(
-          'p',
-          { class: 'empty' },
-          'The current lane is not on the screen: choose one by its title, or with ↑ and ↓.',
-        ),
-      );
-      return;
-    }
-    const made = callTable(this.trace.events, shown, kCalls, (method, record) =>
-      button({ class: 'culprit' }, () => this.select(record), data(method)),
-    );
-    sheet.replaceChildren(element('div', { class: 'wide' }, made));
   }
 
   private speak(text: string): void {
@@ -518,32 +509,13 @@ class Page implements Commands {
   // ---- the address
 
   private writeAddress(): void {
-    const { choice, selected, dropout, measured, words } = this.state;
-    this.written = writeFragment({
-      from: this.view.targetFrom,
-      to: this.view.targetTo,
-      record: selected?.record ?? null,
-      dropout: dropout < 0 ? null : dropout,
-      words,
-      grouping: choice.grouping,
-      pinned: choice.pinned,
-      hidden: [...choice.hidden],
-      folded: [...choice.folded],
-      idle: choice.idleShown,
-      selection: measured && [measured.from, measured.to],
-    });
+    this.written = fragmentOf(this.state, this.view);
     history.replaceState(null, '', `#${this.written}`);
   }
 
   private readAddress(): void {
     const shared = readFragment(location.hash);
-    const { choice } = this.state;
-    const lanes = (ids: number[]) => ids.filter((id) => this.trace.lanes[id] !== undefined);
-    choice.grouping = shared.grouping;
-    choice.pinned = lanes(shared.pinned);
-    choice.hidden = new Set(lanes(shared.hidden));
-    choice.folded = new Set(lanes(shared.folded));
-    choice.idleShown = shared.idle;
+    this.state.choice = choiceOf(shared, this.trace.lanes.length);
     if (shared.from !== null && shared.to !== null && shared.to > shared.from)
       this.view.show(shared.from, shared.to, false);
     if (shared.words) this.search.set(shared.words);

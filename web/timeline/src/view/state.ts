@@ -60,6 +60,7 @@ export interface Commands {
   hide(lane: number): void;
   showHidden(): void;
   fold(lane: number): void;
+  foldGroup(name: string): void;
   idle(): void;
   group(): void;
   panel(index: number): void;

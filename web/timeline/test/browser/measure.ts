@@ -7,21 +7,41 @@ import type { Browser, Page } from 'playwright-core';
 import { startBrowser } from './pages';
 
 const kPatience = 180_000; // ms for a load
+const kWidth = Number(process.env['WIDTH'] ?? 1280); // pixels
+const kHeight = (kWidth * 5) / 8;
 
 interface Frames {
   readonly wall: number[]; // ms, ascending
   readonly processor: number[];
 }
 
-// MB of the process that shows the page, the largest of the browser's; shared ones by their share.
-async function memoryOf(browser: Browser): Promise<number> {
-  const session = await browser.newBrowserCDPSession();
-  const { processInfo } = await session.send('SystemInfo.getProcessInfo');
-  await session.detach();
-  const sizes = processInfo
-    .filter(({ type }) => type === 'renderer')
-    .map(({ id }) => /^Pss:\s+(\d+)/m.exec(readFileSync(`/proc/${id}/smaps_rollup`, 'utf8')));
-  return Math.max(...sizes.map((told) => Number(told?.[1] ?? 0))) / 1024;
+interface TraceEvent {
+  readonly name: string;
+  readonly dur?: number;
+  readonly tdur?: number;
+  readonly args: { data?: { frames?: { processId: number }[] } };
+}
+
+async function traced(
+  browser: Browser,
+  page: Page,
+  category: string,
+  act: (page: Page) => Promise<void>,
+): Promise<TraceEvent[]> {
+  await browser.startTracing(page, { categories: [category] });
+  await act(page);
+  const trace = JSON.parse((await browser.stopTracing()).toString()) as { traceEvents: TraceEvent[] };
+  return trace.traceEvents;
+}
+
+// MiB of the process that shows the page; what it shares, by its share.
+async function memoryOf(browser: Browser, page: Page): Promise<string> {
+  const category = 'disabled-by-default-devtools.timeline';
+  const events = await traced(browser, page, category, () => Promise.resolve());
+  const begun = events.find(({ name }) => name === 'TracingStartedInBrowser');
+  const { processId } = begun!.args.data!.frames![0];
+  const told = readFileSync(`/proc/${processId}/smaps_rollup`, 'utf8');
+  return (Number(/^Pss:\s+(\d+)/m.exec(told)![1]) / 1024).toFixed(0);
 }
 
 // In to a hundredth of a second and along, out again, along at every width.
@@ -46,12 +66,8 @@ async function wander(page: Page): Promise<void> {
 // What the page did in each animation frame, as the browser's own trace has it: by the wall clock,
 // which other programs disturb, and in time of a processor.
 async function framesOf(browser: Browser, page: Page): Promise<Frames> {
-  await browser.startTracing(page, { categories: ['devtools.timeline'] });
-  await wander(page);
-  const { traceEvents } = JSON.parse((await browser.stopTracing()).toString()) as {
-    traceEvents: { name: string; dur?: number; tdur?: number }[];
-  };
-  const frames = traceEvents.filter(({ name, dur }) => name === 'FireAnimationFrame' && dur);
+  const events = await traced(browser, page, 'devtools.timeline', wander);
+  const frames = events.filter(({ name, dur }) => name === 'FireAnimationFrame' && dur);
   const ascending = (times: number[]) => times.sort((one, other) => one - other);
   return {
     wall: ascending(frames.map(({ dur }) => dur! / 1e3)),
@@ -62,13 +78,22 @@ async function framesOf(browser: Browser, page: Page): Promise<Frames> {
 async function inNewPage<Result>(act: (browser: Browser, page: Page) => Promise<Result>): Promise<Result> {
   const browser = await startBrowser();
   try {
-    const context = await browser.newContext({ viewport: { width: 1280, height: 800 } });
+    const context = await browser.newContext({ viewport: { width: kWidth, height: kHeight } });
     const page = await context.newPage();
     page.setDefaultTimeout(kPatience);
     return await act(browser, page);
   } finally {
     await browser.close();
   }
+}
+
+// What a page without anything takes.
+async function measureEmpty(): Promise<string> {
+  return inNewPage(async (browser, page) => {
+    await page.goto('data:text/html,<!doctype html><title>empty</title>');
+    await page.waitForTimeout(1000);
+    return memoryOf(browser, page);
+  });
 }
 
 async function measurePage(records: number, file: string): Promise<string[]> {
@@ -86,7 +111,7 @@ async function measurePage(records: number, file: string): Promise<string[]> {
       (size / 1e6).toFixed(1),
       (size / records).toFixed(1),
       ...times,
-      (await memoryOf(browser)).toFixed(0),
+      await memoryOf(browser, page),
       ...[wall, processor].flatMap((frames) => [0.5, 0.99, 1].map((share) => percentile(frames, share))),
     ];
   });
@@ -114,7 +139,7 @@ async function measureSpeedscope(records: number, file: string, speedscope: stri
       await page.evaluate(() => new Promise((drawn) => requestAnimationFrame(drawn)));
       if (refusal) throw new Error(refusal);
       const taken = performance.now() - begun;
-      return [...cells, taken.toFixed(0), (await memoryOf(browser)).toFixed(0)];
+      return [...cells, taken.toFixed(0), await memoryOf(browser, page)];
     };
     try {
       return await Promise.race([load(), crash]);
@@ -137,17 +162,17 @@ function tell(rows: readonly (readonly string[])[]): void {
 // Arguments: speedscope's page; then records, a page and an export, in turn.
 const [, , speedscope, ...given] = process.argv;
 const pages = [
-  ['records', 'MB', 'bytes/record', 'first picture ms', 'ready ms', 'memory MB'].concat(
+  ['records', 'MB', 'bytes/record', 'first picture ms', 'ready ms', 'memory MiB'].concat(
     ...['wall clock', 'processor'].map((clock) => [`frame ms, ${clock}: median`, 'p99', 'max']),
   ),
 ];
-const exports = [['records', 'MB', 'load ms', 'memory MB']];
+const exports = [['records', 'MB', 'load ms', 'memory MiB']];
 for (let at = 0; at + 2 < given.length; at += 3) {
   const records = Number(given[at]);
   pages.push(await measurePage(records, given[at + 1]));
   exports.push(await measureSpeedscope(records, given[at + 2], speedscope));
 }
-console.log('The page of sonascope timeline');
+console.log(`An empty page takes ${await measureEmpty()} MiB.\n\nThe page of sonascope timeline`);
 tell(pages);
 console.log('\nThe same trace, exported to speedscope, in speedscope');
 tell(exports);

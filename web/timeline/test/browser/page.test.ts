@@ -284,6 +284,26 @@ test('everything by keyboard', async () => {
   });
 });
 
+test('two keystrokes from any dropout to its neighbourhood and its cause', async () => {
+  await opened(made(), async ({ page }) => {
+    for (const [at, { time, culpritRecord }] of kTrace.dropouts.entries())
+      for (const chosen of ['', `&dropout=${(at + 1) % kTrace.dropouts.length}`]) {
+        await page.goto(`${made()}#from=${time - 5e7}&to=${time + 5e7}${chosen}`);
+        await settled(page);
+        await press(page, 'o');
+        const [from, to] = spanOf(page);
+        assert.ok(from < time && time < to && to - from < 1e8, `${time}: ${from} to ${to}`);
+        assert.match(page.url(), new RegExp(`dropout=${at}$`));
+        await press(page, 'c');
+        if (culpritRecord < 0) assert.match(await spoken(page), /^No call is named/);
+        else assert.match(page.url(), new RegExp(`record=${culpritRecord}&`));
+      }
+    // The other way round, from the end.
+    await press(page, 'Escape', 'Escape', '0', 'O');
+    assert.match(await spoken(page), /^Dropout 3 of 3/);
+  });
+});
+
 test('WASD and the arrows zoom and move', async () => {
   await opened(`${made()}#from=5000000000&to=6000000000`, async ({ page }) => {
     const moves: [string, number, number][] = [
@@ -317,9 +337,18 @@ test('lanes are chosen, pinned, folded, hidden and grouped by keyboard', async (
     await press(page, 'x');
     assert.ok(!(await lanesShown(page)).includes(lanes[2]));
     await press(page, 'X', 'g');
-    assert.ok((await page.locator('.heading').allInnerTexts()).includes('processor 0'));
+    assert.equal(await page.locator('.heading', { hasText: 'processor 0' }).count(), 1);
     assert.equal(await page.locator('select').inputValue(), 'processor');
-    await press(page, 'g', 'g', 'End', 'l');
+    await press(page, 'g');
+    const heading = page.locator('.heading button').first();
+    const [, group] = /^▾ (\w+) · \d+ thread/.exec(await heading.innerText())!;
+    const before = await lanesShown(page);
+    await heading.click();
+    await settled(page);
+    assert.equal(await heading.getAttribute('aria-expanded'), 'false');
+    assert.notDeepEqual(await lanesShown(page), before);
+    assert.match(page.url(), new RegExp(`closed=${group}$`));
+    await press(page, 'g', 'End', 'l');
     assert.match(page.url(), /idle=shown/);
     await press(page, 't');
     assert.match(await sheet(page).innerText(), /on the screen[^]*method\s+takes\s+begins/);
@@ -437,6 +466,29 @@ for (const colorScheme of ['light', 'dark'] as const)
     await act(narrow);
     await narrow.context.close();
   });
+
+test('the colours follow the system, while the page is open', async () => {
+  const look = (page: Page) =>
+    page.evaluate(() => [
+      ...[...document.querySelectorAll('canvas')].map((canvas) => canvas.toDataURL()),
+      ...['--paper', '--family-0'].map((name) =>
+        getComputedStyle(document.documentElement).getPropertyValue(name),
+      ),
+    ]);
+  const looks = new Map<string, string[]>();
+  for (const colorScheme of ['light', 'dark'] as const)
+    await opened(made(), async ({ page }) => void looks.set(colorScheme, await look(page)), {
+      colorScheme,
+    });
+  looks.get('light')!.forEach((part, at) => assert.notEqual(part, looks.get('dark')![at]));
+  await opened(made(), async ({ page }) => {
+    for (const colorScheme of ['dark', 'light'] as const) {
+      await page.emulateMedia({ colorScheme });
+      await settled(page);
+      assert.deepEqual(await look(page), looks.get(colorScheme), colorScheme);
+    }
+  });
+});
 
 test('with reduced motion a jump is there in one frame', async () => {
   await opened(

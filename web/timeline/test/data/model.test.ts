@@ -47,6 +47,7 @@ for (const [title, make] of traces) {
     const opened = await pageOf(trace);
     await opened.trace.ready;
     await context.test('each record has its line, values and call', () => checkRecords(lines, opened));
+    await context.test('several asked for at once do not disturb each other', () => checkAtOnce(lines, opened));
     await context.test('each call is drawn', () => checkCalls(trace, lines, opened));
     await context.test('what is short is merged, and nothing else', () => checkMerging(opened));
     await context.test('cycles are those of why', () => checkCycles(trace, opened));
@@ -68,7 +69,7 @@ function textOf(line: Line): string {
 
 async function checkRecords(lines: readonly Line[], { engine, trace }: OpenedPage): Promise<void> {
   assert.equal(trace.records, lines.length);
-  for (let record = 0; record < lines.length; record += 11) {
+  for (let record = 0; record < lines.length; record += 41) {
     const line = lines[record]!;
     const detail = await engine.detail(record);
     assert.deepEqual(
@@ -106,6 +107,16 @@ async function checkRecords(lines: readonly Line[], { engine, trace }: OpenedPag
       assert.ok(start.call!.begin <= detail.time && detail.time <= start.call!.end);
     }
   }
+}
+
+// Blocks take turns in one room.
+async function checkAtOnce(lines: readonly Line[], { engine }: OpenedPage): Promise<void> {
+  const records = [0, 0.9, 0.1, 0.5, 0.9].map((share) => Math.floor(share * lines.length));
+  const details = await Promise.all(records.map((record) => engine.detail(record)));
+  details.forEach((detail, place) => {
+    const line = lines[records[place]!]!;
+    assert.deepEqual([detail.slot, detail.time, escaped(detail.line)], [line.slot, line.time_ns, textOf(line)]);
+  });
 }
 
 async function checkCalls(path: string, lines: readonly Line[], { trace }: OpenedPage): Promise<void> {
@@ -377,6 +388,32 @@ test('a thinned page keeps what matters, and covers what it merged', async () =>
     }
   }
   assert.ok(covered > 3000, `${covered} calls`);
+});
+
+// A cycle whose start is merged refers to the latest record before it that is kept.
+test('cycles of a thinned page refer to its records', async () => {
+  const path = story('all', 30_000);
+  const starts = new Map<string, number>(); // slots
+  for (const line of linesOf(path)) {
+    if (line.method !== 'IOCycle' || line.qualifier !== 'start') continue;
+    starts.set(`thread 0x${BigInt(line.thread).toString(16)}, ${line.time_ns}`, line.slot);
+  }
+  const { trace, engine } = await pageOf(path, '--most', '16000');
+  const kept: number[] = [];
+  for (let record = 0; record < trace.records; ++record) kept.push((await engine.detail(record)).slot);
+  const cycles = newCycles();
+  let whole = 0;
+  let merged = 0;
+  for (const { id, name } of trace.lanes.filter(({ kind }) => kind === 'io')) {
+    await exactly(() => trace.cycles(id, trace.begin, trace.end + 1, 0, cycles));
+    for (let at = 0; at < cycles.count; ++at) {
+      const start = starts.get(`${name}, ${cycles.begin[at]}`)!;
+      assert.equal(kept[cycles.record[at]!], kept.findLast((slot) => slot <= start));
+      if (kept.includes(start)) ++whole;
+      else ++merged;
+    }
+  }
+  assert.ok(whole > 100 && merged > 100, `${whole} whole, ${merged} merged`);
 });
 
 test('a search that is stopped says nothing more', async () => {

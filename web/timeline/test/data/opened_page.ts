@@ -2,7 +2,7 @@
 
 import { readFileSync } from 'node:fs';
 
-import { bytesOfText, inflated } from '../../src/data/bytes';
+import { bytesOfTexts, inflated } from '../../src/data/bytes';
 import { Engine } from '../../src/data/engine';
 import { readHead, type Head } from '../../src/data/head';
 import { PageTrace } from '../../src/data/page_trace';
@@ -22,10 +22,10 @@ export async function openPage(path: string): Promise<OpenedPage> {
   let head: Head | undefined;
   for (const [, id, text] of page.matchAll(kChunk)) {
     if (id === 'head') {
-      head = readHead(await inflated(bytesOfText(text!)));
+      head = readHead(await inflated(bytesOfTexts([text!])));
       engine = new Engine(head);
     } else {
-      engine!.addChunk(id!, text!);
+      engine!.addChunk(id!, bytesOfTexts([text!]));
     }
   }
   return { trace: new PageTrace(head!, engine!), engine: engine!, head: head! };

@@ -205,12 +205,37 @@ test('lanes are pinned, hidden, unfolded and grouped', () => {
   assert.ok(!ids(layout).includes(1));
   assert.ok(layout.rows.some((row) => row.lane && layout.isIdle(row.lane)));
   layout.arrange({ ...firstChoice(), grouping: 'processor' }, false);
-  const rows = ids(layout);
+  const rows = layout.rows.map((row) => row.group);
   const heading = rows.indexOf('processor 1');
   assert.ok(heading > rows.indexOf('processor 0'));
   assert.equal(layout.rows[heading + 1].lane!.processor, 1);
-  layout.arrange({ ...firstChoice(), grouping: 'driver' }, false);
-  assert.ok(ids(layout).includes('PlexoEngine'));
+});
+
+test('a group of threads has its heading, which closes it', () => {
+  const layout = new LaneLayout(kTrace);
+  const choice = { ...firstChoice(), grouping: 'driver' as const };
+  layout.arrange(choice, false);
+  const threads = layout.rows.filter((row) => row.lane?.kind === 'thread');
+  const headings = layout.rows.filter((row) => row.group !== '');
+  assert.deepEqual(
+    new Set(headings.map((row) => row.group)),
+    new Set(threads.map((row) => row.lane!.driver)),
+  );
+  for (const heading of headings) {
+    const inside = threads.filter((row) => row.lane!.driver === heading.group);
+    assert.match(heading.text, new RegExp(`^${heading.group} · ${inside.length} threads?$`));
+    const below = layout.rows.slice(layout.rows.indexOf(heading) + 1).slice(0, inside.length);
+    assert.deepEqual(below, inside);
+  }
+  choice.closed.add('PlexoEngine');
+  layout.arrange(choice, false);
+  const left = layout.rows.filter((row) => row.lane?.kind === 'thread');
+  assert.deepEqual(
+    left.map((row) => row.lane),
+    threads.flatMap(({ lane }) => (lane!.driver === 'PlexoEngine' ? [] : [lane])),
+  );
+  assert.ok(left.length < threads.length);
+  assert.ok(layout.rows.some((row) => row.group === 'PlexoEngine' && row.folded));
 });
 
 test('rows lie one below the other, and a place finds its row', () => {
@@ -250,6 +275,7 @@ test('the fragment brings the same view back', () => {
     pinned: [3, 1],
     hidden: [7],
     folded: [2],
+    closed: ['PlexoEngine', 'a, b & c'],
     idle: true,
     selection: [5, 6] as [number, number],
   };
