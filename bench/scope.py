@@ -10,6 +10,7 @@ many records. Times are processor time but for a browser's; runs to be compared 
 """
 
 import argparse
+import json
 import os
 import pathlib
 import shutil
@@ -33,6 +34,7 @@ class Work:
     arguments: tuple
     limit: int | None = None  # nanoseconds a record
     beside: tuple = ()  # sonaprobe's, or another command; with the most times it may take
+    memory: tuple = ()  # the most MiB, and bytes a call besides
 
 
 @dataclass
@@ -49,7 +51,7 @@ class Neighbour:
 WORKS = (
     Work("`info`", ("info", "TRACE"), 45),
     Work("`info --quick`", ("info", "--quick", "TRACE"), 12),
-    Work("`stats`", ("stats", "TRACE"), 60),
+    Work("`stats`", ("stats", "TRACE"), 60, memory=(64, 16)),
     Work("`tree`", ("tree", "TRACE"), 60),
     Work("`why`", ("why", "TRACE"), 60),
     Work("`lines --plain -v`", PLAIN, beside=(("sonaprobe", "-r", "TRACE", "-v"), 1.1)),
@@ -111,6 +113,10 @@ class Bench:
         return subprocess.run([self.build / "sonascope", *arguments], check=True,
                               stdout=subprocess.PIPE, text=True).stdout
 
+    def calls(self):
+        info = json.loads(self.output("info", "--json", self.trace))
+        return info["files"][0]["calls"]["opened"]
+
     def filled(self, command):
         """The command with its paths and times."""
         times = {"CUT": ["--from", f"{self.window[0]}ns", "--to", f"{self.window[1]}ns"],
@@ -166,8 +172,11 @@ def print_works(bench, rounds):
             ratio = statistics.median(one / other for one, other in pairs)
             goals.append(f"at most {work.beside[1]} times `sonaprobe -r`, was {ratio:.2f}: "
                          f"{verdict(ratio <= work.beside[1])}")
-        print(f"| {work.title} | {own:.0f} | {bench.used(work.arguments)[1]:.0f} "
-              f"| {'; '.join(goals)} |", flush=True)
+        used = bench.used(work.arguments)[1]
+        if work.memory:
+            most = work.memory[0] + work.memory[1] * bench.calls() / 2**20
+            goals.append(f"{most:.0f} MiB and below: {verdict(used <= most)}")
+        print(f"| {work.title} | {own:.0f} | {used:.0f} | {'; '.join(goals)} |", flush=True)
 
 
 READ = ("dd", "if=TRACE", "of=/dev/null", "bs=256k", "status=none")

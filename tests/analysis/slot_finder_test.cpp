@@ -77,7 +77,7 @@ Reading read(const Bytes& file, size_t piece, By by) {
 
 // The same by either way.
 Reading readingOf(const Bytes& file, size_t piece = 100'000) {
-    const Reading bySlot = read(file, piece, By::slot);
+    Reading bySlot = read(file, piece, By::slot);
     const Reading byRun = read(file, piece, By::run);
     EXPECT_EQ(bySlot.slots(), byRun.slots());
     EXPECT_EQ(bySlot.damage(), byRun.damage());
