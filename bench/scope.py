@@ -73,6 +73,8 @@ TWICE = (
     ("`timeline`", ("timeline", "TRACE", "-o", "FOLDER/new.html", "--force")),
 )
 ONE_PROCESSOR = ("taskset", "--cpu-list", "0")
+OTHER_PROCESSOR = ("taskset", "--cpu-list", "1")
+ALONE = ("sonascope", "export", "TRACE", "--to", "json", "--jobs", "1")
 SUMS = "SELECT code, count(*), sum(duration_ns), max(duration_ns) FROM calls GROUP BY code"
 JQ_SUMS = "reduce inputs as $call ({}; .[$call.code] += $call.duration_ns)"
 NEIGHBOURS = (
@@ -143,6 +145,15 @@ class Bench:
             raise SystemExit(f"{' '.join(command)}: status {process.returncode}")
         return (usage.ru_utime + usage.ru_stime) * 1e9 / self.records, clock / self.records
 
+    def together(self, *commands):
+        """Nanoseconds a record until the last of several that begin together has ended."""
+        begin = time.perf_counter_ns()
+        processes = [subprocess.Popen(list(self.filled(command)), stdout=subprocess.DEVNULL)
+                     for command in commands]
+        if any([process.wait() != 0 for process in processes]):
+            raise SystemExit("of commands at once, one has failed")
+        return (time.perf_counter_ns() - begin) / self.records
+
     def scope(self, arguments):
         return self.run(("sonascope", *arguments))
 
@@ -191,6 +202,14 @@ def print_twice(bench, rounds):
         ratio = statistics.median(one / two for one, two in pairs)
         print(f"| {title} | {one:.0f} | {two:.0f} | {ratio:.2f} "
               f"| at least 1.7: {verdict(ratio >= 1.7)} |", flush=True)
+
+
+    ratios = []
+    for _ in range(rounds):
+        one = bench.run((*ONE_PROCESSOR, *ALONE))[1]
+        ratios.append(2 * one / bench.together((*ONE_PROCESSOR, *ALONE), (*OTHER_PROCESSOR, *ALONE)))
+    print(f"\nTwo `export --to json --jobs 1` at once, one on each processor, do "
+          f"{statistics.median(ratios):.2f} times as much as one.", flush=True)
 
 
 def make_inputs(bench):
