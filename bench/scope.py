@@ -202,8 +202,6 @@ def print_twice(bench, rounds):
         ratio = statistics.median(one / two for one, two in pairs)
         print(f"| {title} | {one:.0f} | {two:.0f} | {ratio:.2f} "
               f"| at least 1.7: {verdict(ratio >= 1.7)} |", flush=True)
-
-
     ratios = []
     for _ in range(rounds):
         one = bench.run((*ONE_PROCESSOR, *ALONE))[1]
