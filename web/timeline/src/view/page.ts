@@ -161,7 +161,8 @@ class Page implements Commands {
 
   // ---- dropouts, failures, matches
 
-  // On from the one looked at; where that is not on the screen, the first of the screen.
+  // On from the one looked at; where that is not on the screen, the next from the screen's begin on,
+  // or back from its end. After the last comes the first.
   nextDropout(step: number): void {
     const { dropouts } = this.trace;
     const { targetFrom, targetTo } = this.view;
@@ -171,7 +172,7 @@ class Page implements Commands {
     if (!(last >= targetFrom && last <= targetTo))
       next =
         step > 0
-          ? dropouts.findIndex(({ time }) => time >= targetFrom)
+          ? Math.max(0, dropouts.findIndex(({ time }) => time >= targetFrom))
           : dropouts.findLastIndex(({ time }) => time <= targetTo);
     this.dropout((next + dropouts.length) % dropouts.length);
   }

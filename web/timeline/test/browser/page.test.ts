@@ -301,6 +301,12 @@ test('two keystrokes from any dropout to its neighbourhood and its cause', async
     // The other way round, from the end.
     await press(page, 'Escape', 'Escape', '0', 'O');
     assert.match(await spoken(page), /^Dropout 3 of 3/);
+    // After the last comes the first.
+    const last = kTrace.dropouts.at(-1)!.time;
+    await page.goto(`${made()}#from=${last + 5e7}&to=${last + 1e8}`);
+    await settled(page);
+    await press(page, 'o');
+    assert.match(await spoken(page), /^Dropout 1 of 3/);
   });
 });
 
