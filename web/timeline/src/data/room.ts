@@ -5,8 +5,9 @@ const nobody = new MessageChannel();
 nobody.port2.close();
 
 // Gives back the memory of arrays, which are empty from then on: a message to nobody takes it along.
+// Several may share theirs.
 export function free(buffers: readonly ArrayBuffer[]): void {
-  nobody.port1.postMessage(null, [...buffers]);
+  nobody.port1.postMessage(null, [...new Set(buffers)]);
 }
 
 // Room for arrays that are needed for a moment, used again and again.
