@@ -1,4 +1,4 @@
-// Hands batches of records to workers, and writes their rows.
+// Hands batches of records to threads, and writes their rows.
 
 #include "scope/export/parallel_rows.h"
 

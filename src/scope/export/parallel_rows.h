@@ -17,7 +17,7 @@
 namespace sonaprobe::scope {
 
 // Stands before a format that looks at each record by itself. Memory is bounded: what is not yet
-// written is at most some batches of records for each worker.
+// written is at most some batches of records for each thread.
 class ParallelRows final : public Format {
   public:
     // Makes a format that writes to an output.
@@ -30,7 +30,7 @@ class ParallelRows final : public Format {
     ParallelRows(unsigned threads, Make make, TextOutput& out);
     ~ParallelRows() override;
 
-    // Throws what writing throws, and what a worker has thrown.
+    // Throws what writing throws, and what a thread has thrown.
     void record(const ToldRecord& told) override;
     void finish(const TraceClock& clock) override;
 
