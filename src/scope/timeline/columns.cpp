@@ -3,8 +3,8 @@
 #include "scope/timeline/columns.h"
 
 #include <algorithm>
-#include <limits>
-#include <zlib.h>
+#include <libdeflate.h>
+#include <memory>
 
 #include "scope/failure.h"
 
@@ -58,24 +58,17 @@ std::string Columns::below(const std::string& heading) const {
     return bytes;
 }
 
-std::string deflated(const std::string& bytes, Deflating how) {
-    constexpr int kWindowBits = 15;
-    constexpr int kMostMemory = 9;
-    z_stream stream{};
-    if (bytes.size() > std::numeric_limits<uInt>::max() ||
-        deflateInit2(&stream, Z_BEST_SPEED, Z_DEFLATED, kWindowBits, kMostMemory,
-                     how == Deflating::quick ? Z_RLE : Z_DEFAULT_STRATEGY) != Z_OK) {
+std::string deflated(const std::string& bytes) {
+    constexpr int kFastest = 1;  // the next one saves 3 % of size and takes 25 % more time
+    const std::unique_ptr<libdeflate_compressor, decltype(&libdeflate_free_compressor)> compressor(
+        libdeflate_alloc_compressor(kFastest), libdeflate_free_compressor);
+    if (compressor == nullptr) {
         throw Failure{"there is no memory left to deflate the page's data"};
     }
+    std::string packed(libdeflate_zlib_compress_bound(compressor.get(), bytes.size()), '\0');
     // Nothing fails where there is room for all.
-    std::string packed(deflateBound(&stream, bytes.size()), '\0');
-    stream.next_in = reinterpret_cast<Bytef*>(const_cast<char*>(bytes.data()));
-    stream.avail_in = static_cast<uInt>(bytes.size());
-    stream.next_out = reinterpret_cast<Bytef*>(packed.data());
-    stream.avail_out = static_cast<uInt>(packed.size());
-    deflate(&stream, Z_FINISH);
-    packed.resize(stream.total_out);
-    deflateEnd(&stream);
+    packed.resize(libdeflate_zlib_compress(compressor.get(), bytes.data(), bytes.size(),
+                                           packed.data(), packed.size()));
     return packed;
 }
 

@@ -50,11 +50,8 @@ class Columns {
     std::array<std::vector<char>, 8> planes_;
 };
 
-// Quick looks for bytes that repeat alone, which costs columns 5 %.
-enum class Deflating : uint8_t { quick, well };
-
 // Deflated, with zlib's head and sum around it.
-std::string deflated(const std::string& bytes, Deflating how);
+std::string deflated(const std::string& bytes);
 
 // Bytes as characters of a page whose charset is ISO-8859-15: those that HTML would change, and
 // those that would make the browser take two bytes a character, stand after "=", 64 higher.

@@ -28,9 +28,7 @@ constexpr uint64_t kNoBlock = UINT64_MAX;
 constexpr Nanoseconds kCellsOfBlock = 128;
 constexpr Nanoseconds kNarrowestScreen = 400;
 
-std::string chunkOf(const std::string& bytes) {
-    return asPageText(deflated(bytes, Deflating::well));
-}
+std::string chunkOf(const std::string& bytes) { return asPageText(deflated(bytes)); }
 
 class Packer final : public CallSink {
   public:
