@@ -33,15 +33,17 @@ void putNumber(std::string& bytes, uint64_t number) {
     bytes.push_back(static_cast<char>(number));
 }
 
-void Columns::putLong(uint64_t number) {
-    const size_t head = heads_.size();
-    heads_.push_back(0);
+char Columns::putLong(uint64_t number) {
     size_t length = 0;
     for (; number > 0; number >>= 8) planes_[length++].push_back(static_cast<char>(number));
-    heads_[head] = static_cast<char>(kFirstLength - 1 + length);
+    return static_cast<char>(kFirstLength - 1 + length);
 }
 
 void Columns::appendTo(std::string& bytes) const {
+    constexpr size_t kMostOfLength = 10;
+    size_t size = bytes.size() + heads_.size() + kMostOfLength;
+    for (const std::vector<char>& plane : planes_) size += plane.size() + kMostOfLength;
+    bytes.reserve(size);
     const auto append = [&](const std::vector<char>& part) {
         putNumber(bytes, part.size());
         bytes.append(part.begin(), part.end());
@@ -75,15 +77,15 @@ std::string deflated(const std::string& bytes) {
 std::string asPageText(const std::string& bytes) {
     const auto isEscaped = [](char byte) { return kEscaped[static_cast<unsigned char>(byte)]; };
     const auto escapes = static_cast<size_t>(std::ranges::count_if(bytes, isEscaped));
-    std::string text(bytes.size() + escapes, kEscape);
-    size_t at = 0;
+    std::string text(bytes.size() + escapes, '\0');
+    // Nothing foretells which bytes are escaped, so each writes an escape, which it then stands
+    // after or on.
+    char* at = text.data();
     for (const char byte : bytes) {
-        if (isEscaped(byte)) {
-            text[++at] = static_cast<char>(static_cast<unsigned char>(byte) + kShift);
-        } else {
-            text[at] = byte;
-        }
-        ++at;
+        const unsigned escape = isEscaped(byte) ? 1 : 0;
+        *at = kEscape;
+        at += escape;
+        *at++ = static_cast<char>(static_cast<unsigned char>(byte) + kShift * escape);
     }
     return text;
 }

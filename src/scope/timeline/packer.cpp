@@ -81,11 +81,11 @@ class Packer final : public CallSink {
     void append(const TraceRecord& record, const Moment& moment);
     void anchor(const TraceRecord& record, Nanoseconds time);
     void putSegment(const TraceRecord& record);
-    void putSymbol(uint32_t thread);
+    uint32_t placeOf(uint32_t thread);
     uint64_t resets() const {
         return tracker_.clock().stepsBack() + tracker_.clock().divisorChanges();
     }
-    uint64_t recordNumber() const { return block_->firstRecord + block_->records.size(); }
+    uint64_t recordNumber() const { return block_->firstRecord + block_->records; }
     // Of a bar whose own record is merged, one that the page has.
     uint64_t recordOfBar() const {
         return recordNumber() - (merged_ && recordNumber() > 0 ? 1 : 0);
@@ -206,8 +206,7 @@ void Packer::closed(const Call& call, const Call*, const Closing& closing) {
     const bool reset = resets() != resetsBefore_;
     if (!reset && !frame.merged) ++closedNow_;
     if (reset && !std::exchange(resetNow_, true)) {
-        block_->deeds.push_back(
-            {static_cast<uint32_t>(block_->records.size()), Deed::kAll, closing.time});
+        block_->deeds.push_back({static_cast<uint32_t>(block_->records), Deed::kAll, closing.time});
     }
 
     Bar& bar = frame.call.bar;
@@ -274,18 +273,19 @@ void Packer::anchor(const TraceRecord& record, Nanoseconds time) {
 
 // Tells the page of a line that is new to it; one that goes on, by a moment near the record.
 void Packer::putSegment(const TraceRecord& record) {
-    if (!block_->records.empty() && !anchorIsNew_) return;
+    if (block_->records != 0 && !anchorIsNew_) return;
     anchorIsNew_ = false;
     const auto divisor = static_cast<int64_t>(anchor_.divisor);
     const auto microseconds = static_cast<int64_t>(record.timestamp - anchor_.tick) / divisor;
     block_->segments.push_back(
-        {.index = static_cast<uint32_t>(block_->records.size()),
+        {.index = static_cast<uint32_t>(block_->records),
          .tick = anchor_.tick + static_cast<uint64_t>(microseconds * divisor),
          .time = saturated(Wide{anchor_.time} + Wide{microseconds} * 1000),
          .divisor = anchor_.divisor});
 }
 
-void Packer::putSymbol(uint32_t threadNumber) {
+// The place of its symbol in the block.
+uint32_t Packer::placeOf(uint32_t threadNumber) {
     const uint32_t number = symbolOn(threadNumber);
     Symbol& symbol = tables_.symbol(number);
     ++symbol.records;
@@ -299,11 +299,11 @@ void Packer::putSymbol(uint32_t threadNumber) {
         place = (blockNumber_ + 1) << 32 | block_->symbols.size();
         block_->symbols.push_back({number, threadNumber, firstOfThread ? before : 0, symbol.words});
     }
-    block_->local.push_back(static_cast<uint32_t>(place));
+    return static_cast<uint32_t>(place);
 }
 
 void Packer::append(const TraceRecord& record, const Moment& moment) {
-    const auto index = static_cast<uint32_t>(block_->records.size());
+    const auto index = static_cast<uint32_t>(block_->records);
     if (index == 0) {
         block_->firstSlot = moment.slot;
         block_->least = block_->latest = moment.time;
@@ -313,19 +313,19 @@ void Packer::append(const TraceRecord& record, const Moment& moment) {
     slotsSeen_ = moment.slot + 1;
     numbers_.add(moment.slot);
     putSegment(record);
-    putSymbol(moment.thread);
+    const uint32_t place = placeOf(moment.thread);
     const uint32_t usual = qualifierOf(record.debugid) == Qualifier::end ? 1 : 0;
     if (closedNow_ != usual) block_->deeds.push_back({index, closedNow_, 0});
     if (failure_) block_->failures.push_back({index});
     block_->least = std::min(block_->least, moment.time);
     block_->latest = std::max(block_->latest, moment.time);
-    block_->records.push_back(record);
-    if (block_->records.size() == RecordBlock::kRecords) flush();
+    block_->add(record, place);
+    if (block_->records == RecordBlock::kRecords) flush();
 }
 
 // Hands the block on to be packed.
 void Packer::flush() {
-    if (block_->records.empty()) return;
+    if (block_->records == 0) return;
     blockFacts_.push_back(block_->firstRecord);
     blockFacts_.push_back(block_->least);
     blockFacts_.push_back(block_->latest);
