@@ -3,7 +3,8 @@
 #include "scope/timeline/columns.h"
 
 #include <algorithm>
-#include <libdeflate.h>
+#include <isa-l/igzip_lib.h>
+#include <limits>
 #include <memory>
 
 #include "scope/failure.h"
@@ -61,16 +62,32 @@ std::string Columns::below(const std::string& heading) const {
 }
 
 std::string deflated(const std::string& bytes) {
-    constexpr int kFastest = 1;  // the next one saves 3 % of size and takes 25 % more time
-    const std::unique_ptr<libdeflate_compressor, decltype(&libdeflate_free_compressor)> compressor(
-        libdeflate_alloc_compressor(kFastest), libdeflate_free_compressor);
-    if (compressor == nullptr) {
-        throw Failure{"there is no memory left to deflate the page's data"};
+    constexpr uint32_t kLevel = 1;  // those above save 0.3 % of size
+    constexpr size_t kStep = 1 << 16;
+    if (bytes.size() > std::numeric_limits<uint32_t>::max()) {
+        throw Failure{"a part of the page has more than 4 GiB"};
     }
-    std::string packed(libdeflate_zlib_compress_bound(compressor.get(), bytes.size()), '\0');
-    // Nothing fails where there is room for all.
-    packed.resize(libdeflate_zlib_compress(compressor.get(), bytes.data(), bytes.size(),
-                                           packed.data(), packed.size()));
+    const auto room = std::make_unique_for_overwrite<uint8_t[]>(ISAL_DEF_LVL1_DEFAULT);
+    const auto stream = std::make_unique<isal_zstream>();
+    isal_deflate_init(stream.get());
+    stream->level = kLevel;
+    stream->level_buf = room.get();
+    stream->level_buf_size = ISAL_DEF_LVL1_DEFAULT;
+    stream->gzip_flag = IGZIP_ZLIB;
+    stream->end_of_stream = 1;
+    stream->next_in = reinterpret_cast<uint8_t*>(const_cast<char*>(bytes.data()));
+    stream->avail_in = static_cast<uint32_t>(bytes.size());
+    std::string packed;
+    while (stream->internal_state.state != ZSTATE_END) {
+        // Half the bytes is more than most chunks take.
+        const size_t done = packed.size();
+        packed.resize(done + bytes.size() / 2 + kStep);
+        stream->next_out = reinterpret_cast<uint8_t*>(packed.data() + done);
+        stream->avail_out = static_cast<uint32_t>(packed.size() - done);
+        // Nothing fails with such a stream.
+        isal_deflate(stream.get());
+        packed.resize(packed.size() - stream->avail_out);
+    }
     return packed;
 }
 
