@@ -55,6 +55,7 @@ class Packer final : public CallSink {
     struct Thread {
         std::vector<uint32_t> open;  // frames
         uint64_t seenInBlock = kNoBlock;
+        ThreadFacts facts;
     };
 
     static Nanoseconds span(const Survey& survey) {
@@ -75,7 +76,11 @@ class Packer final : public CallSink {
     void point(const TraceRecord& record, const Moment& moment) override;
     void orphanEnd(const TraceRecord& record, const Moment& moment) override;
 
-    Thread& threadOf(uint32_t number);
+    Thread& threadOf(uint32_t number) {
+        if (number >= threads_.size()) [[unlikely]]
+            threads_.resize(number + 1);
+        return threads_[number];
+    }
     uint32_t symbolOn(uint32_t thread);
     void putPoint(const Moment& moment, uint8_t flags);
     void append(const TraceRecord& record, const Moment& moment);
@@ -107,7 +112,6 @@ class Packer final : public CallSink {
     std::vector<Frame> frames_;
     std::vector<uint32_t> unused_;
     std::vector<Thread> threads_;
-    std::vector<ThreadFacts> facts_;  // by thread
 
     // The record being taken.
     Event event_{};
@@ -132,14 +136,6 @@ class Packer final : public CallSink {
     Json blockFacts_ = Json::array();
 };
 
-Packer::Thread& Packer::threadOf(uint32_t number) {
-    if (number >= threads_.size()) {
-        threads_.resize(number + 1);
-        facts_.resize(number + 1);
-    }
-    return threads_[number];
-}
-
 // The symbol of the record being taken.
 uint32_t Packer::symbolOn(uint32_t thread) {
     if (symbolAfter_ == 0) symbolAfter_ = tables_.symbolOf(event_, thread) + 1;
@@ -163,8 +159,7 @@ void Packer::take(const TraceRecord& slot) {
     if (!shown_) return;
     const Moment shown{bounded(moment->time), moment->slot, moment->thread};
     overview_.addRecord(shown.time, failure_, merged_);
-    threadOf(shown.thread);
-    facts_[shown.thread].add(shown.time, slot.cpuid);
+    threadOf(shown.thread).facts.add(shown.time, slot.cpuid);
     if (!merged_) append(slot, shown);
 }
 
@@ -192,8 +187,7 @@ uint32_t Packer::opened(const TraceRecord&, const Call& call, const Call*) {
                           .event = tables_.symbol(symbolOn(call.thread)).event,
                           .flags = static_cast<uint8_t>(flags)}};
     thread.open.push_back(place);
-    ThreadFacts& facts = facts_[call.thread];
-    facts.depth = std::max(facts.depth, frame.depth + 1);
+    thread.facts.depth = std::max(thread.facts.depth, frame.depth + 1);
     return place;
 }
 
@@ -222,7 +216,7 @@ void Packer::closed(const Call& call, const Call*, const Closing& closing) {
     const bool waits = (bar.flags & kWaiting) != 0;
     const bool inWaiting = parent != nullptr && (parent->call.bar.flags & kWaiting) != 0;
     if (!waits && (frame.depth == 0 || (frame.depth == 1 && inWaiting))) {
-        Nanoseconds& busy = facts_[call.thread].busy;
+        Nanoseconds& busy = thread.facts.busy;
         busy = saturated(Wide{busy} + length);
         overview_.addBusy(bar.begin, bar.end);
     }
@@ -344,6 +338,8 @@ PackedTrace Packer::finish(const std::string& title, IoObserving& io) {
     pyramid_.finish();
 
     PackedTrace trace;
+    Worker beside(1);
+    beside.give([&] { trace.cycles = chunkOf(packedCycles(io.answer().io, *survey_, numbers_)); });
     Json resolutions = Json::array();
     for (size_t level = pyramid_.levels(); level-- > 0;) {
         resolutions.push_back(pyramid_.resolution(level));
@@ -352,11 +348,14 @@ PackedTrace Packer::finish(const std::string& title, IoObserving& io) {
     trace.longBars = chunkOf(longBars_.packed(rows_));
 
     const IoAnswer& answer = io.answer();
-    std::set<size_t> processors;  // that have records
-    for (const ThreadFacts& facts : facts_) {
-        for (size_t i = 0; i < facts.processors.size(); ++i) {
-            if (facts.processors[i] > 0) processors.insert(i);
+    std::vector<ThreadFacts> facts;  // by thread
+    std::set<size_t> processors;     // that have records
+    for (Thread& thread : threads_) {
+        thread.facts.id = tracker_.clock().threadId(static_cast<uint32_t>(facts.size()));
+        for (size_t i = 0; i < thread.facts.processors.size(); ++i) {
+            if (thread.facts.processors[i] > 0) processors.insert(i);
         }
+        facts.push_back(std::move(thread.facts));
     }
     Json head{{"format", kFormat},
               {"title", title},
@@ -366,32 +365,29 @@ PackedTrace Packer::finish(const std::string& title, IoObserving& io) {
     head["notes"] =
         notesOf(answer, recordNumber(), !survey_->shown.empty(), *thinning_, title, overview_);
     tables_.describe(head);
-    head["lanes"] = lanesOf(facts_, answer.io, tables_);
-    head["dropouts"] = dropoutsOf(answer, head["lanes"], numbers_, tables_.names());
+    head["lanes"] = lanesOf(facts, answer.io, tables_);
+    head["dropouts"] = dropoutsOf(answer, facts, head["lanes"], numbers_, tables_.names());
     head["processors"] = processors;
     head["overview"] = overview_.toJson(processors.empty() ? 0 : *processors.rbegin() + 1);
     head["blocks"] = std::move(blockFacts_);
     head["levels"] = std::move(resolutions);
-    trace.cycles = chunkOf(packedCycles(answer.io, *survey_, numbers_));
     trace.head = chunkOf(head.dump());
+    beside.finish();
     trace.blocks = packing_.finish();
     return trace;
 }
 
 }  // namespace
 
-PackedTrace pack(const TraceOptions& trace, const std::string& title, Survey& survey,
-                 const Thinning& thinning) {
+PackedTrace pack(const TraceOptions& trace, const std::string& title, const Survey& survey,
+                 const Thinning& thinning, IoObserving& io) {
     const CodeNames names = readCodeNames(trace.names);
     Packer packer(survey, thinning, names);
-    const bool observes = !survey.io.isFinished();
     Input input(trace);
     for (auto slots = input.next(); !slots.empty(); slots = input.next()) {
-        if (observes) survey.io.take(slots);
         for (const TraceRecord& slot : slots) packer.take(slot);
     }
-    if (observes) survey.io.finish();
-    return packer.finish(title, survey.io);
+    return packer.finish(title, io);
 }
 
 }  // namespace sonaprobe::scope::timeline
