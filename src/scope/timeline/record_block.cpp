@@ -217,10 +217,8 @@ void packWords(const RecordBlock& block, std::string& heading, Columns& columns)
     for (size_t i = 0; i < block.symbols.size(); ++i) {
         const std::span mine(entries.get() + begins[i], begins[i + 1] - begins[i]);
         if (block.symbols[i].words == 0) continue;
-        ticks.clear();
-        for (const Entry& entry : mine) ticks.push_back(entry.tick);
-        low.resize(mine.size());
-        high.resize(mine.size());
+        for (std::vector<Half>* const column : {&ticks, &low, &high}) column->resize(mine.size());
+        for (size_t k = 0; k < mine.size(); ++k) ticks[k] = mine[k].tick;
         for (size_t word = 0; word < RecordBlock::Words().size(); ++word) {
             if ((block.symbols[i].words >> word & 1) == 0) continue;
             for (size_t k = 0; k < mine.size(); ++k) {
