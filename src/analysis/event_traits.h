@@ -5,6 +5,7 @@
 #include <cstdint>
 
 #include "events/class_table.h"
+#include "events/event.h"
 #include "record/trace_record.h"
 
 namespace sonaprobe {
@@ -44,6 +45,13 @@ inline const Row* eventRowOf(uint32_t code) {
 inline bool startsArePoints(uint32_t code) {
     const Row* const event = eventRowOf(code);
     return event != nullptr && (event->answered & kOnStart) != 0 && (event->answered & kOnEnd) == 0;
+}
+
+// Whether the record tells of a failure. Most events have no text that does.
+inline bool isFailure(const TraceRecord& record) {
+    const Row* const event = eventRowOf(codeOf(record.debugid));
+    const unsigned qualifier = 1U << static_cast<unsigned>(qualifierOf(record.debugid));
+    return event != nullptr && (event->failing & qualifier) != 0 && isFailure(decode(record));
 }
 
 // Whether its texts answer starts and ends alike: whoever traces the one traces the other.

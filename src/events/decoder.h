@@ -106,6 +106,7 @@ struct Row {
     uint32_t code = 0;
     uint8_t qualifiers = 0;
     uint8_t answered = 0;  // of an event: the qualifiers that its texts answer
+    uint8_t failing = 0;   // of an event: those of them whose texts may tell of a failure
     bool verbose = false;  // selected as ever, printed only under --verbose
     FailureSign failure = FailureSign::none;
     uint8_t holds = 0;  // of a text: it, its words and its values' names

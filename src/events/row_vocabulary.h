@@ -561,7 +561,10 @@ inline constexpr auto kTable = [] {
             table.names[pieces] = pack(entry.names[n]);
             table.pieces[pieces++] = entry.pieces[n];
         }
-        if (!row.isEvent()) table.rows[event].answered |= row.qualifiers;
+        if (!row.isEvent()) {
+            table.rows[event].answered |= row.qualifiers;
+            if (row.failure != FailureSign::none) table.rows[event].failing |= row.qualifiers;
+        }
         row.wordPairs = wordPairs;
         for (size_t n = 0; n < entry.wordPairCount; ++n) {
             const auto& [notZero, zero] = entry.wordPairs[n];
