@@ -30,7 +30,7 @@ constexpr Nanoseconds kNarrowestScreen = 400;
 
 std::string chunkOf(const std::string& bytes) { return asPageText(deflated(bytes)); }
 
-class Packer final : public CallSink {
+class Packer {
   public:
     Packer(const Survey& survey, const Thinning& thinning, const CodeNames& names)
         : survey_(&survey),
@@ -43,6 +43,8 @@ class Packer final : public CallSink {
     PackedTrace finish(const std::string& title, IoObserving& io);
 
   private:
+    friend CallTrackerOf<Packer>;
+
     // An open call that is shown.
     struct Frame {
         LongBar call{};
@@ -71,10 +73,10 @@ class Packer final : public CallSink {
         return std::max(finest / thinning.stretch, Nanoseconds{1}) * thinning.stretch;
     }
 
-    uint32_t opened(const TraceRecord& record, const Call& call, const Call* parent) override;
-    void closed(const Call& call, const Call* parent, const Closing& closing) override;
-    void point(const TraceRecord& record, const Moment& moment) override;
-    void orphanEnd(const TraceRecord& record, const Moment& moment) override;
+    uint32_t opened(const TraceRecord& record, const Call& call, const Call* parent);
+    void closed(const Call& call, const Call* parent, const Closing& closing);
+    void point(const TraceRecord& record, const Moment& moment);
+    void orphanEnd(const TraceRecord& record, const Moment& moment);
 
     Thread& threadOf(uint32_t number) {
         if (number >= threads_.size()) [[unlikely]]
@@ -102,7 +104,7 @@ class Packer final : public CallSink {
 
     const Survey* survey_;
     const Thinning* thinning_;
-    CallTracker tracker_{*this};
+    CallTrackerOf<Packer> tracker_{*this};
     EventTables tables_;
     SlotNumbers numbers_;  // of the records
     Rows rows_;
