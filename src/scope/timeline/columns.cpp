@@ -47,7 +47,7 @@ void Columns::appendTo(std::string& bytes) const {
     bytes.reserve(size);
     const auto append = [&](const std::vector<char>& part) {
         putNumber(bytes, part.size());
-        bytes.append(part.begin(), part.end());
+        bytes.append(part.data(), part.size());
     };
     append(heads_);
     for (const std::vector<char>& plane : planes_) append(plane);

@@ -2,50 +2,50 @@
 
 #include "scope/timeline/cycles.h"
 
-#include <array>
+#include <utility>
 
 #include "scope/timeline/columns.h"
 
 namespace sonaprobe::scope::timeline {
-
-namespace {
-
-// What the page has of a cycle, as numbers after the cycle before.
-using Row = std::array<uint64_t, 6>;
-
-Row rowOf(const IoCycle& cycle, const IoCycle& before, uint64_t recordsBetween) {
-    return {zigzag(cycle.begin - before.begin),
-            zigzag(cycle.end - cycle.begin),
-            cycle.due ? 1 + zigzag(*cycle.due - cycle.begin) : 0,  // 0 where it is not known
-            zigzag(cycle.budget - before.budget),
-            cycle.overloaded ? uint64_t{1} : 0,
-            recordsBetween};
-}
-
-}  // namespace
 
 std::string packedCycles(const IoTrace& trace, const Survey& survey, const SlotNumbers& records) {
     std::string heading;
     Columns columns;
     putNumber(heading, trace.threads.size());
     for (const IoThread& io : trace.threads) {
-        std::vector<Row> rows;
-        rows.reserve(io.cycles.size());
-        const IoCycle none;
-        const IoCycle* before = &none;
-        uint64_t recordBefore = 0;
+        std::vector<const IoCycle*> shown;
         for (const IoCycle& cycle : io.cycles) {
-            if (!survey.shows(cycle.beginSlot)) continue;
-            const uint64_t record = records.placeNear(cycle.beginSlot);
-            rows.push_back(rowOf(cycle, *before, record - recordBefore));
-            before = &cycle;
-            recordBefore = record;
+            if (survey.shows(cycle.beginSlot)) shown.push_back(&cycle);
         }
         putNumber(heading, io.thread);
-        putNumber(heading, rows.size());
-        for (size_t column = 0; column < Row().size(); ++column) {
-            columns.putAll(rows.size(), [&](size_t i) { return rows[i][column]; });
-        }
+        putNumber(heading, shown.size());
+
+        // One column after the other, each number after the cycle before.
+        const auto forEach = [&](const auto& numberOf) {
+            const IoCycle none;
+            columns.putAll(shown.size(), [&, before = &none](size_t i) mutable {
+                return numberOf(*shown[i], *std::exchange(before, shown[i]));
+            });
+        };
+        forEach([](const IoCycle& cycle, const IoCycle& before) {
+            return zigzag(cycle.begin - before.begin);
+        });
+        forEach(
+            [](const IoCycle& cycle, const IoCycle&) { return zigzag(cycle.end - cycle.begin); });
+        // 0 where it is not known.
+        forEach([](const IoCycle& cycle, const IoCycle&) {
+            return cycle.due ? 1 + zigzag(*cycle.due - cycle.begin) : 0;
+        });
+        forEach([](const IoCycle& cycle, const IoCycle& before) {
+            return zigzag(cycle.budget - before.budget);
+        });
+        forEach([](const IoCycle& cycle, const IoCycle&) {
+            return uint64_t{cycle.overloaded ? 1U : 0U};
+        });
+        columns.putAll(shown.size(), [&, before = uint64_t{0}](size_t i) mutable {
+            const uint64_t record = records.placeNear(shown[i]->beginSlot);
+            return record - std::exchange(before, record);
+        });
     }
     return columns.below(heading);
 }
