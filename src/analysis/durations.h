@@ -2,7 +2,8 @@
 
 #pragma once
 
-#include <array>
+#include <algorithm>
+#include <bit>
 #include <cstdint>
 #include <memory>
 #include <span>
@@ -25,22 +26,44 @@ class DurationSketch {
     // What a sketch takes where every size occurs, as a number of lengths.
     static constexpr uint64_t kMostRoom = kSteps * (64 - kStepBits);
 
-    void add(uint64_t length);
+    void add(uint64_t length) {
+        const size_t place = placeOf(length);
+        if (place >= counts_.size()) makeRoomAt(place);
+        ++counts_[place];
+    }
 
     // The length of the given rank, 1 the shortest.
     uint64_t atRank(uint64_t rank) const;
 
   private:
-    // By the number of low bits that are left out.
-    std::array<std::unique_ptr<std::array<uint64_t, kSteps>>, 64 - kStepBits + 1> counts_;
+    // Of the low bits that are left out there are none for lengths below 2 * kSteps, one for those
+    // below 4 * kSteps and so on: places follow each other as lengths do.
+    static size_t placeOf(uint64_t length) {
+        const auto leftOut = static_cast<unsigned>(std::bit_width(length | kSteps)) - 1 - kStepBits;
+        return (leftOut << kStepBits) + (length >> leftOut);
+    }
+    void makeRoomAt(size_t place);
+
+    std::vector<uint64_t> counts_;  // up to the longest length
 };
 
 class Durations {
   public:
-    void add(Nanoseconds length);
+    void add(Nanoseconds length) {
+        const auto positive = static_cast<uint64_t>(length);
+        if (sketch_ != nullptr) {
+            sketch_->add(positive);
+        } else {
+            keep(positive);
+        }
+        ++count_;
+        max_ = std::max(max_, length);
+    }
 
     // Keeps counts by size instead of every length from where they are smaller.
-    void becomeSketch();
+    void becomeSketch() {
+        if (!isSketch() && lengths_.size() >= DurationSketch::kMostRoom) sketch();
+    }
 
     uint64_t count() const { return count_; }
     Nanoseconds max() const { return max_; }
@@ -55,6 +78,9 @@ class Durations {
     bool isSketch() const { return sketch_ != nullptr; }
 
   private:
+    void keep(uint64_t length);
+    void sketch();
+
     std::vector<uint64_t> lengths_;
     size_t shorter_ = 0;  // so many stand first that are no longer than any other
     std::unique_ptr<DurationSketch> sketch_;
