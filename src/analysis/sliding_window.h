@@ -11,20 +11,17 @@ namespace sonaprobe {
 template <class T>
 class SlidingWindow {
   public:
+    // To be filled where it stands.
     T& emplace_back() { return kept_.emplace_back(); }
 
-    // Of a window that is not empty.
-    void pop_front() {
-        ++gone_;
+    // So many, which have to be there.
+    void pop_front(size_t count) {
+        gone_ += count;
         // Each item is moved once, on average, by the time that it goes.
         if (gone_ < kLeastGone || gone_ < kept_.size() / 2) return;
         kept_.erase(kept_.begin(), kept_.begin() + static_cast<std::ptrdiff_t>(gone_));
         gone_ = 0;
     }
-    const T& front() const { return kept_[gone_]; }
-
-    bool empty() const { return gone_ == kept_.size(); }
-    size_t size() const { return kept_.size() - gone_; }
 
     // Until it slides on.
     std::span<const T> items() const { return std::span(kept_).subspan(gone_); }
