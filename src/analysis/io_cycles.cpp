@@ -31,7 +31,7 @@ constexpr size_t kMostSearched = size_t{1} << 23;
 constexpr size_t kMostRecordsOfScene = size_t{1} << 16;
 constexpr size_t kMostCallsOfScene = size_t{1} << 14;
 
-SeenCall seenCallOf(const Call& call, Nanoseconds end, uint64_t endSlot) {
+SeenCall seenCallOf(const Call& call, Nanoseconds end, uint64_t endSlot, bool finished) {
     return {.start = bounded(call.start),
             .end = bounded(end),
             .startSlot = call.startSlot,
@@ -40,15 +40,14 @@ SeenCall seenCallOf(const Call& call, Nanoseconds end, uint64_t endSlot) {
             .cpu = call.cpu,
             .thread = call.thread,
             .depth = call.depth,
-            .finished = false};
+            .finished = finished};
 }
 
 // Up to the first item that has this time or a later one, and those above what is kept at most.
 template <class T>
 void forgetBefore(Nanoseconds from, SlidingWindow<T>& window, Nanoseconds T::*timeOf) {
-    const std::span<const T> items = window.items();
-    size_t old = items.size() - std::min(items.size(), kMostRemembered);
-    while (old < items.size() && items[old].*timeOf < from) ++old;
+    size_t old = window.size() - std::min(window.size(), kMostRemembered);
+    while (old < window.size() && window[old].*timeOf < from) ++old;
     window.pop_front(old);
 }
 
@@ -77,14 +76,13 @@ void IoObserver::take(const TraceRecord& slot) {
         trace_.gaps.becomeSketch();
     }
     latest_ = std::max(latest_, time);
-    SeenRecord& seen = recent_.emplace_back();
-    seen.time = time;
-    seen.slot = moment->slot;
-    seen.debugid = slot.debugid;
-    seen.thread = moment->thread;
-    seen.cpu = slot.cpuid;
-    seen.orphan = orphan_;
-    seen.afterInvalid = std::exchange(afterInvalid_, false);
+    recent_.push_back({.time = time,
+                       .slot = moment->slot,
+                       .debugid = slot.debugid,
+                       .thread = moment->thread,
+                       .cpu = slot.cpuid,
+                       .orphan = orphan_,
+                       .afterInvalid = std::exchange(afterInvalid_, false)});
     if (!pending_.empty()) completeScenes(false);
     if (trace_.records % kForgetEvery == 0) forget();
 }
@@ -122,7 +120,7 @@ uint32_t IoObserver::opened(const TraceRecord& record, const Call& call, const C
     }
     const uint32_t tag = tags_[openCalls_];
     open_[tag].place = openCalls_++;
-    open_[tag].call = seenCallOf(call, call.start, call.startSlot);
+    open_[tag].call = seenCallOf(call, call.start, call.startSlot, false);
     if (call.code == kIoThread) {
         // What the thread was told before it ended last time is over.
         serverOf(call.thread).told.reset();
@@ -140,35 +138,36 @@ void IoObserver::beginCycle(const TraceRecord& record, const Call& call) {
     }
     IoThread& io = trace_.threads[server.io];
     if (server.rate != 0) io.rate = server.rate;
-    IoCycle cycle;
-    cycle.beginSlot = call.startSlot;
-    cycle.begin = cycle.end = bounded(call.start);
-    cycle.sample = record.arg1;
-    cycle.frames = record.arg3;
+    const Nanoseconds begin = bounded(call.start);
     if (record.arg2 != 0) {
-        const Nanoseconds host = hostTime(record.arg2, record.timestamp, cycle.begin);
-        if (host != cycle.begin) io.clockShifts.push_back(host - cycle.begin);
+        const Nanoseconds host = hostTime(record.arg2, record.timestamp, begin);
+        if (host != begin) io.clockShifts.push_back(host - begin);
     }
-    const auto told = std::exchange(server.told, std::nullopt);
-    const bool isFromBefore = !io.cycles.empty() && io.cycles.back().tells;
-    if (told && isFromBefore && io.cycles.back().told == *told) {
-        cycle.toldBy = ToldBy::cycleBefore;
+    const std::optional<SampleTime> told = std::exchange(server.told, std::nullopt);
+    ToldBy toldBy = ToldBy::nobody;
+    if (told && !io.cycles.empty() && io.cycles.back().tells && io.cycles.back().told == *told) {
+        toldBy = ToldBy::cycleBefore;
     } else if (told) {
-        cycle.toldBy = ToldBy::orphanEnd;
+        toldBy = ToldBy::orphanEnd;
         io.toldByOrphans.push_back({io.cycles.size(), *told});
     }
-    server.open = &io.cycles.push_back(cycle);
+    server.open = &io.cycles.push_back({.beginSlot = call.startSlot,
+                                        .begin = begin,
+                                        .end = begin,
+                                        .sample = record.arg1,
+                                        .frames = record.arg3,
+                                        .toldBy = toldBy});
     server.clients = 0;
 }
 
 void IoObserver::closed(const Call& call, const Call*, const Closing& closing) {
     OpenCall& opened = open_[call.tag];
-    SeenCall& seen = recentCalls_.emplace_back();
-    seen = seenCallOf(call, closing.time, closing.slot);
-    seen.finished = closing.how == CallEnd::finished;
+    const bool finished = closing.how == CallEnd::finished;
+    recentCalls_.push_back(seenCallOf(call, closing.time, closing.slot, finished));
     for (const size_t overload : opened.scenes) {
         std::vector<SeenCall>& calls = trace_.overloads[overload].scene.calls;
-        *std::ranges::lower_bound(calls, seen.startSlot, {}, &SeenCall::startSlot) = seen;
+        *std::ranges::lower_bound(calls, call.startSlot, {}, &SeenCall::startSlot) =
+            recentCalls_.back();
     }
     opened.scenes.clear();
     const uint32_t last = tags_[--openCalls_];
@@ -177,7 +176,7 @@ void IoObserver::closed(const Call& call, const Call*, const Closing& closing) {
     tags_[openCalls_] = call.tag;
 
     if (call.code == kIoCycle) {
-        if (seen.finished) {
+        if (finished) {
             endCycle(*closing.end, call, closing);
         } else {
             serverOf(call.thread).open = nullptr;
@@ -186,7 +185,7 @@ void IoObserver::closed(const Call& call, const Call*, const Closing& closing) {
     }
     IoCycle* const cycle = openCycle(call.thread);
     if (cycle == nullptr || call.start < cycle->begin) return;
-    if (!seen.finished) {
+    if (!finished) {
         cycle->broken = true;
         return;
     }
@@ -283,8 +282,7 @@ void IoObserver::forget() {
     const Nanoseconds keepFrom =
         (pending_.empty() ? latest_ : std::min(latest_, pending_.front().from)) - kRemembered;
     forgetBefore(keepFrom, recent_, &SeenRecord::time);
-    const auto records = recent_.items();
-    forgetBefore(records.empty() ? latest_ : records.front().time, recentCalls_, &SeenCall::end);
+    forgetBefore(recent_.empty() ? latest_ : recent_[0].time, recentCalls_, &SeenCall::end);
 }
 
 void IoObserver::completeScenes(bool all) {
@@ -304,20 +302,20 @@ void IoObserver::completeScenes(bool all) {
 std::optional<Scene> IoObserver::sceneFrom(size_t overload, Nanoseconds from, Nanoseconds to) {
     if (searched_ > kMostSearched || openCalls_ > kMostCallsOfScene) return {};
     Scene scene;
-    const std::span<const SeenRecord> records = recent_.items();
-    for (auto record = records.rbegin(); record != records.rend(); ++record) {
-        if (record->time < from - kLateRecords) break;
+    for (size_t i = recent_.size(); i-- > 0;) {
+        const SeenRecord& record = recent_[i];
+        if (record.time < from - kLateRecords) break;
         ++searched_;
-        if (from <= record->time && record->time <= to) scene.records.push_back(*record);
+        if (from <= record.time && record.time <= to) scene.records.push_back(record);
         if (scene.records.size() > kMostRecordsOfScene) return {};
     }
     std::ranges::reverse(scene.records);
     std::ranges::stable_sort(scene.records, {}, &SeenRecord::time);
-    const std::span<const SeenCall> calls = recentCalls_.items();
-    for (auto call = calls.rbegin(); call != calls.rend(); ++call) {
-        if (call->end < from - kLateRecords) break;
+    for (size_t i = recentCalls_.size(); i-- > 0;) {
+        const SeenCall& call = recentCalls_[i];
+        if (call.end < from - kLateRecords) break;
         ++searched_;
-        if (from <= call->end && call->start <= to) scene.calls.push_back(*call);
+        if (from <= call.end && call.start <= to) scene.calls.push_back(call);
         if (scene.calls.size() > kMostCallsOfScene) return {};
     }
     searched_ += openCalls_;

@@ -61,12 +61,16 @@ void shiftClock(TimedThread& timed) {
     std::vector<Nanoseconds> shifts;
     io.clockShifts.forEach([&](Nanoseconds shift) { shifts.push_back(shift); });
     timed.clockShift = medianOf(std::move(shifts));
-    io.cycles.forEach([&](IoCycle& cycle) { cycle.told.host -= timed.clockShift; });
+    io.cycles.forEach([&](IoCycle& cycle) {
+        cycle.told.host -= timed.clockShift;
+        cycle.due -= timed.clockShift;
+    });
     io.toldByOrphans.forEach([&](auto& orphan) { orphan.told.host -= timed.clockShift; });
 }
 
-// Of the times that ends of cycles tell, else of stamps, else of the rate.
-void measureFrames(TimedThread& timed, const Stamps& stamps) {
+// How long a frame is where the cycles do not tell: of stamps, else of the rate; 0 where those do
+// not tell either.
+double usualPerFrame(const IoThread& io, const Stamps& stamps) {
     std::vector<double> fromStamps;
     const Stamp* before = nullptr;
     for (const Stamp* const each : stamps) {
@@ -79,46 +83,68 @@ void measureFrames(TimedThread& timed, const Stamps& stamps) {
         }
         before = each;
     }
-    double other = timed.io->rate == 0 ? 0 : 1e9 / static_cast<double>(timed.io->rate);
-    if (!fromStamps.empty()) other = upperMedian(fromStamps);
-
-    const StableList<IoCycle>& cycles = timed.io->cycles;
-    std::vector<double> ratios;
-    for (size_t first = 0; first < cycles.size(); first += kBlock) {
-        ratios.clear();
-        for (size_t i = first; i < std::min(first + kBlock, cycles.size()); ++i) {
-            const auto from = timed.io->toldBefore(i);
-            const SampleTime& to = cycles[i].told;
-            if (!from || !cycles[i].tells) continue;
-            if (to.sample <= from->sample || to.host <= from->host) continue;
-            ratios.push_back(static_cast<double>(to.host - from->host) /
-                             static_cast<double>(to.sample - from->sample));
-        }
-        const double last = timed.perFrameByBlock.empty() ? 0 : timed.perFrameByBlock.back();
-        const bool few = ratios.size() < 3;
-        timed.perFrameByBlock.push_back(!few             ? upperMedian(ratios)
-                                        : last != 0      ? last
-                                        : other != 0     ? other
-                                        : ratios.empty() ? 0
-                                                         : ratios.front());
-    }
-    // What a short beginning could not tell, the next block does.
-    for (size_t i = timed.perFrameByBlock.size(); i-- > 1;) {
-        if (timed.perFrameByBlock[i - 1] == 0)
-            timed.perFrameByBlock[i - 1] = timed.perFrameByBlock[i];
-    }
+    if (!fromStamps.empty()) return upperMedian(fromStamps);
+    return io.rate == 0 ? 0 : 1e9 / static_cast<double>(io.rate);
 }
 
-void setDueTimes(TimedThread& timed) {
-    for (size_t i = 0; i < timed.io->cycles.size(); ++i) {
-        IoCycle& cycle = timed.io->cycles[i];
-        const double perFrame = timed.perFrame(i);
+// Cycles that are near each other.
+struct Block {
+    size_t begin;
+    size_t end;
+};
+
+Block blockOf(const IoThread& io, size_t number) {
+    return {number * kBlock, std::min((number + 1) * kBlock, io.cycles.size())};
+}
+
+// How long a frame is by what the ends of cycles tell, as often as they do.
+std::vector<double> toldPerFrame(const IoThread& io, Block block) {
+    std::vector<double> told;
+    told.reserve(kBlock);
+    for (size_t i = block.begin; i < block.end; ++i) {
+        const auto from = io.toldBefore(i);
+        const SampleTime& to = io.cycles[i].told;
+        if (!from || !io.cycles[i].tells) continue;
+        if (to.sample <= from->sample || to.host <= from->host) continue;
+        told.push_back(static_cast<double>(to.host - from->host) /
+                       static_cast<double>(to.sample - from->sample));
+    }
+    return told;
+}
+
+void setDueTimes(IoThread& io, Block block, double perFrame) {
+    for (size_t i = block.begin; i < block.end; ++i) {
+        IoCycle& cycle = io.cycles[i];
         cycle.budget = timeOfFrames(static_cast<double>(cycle.frames), perFrame);
-        const auto told = timed.io->toldBefore(i);
+        const auto told = io.toldBefore(i);
         if (!told || perFrame == 0) continue;
         const auto ahead = static_cast<int64_t>(cycle.sample - told->sample);
         cycle.hasDue = true;
         cycle.due = told->host + timeOfFrames(static_cast<double>(ahead), perFrame);
+    }
+}
+
+// Due times block by block, while its cycles are at hand.
+void setDueTimes(TimedThread& timed, const Stamps& stamps) {
+    const double usual = usualPerFrame(*timed.io, stamps);
+    std::vector<double>& perFrame = timed.perFrameByBlock;
+    for (size_t number = 0; number * kBlock < timed.io->cycles.size(); ++number) {
+        const Block block = blockOf(*timed.io, number);
+        std::vector<double> told = toldPerFrame(*timed.io, block);
+        const double last = perFrame.empty() ? 0 : perFrame.back();
+        const bool few = told.size() < 3;
+        perFrame.push_back(!few           ? upperMedian(told)
+                           : last != 0    ? last
+                           : usual != 0   ? usual
+                           : told.empty() ? 0
+                                          : told.front());
+        setDueTimes(*timed.io, block, perFrame.back());
+    }
+    // What a short beginning could not tell, the next block does.
+    for (size_t number = perFrame.size(); number-- > 1;) {
+        if (perFrame[number - 1] != 0 || perFrame[number] == 0) continue;
+        perFrame[number - 1] = perFrame[number];
+        setDueTimes(*timed.io, blockOf(*timed.io, number - 1), perFrame[number]);
     }
 }
 
@@ -175,7 +201,7 @@ void assignStamps(std::vector<TimedThread>& threads, const std::map<uint32_t, si
             if (apart.empty()) continue;
             // Lines of one rate run side by side, so the distance counts and not the scatter.
             for (Nanoseconds& value : apart) value = std::abs(value);
-            const Nanoseconds distance = medianOf(apart);
+            const Nanoseconds distance = medianOf(std::move(apart));
             if (best != nullptr && distance >= least) continue;
             best = &timed;
             least = distance;
@@ -193,7 +219,7 @@ void measureStamps(TimedThread& timed) {
     if (apart.empty()) return;
     timed.stampShift = medianOf(apart);
     for (Nanoseconds& value : apart) value = std::abs(value - timed.stampShift);
-    timed.stampScatter = bounded(medianOf(apart));
+    timed.stampScatter = bounded(medianOf(std::move(apart)));
 }
 
 // A dropout that is told after its cycle's end belongs to it for a quarter of its budget.
@@ -255,9 +281,8 @@ std::vector<TimedThread> timeThreads(IoTrace& trace) {
         TimedThread& timed = threads.emplace_back();
         timed.io = &io;
         const auto stamps = stampsOf.find(io.thread);
-        measureFrames(timed, stamps == stampsOf.end() ? Stamps() : stamps->second);
+        setDueTimes(timed, stamps == stampsOf.end() ? Stamps() : stamps->second);
         shiftClock(timed);
-        setDueTimes(timed);
     }
     const std::map<uint32_t, size_t> places = placesOf(threads);
     for (Overload& overload : trace.overloads) {
