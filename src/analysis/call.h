@@ -42,7 +42,7 @@ struct Closing {
         0;  // of the record or divisor that ended it; the number of slots where none did
     const TraceRecord* end = nullptr;  // the end record of a finished call
 
-    Nanoseconds lengthOf(const Call& call) const { return saturated(Wide{time} - call.start); }
+    Nanoseconds lengthOf(const Call& call) const { return saturatedDifference(time, call.start); }
     Nanoseconds selfOf(const Call& call) const { return lengthOf(call) - call.inside; }
 };
 

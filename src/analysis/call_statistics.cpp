@@ -3,7 +3,6 @@
 #include "analysis/call_statistics.h"
 
 #include <algorithm>
-#include <span>
 
 #include "analysis/class_names.h"
 #include "analysis/event_names.h"
@@ -65,15 +64,18 @@ uint32_t CallStatistics::numberOf(const GroupKey& key) {
 bool CallStatistics::isOutermost(const Call& call, uint32_t group) {
     if (call.thread >= shallow_.size()) shallow_.resize(call.thread + 1);
     ShallowGroups& shallow = shallow_[call.thread];
-    const auto around = std::span(shallow).first(std::min(call.depth, kShallow));
-    bool outermost = std::ranges::find(around, group) == around.end();
+    // All are compared, since a loop up to the depth ends where nothing foretells.
+    bool isInside = false;
+    for (uint32_t depth = 0; depth < kShallow; ++depth) {
+        isInside |= (shallow[depth] == group) & (depth < call.depth);
+    }
     if (call.depth < kShallow) {
         shallow[call.depth] = group;
     } else {
         const auto nesting = nesting_.try_emplace(nestingKey(call.thread, group), 0).first;
-        if (nesting.value()++ > 0) outermost = false;
+        isInside |= nesting.value()++ > 0;
     }
-    return outermost;
+    return !isInside;
 }
 
 uint32_t CallStatistics::open(const TraceRecord& record, const Call& call, bool selected) {

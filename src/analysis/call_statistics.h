@@ -100,16 +100,23 @@ class CallStatistics {
         uint32_t group = kNoGroup;
     };
     static constexpr uint32_t kNoGroup = 0xFFFFFFFF;
-    static constexpr size_t kRecent = 256;
+    static constexpr unsigned kRecentBits = 8;
 
     // The groups of a thread's open calls by their depth; what lies deeper is counted by group.
     static constexpr uint32_t kShallow = 8;
     using ShallowGroups = std::array<uint32_t, kShallow>;
 
+    // Multiplied by an odd number, keys that differ in few bits differ in the highest ones.
+    static size_t placeOf(const GroupKey& key) {
+        const uint64_t folded =
+            key.object ^ uint64_t { key.thread } << 32 ^ uint64_t { key.cpu } << 32 ^ key.code;
+        return (folded * 0x9E3779B97F4A7C15U) >> (64 - kRecentBits);
+    }
+
     GroupKey keyOf(const TraceRecord& record, uint32_t thread);
     uint32_t numberOf(const TraceRecord& record, uint32_t thread) {
         const GroupKey key = keyOf(record, thread);
-        Recent& recent = recent_[KeyHash()(key) % kRecent];
+        Recent& recent = recent_[placeOf(key)];
         if (recent.group == kNoGroup || recent.key != key) [[unlikely]] {
             recent = {key, numberOf(key)};
         }
@@ -125,7 +132,7 @@ class CallStatistics {
     uint64_t finished_ = 0;
     std::vector<CallGroup> groups_;
     tsl::robin_map<GroupKey, uint32_t, KeyHash> groupByKey_;
-    std::vector<Recent> recent_{kRecent};
+    std::vector<Recent> recent_{size_t{1} << kRecentBits};
     std::map<std::string_view, uint32_t> firstCodes_;  // of each driver
     tsl::robin_map<uint32_t, uint32_t, ValueHash> driverCodes_;
     std::vector<ShallowGroups> shallow_;  // by thread

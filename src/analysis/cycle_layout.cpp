@@ -9,10 +9,11 @@ namespace sonaprobe {
 
 CycleLayout layOutCycle(const TimedThread& timed, const Scene& scene, size_t number,
                         Nanoseconds until) {
-    const std::deque<IoCycle>& cycles = timed.io->cycles;
+    const StableList<IoCycle>& cycles = timed.io->cycles;
     const IoCycle& cycle = cycles[number];
     // Where the end of the cycle before is missing, the line of the cycles before it tells as well.
-    const auto due = cycle.due ? cycle.due : timed.timeOf(cycle.sample, cycle.begin);
+    const auto due =
+        cycle.hasDue ? std::optional(cycle.due) : timed.timeOf(cycle.sample, cycle.begin);
     CycleLayout layout{.cycle = &cycle, .number = number, .dueKnown = due.has_value()};
     layout.due = due.value_or(cycle.begin);
     layout.deadline = layout.due + cycle.budget;

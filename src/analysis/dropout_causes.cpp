@@ -121,12 +121,12 @@ Verdict Judge::lostAt(const Gap& gap, Certainty certainty) const {
 // When the thread was to trace after a record of the server's.
 Nanoseconds Judge::nextAfter(const SeenRecord& record) const {
     if (record.debugid != (kIoCycle | 2)) return record.time + timed_.any.reach / 2;
-    const std::deque<IoCycle>& cycles = timed_.io->cycles;
-    const auto after = std::ranges::upper_bound(cycles, record.slot, {}, &IoCycle::beginSlot);
-    const IoCycle* const cycle = after == cycles.begin() ? nullptr : &*std::prev(after);
-    const bool isKnown = cycle != nullptr && cycle->endSlot == record.slot && cycle->told;
+    const StableList<IoCycle>& cycles = timed_.io->cycles;
+    const size_t after = cycles.countUpTo(record.slot, &IoCycle::beginSlot);
+    const IoCycle* const cycle = after == 0 ? nullptr : &cycles[after - 1];
+    const bool isKnown = cycle != nullptr && cycle->endSlot == record.slot && cycle->tells;
     if (!isKnown) return record.time + timed_.any.reach / 2;
-    return std::max(record.time, cycle->told->host + timed_.usualOf(kLateBegin).median);
+    return std::max(record.time, cycle->told.host + timed_.usualOf(kLateBegin).median);
 }
 
 // What an end without a start proves: of a client or cycle from `from` to `until`, or the dropout
@@ -184,8 +184,9 @@ std::optional<Verdict> Judge::lostRecords(const CycleLayout& layout) const {
     }
     // The gap may have merged two cycles, or lie before one that begins in the air.
     const bool endsElsewhere =
-        cycle.told && cycle.finished && cycle.told->sample != cycle.sample + cycle.frames;
-    const bool beginsElsewhere = cycle.toldBefore && cycle.toldBefore->sample != cycle.sample;
+        cycle.tells && cycle.finished && cycle.told.sample != cycle.sample + cycle.frames;
+    const auto toldBefore = timed_.io->toldBefore(layout.number);
+    const bool beginsElsewhere = toldBefore && toldBefore->sample != cycle.sample;
     if (!endsElsewhere && !beginsElsewhere && !cycle.broken) return {};
     const auto gap = largestGap(scene_, from, layout.until);
     if (!gap) return {};
@@ -197,7 +198,7 @@ std::optional<Verdict> Judge::lostRecords(const CycleLayout& layout) const {
     // The server leaves out cycles that it cannot reach any more. Two merged cycles have the second
     // one's target.
     const Nanoseconds skipped =
-        timeOfFrames(static_cast<double>(cycle.told->sample - cycle.sample - cycle.frames),
+        timeOfFrames(static_cast<double>(cycle.told.sample - cycle.sample - cycle.frames),
                      timed_.perFrame(layout.number));
     const bool otherTarget =
         overload_.targetHost && overload_.cycle == layout.number &&

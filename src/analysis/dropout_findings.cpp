@@ -48,25 +48,25 @@ std::vector<IoSummary> summariesOf(const std::vector<TimedThread>& threads) {
         summary.cycles = timed.io->cycles.size();
         Durations lengths;
         std::vector<Nanoseconds> budgets;
-        for (const IoCycle& cycle : timed.io->cycles) {
+        timed.io->cycles.forEach([&](const IoCycle& cycle) {
             if (cycle.overloaded) ++summary.overloaded;
             if (cycle.isNearMiss()) {
                 ++summary.nearMisses;
-                const Nanoseconds lateness = cycle.end - *cycle.due - cycle.budget;
+                const Nanoseconds lateness = cycle.end - cycle.due - cycle.budget;
                 if (lateness > summary.worstLateness) {
                     summary.worstLateness = lateness;
                     summary.worstNearMiss = cycle.endSlot;
                 }
             }
-            if (!cycle.isHealthy()) continue;
-            const Nanoseconds left = *cycle.due + cycle.budget - cycle.end;
+            if (!cycle.isHealthy()) return;
+            const Nanoseconds left = cycle.due + cycle.budget - cycle.end;
             summary.margin = summary.healthy == 0 ? left : std::min(summary.margin, left);
             ++summary.healthy;
-            lengths.add(std::max<Nanoseconds>(0, cycle.end - *cycle.due));
+            lengths.add(std::max<Nanoseconds>(0, cycle.end - cycle.due));
             budgets.push_back(cycle.budget);
-        }
+        });
         if (summary.healthy == 0) continue;
-        summary.budget = medianOf(budgets);
+        summary.budget = medianOf(std::move(budgets));
         summary.p50 = lengths.percentile(50);
         summary.p99 = lengths.percentile(99);
         summary.longest = lengths.max();

@@ -31,6 +31,26 @@ constexpr size_t kMostSearched = size_t{1} << 23;
 constexpr size_t kMostRecordsOfScene = size_t{1} << 16;
 constexpr size_t kMostCallsOfScene = size_t{1} << 14;
 
+SeenCall seenCallOf(const Call& call, Nanoseconds end, uint64_t endSlot, bool finished) {
+    return {.start = bounded(call.start),
+            .end = bounded(end),
+            .startSlot = call.startSlot,
+            .endSlot = endSlot,
+            .code = call.code,
+            .cpu = call.cpu,
+            .thread = call.thread,
+            .depth = call.depth,
+            .finished = finished};
+}
+
+// Up to the first item that has this time or a later one, and those above what is kept at most.
+template <class T>
+void forgetBefore(Nanoseconds from, SlidingWindow<T>& window, Nanoseconds T::*timeOf) {
+    size_t old = window.size() - std::min(window.size(), kMostRemembered);
+    while (old < window.size() && window[old].*timeOf < from) ++old;
+    window.pop_front(old);
+}
+
 }  // namespace
 
 IoObserver::IoObserver() : tracker_(*this) {}
@@ -56,15 +76,14 @@ void IoObserver::take(const TraceRecord& slot) {
         trace_.gaps.becomeSketch();
     }
     latest_ = std::max(latest_, time);
-    SeenRecord& seen = recent_.emplace_back();
-    seen.time = time;
-    seen.slot = moment->slot;
-    seen.debugid = slot.debugid;
-    seen.thread = moment->thread;
-    seen.cpu = slot.cpuid;
-    seen.orphan = orphan_;
-    seen.afterInvalid = std::exchange(afterInvalid_, false);
-    completeScenes(false);
+    recent_.push_back({.time = time,
+                       .slot = moment->slot,
+                       .debugid = slot.debugid,
+                       .thread = moment->thread,
+                       .cpu = slot.cpuid,
+                       .orphan = orphan_,
+                       .afterInvalid = std::exchange(afterInvalid_, false)});
+    if (!pending_.empty()) completeScenes(false);
     if (trace_.records % kForgetEvery == 0) forget();
 }
 
@@ -88,11 +107,6 @@ IoObserver::Server& IoObserver::serverOf(uint32_t thread) {
     return server;
 }
 
-IoCycle* IoObserver::openCycle(uint32_t thread) {
-    const Server& server = serverOf(thread);
-    return server.open ? &trace_.threads[server.io].cycles[*server.open] : nullptr;
-}
-
 // A host time on the trace's time scale, the two clocks taken for one.
 Nanoseconds IoObserver::hostTime(uint64_t word, uint64_t timestamp, Nanoseconds time) const {
     return bounded(saturated(
@@ -100,25 +114,13 @@ Nanoseconds IoObserver::hostTime(uint64_t word, uint64_t timestamp, Nanoseconds 
 }
 
 uint32_t IoObserver::opened(const TraceRecord& record, const Call& call, const Call*) {
-    uint32_t tag = static_cast<uint32_t>(open_.size());
-    if (freeTags_.empty()) {
+    if (openCalls_ == tags_.size()) {
+        tags_.push_back(static_cast<uint32_t>(openCalls_));
         open_.emplace_back();
-    } else {
-        tag = freeTags_.back();
-        freeTags_.pop_back();
     }
-    open_[tag].place = openTags_.size();
-    openTags_.push_back(tag);
-    const Nanoseconds start = bounded(call.start);
-    open_[tag].call = {.start = start,
-                       .end = start,
-                       .startSlot = call.startSlot,
-                       .endSlot = call.startSlot,
-                       .code = call.code,
-                       .cpu = call.cpu,
-                       .thread = call.thread,
-                       .depth = call.depth,
-                       .finished = false};
+    const uint32_t tag = tags_[openCalls_];
+    open_[tag].place = openCalls_++;
+    open_[tag].call = seenCallOf(call, call.start, call.startSlot, false);
     if (call.code == kIoThread) {
         // What the thread was told before it ended last time is over.
         serverOf(call.thread).told.reset();
@@ -136,66 +138,87 @@ void IoObserver::beginCycle(const TraceRecord& record, const Call& call) {
     }
     IoThread& io = trace_.threads[server.io];
     if (server.rate != 0) io.rate = server.rate;
-    server.open = io.cycles.size();
-    IoCycle& cycle = io.cycles.emplace_back();
-    cycle.firstOwner = io.owners.size();
-    cycle.beginSlot = call.startSlot;
-    cycle.begin = cycle.end = bounded(call.start);
-    cycle.sample = record.arg1;
-    cycle.frames = record.arg3;
+    const Nanoseconds begin = bounded(call.start);
     if (record.arg2 != 0) {
-        cycle.clockShift = hostTime(record.arg2, record.timestamp, cycle.begin) - cycle.begin;
+        const Nanoseconds host = hostTime(record.arg2, record.timestamp, begin);
+        if (host != begin) io.clockShifts.push_back(host - begin);
     }
-    cycle.toldBefore = std::exchange(server.told, std::nullopt);
+    const std::optional<SampleTime> told = std::exchange(server.told, std::nullopt);
+    ToldBy toldBy = ToldBy::nobody;
+    if (told && !io.cycles.empty() && io.cycles.back().tells && io.cycles.back().told == *told) {
+        toldBy = ToldBy::cycleBefore;
+    } else if (told) {
+        toldBy = ToldBy::orphanEnd;
+        io.toldByOrphans.push_back({io.cycles.size(), *told});
+    }
+    server.open = &io.cycles.push_back({.beginSlot = call.startSlot,
+                                        .begin = begin,
+                                        .end = begin,
+                                        .sample = record.arg1,
+                                        .frames = record.arg3,
+                                        .toldBy = toldBy});
+    server.clients = 0;
 }
 
 void IoObserver::closed(const Call& call, const Call*, const Closing& closing) {
     OpenCall& opened = open_[call.tag];
-    SeenCall& seen = opened.call;
-    seen.end = bounded(closing.time);
-    seen.endSlot = closing.slot;
-    seen.finished = closing.how == CallEnd::finished;
+    const bool finished = closing.how == CallEnd::finished;
+    recentCalls_.push_back(seenCallOf(call, closing.time, closing.slot, finished));
     for (const size_t overload : opened.scenes) {
         std::vector<SeenCall>& calls = trace_.overloads[overload].scene.calls;
-        *std::ranges::lower_bound(calls, seen.startSlot, {}, &SeenCall::startSlot) = seen;
+        *std::ranges::lower_bound(calls, call.startSlot, {}, &SeenCall::startSlot) =
+            recentCalls_.back();
     }
-    recentCalls_.emplace_back() = seen;
     opened.scenes.clear();
-    open_[openTags_.back()].place = opened.place;
-    openTags_[opened.place] = openTags_.back();
-    openTags_.pop_back();
-    freeTags_.push_back(call.tag);
+    const uint32_t last = tags_[--openCalls_];
+    open_[last].place = opened.place;
+    tags_[opened.place] = last;
+    tags_[openCalls_] = call.tag;
 
     if (call.code == kIoCycle) {
-        if (seen.finished) {
+        if (finished) {
             endCycle(*closing.end, call, closing);
         } else {
-            serverOf(call.thread).open.reset();
+            serverOf(call.thread).open = nullptr;
         }
         return;
     }
     IoCycle* const cycle = openCycle(call.thread);
     if (cycle == nullptr || call.start < cycle->begin) return;
-    if (!seen.finished) {
+    if (!finished) {
         cycle->broken = true;
         return;
     }
-    const OwnerKey owner = call.code == kClient ? clientKey(cycle->clients++) : callKey(call.code);
-    ownersOf(call.thread).push_back({owner, bounded(closing.selfOf(call))});
+    Server& server = servers_[call.thread];
+    const OwnerKey owner = call.code == kClient ? clientKey(server.clients++) : callKey(call.code);
+    addTime(server, owner, bounded(closing.selfOf(call)));
+}
+
+// Of the open cycle. The first four billion cycles tell what is usual.
+void IoObserver::addTime(const Server& server, OwnerKey owner, Nanoseconds time) {
+    IoThread& io = trace_.threads[server.io];
+    const size_t cycle = io.cycles.size() - 1;
+    if (cycle > UINT32_MAX) return;
+    const auto [place, isNew] = ownerPlaces_.try_emplace({owner, server.io}, io.owners.size());
+    if (isNew) io.owners.push_back({.owner = owner});
+    OwnerTimes& times = io.owners[place->second];
+    times.times.push_back(time);
+    times.cycles.push_back(static_cast<uint32_t>(cycle));
 }
 
 void IoObserver::endCycle(const TraceRecord& end, const Call& call, const Closing& closing) {
     Server& server = serverOf(call.thread);
-    IoCycle* const cycle = openCycle(call.thread);
+    IoCycle* const cycle = std::exchange(server.open, nullptr);
     if (cycle != nullptr) {
         cycle->finished = true;
         cycle->end = bounded(closing.time);
         cycle->endSlot = closing.slot;
-        ownersOf(call.thread).push_back({kCycleItself, bounded(closing.selfOf(call))});
+        addTime(server, kCycleItself, bounded(closing.selfOf(call)));
     }
-    server.open.reset();
     tell(server, end, closing.time);
-    if (cycle != nullptr) cycle->told = server.told;
+    if (cycle == nullptr || !server.told) return;
+    cycle->tells = true;
+    cycle->told = *server.told;
 }
 
 // What an end of a cycle says of the next one's time.
@@ -203,10 +226,9 @@ void IoObserver::tell(Server& server, const TraceRecord& end, Nanoseconds time) 
     if (end.arg2 == 0) return;
     const SampleTime told{end.arg1, hostTime(end.arg2, end.timestamp, time)};
     if (server.io != SIZE_MAX) {
-        const auto& cycles = trace_.threads[server.io].cycles;
-        if (!cycles.empty() && cycles.back().toldBefore) {
-            server.period = told.host - cycles.back().toldBefore->host;
-        }
+        const IoThread& io = trace_.threads[server.io];
+        const auto before = io.toldBefore(io.cycles.size() - 1);
+        if (before) server.period = told.host - before->host;
     }
     server.told = told;
 }
@@ -240,7 +262,7 @@ void IoObserver::orphanEnd(const TraceRecord& record, const Moment& moment) {
 void IoObserver::takeOverload(const TraceRecord& record, const Moment& moment) {
     Server& server = serverOf(moment.thread);
     Overload overload{.time = bounded(moment.time), .slot = moment.slot, .thread = moment.thread};
-    if (server.open) overload.cycle = *server.open;
+    if (server.open != nullptr) overload.cycle = trace_.threads[server.io].cycles.size() - 1;
     if (record.arg3 != 0) overload.targetSample = record.arg3;
     if (record.arg4 != 0) {
         overload.targetHost = hostTime(record.arg4, record.timestamp, moment.time);
@@ -259,15 +281,8 @@ void IoObserver::takeOverload(const TraceRecord& record, const Moment& moment) {
 void IoObserver::forget() {
     const Nanoseconds keepFrom =
         (pending_.empty() ? latest_ : std::min(latest_, pending_.front().from)) - kRemembered;
-    while (!recent_.empty() &&
-           (recent_.front().time < keepFrom || recent_.size() > kMostRemembered)) {
-        recent_.pop_front();
-    }
-    const Nanoseconds from = recent_.empty() ? latest_ : recent_.front().time;
-    while (!recentCalls_.empty() &&
-           (recentCalls_.front().end < from || recentCalls_.size() > kMostRemembered)) {
-        recentCalls_.pop_front();
-    }
+    forgetBefore(keepFrom, recent_, &SeenRecord::time);
+    forgetBefore(recent_.empty() ? latest_ : recent_[0].time, recentCalls_, &SeenCall::end);
 }
 
 void IoObserver::completeScenes(bool all) {
@@ -285,26 +300,26 @@ void IoObserver::completeScenes(bool all) {
 
 // Nothing where there is too much to search.
 std::optional<Scene> IoObserver::sceneFrom(size_t overload, Nanoseconds from, Nanoseconds to) {
-    if (searched_ > kMostSearched || openTags_.size() > kMostCallsOfScene) return {};
+    if (searched_ > kMostSearched || openCalls_ > kMostCallsOfScene) return {};
     Scene scene;
-    const std::span<const SeenRecord> records = recent_.items();
-    for (auto record = records.rbegin(); record != records.rend(); ++record) {
-        if (record->time < from - kLateRecords) break;
+    for (size_t i = recent_.size(); i-- > 0;) {
+        const SeenRecord& record = recent_[i];
+        if (record.time < from - kLateRecords) break;
         ++searched_;
-        if (from <= record->time && record->time <= to) scene.records.push_back(*record);
+        if (from <= record.time && record.time <= to) scene.records.push_back(record);
         if (scene.records.size() > kMostRecordsOfScene) return {};
     }
     std::ranges::reverse(scene.records);
     std::ranges::stable_sort(scene.records, {}, &SeenRecord::time);
-    const std::span<const SeenCall> calls = recentCalls_.items();
-    for (auto call = calls.rbegin(); call != calls.rend(); ++call) {
-        if (call->end < from - kLateRecords) break;
+    for (size_t i = recentCalls_.size(); i-- > 0;) {
+        const SeenCall& call = recentCalls_[i];
+        if (call.end < from - kLateRecords) break;
         ++searched_;
-        if (from <= call->end && call->start <= to) scene.calls.push_back(*call);
+        if (from <= call.end && call.start <= to) scene.calls.push_back(call);
         if (scene.calls.size() > kMostCallsOfScene) return {};
     }
-    searched_ += openTags_.size();
-    for (const uint32_t tag : openTags_) {
+    searched_ += openCalls_;
+    for (const uint32_t tag : std::span(tags_).first(openCalls_)) {
         OpenCall& open = open_[tag];
         if (open.call.start > to) continue;
         open.scenes.push_back(overload);

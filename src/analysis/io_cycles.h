@@ -9,12 +9,14 @@
 #include <limits>
 #include <optional>
 #include <span>
+#include <tsl/robin_map.h>
 #include <vector>
 
 #include "analysis/call_tracker.h"
 #include "analysis/durations.h"
 #include "analysis/event_traits.h"
 #include "analysis/sliding_window.h"
+#include "analysis/stable_list.h"
 
 namespace sonaprobe {
 
@@ -33,12 +35,11 @@ constexpr Nanoseconds bounded(Nanoseconds time) { return std::clamp(time, -kFart
 struct SampleTime {
     uint64_t sample = 0;
     Nanoseconds host = 0;
+    bool operator==(const SampleTime&) const = default;
 };
 
-struct OwnerTime {
-    OwnerKey owner;
-    Nanoseconds time;
-};
+// Where a thread was told the time on whose line a cycle lies.
+enum class ToldBy : uint8_t { nobody, cycleBefore, orphanEnd };
 
 struct IoCycle {
     uint64_t beginSlot = 0;
@@ -47,25 +48,31 @@ struct IoCycle {
     Nanoseconds end = 0;
     uint64_t sample = 0;
     uint64_t frames = 0;
-    Nanoseconds clockShift = 0;            // HostTime less the record's time
-    std::optional<SampleTime> toldBefore;  // by the end of the cycle before
-    std::optional<SampleTime> told;        // by its own end
+    SampleTime told{};  // by its own end, where it tells
+
+    // What io_timing.h finds out.
+    Nanoseconds budget = 0;
+    Nanoseconds due = 0;  // where it is known
+
+    bool tells = false;
+    bool hasDue = false;
     bool finished = false;
     bool broken = false;  // a call inside was cut off: a record is missing
     bool overloaded = false;
-    uint32_t clients = 0;
-    size_t firstOwner = 0;  // of its thread's
+    ToldBy toldBy = ToldBy::nobody;
 
-    // What timing.h finds out.
-    Nanoseconds budget = 0;
-    std::optional<Nanoseconds> due;
+    bool isHealthy() const { return isWhole() && end <= due + budget; }
+    bool isNearMiss() const { return isWhole() && end > due + budget; }
 
-    bool isHealthy() const {
-        return finished && !broken && due && !overloaded && end <= *due + budget;
-    }
-    bool isNearMiss() const {
-        return finished && !broken && due && !overloaded && end > *due + budget;
-    }
+  private:
+    bool isWhole() const { return finished && !broken && hasDue && !overloaded; }
+};
+
+// How much of its time a thread's cycles were an owner's, as often as it had some.
+struct OwnerTimes {
+    OwnerKey owner;
+    StableList<Nanoseconds> times{};
+    StableList<uint32_t> cycles{};
 };
 
 // A ZeroTimeStamp.
@@ -126,12 +133,25 @@ struct IoThread {
     uint32_t thread = 0;  // the clock's number
     uint64_t id = 0;
     uint64_t rate = 0;  // as the IOThread said; 0 where it did not
-    std::deque<IoCycle> cycles{};
-    std::vector<OwnerTime> owners{};  // cycle by cycle
+    StableList<IoCycle> cycles{};
+    StableList<Nanoseconds> clockShifts{};  // of cycles: HostTime less the record's time, if not 0
+    std::vector<OwnerTimes> owners{};
 
-    std::span<const OwnerTime> ownersOf(size_t cycle) const {
-        const size_t end = cycle + 1 < cycles.size() ? cycles[cycle + 1].firstOwner : owners.size();
-        return std::span(owners).subspan(cycles[cycle].firstOwner, end - cycles[cycle].firstOwner);
+    struct Told {
+        size_t cycle = 0;
+        SampleTime told{};
+    };
+    StableList<Told> toldByOrphans{};  // before a cycle, in their order
+
+    // What the thread was told before a cycle began, as a rule by the end of the cycle before.
+    std::optional<SampleTime> toldBefore(size_t cycle) const {
+        switch (cycles[cycle].toldBy) {
+            case ToldBy::nobody: break;
+            case ToldBy::cycleBefore: return cycles[cycle - 1].told;
+            case ToldBy::orphanEnd:
+                return toldByOrphans[toldByOrphans.countUpTo(cycle, &Told::cycle) - 1].told;
+        }
+        return {};
     }
 };
 
@@ -163,8 +183,9 @@ class IoObserver final : private CallSink {
 
     // What is known of a thread so far.
     struct Server {
-        size_t io = SIZE_MAX;  // in trace_.threads
-        std::optional<size_t> open;
+        size_t io = SIZE_MAX;     // in trace_.threads
+        IoCycle* open = nullptr;  // the last of its cycles
+        uint32_t clients = 0;     // of the open cycle, so far
         std::optional<SampleTime> told;
         uint64_t scale = 0;      // see scale_
         Nanoseconds period = 0;  // between the two latest told times
@@ -177,10 +198,10 @@ class IoObserver final : private CallSink {
     void orphanEnd(const TraceRecord& record, const Moment& moment) override;
 
     Server& serverOf(uint32_t thread);
-    IoCycle* openCycle(uint32_t thread);
-    std::vector<OwnerTime>& ownersOf(uint32_t thread) {
-        return trace_.threads[serverOf(thread).io].owners;
+    IoCycle* openCycle(uint32_t thread) {
+        return thread < servers_.size() ? servers_[thread].open : nullptr;
     }
+    void addTime(const Server& server, OwnerKey owner, Nanoseconds time);
     Nanoseconds hostTime(uint64_t word, uint64_t timestamp, Nanoseconds time) const;
     void beginCycle(const TraceRecord& record, const Call& call);
     void endCycle(const TraceRecord& end, const Call& call, const Closing& closing);
@@ -193,16 +214,25 @@ class IoObserver final : private CallSink {
     CallTracker tracker_;
     IoTrace trace_;
     std::vector<Server> servers_;  // by thread
+    struct OwnerOfThread {
+        OwnerKey owner;
+        size_t io;
+        bool operator==(const OwnerOfThread&) const = default;
+    };
+    struct Hash {
+        size_t operator()(const OwnerOfThread& of) const { return keyedHash(of.owner, of.io); }
+    };
+    tsl::robin_map<OwnerOfThread, size_t, Hash> ownerPlaces_;  // in the owners of its thread
     SlidingWindow<SeenRecord> recent_;
     SlidingWindow<SeenCall> recentCalls_;  // in the order of their ends
     struct OpenCall {
         SeenCall call{};
-        size_t place = 0;              // in openTags_
+        size_t place = 0;              // in tags_
         std::vector<size_t> scenes{};  // of these overloads, which have to be told of its end
     };
     std::vector<OpenCall> open_;  // by tag
-    std::vector<uint32_t> openTags_;
-    std::vector<uint32_t> freeTags_;
+    std::vector<uint32_t> tags_;  // first those of open calls, then the free ones
+    size_t openCalls_ = 0;
     struct Pending {
         size_t overload;
         Nanoseconds from;

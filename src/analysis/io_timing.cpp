@@ -4,7 +4,7 @@
 
 #include <algorithm>
 #include <cmath>
-#include <tsl/robin_map.h>
+#include <utility>
 
 namespace sonaprobe {
 
@@ -30,37 +30,47 @@ constexpr Nanoseconds kLeastReach = 60'000;
 // a few slow ones do.
 constexpr int kReachInQuarters = 3;
 
-// Puts the values in another order.
+// Which value would stand at a place if they were sorted. Puts them in another order: those before
+// and after the place are on its side then.
 template <class T>
-T quantile(std::vector<T>& values, size_t share, size_t of) {
-    const size_t rank = values.size() * share / of;
-    const auto place =
-        values.begin() + static_cast<std::ptrdiff_t>(std::min(rank, values.size() - 1));
-    std::ranges::nth_element(values, place);
-    return *place;
+T valueAt(size_t place, std::span<T> values) {
+    std::ranges::nth_element(values, values.begin() + static_cast<std::ptrdiff_t>(place));
+    return values[place];
+}
+
+template <class T>
+T upperMedian(std::vector<T>& values) {
+    return valueAt(values.size() / 2, std::span(values));
 }
 
 // The host clock is shifted where it stands apart by more than two budgets.
 void shiftClock(TimedThread& timed) {
+    IoThread& io = *timed.io;
+    const size_t some = io.cycles.size() / 2;
+    const double most = 2 * static_cast<double>(io.cycles[some].frames) * timed.perFrame(some);
+    // As a rule it is not, and counting tells that sooner than the median.
+    size_t before = 0;
+    size_t after = 0;
+    io.clockShifts.forEach([&](Nanoseconds shift) {
+        if (std::abs(static_cast<double>(shift)) <= most) return;
+        ++(shift < 0 ? before : after);
+    });
+    const size_t middle = io.clockShifts.size() / 2;
+    if (before <= middle && middle + after < io.clockShifts.size()) return;
+    if (io.clockShifts.empty()) return;
     std::vector<Nanoseconds> shifts;
-    for (const IoCycle& cycle : timed.io->cycles) {
-        if (cycle.clockShift != 0) shifts.push_back(cycle.clockShift);
-    }
-    if (shifts.empty()) return;
-    const Nanoseconds shift = medianOf(shifts);
-    const IoCycle& some = timed.io->cycles[timed.io->cycles.size() / 2];
-    const double budget =
-        static_cast<double>(some.frames) * timed.perFrame(timed.io->cycles.size() / 2);
-    if (std::abs(static_cast<double>(shift)) <= 2 * budget) return;
-    timed.clockShift = shift;
-    for (IoCycle& cycle : timed.io->cycles) {
-        if (cycle.toldBefore) cycle.toldBefore->host -= shift;
-        if (cycle.told) cycle.told->host -= shift;
-    }
+    io.clockShifts.forEach([&](Nanoseconds shift) { shifts.push_back(shift); });
+    timed.clockShift = medianOf(std::move(shifts));
+    io.cycles.forEach([&](IoCycle& cycle) {
+        cycle.told.host -= timed.clockShift;
+        cycle.due -= timed.clockShift;
+    });
+    io.toldByOrphans.forEach([&](auto& orphan) { orphan.told.host -= timed.clockShift; });
 }
 
-// Of the times that ends of cycles tell, else of stamps, else of the rate.
-void measureFrames(TimedThread& timed, const Stamps& stamps) {
+// How long a frame is where the cycles do not tell: of stamps, else of the rate; 0 where those do
+// not tell either.
+double usualPerFrame(const IoThread& io, const Stamps& stamps) {
     std::vector<double> fromStamps;
     const Stamp* before = nullptr;
     for (const Stamp* const each : stamps) {
@@ -73,64 +83,98 @@ void measureFrames(TimedThread& timed, const Stamps& stamps) {
         }
         before = each;
     }
-    double other = timed.io->rate == 0 ? 0 : 1e9 / static_cast<double>(timed.io->rate);
-    if (!fromStamps.empty()) other = quantile(fromStamps, 1, 2);
+    if (!fromStamps.empty()) return upperMedian(fromStamps);
+    return io.rate == 0 ? 0 : 1e9 / static_cast<double>(io.rate);
+}
 
-    const std::deque<IoCycle>& cycles = timed.io->cycles;
-    for (size_t first = 0; first < cycles.size(); first += kBlock) {
-        std::vector<double> ratios;
-        for (size_t i = first; i < std::min(first + kBlock, cycles.size()); ++i) {
-            const auto& [from, to] = std::pair{cycles[i].toldBefore, cycles[i].told};
-            if (!from || !to || to->sample <= from->sample || to->host <= from->host) continue;
-            ratios.push_back(static_cast<double>(to->host - from->host) /
-                             static_cast<double>(to->sample - from->sample));
-        }
-        const double last = timed.perFrameByBlock.empty() ? 0 : timed.perFrameByBlock.back();
-        const bool few = ratios.size() < 3;
-        timed.perFrameByBlock.push_back(!few             ? quantile(ratios, 1, 2)
-                                        : last != 0      ? last
-                                        : other != 0     ? other
-                                        : ratios.empty() ? 0
-                                                         : ratios.front());
+// Cycles that are near each other.
+struct Block {
+    size_t begin;
+    size_t end;
+};
+
+Block blockOf(const IoThread& io, size_t number) {
+    return {number * kBlock, std::min((number + 1) * kBlock, io.cycles.size())};
+}
+
+// How long a frame is by what the ends of cycles tell, as often as they do.
+std::vector<double> toldPerFrame(const IoThread& io, Block block) {
+    std::vector<double> told;
+    told.reserve(kBlock);
+    for (size_t i = block.begin; i < block.end; ++i) {
+        const auto from = io.toldBefore(i);
+        const SampleTime& to = io.cycles[i].told;
+        if (!from || !io.cycles[i].tells) continue;
+        if (to.sample <= from->sample || to.host <= from->host) continue;
+        told.push_back(static_cast<double>(to.host - from->host) /
+                       static_cast<double>(to.sample - from->sample));
     }
-    // What a short beginning could not tell, the next block does.
-    for (size_t i = timed.perFrameByBlock.size(); i-- > 1;) {
-        if (timed.perFrameByBlock[i - 1] == 0)
-            timed.perFrameByBlock[i - 1] = timed.perFrameByBlock[i];
+    return told;
+}
+
+void setDueTimes(IoThread& io, Block block, double perFrame) {
+    for (size_t i = block.begin; i < block.end; ++i) {
+        IoCycle& cycle = io.cycles[i];
+        cycle.budget = timeOfFrames(static_cast<double>(cycle.frames), perFrame);
+        const auto told = io.toldBefore(i);
+        if (!told || perFrame == 0) continue;
+        const auto ahead = static_cast<int64_t>(cycle.sample - told->sample);
+        cycle.hasDue = true;
+        cycle.due = told->host + timeOfFrames(static_cast<double>(ahead), perFrame);
     }
 }
 
-void setDueTimes(TimedThread& timed) {
-    std::deque<IoCycle>& cycles = timed.io->cycles;
-    for (size_t i = 0; i < cycles.size(); ++i) {
-        IoCycle& cycle = cycles[i];
-        const double perFrame = timed.perFrame(i);
-        cycle.budget = timeOfFrames(static_cast<double>(cycle.frames), perFrame);
-        if (!cycle.toldBefore || perFrame == 0) continue;
-        const auto ahead = static_cast<int64_t>(cycle.sample - cycle.toldBefore->sample);
-        cycle.due = cycle.toldBefore->host + timeOfFrames(static_cast<double>(ahead), perFrame);
+// Due times block by block, while its cycles are at hand.
+void setDueTimes(TimedThread& timed, const Stamps& stamps) {
+    const double usual = usualPerFrame(*timed.io, stamps);
+    std::vector<double>& perFrame = timed.perFrameByBlock;
+    for (size_t number = 0; number * kBlock < timed.io->cycles.size(); ++number) {
+        const Block block = blockOf(*timed.io, number);
+        std::vector<double> told = toldPerFrame(*timed.io, block);
+        const double last = perFrame.empty() ? 0 : perFrame.back();
+        const bool few = told.size() < 3;
+        perFrame.push_back(!few           ? upperMedian(told)
+                           : last != 0    ? last
+                           : usual != 0   ? usual
+                           : told.empty() ? 0
+                                          : told.front());
+        setDueTimes(*timed.io, block, perFrame.back());
+    }
+    // What a short beginning could not tell, the next block does.
+    for (size_t number = perFrame.size(); number-- > 1;) {
+        if (perFrame[number - 1] != 0 || perFrame[number] == 0) continue;
+        perFrame[number - 1] = perFrame[number];
+        setDueTimes(*timed.io, blockOf(*timed.io, number - 1), perFrame[number]);
     }
 }
 
 void learnUsual(TimedThread& timed) {
-    struct Hash {
-        size_t operator()(OwnerKey owner) const { return keyedHash(owner, 5); }
+    std::vector<bool> healthy;
+    std::vector<Nanoseconds> times;
+    healthy.reserve(timed.io->cycles.size());
+    times.reserve(timed.io->cycles.size());
+    const auto learn = [&](OwnerKey owner) {
+        if (times.empty()) return;
+        const size_t middle = times.size() / 2;
+        const Nanoseconds median = upperMedian(times);
+        const Nanoseconds quarter =
+            valueAt(times.size() * 3 / 4 - middle, std::span(times).subspan(middle)) - median;
+        timed.usual[owner] = {median, std::max(kLeastReach, kReachInQuarters * quarter)};
+        times.clear();
     };
-    tsl::robin_map<OwnerKey, std::vector<Nanoseconds>, Hash> times;
-    for (size_t i = 0; i < timed.io->cycles.size(); ++i) {
-        const IoCycle& cycle = timed.io->cycles[i];
-        if (!cycle.isHealthy()) continue;
-        times[kLateBegin].push_back(std::max<Nanoseconds>(0, cycle.begin - *cycle.due));
-        for (const auto& [owner, time] : timed.io->ownersOf(i)) times[owner].push_back(time);
+    timed.io->cycles.forEach([&](const IoCycle& cycle) {
+        healthy.push_back(cycle.isHealthy());
+        if (healthy.back()) times.push_back(std::max<Nanoseconds>(0, cycle.begin - cycle.due));
+    });
+    learn(kLateBegin);
+    for (const OwnerTimes& owner : timed.io->owners) {
+        size_t place = 0;
+        owner.times.forEach([&](Nanoseconds time) {
+            if (healthy[owner.cycles[place++]]) times.push_back(time);
+        });
+        learn(owner.owner);
     }
     timed.any.reach = kLeastReach;
-    for (auto at = times.begin(); at != times.end(); ++at) {
-        const OwnerKey owner = at->first;
-        std::vector<Nanoseconds>& values = at.value();
-        const Nanoseconds median = quantile(values, 1, 2);
-        const Nanoseconds quarter = quantile(values, 3, 4) - median;
-        timed.usual[owner] = {median, std::max(kLeastReach, kReachInQuarters * quarter)};
-    }
 }
 
 // Whose device a stamp is of: its thread's, where that does I/O, else that of the thread on whose
@@ -157,7 +201,7 @@ void assignStamps(std::vector<TimedThread>& threads, const std::map<uint32_t, si
             if (apart.empty()) continue;
             // Lines of one rate run side by side, so the distance counts and not the scatter.
             for (Nanoseconds& value : apart) value = std::abs(value);
-            const Nanoseconds distance = medianOf(apart);
+            const Nanoseconds distance = medianOf(std::move(apart));
             if (best != nullptr && distance >= least) continue;
             best = &timed;
             least = distance;
@@ -175,18 +219,18 @@ void measureStamps(TimedThread& timed) {
     if (apart.empty()) return;
     timed.stampShift = medianOf(apart);
     for (Nanoseconds& value : apart) value = std::abs(value - timed.stampShift);
-    timed.stampScatter = bounded(medianOf(apart));
+    timed.stampScatter = bounded(medianOf(std::move(apart)));
 }
 
 // A dropout that is told after its cycle's end belongs to it for a quarter of its budget.
-void findCycle(Overload& overload, const std::deque<IoCycle>& cycles) {
+void findCycle(Overload& overload, const StableList<IoCycle>& cycles) {
     if (overload.cycle != kNoCycle) return;
-    const auto after = std::ranges::upper_bound(cycles, overload.slot, {}, &IoCycle::beginSlot);
-    if (after == cycles.begin()) return;
-    const IoCycle& last = *std::prev(after);
+    const size_t after = cycles.countUpTo(overload.slot, &IoCycle::beginSlot);
+    if (after == 0) return;
+    const IoCycle& last = cycles[after - 1];
     if (last.finished && last.endSlot <= overload.slot &&
         overload.time - last.end < last.budget / 4) {
-        overload.cycle = static_cast<size_t>(std::prev(after) - cycles.begin());
+        overload.cycle = after - 1;
     }
 }
 
@@ -197,7 +241,7 @@ Nanoseconds timeOfFrames(double frames, double perFrame) {
     return static_cast<Nanoseconds>(std::clamp(frames * perFrame, -kMost, kMost));
 }
 
-Nanoseconds medianOf(std::vector<Nanoseconds> values) { return quantile(values, 1, 2); }
+Nanoseconds medianOf(std::vector<Nanoseconds> values) { return upperMedian(values); }
 
 const Usual& TimedThread::usualOf(OwnerKey owner) const {
     const auto found = usual.find(owner);
@@ -209,18 +253,16 @@ double TimedThread::perFrame(size_t cycle) const {
 }
 
 std::optional<Nanoseconds> TimedThread::timeOf(uint64_t sample, Nanoseconds before) const {
-    const auto after = std::ranges::upper_bound(io->cycles, before, {}, &IoCycle::end);
-    int silent = 0;
-    for (auto cycle = after; cycle != io->cycles.begin() && silent < kMostSilentCycles; ++silent) {
-        --cycle;
-        if (static_cast<double>(before - cycle->end) / kCyclesOfLine >
-            static_cast<double>(cycle->budget)) {
+    size_t place = io->cycles.countUpTo(before, &IoCycle::end);
+    for (int silent = 0; place > 0 && silent < kMostSilentCycles; ++silent) {
+        const IoCycle& cycle = io->cycles[--place];
+        if (static_cast<double>(before - cycle.end) / kCyclesOfLine >
+            static_cast<double>(cycle.budget)) {
             return {};
         }
-        if (!cycle->told) continue;
-        const auto ahead = static_cast<int64_t>(sample - cycle->told->sample);
-        const auto place = static_cast<size_t>(cycle - io->cycles.begin());
-        return cycle->told->host + timeOfFrames(static_cast<double>(ahead), perFrame(place));
+        if (!cycle.tells) continue;
+        const auto ahead = static_cast<int64_t>(sample - cycle.told.sample);
+        return cycle.told.host + timeOfFrames(static_cast<double>(ahead), perFrame(place));
     }
     return {};
 }
@@ -239,9 +281,8 @@ std::vector<TimedThread> timeThreads(IoTrace& trace) {
         TimedThread& timed = threads.emplace_back();
         timed.io = &io;
         const auto stamps = stampsOf.find(io.thread);
-        measureFrames(timed, stamps == stampsOf.end() ? Stamps() : stamps->second);
+        setDueTimes(timed, stamps == stampsOf.end() ? Stamps() : stamps->second);
         shiftClock(timed);
-        setDueTimes(timed);
     }
     const std::map<uint32_t, size_t> places = placesOf(threads);
     for (Overload& overload : trace.overloads) {

@@ -56,7 +56,7 @@ std::vector<TimedThread> timeThreads(IoTrace& trace);
 // Where each thread stands among them, by the clock's number.
 std::map<uint32_t, size_t> placesOf(const std::vector<TimedThread>& threads);
 
-// The lower median of what is not empty.
+// The upper median of what is not empty.
 Nanoseconds medianOf(std::vector<Nanoseconds> values);
 
 }  // namespace sonaprobe

@@ -1,9 +1,10 @@
-// The latest part of a sequence, in one piece of memory: items come at its end and go at its begin.
+// The latest part of a sequence, in memory that is used over and over: items come at its end and go
+// at its begin.
 
 #pragma once
 
 #include <cstddef>
-#include <span>
+#include <utility>
 #include <vector>
 
 namespace sonaprobe {
@@ -11,29 +12,39 @@ namespace sonaprobe {
 template <class T>
 class SlidingWindow {
   public:
-    T& emplace_back() { return kept_.emplace_back(); }
-
-    // Of a window that is not empty.
-    void pop_front() {
-        ++gone_;
-        // Each item is moved once, on average, by the time that it goes.
-        if (gone_ < kLeastGone || gone_ < kept_.size() / 2) return;
-        kept_.erase(kept_.begin(), kept_.begin() + static_cast<std::ptrdiff_t>(gone_));
-        gone_ = 0;
+    void push_back(const T& item) {
+        if (size_ == room_) grow();
+        ring_[placeOf(size_++)] = item;
     }
-    const T& front() const { return kept_[gone_]; }
 
-    bool empty() const { return gone_ == kept_.size(); }
-    size_t size() const { return kept_.size() - gone_; }
+    // So many, which have to be there.
+    void pop_front(size_t count) {
+        first_ = placeOf(count);
+        size_ -= count;
+    }
 
-    // Until it slides on.
-    std::span<const T> items() const { return std::span(kept_).subspan(gone_); }
+    size_t size() const { return size_; }
+    bool empty() const { return size_ == 0; }
+    const T& operator[](size_t item) const { return ring_[placeOf(item)]; }
+    T& back() { return ring_[placeOf(size_ - 1)]; }
 
   private:
-    static constexpr size_t kLeastGone = 1024;
+    static constexpr size_t kLeastRoom = 1024;
 
-    std::vector<T> kept_;
-    size_t gone_ = 0;  // at its begin
+    size_t placeOf(size_t item) const { return (first_ + item) & (room_ - 1); }
+
+    void grow() {
+        std::vector<T> larger(room_ == 0 ? kLeastRoom : 2 * room_);
+        for (size_t i = 0; i < size_; ++i) larger[i] = (*this)[i];
+        ring_ = std::move(larger);
+        room_ = ring_.size();
+        first_ = 0;
+    }
+
+    std::vector<T> ring_;
+    size_t room_ = 0;  // its size, a power of two
+    size_t first_ = 0;
+    size_t size_ = 0;
 };
 
 }  // namespace sonaprobe

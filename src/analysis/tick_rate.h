@@ -20,10 +20,14 @@ inline Nanoseconds saturated(Wide nanoseconds) {
     return static_cast<Nanoseconds>(std::clamp(nanoseconds, kLeast, kMost));
 }
 
-// The sum of two.
 inline Nanoseconds saturatedSum(Nanoseconds one, Nanoseconds other) {
     Nanoseconds sum = 0;
     return __builtin_add_overflow(one, other, &sum) ? saturated(Wide{one} + other) : sum;
+}
+
+inline Nanoseconds saturatedDifference(Nanoseconds one, Nanoseconds other) {
+    Nanoseconds rest = 0;
+    return __builtin_sub_overflow(one, other, &rest) ? saturated(Wide{one} - other) : rest;
 }
 
 // From one tick of the trace clock to a later one, rounded down; below 0 where it is an earlier

@@ -14,9 +14,9 @@ std::string packedCycles(const IoTrace& trace, const Survey& survey, const SlotN
     putNumber(heading, trace.threads.size());
     for (const IoThread& io : trace.threads) {
         std::vector<const IoCycle*> shown;
-        for (const IoCycle& cycle : io.cycles) {
+        io.cycles.forEach([&](const IoCycle& cycle) {
             if (survey.shows(cycle.beginSlot)) shown.push_back(&cycle);
-        }
+        });
         putNumber(heading, io.thread);
         putNumber(heading, shown.size());
 
@@ -34,7 +34,7 @@ std::string packedCycles(const IoTrace& trace, const Survey& survey, const SlotN
             [](const IoCycle& cycle, const IoCycle&) { return zigzag(cycle.end - cycle.begin); });
         // 0 where it is not known.
         forEach([](const IoCycle& cycle, const IoCycle&) {
-            return cycle.due ? 1 + zigzag(*cycle.due - cycle.begin) : 0;
+            return cycle.hasDue ? 1 + zigzag(cycle.due - cycle.begin) : 0;
         });
         forEach([](const IoCycle& cycle, const IoCycle& before) {
             return zigzag(cycle.budget - before.budget);
