@@ -109,10 +109,10 @@ void Pyramid::add(size_t level, uint32_t row, const Bar& bar) {
         in.pending = bar;
         in.pending.longest = longest;
         in.isPending = true;
-        // The cells around 0 are one.
+        // Divided once for each cell, not for each bar. The two cells around 0 are one.
         const Nanoseconds cell = bar.begin / at.resolution;
-        in.cellBegin = (cell > 0 ? cell * at.resolution : (cell - 1) * at.resolution + 1);
-        in.cellEnd = (cell < 0 ? cell * at.resolution + 1 : (cell + 1) * at.resolution);
+        in.cellBegin = cell > 0 ? cell * at.resolution : (cell - 1) * at.resolution + 1;
+        in.cellEnd = cell < 0 ? cell * at.resolution + 1 : (cell + 1) * at.resolution;
         return;
     }
     put(level, row, bar);

@@ -21,21 +21,25 @@ Json sliceJson(const Slice& slice) { return {slice.word, slice.dropHigh, slice.d
 
 }  // namespace
 
-uint32_t EventTables::otherSymbolOf(const Event& event, const Key& key) {
+uint32_t EventTables::symbolOf(const Event& event, uint32_t thread) {
+    const Key key{event.record->debugid, event.text, thread};
+    Recent& recent = recent_[Hash()(key) % kRecent];
+    if (recent.symbolAfter != 0 && recent.key == key) return recent.symbolAfter - 1;
     const auto [found, isNew] =
         symbolByKey_.try_emplace(key, static_cast<uint32_t>(symbols_.size()));
     if (isNew) {
         const uint32_t kind = kindOf(event);
         symbols_.push_back({.kind = kind,
-                            .thread = key.thread,
+                            .thread = thread,
                             .event = eventOf(codeOf(key.debugid)),
                             .words = wordsOf(kinds_[kind])});
     }
+    recent = {key, found->second + 1};
     return found->second;
 }
 
 uint32_t EventTables::kindOf(const Event& event) {
-    const Key key{event.text, event.record->debugid, 0};
+    const Key key{event.record->debugid, event.text, 0};
     const auto [found, isNew] = kindByKey_.try_emplace(key, static_cast<uint32_t>(kinds_.size()));
     if (isNew) kinds_.push_back({key.debugid, event.decoder, event.event, event.text});
     return found->second;

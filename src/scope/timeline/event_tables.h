@@ -28,13 +28,7 @@ class EventTables {
     explicit EventTables(const CodeNames& names) : names_(&names) {}
 
     // The number of a record's symbol.
-    uint32_t symbolOf(const Event& event, uint32_t thread) {
-        const Key key{event.text, event.record->debugid, thread};
-        Recent& recent = recent_[placeOf(key)];
-        if (recent.symbolAfter == 0 || recent.key != key)
-            recent = {key, otherSymbolOf(event, key) + 1};
-        return recent.symbolAfter - 1;
-    }
+    uint32_t symbolOf(const Event& event, uint32_t thread);
     Symbol& symbol(uint32_t number) { return symbols_[number]; }
     const std::vector<Symbol>& symbols() const { return symbols_; }
 
@@ -57,8 +51,8 @@ class EventTables {
         const Row* text;   // null where none answers
     };
     struct Key {
-        const Row* text;
         uint32_t debugid;
+        const Row* text;
         uint32_t thread;
         bool operator==(const Key&) const = default;
     };
@@ -74,18 +68,7 @@ class EventTables {
     uint8_t wordsOf(const Kind& kind) const;
     Json textOf(const Kind& kind) const;
 
-    uint32_t otherSymbolOf(const Event& event, const Key& key);
-
-    // The symbols that came last, each in the one place that is its own. Whatever a file says, two
-    // that share a place cost no more than another look at the table of all, so this hash has no
-    // key.
-    static constexpr unsigned kRecentBits = 12;
-    static size_t placeOf(const Key& key) {
-        constexpr uint64_t kSpread = 0x9E3779B97F4A7C15;  // 2^64 by the golden ratio
-        const auto text = reinterpret_cast<uintptr_t>(key.text);
-        return ((uint64_t{key.thread} << 32 | key.debugid) ^ text << 8) * kSpread >>
-               (64 - kRecentBits);
-    }
+    static constexpr size_t kRecent = 4096;
     struct Recent {
         Key key{};
         uint32_t symbolAfter = 0;  // 0: nothing here
@@ -98,7 +81,7 @@ class EventTables {
     tsl::robin_map<uint32_t, uint16_t> eventByCode_;
     tsl::robin_map<Key, uint32_t, Hash> kindByKey_;  // of thread 0
     tsl::robin_map<Key, uint32_t, Hash> symbolByKey_;
-    std::vector<Recent> recent_ = std::vector<Recent>(size_t{1} << kRecentBits);
+    std::vector<Recent> recent_ = std::vector<Recent>(kRecent);
 };
 
 }  // namespace sonaprobe::scope::timeline
