@@ -79,13 +79,12 @@ std::string deflated(const std::string& bytes) {
     stream->avail_in = static_cast<uint32_t>(bytes.size());
     std::string packed;
     while (stream->internal_state.state != ZSTATE_END) {
-        // Half the bytes is more than most chunks take.
         const size_t done = packed.size();
+        // Half the bytes is more than most chunks take.
         packed.resize(done + bytes.size() / 2 + kStep);
         stream->next_out = reinterpret_cast<uint8_t*>(packed.data() + done);
         stream->avail_out = static_cast<uint32_t>(packed.size() - done);
-        // Nothing fails with such a stream.
-        isal_deflate(stream.get());
+        if (isal_deflate(stream.get()) != COMP_OK) throw Failure{"the page could not be deflated"};
         packed.resize(packed.size() - stream->avail_out);
     }
     return packed;
@@ -95,8 +94,8 @@ std::string asPageText(const std::string& bytes) {
     const auto isEscaped = [](char byte) { return kEscaped[static_cast<unsigned char>(byte)]; };
     const auto escapes = static_cast<size_t>(std::ranges::count_if(bytes, isEscaped));
     std::string text(bytes.size() + escapes, '\0');
-    // Nothing foretells which bytes are escaped, so each writes an escape, which it then stands
-    // after or on.
+    // Nothing foretells which bytes are escaped, so that a branch would often go wrong: each byte
+    // writes the escape, and then itself after it or over it.
     char* at = text.data();
     for (const char byte : bytes) {
         const unsigned escape = isEscaped(byte) ? 1 : 0;

@@ -9,7 +9,8 @@ namespace sonaprobe::scope::timeline {
 void IoObserving::observe(const TraceOptions& trace) {
     IoObserver observer;
     Input input(trace);
-    for (auto slots = input.next(); !slots.empty() && !stopped_; slots = input.next()) {
+    for (auto slots = input.next(); !slots.empty(); slots = input.next()) {
+        if (stopped_) return;
         for (const TraceRecord& slot : slots) observer.take(slot);
     }
     answer_ = judgeIo(observer.finish());

@@ -17,6 +17,7 @@ namespace sonaprobe::scope::timeline {
 // the other readings together, and waits for none of them.
 class IoObserving {
   public:
+    // `trace` outlives this.
     explicit IoObserving(const TraceOptions& trace) {
         worker_.give([this, &trace] { observe(trace); });
     }

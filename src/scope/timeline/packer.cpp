@@ -79,8 +79,7 @@ class Packer {
     void orphanEnd(const TraceRecord& record, const Moment& moment);
 
     Thread& threadOf(uint32_t number) {
-        if (number >= threads_.size()) [[unlikely]]
-            threads_.resize(number + 1);
+        if (number >= threads_.size()) threads_.resize(number + 1);
         return threads_[number];
     }
     uint32_t symbolOn(uint32_t thread);
@@ -340,7 +339,7 @@ PackedTrace Packer::finish(const std::string& title, IoObserving& io) {
     pyramid_.finish();
 
     PackedTrace trace;
-    Worker beside(1);
+    Worker beside(1);  // the cycles are the largest chunk
     beside.give([&] { trace.cycles = chunkOf(packedCycles(io.answer().io, *survey_, numbers_)); });
     Json resolutions = Json::array();
     for (size_t level = pyramid_.levels(); level-- > 0;) {
