@@ -3,6 +3,7 @@
 #include "analysis/call_statistics.h"
 
 #include <algorithm>
+#include <span>
 
 #include "analysis/class_names.h"
 #include "analysis/event_names.h"
@@ -63,17 +64,18 @@ uint32_t CallStatistics::numberOf(const GroupKey& key) {
 // Whether the call that opens is inside no other of its group.
 bool CallStatistics::isOutermost(const Call& call, uint32_t group) {
     if (call.thread >= shallow_.size()) shallow_.resize(call.thread + 1);
-    ShallowGroups& shallow = shallow_[call.thread];
-    // All are compared, since a loop up to the depth ends where nothing foretells.
-    bool isInside = false;
-    for (uint32_t depth = 0; depth < kShallow; ++depth) {
-        isInside |= (shallow[depth] == group) & (depth < call.depth);
-    }
-    if (call.depth < kShallow) {
-        shallow[call.depth] = group;
+    ShallowCalls& shallow = shallow_[call.thread];
+    const uint32_t depth = std::min(call.depth, kShallow);
+    const auto around = std::span(shallow.groups).first(depth);
+    const uint32_t bit = bitOf(group);
+    bool isInside = (shallow.bits[depth] & bit) != 0 &&
+                    std::ranges::find(around, group) != around.end();
+    if (depth < kShallow) {
+        shallow.groups[depth] = group;
+        shallow.bits[depth + 1] = shallow.bits[depth] | bit;
     } else {
         const auto nesting = nesting_.try_emplace(nestingKey(call.thread, group), 0).first;
-        isInside |= nesting.value()++ > 0;
+        if (nesting.value()++ > 0) isInside = true;
     }
     return !isInside;
 }

@@ -103,8 +103,14 @@ class CallStatistics {
     static constexpr unsigned kRecentBits = 8;
 
     // The groups of a thread's open calls by their depth; what lies deeper is counted by group.
-    static constexpr uint32_t kShallow = 8;
-    using ShallowGroups = std::array<uint32_t, kShallow>;
+    static constexpr uint32_t kShallow = 4;
+    struct ShallowCalls {
+        std::array<uint32_t, kShallow> groups{};
+        std::array<uint32_t, kShallow + 1> bits{};  // by depth: of the groups above, see bitOf()
+    };
+
+    // Where a group's bit is not set, no search is needed.
+    static uint32_t bitOf(uint32_t group) { return 1U << group % 32; }
 
     // Multiplied by an odd number, keys that differ in few bits differ in the highest ones.
     static size_t placeOf(const GroupKey& key) {
@@ -135,7 +141,7 @@ class CallStatistics {
     std::vector<Recent> recent_{size_t{1} << kRecentBits};
     std::map<std::string_view, uint32_t> firstCodes_;  // of each driver
     tsl::robin_map<uint32_t, uint32_t, ValueHash> driverCodes_;
-    std::vector<ShallowGroups> shallow_;  // by thread
+    std::vector<ShallowCalls> shallow_;  // by thread
     // How many calls of a group are open on a thread, shallow ones aside.
     tsl::robin_map<uint64_t, uint32_t, ValueHash> nesting_;
 };

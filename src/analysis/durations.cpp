@@ -3,8 +3,6 @@
 #include "analysis/durations.h"
 
 #include <algorithm>
-#include <iterator>
-#include <utility>
 
 namespace sonaprobe {
 
@@ -23,11 +21,6 @@ DurationSketch::Size DurationSketch::atRank(uint64_t rank) const {
     return size;
 }
 
-void Durations::keep(uint64_t length) {
-    lengths_.push_back(length);
-    shorter_ = 0;
-}
-
 void Durations::bringSketchUpToDate() {
     if (sketch_ == nullptr) sketch_ = std::make_unique<DurationSketch>();
     for (; sketched_ < lengths_.size(); ++sketched_) sketch_->add(lengths_[sketched_]);
@@ -39,22 +32,17 @@ void Durations::forgetLengths() {
     isSketch_ = true;
 }
 
-// Sorts them as far as needed.
-uint64_t Durations::amongFew(uint64_t rank) {
-    const auto begin = lengths_.begin();
-    const auto place = begin + static_cast<std::ptrdiff_t>(rank - 1);
-    const auto known = begin + static_cast<std::ptrdiff_t>(std::exchange(shorter_, rank - 1));
-    std::nth_element(place < known ? begin : known, place, lengths_.end());
-    return *place;
-}
-
-// Sorts those of one size.
-uint64_t Durations::amongMany(uint64_t rank) {
-    bringSketchUpToDate();
-    const DurationSketch::Size size = sketch_->atRank(rank);
+// Sorts lengths of about the same size, of few all.
+uint64_t Durations::atRank(uint64_t rank) {
+    DurationSketch::Size size{.least = 0, .most = static_cast<uint64_t>(max_), .shorter = 0};
+    if (lengths_.size() >= kMany) {
+        bringSketchUpToDate();
+        size = sketch_->atRank(rank);
+    }
     std::vector<uint64_t> alike;
-    std::ranges::copy_if(lengths_, std::back_inserter(alike),
-                         [&](uint64_t length) { return size.holds(length); });
+    lengths_.forEach([&](uint64_t length) {
+        if (size.holds(length)) alike.push_back(length);
+    });
     const auto place = alike.begin() + static_cast<std::ptrdiff_t>(rank - size.shorter - 1);
     std::ranges::nth_element(alike, place);
     return *place;
@@ -64,7 +52,7 @@ Nanoseconds Durations::percentile(unsigned percent) {
     // Written so that it holds for counts that a hundredfold would overflow.
     const uint64_t rank = count_ / 100 * percent + (count_ % 100 * percent + 99) / 100;
     if (isSketch_) return std::min(max_, static_cast<Nanoseconds>(sketch_->atRank(rank).middle()));
-    return static_cast<Nanoseconds>(lengths_.size() < kMany ? amongFew(rank) : amongMany(rank));
+    return static_cast<Nanoseconds>(atRank(rank));
 }
 
 }  // namespace sonaprobe

@@ -6,9 +6,9 @@
 #include <bit>
 #include <cstdint>
 #include <memory>
-#include <span>
 #include <vector>
 
+#include "analysis/stable_list.h"
 #include "analysis/trace_clock.h"
 
 namespace sonaprobe {
@@ -64,7 +64,7 @@ class Durations {
         if (isSketch_) {
             sketch_->add(positive);
         } else {
-            keep(positive);
+            lengths_.push_back(positive);
         }
         ++count_;
         max_ = std::max(max_, length);
@@ -82,26 +82,20 @@ class Durations {
     // at least one.
     Nanoseconds percentile(unsigned percent);
 
-    // In no order; empty in a sketch.
-    std::span<const uint64_t> lengths() const { return lengths_; }
-
     bool isSketch() const { return isSketch_; }
 
   private:
     // So many are looked through by size before any are sorted.
     static constexpr size_t kMany = 4096;
 
-    void keep(uint64_t length);
     void forgetLengths();
     void bringSketchUpToDate();
-    uint64_t amongFew(uint64_t rank);
-    uint64_t amongMany(uint64_t rank);
+    uint64_t atRank(uint64_t rank);
 
-    std::vector<uint64_t> lengths_;
-    size_t shorter_ = 0;  // of few: so many stand first that are no longer than any other
+    StableList<uint64_t> lengths_;  // none where they are in the sketch alone
     std::unique_ptr<DurationSketch> sketch_;
-    size_t sketched_ = 0;    // so many of lengths_ are in the sketch
-    bool isSketch_ = false;  // lengths are in the sketch alone
+    size_t sketched_ = 0;  // so many of lengths_
+    bool isSketch_ = false;
     uint64_t count_ = 0;
     Nanoseconds max_ = 0;
 };
