@@ -9,7 +9,7 @@ namespace sonaprobe {
 // Of the newest ones those stay that are longer than all after them, of the others those that are
 // longer than all of these.
 void Silences::settle() {
-    std::array<Silence, kNewest> rising;
+    std::array<Silence, kNewest> rising{};
     size_t count = 0;
     Nanoseconds longest = 0;
     for (size_t n = newestSize_; n-- > 0;) {

@@ -57,7 +57,8 @@ class TickRate {
         if (laterTick < earlierTick || ticks > exactTicks_) {
             return nanosecondsOf(laterTick, earlierTick, divisor_);
         }
-        const UnsignedWide product = UnsignedWide{ticks * 1000} * inverse_;
+        const uint64_t thousandfold = ticks * 1000;
+        const UnsignedWide product = UnsignedWide{thousandfold} * inverse_;
         return static_cast<Nanoseconds>(static_cast<uint64_t>(product >> 64) >> shift_);
     }
 

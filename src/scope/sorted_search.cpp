@@ -102,7 +102,7 @@ class Search {
     }
 
     Nanoseconds timeOf(const FoundRecord& record) const {
-        return nanosecondsOf(record.tick, firstTick_, divisor_);
+        return TickRate(divisor_).between(firstTick_, record.tick);
     }
 
     const FileBytes* file_;

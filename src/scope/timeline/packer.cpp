@@ -251,13 +251,13 @@ void Packer::putPoint(const Moment& moment, uint8_t flags) {
 void Packer::anchor(const TraceRecord& record, Nanoseconds time) {
     constexpr uint64_t kFar = uint64_t{1} << 50;
     const uint64_t tick = record.timestamp;
-    const uint64_t divisor = tracker_.clock().ticksPerMicrosecond();
+    const TickRate& rate = tracker_.clock().rate();
+    const uint64_t divisor = rate.ticksPerMicrosecond();
     const bool isNear =
         tick - anchor_.tick + kFar < 2 * kFar && divisor < kFar / 1024 && time == bounded(time);
     const bool goesOn = anchorResets_ == resets();
     if (goesOn && isNear &&
-        (anchorIsClocks_ ||
-         saturated(Wide{anchor_.time} + nanosecondsOf(tick, anchor_.tick, divisor)) == time)) {
+        (anchorIsClocks_ || saturatedSum(anchor_.time, rate.between(anchor_.tick, tick)) == time)) {
         return;
     }
     anchorIsClocks_ = !goesOn;
