@@ -38,7 +38,7 @@ struct MissingStretch {
     uint64_t signs;  // how many
 };
 
-class CallCheck final : private CallSink {
+class CallCheck {
   public:
     CallCheck() : tracker_(*this) {}
     CallCheck(const CallCheck&) = delete;
@@ -75,10 +75,11 @@ class CallCheck final : private CallSink {
         std::optional<Cycle> ended;      // that ended last
     };
 
-    uint32_t opened(const TraceRecord& record, const Call& call, const Call* parent) override;
-    void closed(const Call& call, const Call* parent, const Closing& closing) override;
-    void point(const TraceRecord& record, const Moment& moment) override;
-    void orphanEnd(const TraceRecord& record, const Moment& moment) override;
+    friend CallTrackerOf<CallCheck>;
+    uint32_t opened(const TraceRecord& record, const Call& call, const Call* parent);
+    void closed(const Call& call, const Call* parent, const Closing& closing);
+    void point(const TraceRecord& record, const Moment& moment);
+    void orphanEnd(const TraceRecord& record, const Moment& moment);
 
     uint64_t epochNow() const;
     Thread& threadAt(uint32_t number) {
@@ -91,7 +92,7 @@ class CallCheck final : private CallSink {
     void addSkip(uint64_t samples, const Cycle& cycle, uint64_t after, uint64_t before);
     void add(uint64_t after, uint64_t before, MissingSign sign, uint32_t code);
 
-    CallTracker tracker_;
+    CallTrackerOf<CallCheck> tracker_;
     const TraceRecord* record_ = nullptr;  // that is being taken
     uint64_t epoch_ = 0;                   // counts the clock's steps back and new divisors
     CallCounts counts_;

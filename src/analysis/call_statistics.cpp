@@ -3,6 +3,7 @@
 #include "analysis/call_statistics.h"
 
 #include <algorithm>
+#include <span>
 
 #include "analysis/class_names.h"
 #include "analysis/event_names.h"
@@ -22,7 +23,7 @@ constexpr uint64_t nestingKey(uint32_t thread, uint32_t group) {
     return uint64_t{thread} << 32 | group;
 }
 
-void addTo(Nanoseconds& sum, Nanoseconds more) { sum = saturated(Wide{sum} + more); }
+void addTo(Nanoseconds& sum, Nanoseconds more) { sum = saturatedSum(sum, more); }
 
 }  // namespace
 
@@ -51,8 +52,7 @@ uint32_t CallStatistics::driverCodeOf(uint32_t code) {
     return known->second;
 }
 
-uint32_t CallStatistics::numberOf(const TraceRecord& record, uint32_t thread) {
-    const GroupKey key = keyOf(record, thread);
+uint32_t CallStatistics::numberOf(const GroupKey& key) {
     const auto [found, isNew] = groupByKey_.try_emplace(key, static_cast<uint32_t>(groups_.size()));
     if (isNew) {
         groups_.emplace_back().key = key;
@@ -61,21 +61,36 @@ uint32_t CallStatistics::numberOf(const TraceRecord& record, uint32_t thread) {
     return found->second;
 }
 
+// Whether the call that opens is inside no other of its group.
+bool CallStatistics::isOutermost(const Call& call, uint32_t group) {
+    if (call.thread >= shallow_.size()) shallow_.resize(call.thread + 1);
+    ShallowCalls& shallow = shallow_[call.thread];
+    const uint32_t depth = std::min(call.depth, kShallow);
+    const auto around = std::span(shallow.groups).first(depth);
+    const uint32_t bit = bitOf(group);
+    bool isInside = (shallow.bits[depth] & bit) != 0 &&
+                    std::ranges::find(around, group) != around.end();
+    if (depth < kShallow) {
+        shallow.groups[depth] = group;
+        shallow.bits[depth + 1] = shallow.bits[depth] | bit;
+    } else {
+        const auto nesting = nesting_.try_emplace(nestingKey(call.thread, group), 0).first;
+        if (nesting.value()++ > 0) isInside = true;
+    }
+    return !isInside;
+}
+
 uint32_t CallStatistics::open(const TraceRecord& record, const Call& call, bool selected) {
     const uint32_t group = numberOf(record, call.thread);
-    const auto nesting = nesting_.try_emplace(nestingKey(call.thread, group), 0).first;
-    const bool outermost = nesting.value()++ == 0;
-    return group | (outermost ? kOutermost : 0) | (selected ? kSelected : 0);
+    return group | (isOutermost(call, group) ? kOutermost : 0) | (selected ? kSelected : 0);
 }
 
 bool CallStatistics::close(const Call& call, const Closing& closing, bool endSelected) {
     const uint32_t number = call.tag & kGroup;
     const bool outermost = (call.tag & kOutermost) != 0;
-    const auto nesting = nesting_.find(nestingKey(call.thread, number));
-    if (outermost) {
-        nesting_.erase(nesting);
-    } else {
-        --nesting.value();
+    if (call.depth >= kShallow) {
+        const auto nesting = nesting_.find(nestingKey(call.thread, number));
+        if (--nesting.value() == 0) nesting_.erase(nesting);
     }
     if ((call.tag & kSelected) == 0 && !endSelected) return false;
 

@@ -3,47 +3,56 @@
 #include "analysis/durations.h"
 
 #include <algorithm>
-#include <utility>
 
 namespace sonaprobe {
 
 void DurationSketch::makeRoomAt(size_t place) { counts_.resize((place / kSteps + 1) * kSteps); }
 
-uint64_t DurationSketch::atRank(uint64_t rank) const {
+DurationSketch::Size DurationSketch::atRank(uint64_t rank) const {
+    Size size{};
     uint64_t seen = 0;
-    uint64_t middle = 0;
     for (size_t place = 0; place < counts_.size() && seen < rank; ++place) {
         if (counts_[place] == 0) continue;
-        seen += counts_[place];
         const size_t leftOut = place < 2 * kSteps ? 0 : place / kSteps - 1;
         const uint64_t least = (place - leftOut * kSteps) << leftOut;
-        middle = least + ((1ULL << leftOut) - 1) / 2;
+        size = {least, least + ((1ULL << leftOut) - 1), seen};
+        seen += counts_[place];
     }
-    return middle;
+    return size;
 }
 
-void Durations::keep(uint64_t length) {
-    lengths_.push_back(length);
-    shorter_ = 0;
+void Durations::bringSketchUpToDate() {
+    if (sketch_ == nullptr) sketch_ = std::make_unique<DurationSketch>();
+    for (; sketched_ < lengths_.size(); ++sketched_) sketch_->add(lengths_[sketched_]);
 }
 
-void Durations::sketch() {
-    sketch_ = std::make_unique<DurationSketch>();
-    for (const uint64_t length : lengths_) sketch_->add(length);
+void Durations::forgetLengths() {
+    bringSketchUpToDate();
     lengths_ = {};
+    isSketch_ = true;
+}
+
+// Sorts lengths of about the same size, of few all.
+uint64_t Durations::atRank(uint64_t rank) {
+    DurationSketch::Size size{.least = 0, .most = static_cast<uint64_t>(max_), .shorter = 0};
+    if (lengths_.size() >= kMany) {
+        bringSketchUpToDate();
+        size = sketch_->atRank(rank);
+    }
+    std::vector<uint64_t> alike;
+    lengths_.forEach([&](uint64_t length) {
+        if (size.holds(length)) alike.push_back(length);
+    });
+    const auto place = alike.begin() + static_cast<std::ptrdiff_t>(rank - size.shorter - 1);
+    std::ranges::nth_element(alike, place);
+    return *place;
 }
 
 Nanoseconds Durations::percentile(unsigned percent) {
     // Written so that it holds for counts that a hundredfold would overflow.
     const uint64_t rank = count_ / 100 * percent + (count_ % 100 * percent + 99) / 100;
-    if (sketch_ != nullptr) {
-        return std::min(max_, static_cast<Nanoseconds>(sketch_->atRank(rank)));
-    }
-    const auto begin = lengths_.begin();
-    const auto place = begin + static_cast<std::ptrdiff_t>(rank - 1);
-    const auto known = begin + static_cast<std::ptrdiff_t>(std::exchange(shorter_, rank - 1));
-    std::nth_element(place < known ? begin : known, place, lengths_.end());
-    return static_cast<Nanoseconds>(*place);
+    if (isSketch_) return std::min(max_, static_cast<Nanoseconds>(sketch_->atRank(rank).middle()));
+    return static_cast<Nanoseconds>(atRank(rank));
 }
 
 }  // namespace sonaprobe

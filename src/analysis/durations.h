@@ -6,9 +6,9 @@
 #include <bit>
 #include <cstdint>
 #include <memory>
-#include <span>
 #include <vector>
 
+#include "analysis/stable_list.h"
 #include "analysis/trace_clock.h"
 
 namespace sonaprobe {
@@ -32,8 +32,18 @@ class DurationSketch {
         ++counts_[place];
     }
 
-    // The length of the given rank, 1 the shortest.
-    uint64_t atRank(uint64_t rank) const;
+    // Lengths that are counted together.
+    struct Size {
+        uint64_t least;
+        uint64_t most;
+        uint64_t shorter;  // so many others are
+
+        uint64_t middle() const { return least + (most - least) / 2; }
+        bool holds(uint64_t length) const { return length - least <= most - least; }
+    };
+
+    // Those with the length of the given rank, 1 the shortest, among them.
+    Size atRank(uint64_t rank) const;
 
   private:
     // Of the low bits that are left out there are none for lengths below 2 * kSteps, one for those
@@ -51,10 +61,10 @@ class Durations {
   public:
     void add(Nanoseconds length) {
         const auto positive = static_cast<uint64_t>(length);
-        if (sketch_ != nullptr) {
+        if (isSketch_) {
             sketch_->add(positive);
         } else {
-            keep(positive);
+            lengths_.push_back(positive);
         }
         ++count_;
         max_ = std::max(max_, length);
@@ -62,7 +72,7 @@ class Durations {
 
     // Keeps counts by size instead of every length from where they are smaller.
     void becomeSketch() {
-        if (!isSketch() && lengths_.size() >= DurationSketch::kMostRoom) sketch();
+        if (!isSketch_ && lengths_.size() >= DurationSketch::kMostRoom) forgetLengths();
     }
 
     uint64_t count() const { return count_; }
@@ -72,18 +82,20 @@ class Durations {
     // at least one.
     Nanoseconds percentile(unsigned percent);
 
-    // In no order; empty in a sketch.
-    std::span<const uint64_t> lengths() const { return lengths_; }
-
-    bool isSketch() const { return sketch_ != nullptr; }
+    bool isSketch() const { return isSketch_; }
 
   private:
-    void keep(uint64_t length);
-    void sketch();
+    // So many are looked through by size before any are sorted.
+    static constexpr size_t kMany = 4096;
 
-    std::vector<uint64_t> lengths_;
-    size_t shorter_ = 0;  // so many stand first that are no longer than any other
+    void forgetLengths();
+    void bringSketchUpToDate();
+    uint64_t atRank(uint64_t rank);
+
+    StableList<uint64_t> lengths_;  // none where they are in the sketch alone
     std::unique_ptr<DurationSketch> sketch_;
+    size_t sketched_ = 0;  // so many of lengths_
+    bool isSketch_ = false;
     uint64_t count_ = 0;
     Nanoseconds max_ = 0;
 };

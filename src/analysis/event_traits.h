@@ -5,6 +5,7 @@
 #include <cstdint>
 
 #include "events/class_table.h"
+#include "events/event.h"
 #include "record/trace_record.h"
 
 namespace sonaprobe {
@@ -40,17 +41,27 @@ inline const Row* eventRowOf(uint32_t code) {
     return rowAfterEvent == 0 ? nullptr : &decoder->rows[rowAfterEvent - 1];
 }
 
+// What the event's texts answer; nothing where no decoder knows it.
+inline Answers answersOf(uint32_t code) {
+    const Decoder* const decoder = decoderOf(code);
+    return decoder == nullptr ? Answers{} : decoder->answers[eventNumberOf(code)];
+}
+
 // Whether the event's starts are points: its texts answer starts, but no ends.
 inline bool startsArePoints(uint32_t code) {
-    const Row* const event = eventRowOf(code);
-    return event != nullptr && (event->answered & kOnStart) != 0 && (event->answered & kOnEnd) == 0;
+    return (answersOf(code).all & (kOnStart | kOnEnd)) == kOnStart;
 }
 
 // Whether its texts answer starts and ends alike: whoever traces the one traces the other.
 inline bool tracesBothEnds(uint32_t code) {
     constexpr uint8_t kBoth = kOnStart | kOnEnd;
-    const Row* const event = eventRowOf(code);
-    return event != nullptr && (event->answered & kBoth) == kBoth;
+    return (answersOf(code).all & kBoth) == kBoth;
+}
+
+// Whether the record tells of a failure. Most events have no text that does.
+inline bool isFailure(const TraceRecord& record) {
+    const unsigned qualifier = 1U << static_cast<unsigned>(qualifierOf(record.debugid));
+    return (answersOf(record.debugid).failing & qualifier) != 0 && isFailure(decode(record));
 }
 
 }  // namespace sonaprobe

@@ -16,11 +16,10 @@ bool comesFirst(const LongCall& one, const LongCall& other) {
 }  // namespace
 
 void LongestCalls::open(const TraceRecord& record, const Call& call, Nanoseconds shownStart) {
-    if (kept_ > 0) startBySlot_.emplace(call.startSlot, Start{record, shownStart});
+    startBySlot_.emplace(call.startSlot, Start{record, shownStart});
 }
 
 void LongestCalls::close(const Call& call, const Closing& closing, bool counts) {
-    if (kept_ == 0) return;
     const auto start = startBySlot_.find(call.startSlot);
     if (counts && closing.how == CallEnd::finished) {
         const LongCall candidate{call,         closing.time,

@@ -2,8 +2,10 @@
 
 #pragma once
 
+#include <algorithm>
+#include <array>
 #include <cstdint>
-#include <deque>
+#include <vector>
 
 #include "analysis/trace_clock.h"
 
@@ -21,26 +23,33 @@ class Silences {
     // The next record of the file; one that was taken already changes nothing.
     void take(uint64_t slot, Nanoseconds time) {
         if (slot == slot_) return;
-        if (time > latest_) {
-            const Nanoseconds length = saturated(Wide{time} - latest_);
-            if (length >= kShortest) keep({slot_, slot, length});
-            latest_ = time;
-        }
+        const Nanoseconds length = time > latest_ ? saturated(Wide{time} - latest_) : 0;
+        latest_ = std::max(latest_, time);
+        newest_[newestSize_] = {slot_, slot, length};
+        newestSize_ += length >= kShortest ? 1 : 0;
+        if (newestSize_ == kNewest) settle();
         slot_ = slot;
     }
 
-    // The longest one that begins at the slot or later, null where there is none.
-    const Silence* longestSince(uint64_t slot) const;
+    // The longest one that begins at the slot or later, null where there is none. Holds until the
+    // next record.
+    const Silence* longestSince(uint64_t slot);
 
   private:
-    static constexpr size_t kMostKept = 4096;
+    // When so many are kept, the older half is forgotten.
+    static constexpr size_t kMostKept = 8192;
 
     // No cycle has room in less: 4 frames at 192 kHz.
     static constexpr Nanoseconds kShortest = 20'000;
 
-    void keep(const Silence& silence);
+    // Sorted out together: most of them are followed by a longer one soon.
+    static constexpr size_t kNewest = 64;
 
-    std::deque<Silence> falling_;  // none is followed by one as long
+    void settle();
+
+    std::vector<Silence> falling_;  // none is followed by one as long
+    std::array<Silence, kNewest> newest_{};
+    size_t newestSize_ = 0;
     uint64_t slot_ = 0;
     Nanoseconds latest_ = 0;
 };

@@ -18,7 +18,8 @@ class Tally {
 
     void add(uint32_t key) {
         Recent& recent = recent_[(key ^ key >> 10) % kRecent];
-        if (recent.key != key) put(std::exchange(recent, {key, 0}), counts_);
+        if (recent.key != key) [[unlikely]]
+            replace(recent, key);
         ++recent.count;
     }
 
@@ -39,6 +40,8 @@ class Tally {
     static void put(const Recent& recent, std::map<uint32_t, uint64_t>& counts) {
         if (recent.count > 0) counts[recent.key] += recent.count;
     }
+
+    void replace(Recent& recent, uint32_t key) { put(std::exchange(recent, {key, 0}), counts_); }
 
     std::map<uint32_t, uint64_t> counts_;   // but those of
     std::array<Recent, kRecent> recent_{};  // keys that came last, which need no search

@@ -7,18 +7,24 @@ namespace sonaprobe {
 bool TraceClock::takeDivisor(uint64_t ticksPerMicrosecond) {
     if (ticksPerMicrosecond == 0) return false;
     divisorKnown_ = true;
-    if (ticksPerMicrosecond == divisor_) return false;
-    divisor_ = ticksPerMicrosecond;
+    if (ticksPerMicrosecond == rate_.ticksPerMicrosecond()) return false;
+    rate_ = TickRate(ticksPerMicrosecond);
     ++divisorChanges_;
     anchored_ = false;
     return true;
 }
 
-uint32_t TraceClock::otherThread(uint64_t id) {
+uint32_t TraceClock::searchThread(uint64_t id) {
     const auto [found, isNew] = threadById_.try_emplace(id, static_cast<uint32_t>(threads_.size()));
     if (isNew) threads_.push_back({id, std::numeric_limits<Nanoseconds>::min()});
-    lastThread_ = found->second;
-    return lastThread_;
+    return found->second;
+}
+
+// Time goes on at the latest.
+void TraceClock::anchorAt(uint64_t tick) {
+    anchorTick_ = tick;
+    anchor_ = latest_;
+    anchored_ = true;
 }
 
 // A record earlier than the latest: it comes late, or the clock stepped back.

@@ -3,48 +3,17 @@
 #pragma once
 
 #include <algorithm>
+#include <array>
 #include <cstdint>
 #include <limits>
 #include <tsl/robin_map.h>
 #include <vector>
 
 #include "analysis/keyed_hash.h"
+#include "analysis/tick_rate.h"
 #include "record/trace_record.h"
 
 namespace sonaprobe {
-
-// They saturate.
-using Nanoseconds = int64_t;
-
-inline Nanoseconds saturated(Wide nanoseconds) {
-    constexpr Wide kLeast = std::numeric_limits<Nanoseconds>::min();
-    constexpr Wide kMost = std::numeric_limits<Nanoseconds>::max();
-    return static_cast<Nanoseconds>(std::clamp(nanoseconds, kLeast, kMost));
-}
-
-// The sum of two.
-inline Nanoseconds saturatedSum(Nanoseconds one, Nanoseconds other) {
-    Nanoseconds sum = 0;
-    return __builtin_add_overflow(one, other, &sum) ? saturated(Wide{one} + other) : sum;
-}
-
-// From one tick of the trace clock to a later one, rounded down; below 0 where it is an earlier
-// one. The divisor is not 0.
-inline Nanoseconds nanosecondsOf(uint64_t laterTick, uint64_t earlierTick,
-                                 uint64_t ticksPerMicrosecond) {
-    const bool forward = laterTick >= earlierTick;
-    const uint64_t ticks = forward ? laterTick - earlierTick : earlierTick - laterTick;
-    // Rounding down is away from 0 where the result is below it.
-    const uint64_t rest = forward ? 0 : ticksPerMicrosecond - 1;
-    constexpr uint64_t kHalf = std::numeric_limits<uint64_t>::max() / 2;
-    // A division of 64 bits is several times as fast. Its result cannot be too large.
-    if (ticks < kHalf / 2000 && rest < kHalf / 2) {
-        const auto length = static_cast<Nanoseconds>((ticks * 1000 + rest) / ticksPerMicrosecond);
-        return forward ? length : -length;
-    }
-    const Wide length = (Wide{ticks} * 1000 + rest) / ticksPerMicrosecond;
-    return saturated(forward ? length : -length);
-}
 
 class TraceClock {
   public:
@@ -69,7 +38,8 @@ class TraceClock {
                         .restarted = false,
                         .latestBefore = latest_};
         Nanoseconds& last = threads_[reading.thread].last;
-        if (reading.time < latest_) takeEarlier(reading, record.timestamp, last);
+        if (reading.time < latest_) [[unlikely]]
+            takeEarlier(reading, record.timestamp, last);
         last = reading.time;
         latest_ = std::max(latest_, reading.time);
         return reading;
@@ -77,10 +47,12 @@ class TraceClock {
 
     // The trace clock's own time of a record just read.
     Nanoseconds kernelTime(const TraceRecord& record) const {
-        return nanosecondsOf(record.timestamp, 0, divisor_);
+        return rate_.between(0, record.timestamp);
     }
 
-    uint64_t ticksPerMicrosecond() const { return divisor_; }
+    // In force.
+    const TickRate& rate() const { return rate_; }
+    uint64_t ticksPerMicrosecond() const { return rate_.ticksPerMicrosecond(); }
 
     // Whether a record was read before any divisor: 1000 ticks a microsecond are assumed there.
     bool assumedDivisor() const { return assumedDivisor_; }
@@ -114,23 +86,35 @@ class TraceClock {
         size_t operator()(uint64_t id) const { return keyedHash(id, 0); }
     };
 
+    // A thread of which a record came lately, as long as no other one takes its place.
+    struct Recent {
+        uint64_t id = 0;
+        uint32_t thread = kNoThread;
+    };
+    static constexpr uint32_t kNoThread = 0xFFFFFFFF;
+    static constexpr unsigned kRecentBits = 8;
+
+    // Multiplied by an odd number, ids that differ in few bits differ in the highest ones.
+    static size_t placeOf(uint64_t id) { return (id * 0x9E3779B97F4A7C15U) >> (64 - kRecentBits); }
+
     uint32_t threadOf(uint64_t id) {
-        const bool sameAgain = lastThread_ < threads_.size() && threads_[lastThread_].id == id;
-        return sameAgain ? lastThread_ : otherThread(id);
+        Recent& recent = recent_[placeOf(id)];
+        if (recent.id != id || recent.thread == kNoThread) [[unlikely]] {
+            recent = {id, searchThread(id)};
+        }
+        return recent.thread;
     }
     Nanoseconds timeOf(uint64_t tick) {
-        if (!anchored_) {
-            anchorTick_ = tick;
-            anchor_ = latest_;
-            anchored_ = true;
-        }
-        return saturatedSum(anchor_, nanosecondsOf(tick, anchorTick_, divisor_));
+        if (!anchored_) [[unlikely]]
+            anchorAt(tick);
+        return saturatedSum(anchor_, rate_.between(anchorTick_, tick));
     }
 
-    uint32_t otherThread(uint64_t id);
+    uint32_t searchThread(uint64_t id);
+    void anchorAt(uint64_t tick);
     void takeEarlier(Reading& reading, uint64_t tick, Nanoseconds lastOfThread);
 
-    uint64_t divisor_ = kAssumedDivisor;
+    TickRate rate_{kAssumedDivisor};
     bool divisorKnown_ = false;
     bool assumedDivisor_ = false;
     bool anchored_ = false;
@@ -140,7 +124,7 @@ class TraceClock {
     uint64_t stepsBack_ = 0;
     uint64_t divisorChanges_ = 0;
     uint64_t disordered_ = 0;
-    uint32_t lastThread_ = 0;
+    std::array<Recent, size_t{1} << kRecentBits> recent_{};
     std::vector<Thread> threads_;
     tsl::robin_map<uint64_t, uint32_t, Hash> threadById_;
 };

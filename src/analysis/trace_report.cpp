@@ -4,34 +4,13 @@
 
 #include <algorithm>
 
-#include "analysis/class_names.h"
-#include "analysis/event_traits.h"
-#include "events/event.h"
-
 namespace sonaprobe {
 
 namespace {
 
-bool isPoint(uint32_t debugid) {
-    switch (qualifierOf(debugid)) {
-        case Qualifier::start: return startsArePoints(codeOf(debugid));
-        case Qualifier::end: return false;
-        default: return true;
-    }
-}
-
 bool losesRecords(FindingKind kind) {
     return kind == FindingKind::misaligned || kind == FindingKind::garbage ||
            kind == FindingKind::invalidSlots || kind == FindingKind::emptySlots;
-}
-
-uint64_t& countOf(OutcomeCounts& counts, Outcome outcome) {
-    switch (outcome) {
-        case Outcome::text: return counts.printed;
-        case Outcome::gated: return counts.verboseOnly;
-        case Outcome::silent: return counts.silent;
-        default: return counts.unclassified;
-    }
 }
 
 }  // namespace
@@ -66,17 +45,14 @@ void TraceReport::takeRecord(const TraceRecord& record, uint64_t slot) {
     isFirst_ = false;
     if (clock().stepsBack() != stepsBack_) {
         stepsBack_ = clock().stepsBack();
-        const Nanoseconds back =
-            nanosecondsOf(latestTick_, record.timestamp, clock().ticksPerMicrosecond());
+        const Nanoseconds back = clock().rate().between(record.timestamp, latestTick_);
         slots_.findings().add(
             {.kind = FindingKind::stepBack, .slot = slot, .lastSlot = slot, .back = back});
         latestTick_ = record.timestamp;
     }
     latestTick_ = std::max(latestTick_, record.timestamp);
     processors_.add(record.cpuid);
-    classes_.add(classOf(record.debugid));
-    ++countOf(outcomes_, decode(record).outcome);
-    if (isPoint(record.debugid)) ++points_;
+    events_.add(record);
 }
 
 void TraceReport::finish() {

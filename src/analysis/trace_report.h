@@ -7,18 +7,11 @@
 #include <optional>
 
 #include "analysis/call_check.h"
+#include "analysis/event_tally.h"
 #include "analysis/slot_check.h"
 #include "analysis/tally.h"
 
 namespace sonaprobe {
-
-// What sonaprobe makes of records; together they are all records.
-struct OutcomeCounts {
-    uint64_t printed = 0;       // under a text of their own; the audio server's with -A
-    uint64_t verboseOnly = 0;   // the same, with -v alone
-    uint64_t silent = 0;        // known, without a text
-    uint64_t unclassified = 0;  // no decoder knows the code
-};
 
 class TraceReport {
   public:
@@ -43,11 +36,7 @@ class TraceReport {
     const std::map<uint64_t, uint64_t>& divisors() const { return divisors_; }
     std::map<uint32_t, uint64_t> recordsOfProcessor() const { return processors_.counts(); }
 
-    // By debug id without event number and qualifier; without class, too, where it is no audio
-    // code.
-    std::map<uint32_t, uint64_t> recordsOfClass() const { return classes_.counts(); }
-    const OutcomeCounts& outcomes() const { return outcomes_; }
-    uint64_t points() const { return points_; }
+    EventCounts events() const { return events_.counts(); }
 
     // Null without calls.
     const CallCounts* calls() const { return calls_ ? &calls_->counts() : nullptr; }
@@ -64,9 +53,7 @@ class TraceReport {
     uint64_t stepsBack_ = 0;
     std::map<uint64_t, uint64_t> divisors_;
     Tally processors_;
-    Tally classes_;
-    OutcomeCounts outcomes_;
-    uint64_t points_ = 0;
+    EventTally events_;
 };
 
 }  // namespace sonaprobe

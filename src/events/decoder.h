@@ -105,7 +105,6 @@ enum class FailureSign : uint8_t {
 struct Row {
     uint32_t code = 0;
     uint8_t qualifiers = 0;
-    uint8_t answered = 0;  // of an event: the qualifiers that its texts answer
     bool verbose = false;  // selected as ever, printed only under --verbose
     FailureSign failure = FailureSign::none;
     uint8_t holds = 0;  // of a text: it, its words and its values' names
@@ -127,6 +126,12 @@ enum class Gate : uint8_t {
     shut,         // nobody: its events are known, and silent
 };
 
+// The qualifiers that an event's texts answer, as sets.
+struct Answers {
+    uint8_t all = 0;
+    uint8_t failing = 0;  // by texts that may tell of a failure
+};
+
 // Rows refer to the rest by its place, so that no address in them has to be set when the program
 // starts.
 struct Decoder {
@@ -140,6 +145,7 @@ struct Decoder {
     const Stretch* names;  // of the values, one for each of the pieces
     const WordPair* wordPairs;
     std::array<uint16_t, 256> rowAfterEvent{};  // by event number; 0 where there is no such event
+    std::array<Answers, 256> answers{};         // by event number
 
     constexpr BlockText text(Stretch stretch) const {
         return {characters + stretch.begin, stretch.length};

@@ -10,6 +10,19 @@ const Row* namedRow(const Event& event) { return event.text != nullptr ? event.t
 
 }  // namespace
 
+bool outcomeHangsOnArguments(uint32_t debugid) {
+    TraceRecord example{};
+    example.debugid = debugid;
+    const Event event = decode(example);
+    if (event.event == nullptr) return false;
+    const unsigned qualifier = 1U << static_cast<unsigned>(qualifierOf(debugid));
+    const Row* const end = event.decoder->rows.data() + event.decoder->rows.size();
+    for (const Row* row = event.event + 1; row != end && !row->isEvent(); ++row) {
+        if ((row->qualifiers & qualifier) != 0) return row->condition.test != Test::always;
+    }
+    return false;
+}
+
 std::string_view groupOf(const Event& event) {
     const Row* const row = namedRow(event);
     if (row == nullptr) return {};

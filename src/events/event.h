@@ -56,6 +56,9 @@ inline Event decode(const TraceRecord& record, const Decoder* decoder) {
 }
 inline Event decode(const TraceRecord& record) { return decode(record, decoderOf(record.debugid)); }
 
+// Whether records of the debug id may have other outcomes than decode() has for one of them.
+bool outcomeHangsOnArguments(uint32_t debugid);
+
 // The names that the record's line has: its text's own, else its event's. Empty for an unknown
 // event.
 std::string_view groupOf(const Event& event);

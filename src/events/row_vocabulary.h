@@ -561,7 +561,6 @@ inline constexpr auto kTable = [] {
             table.names[pieces] = pack(entry.names[n]);
             table.pieces[pieces++] = entry.pieces[n];
         }
-        if (!row.isEvent()) table.rows[event].answered |= row.qualifiers;
         row.wordPairs = wordPairs;
         for (size_t n = 0; n < entry.wordPairCount; ++n) {
             const auto& [notZero, zero] = entry.wordPairs[n];
@@ -606,6 +605,9 @@ consteval Decoder decoder(uint32_t codeBase, size_t events) {
             result.rowAfterEvent[eventNumberOf(rows[i].code)] = static_cast<uint16_t>(i + 1);
             continue;
         }
+        Answers& answers = result.answers[eventNumberOf(lastCode)];
+        answers.all |= rows[i].qualifiers;
+        if (rows[i].failure != FailureSign::none) answers.failing |= rows[i].qualifiers;
         for (size_t earlier = eventRow + 1; earlier < i; ++earlier) {
             if (hides(rows[earlier], rows[i])) refuse("a text that an earlier one hides");
         }

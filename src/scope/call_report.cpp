@@ -103,7 +103,7 @@ void CallReport::print(Output& out, const std::vector<LongCall>& calls) const {
                  shortWordText(call.start.arg5) + "  " +
                  out.styled(eventText(code, *codeNames_), {Tone::driver, hueOf(code)}));
         const auto printRecord = [&](const char* arrow, uint64_t slot, const TraceRecord& record) {
-            const bool failed = isFailure(decode(record));
+            const bool failed = isFailure(record);
             out.line(std::string("    ") + arrow + " " +
                      out.styled("slot " + std::to_string(slot), {Tone::dim}) + "  " +
                      out.styled(textOf(record), {failed ? Tone::failure : Tone::plain}));

@@ -36,8 +36,8 @@ void forEachRecord(Input& input, TraceClock& clock, const Visit& visit) {
 
 // Takes each slot into the tracker, whose sink hears of the calls, and then visits the records:
 // visit(record, moment). What is wrong with the input is left to be said.
-template <class Visit>
-void trackCalls(Input& input, CallTracker& tracker, const Visit& visit) {
+template <class Sink, class Visit>
+void trackCalls(Input& input, CallTrackerOf<Sink>& tracker, const Visit& visit) {
     for (auto slots = input.next(); !slots.empty(); slots = input.next()) {
         for (const TraceRecord& slot : slots) {
             const Moment* const moment = tracker.take(slot);

@@ -39,6 +39,18 @@ TEST(Durations, PercentilesAreExact) {
     }
 }
 
+TEST(Durations, PercentilesTellOfLengthsThatCameLater) {
+    const std::vector<Nanoseconds> lengths = randomLengths(20'000);
+    Durations durations;
+    for (size_t count = 1; count <= lengths.size(); ++count) {
+        durations.add(lengths[count - 1]);
+        if (count % 2500 != 0) continue;
+        const std::vector<Nanoseconds> known(lengths.begin(),
+                                             lengths.begin() + static_cast<ptrdiff_t>(count));
+        EXPECT_EQ(durations.percentile(95), nearestRank(known, 95)) << count;
+    }
+}
+
 TEST(Durations, ASketchKeepsItsError) {
     const std::vector<Nanoseconds> lengths = randomLengths(100'000);
     Durations durations;

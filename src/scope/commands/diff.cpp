@@ -51,7 +51,7 @@ class Sink : public CallSink {
     void visit(const TraceRecord& record, const Moment& moment) {
         if (!contains(record, moment)) return;
         sample.take(moment.time);
-        if (isFailure(decode(record))) sample.addFailure(codeOf(record.debugid), moment.time);
+        if (isFailure(record)) sample.addFailure(codeOf(record.debugid), moment.time);
     }
 
     TraceSample sample;

@@ -111,20 +111,21 @@ void printCounts(Output& out, const FileReport& file) {
     put("processors", processorsText(report.recordsOfProcessor()));
     put("threads", countText(report.clock().threads()));
     if (report.calls() != nullptr) put("calls", callsText(*report.calls()));
-    put("points", countText(report.points()));
+    const EventCounts events = report.events();
+    put("points", countText(events.points));
     const auto putShare = [&](const char* label, uint64_t count) {
         put(label, countText(count) + ", " +
                        shareText(static_cast<double>(count) / static_cast<double>(records)));
     };
-    putShare("printed", report.outcomes().printed);
-    putShare("printed by -v", report.outcomes().verboseOnly);
-    putShare("silent", report.outcomes().silent);
-    putShare("unclassified", report.outcomes().unclassified);
+    putShare("printed", events.outcomes.printed);
+    putShare("printed by -v", events.outcomes.verboseOnly);
+    putShare("silent", events.outcomes.silent);
+    putShare("unclassified", events.outcomes.unclassified);
 }
 
 void printClasses(Output& out, const TraceReport& report) {
     const auto records = static_cast<double>(report.slots().records());
-    const std::map<uint32_t, uint64_t> counts = report.recordsOfClass();
+    const std::map<uint32_t, uint64_t> counts = report.events().recordsOfClass;
     std::vector<std::pair<uint32_t, uint64_t>> classes(counts.begin(), counts.end());
     std::ranges::stable_sort(classes, std::ranges::greater(),
                              [](const auto& entry) { return entry.second; });
@@ -155,9 +156,9 @@ void print(Output& out, const FileReport& file) {
     if (!file.damage.empty()) out.line(file.packing + ": " + file.damage);
 }
 
-Json classesOf(const TraceReport& report) {
+Json classesOf(const EventCounts& events) {
     Json classes = Json::array();
-    for (const auto& [key, count] : report.recordsOfClass()) {
+    for (const auto& [key, count] : events.recordsOfClass) {
         Json entry{{"name", classNameOf(key)}, {"class_word", codeText(key).substr(0, 6)}};
         if (classWordOf(key) == kAudioClassWord) entry["class"] = classIdOf(key);
         entry["records"] = count;
@@ -200,14 +201,14 @@ Json jsonOf(const FileReport& file) {
         entry["processors"].push_back({{"cpu", cpu}, {"records", count}});
     }
     entry["threads"] = report.clock().threads();
-    entry["classes"] = classesOf(report);
+    const EventCounts events = report.events();
+    entry["classes"] = classesOf(events);
     if (report.calls() != nullptr) entry["calls"] = jsonOf(*report.calls());
-    entry["points"] = report.points();
-    const OutcomeCounts& outcomes = report.outcomes();
-    entry["printed"] = outcomes.printed;
-    entry["printed_verbose_only"] = outcomes.verboseOnly;
-    entry["silent"] = outcomes.silent;
-    entry["unclassified"] = outcomes.unclassified;
+    entry["points"] = events.points;
+    entry["printed"] = events.outcomes.printed;
+    entry["printed_verbose_only"] = events.outcomes.verboseOnly;
+    entry["silent"] = events.outcomes.silent;
+    entry["unclassified"] = events.outcomes.unclassified;
     entry["findings"] = Json::array();
     for (const Finding& finding : report.findings().all()) {
         Json described = scope::jsonOf(finding);

@@ -27,48 +27,48 @@ struct Options {
     size_t longest = 0;
 };
 
-class Sink : public CallSink {
+class Sink {
   public:
     Sink(const Options& options, const Selection& selection)
         : statistics(options.by),
-          longest(options.longest),
           tracker(*this),
           filter_(selection, options.trace, tracker.clock()) {
+        if (options.longest > 0) longest.emplace(options.longest);
         if (!options.histogram.empty()) {
             histogram.emplace(codesNamed(options.histogram, "--histogram"));
         }
     }
 
-    uint32_t opened(const TraceRecord& record, const Call& call, const Call*) override {
-        longest.open(record, call, filter_.shown(record, call.start));
+    uint32_t opened(const TraceRecord& record, const Call& call, const Call*) {
+        if (longest) longest->open(record, call, filter_.shown(record, call.start));
         return statistics.open(record, call, filter_.contains(record, call.startSlot, call.start));
     }
 
-    void closed(const Call& call, const Call*, const Closing& closing) override {
+    void closed(const Call& call, const Call*, const Closing& closing) {
         const bool counts = statistics.close(call, closing, filter_.containsEnd(closing));
-        longest.close(call, closing, counts);
+        if (longest) longest->close(call, closing, counts);
         if (histogram && counts) histogram->add(call, closing);
     }
 
-    void point(const TraceRecord& record, const Moment& moment) override {
+    void point(const TraceRecord& record, const Moment& moment) {
         if (contains(record, moment)) statistics.countPoint(record, moment.thread);
     }
 
-    void orphanEnd(const TraceRecord& record, const Moment& moment) override {
+    void orphanEnd(const TraceRecord& record, const Moment& moment) {
         if (contains(record, moment)) statistics.countOrphanEnd(record, moment.thread);
     }
 
     void visit(const TraceRecord& record, const Moment& moment) {
         if (!contains(record, moment)) return;
         summary.take(moment.time);
-        if (isFailure(decode(record))) statistics.countFailure(record, moment.thread);
+        if (isFailure(record)) statistics.countFailure(record, moment.thread);
     }
 
     CallStatistics statistics;
-    LongestCalls longest;
+    std::optional<LongestCalls> longest;
     std::optional<Histogram> histogram;
     TraceSummary summary;
-    CallTracker tracker;
+    CallTrackerOf<Sink> tracker;
 
   private:
     bool contains(const TraceRecord& record, const Moment& moment) const {
@@ -91,7 +91,6 @@ Status run(Options& options) {
     StatisticsTable table(sink.statistics, options.by, clock, codeNames);
     table.sortBy(options.sortColumn);
     const CallReport report(clock, codeNames);
-    const std::vector<LongCall> longest = sink.longest.sorted();
 
     if (out.json()) {
         Json head{{"schema", schemaName("stats")}};
@@ -102,12 +101,12 @@ Status run(Options& options) {
         table.write(document, options.top.value_or(0));
         document.endList();
         if (sink.histogram) document.member("histogram", report.toJson(*sink.histogram));
-        if (options.longest > 0) document.member("longest", report.toJson(longest));
+        if (sink.longest) document.member("longest", report.toJson(sink.longest->sorted()));
         document.end();
     } else {
         table.print(out, options.top.value_or(out.terminal() ? kTopOnTerminal : 0));
         if (sink.histogram) report.print(out, *sink.histogram);
-        if (options.longest > 0) report.print(out, longest);
+        if (sink.longest) report.print(out, sink.longest->sorted());
         if (sink.statistics.isSketch()) {
             out.line(out.styled("percentiles are within 0.2 % of the exact ones", {Tone::dim}));
         }

@@ -22,8 +22,8 @@ inline std::string_view endedText(CallEnd how) {
 
 // Whether the record that starts the call or the one that ends it tells of a failure.
 inline bool tellsFailure(const ToldCall& told) {
-    return isFailure(decode(*told.start)) ||
-           (told.closing->end != nullptr && isFailure(decode(*told.closing->end)));
+    return isFailure(*told.start) ||
+           (told.closing->end != nullptr && isFailure(*told.closing->end));
 }
 
 template <class Row>
