@@ -55,10 +55,10 @@ int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
     const uint64_t most = uint64_t{1} + input.number<uint8_t>();
     const TraceOptions trace = fuzz::takeTrace(input);
     try {
-        timeline::Survey survey;
-        timeline::survey(trace, Selection(), survey);
-        const timeline::Thinning thinning = timeline::thinned(trace, survey, most);
-        check(timeline::pack(trace, "trace", survey, thinning),
+        timeline::IoObserving io(trace);
+        const timeline::Survey survey = timeline::survey(trace, Selection());
+        const timeline::Thinning thinning = timeline::thinned(trace, survey, io, most);
+        check(timeline::pack(trace, "trace", survey, thinning, io),
               thinning.merged == 0 ? survey.records : thinning.kept);
     } catch (const Failure& failure) {
         require(!failure.message.empty(), "a failure is told");

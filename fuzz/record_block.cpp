@@ -24,8 +24,14 @@ namespace {
 constexpr uint8_t kAllWords = 0x0F;
 constexpr uint8_t kLong = 254;
 
-RecordBlock blockOf(fuzz::Input& input) {
+struct Given {
+    std::vector<TraceRecord> records;
     RecordBlock block;
+};
+
+Given givenBy(fuzz::Input& input) {
+    Given given;
+    auto& [all, block] = given;
     // Codings are chosen by the first 512 of a column.
     const auto length = input.number<uint8_t>();
     const size_t records = length < kLong ? size_t{1} + length % 32 : 600;
@@ -40,11 +46,11 @@ RecordBlock blockOf(fuzz::Input& input) {
         const uint32_t kind = record.debugid % kinds;
         const auto [place, isNew] = places.try_emplace(kind, block.symbols.size());
         if (isNew) block.symbols.push_back({kind, kind % 5, 0, kAllWords});
-        block.local.push_back(place->second);
-        block.records.push_back(record);
+        block.add(record, place->second);
+        all.push_back(record);
     }
-    block.segments.push_back({.index = 0, .tick = block.records[0].timestamp / 2});
-    return block;
+    block.segments.push_back({.index = 0, .tick = all[0].timestamp / 2});
+    return given;
 }
 
 // The half words of one kind's column, as its coding foretells them.
@@ -88,7 +94,8 @@ void checkKinds(const RecordBlock& block, ColumnReader& columns) {
     std::unordered_map<uint32_t, uint32_t> afterTwo;
     uint32_t before = 0;
     uint32_t twoBefore = 0;
-    for (const uint32_t expected : block.local) {
+    for (size_t i = 0; i < block.records; ++i) {
+        const uint32_t expected = block.local[i];
         uint32_t& byOne = afterOne[before];
         uint32_t& byTwo =
             afterTwo.try_emplace((twoBefore * 40503 + before) % kPairs, UINT32_MAX).first->second;
@@ -101,13 +108,14 @@ void checkKinds(const RecordBlock& block, ColumnReader& columns) {
     }
 }
 
-void checkWords(const RecordBlock& block, Reader& heading, ColumnReader& columns) {
+void checkWords(const Given& given, Reader& heading, ColumnReader& columns) {
+    const auto& [records, block] = given;
     for (uint32_t kind = 0; kind < block.symbols.size(); ++kind) {
         std::vector<const TraceRecord*> mine;
         std::vector<uint32_t> ticks;
-        for (size_t i = 0; i < block.records.size(); ++i) {
+        for (size_t i = 0; i < records.size(); ++i) {
             if (block.local[i] != kind) continue;
-            mine.push_back(&block.records[i]);
+            mine.push_back(&records[i]);
             ticks.push_back(static_cast<uint32_t>(mine.back()->timestamp));
         }
         for (const auto word :
@@ -126,13 +134,14 @@ void checkWords(const RecordBlock& block, Reader& heading, ColumnReader& columns
 
 int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
     fuzz::Input input(data, size);
-    const RecordBlock block = blockOf(input);
+    const Given given = givenBy(input);
+    const auto& [records, block] = given;
     const std::string bytes = packed(block);
 
     Reader all(bytes);
     Reader heading = all.part(all.number());
     ColumnReader columns(all);
-    require(heading.number() == block.records.size(), "all records are told");
+    require(heading.number() == records.size(), "all records are told");
     require(heading.number() == block.firstSlot, "the first slot is told");
     require(heading.number() == block.symbols.size(), "all kinds are told");
     for (const LocalSymbol& symbol : block.symbols) {
@@ -146,17 +155,17 @@ int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
     for (size_t list = 0; list < 3; ++list) require(heading.number() == 0, "other lists are empty");
 
     checkKinds(block, columns);
-    for (const TraceRecord& record : block.records) {
+    for (const TraceRecord& record : records) {
         tick += static_cast<uint64_t>(columns.nextSigned());
         require(tick == record.timestamp, "the ticks are those of the records");
     }
     std::map<uint32_t, uint32_t> lastOf;  // processors, by thread
-    for (size_t i = 0; i < block.records.size(); ++i) {
+    for (size_t i = 0; i < records.size(); ++i) {
         uint32_t& last = lastOf[block.symbols[block.local[i]].thread];
         last += static_cast<uint32_t>(columns.nextSigned());
-        require(last == block.records[i].cpuid, "the processors are those of the records");
+        require(last == records[i].cpuid, "the processors are those of the records");
     }
-    checkWords(block, heading, columns);
+    checkWords(given, heading, columns);
     require(heading.atEnd(), "the heading is read");
     columns.requireEnd();
     return 0;

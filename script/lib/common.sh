@@ -6,8 +6,8 @@ cd "$(dirname "${BASH_SOURCE[0]}")/../.."
 
 # The last two are cpack's.
 BUILD_PACKAGES=(g++ cmake ninja-build pkg-config
-    libcli11-dev libsqlite3-dev nlohmann-json3-dev libzstd-dev robin-map-dev zlib1g-dev esbuild
-    dpkg-dev file)
+    libcli11-dev libisal-dev libsqlite3-dev nlohmann-json3-dev libzstd-dev robin-map-dev zlib1g-dev
+    esbuild dpkg-dev file)
 TEST_PACKAGES=(libgtest-dev libgmock-dev python3 python3-pytest util-linux
     mandoc bash-completion fish zsh less python3-jsonschema zstd pkgconf)
 PAGE_PACKAGES=(chromium fonts-dejavu-core)

@@ -3,8 +3,10 @@
 #include "scope/progress.h"
 
 #include <algorithm>
+#include <atomic>
 #include <cstdio>
 #include <string>
+#include <thread>
 #include <unistd.h>
 
 namespace sonaprobe::scope {
@@ -17,12 +19,16 @@ constexpr milliseconds kPatience{1000};
 constexpr milliseconds kInterval{100};
 constexpr uint64_t kCells = 40;
 
-bool drawn = false;
+// One thread has the bar: that which the program began with.
+const std::thread::id kFirstThread = std::this_thread::get_id();
+
+std::atomic<bool> drawn = false;
 bool ended = false;
 
 }  // namespace
 
-Progress::Progress() : enabled_(isatty(STDERR_FILENO) != 0) {}
+Progress::Progress()
+    : enabled_(std::this_thread::get_id() == kFirstThread && isatty(STDERR_FILENO) != 0) {}
 
 void Progress::show(uint64_t done, uint64_t total) {
     if (!enabled_ || ended) return;

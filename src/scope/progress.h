@@ -1,5 +1,5 @@
-// The progress bar on standard error: only where that is a terminal, and only for work that takes
-// more than a second.
+// The progress bar on standard error: only where that is a terminal, only for work that takes more
+// than a second, and only of what the program's first thread reads.
 
 #pragma once
 

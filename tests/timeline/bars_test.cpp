@@ -44,6 +44,16 @@ TEST(Pyramid, ShortCallsOfACellAreOneWithTheLongestOnesName) {
     EXPECT_EQ(bars[1].flags, 0);
 }
 
+// Several processors may write a record that is earlier than the first one.
+TEST(Pyramid, TheTwoCellsAroundTheFirstRecordAreOne) {
+    Pyramid pyramid(100, 100);
+    for (const Nanoseconds begin : {-201, -200, -101, -100, -99, 0, 99, 100}) {
+        pyramid.add(0, call(begin, begin + 1, static_cast<uint64_t>(begin + 201)));
+    }
+    pyramid.finish();
+    EXPECT_THAT(recordsOf(pyramid.bars(0, 0)), ElementsAre(0, 100, 102, 301));
+}
+
 TEST(Pyramid, ALongCallStandsAloneAndPartsWhatIsAroundIt) {
     Pyramid pyramid(100, 100);
     pyramid.add(0, call(0, 10, 1));

@@ -88,10 +88,11 @@ Status run(Options& options) {
     makeRepeatable(options.trace);
     const Selection selection = selectionOf(options.selection, options.trace);
     const auto pack = [&] {
-        timeline::Survey survey;
-        timeline::survey(options.trace, selection, survey);
-        const timeline::Thinning thinning = timeline::thinned(options.trace, survey, options.most);
-        return timeline::pack(options.trace, title, survey, thinning);
+        timeline::IoObserving io(options.trace);
+        const timeline::Survey survey = timeline::survey(options.trace, selection);
+        const timeline::Thinning thinning =
+            timeline::thinned(options.trace, survey, io, options.most);
+        return timeline::pack(options.trace, title, survey, thinning, io);
     };
     if (options.newFile.path == "-") {
         Output out({.noPager = true});

@@ -60,18 +60,14 @@ void putBars(Columns& columns, const std::vector<uint32_t>& order, Nanoseconds q
 
 }  // namespace
 
-uint32_t Rows::numberOf(RowKey key) {
-    key.depth = std::min(key.depth, kDeepest);
+uint32_t Rows::newNumber(const RowKey& key) {
     if (key.thread >= threads_.size()) threads_.resize(key.thread + 1);
     Thread& thread = threads_[key.thread];
     std::vector<uint32_t>& numbers = key.points ? thread.points : thread.calls;
     if (key.depth >= numbers.size()) numbers.resize(key.depth + 1);
-    uint32_t& after = numbers[key.depth];
-    if (after == 0) {
-        keys_.push_back(key);
-        after = static_cast<uint32_t>(keys_.size());
-    }
-    return after - 1;
+    keys_.push_back(key);
+    numbers[key.depth] = static_cast<uint32_t>(keys_.size());
+    return numbers[key.depth] - 1;
 }
 
 std::vector<uint32_t> Rows::inOrder() const {
@@ -96,7 +92,7 @@ void Pyramid::add(size_t level, uint32_t row, const Bar& bar) {
     const Nanoseconds longest = (bar.flags & kMerged) != 0 ? bar.longest : length;
     if (in.isPending) {
         Bar& pending = in.pending;
-        if (length < at.resolution && bar.begin / at.resolution == pending.begin / at.resolution) {
+        if (length < at.resolution && bar.begin >= in.cellBegin && bar.begin < in.cellEnd) {
             if (longest > pending.longest) {
                 pending.longest = longest;
                 pending.record = bar.record;
@@ -113,6 +109,10 @@ void Pyramid::add(size_t level, uint32_t row, const Bar& bar) {
         in.pending = bar;
         in.pending.longest = longest;
         in.isPending = true;
+        // Divided once for each cell, not for each bar. The two cells around 0 are one.
+        const Nanoseconds cell = bar.begin / at.resolution;
+        in.cellBegin = cell > 0 ? cell * at.resolution : (cell - 1) * at.resolution + 1;
+        in.cellEnd = cell < 0 ? cell * at.resolution + 1 : (cell + 1) * at.resolution;
         return;
     }
     put(level, row, bar);

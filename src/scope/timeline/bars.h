@@ -2,6 +2,7 @@
 
 #pragma once
 
+#include <algorithm>
 #include <cstdint>
 #include <string>
 #include <vector>
@@ -49,7 +50,15 @@ struct RowKey {
 // The rows of a trace, numbered as they appear.
 class Rows {
   public:
-    uint32_t numberOf(RowKey key);
+    uint32_t numberOf(const RowKey& key) {
+        const uint32_t depth = std::min(key.depth, kDeepest);
+        if (key.thread < threads_.size()) {
+            const Thread& thread = threads_[key.thread];
+            const std::vector<uint32_t>& numbers = key.points ? thread.points : thread.calls;
+            if (depth < numbers.size() && numbers[depth] != 0) return numbers[depth] - 1;
+        }
+        return newNumber({key.thread, depth, key.points});
+    }
     const std::vector<RowKey>& keys() const { return keys_; }
 
     // Row numbers in the order of their keys.
@@ -60,6 +69,9 @@ class Rows {
         std::vector<uint32_t> calls;  // by depth: row number after
         std::vector<uint32_t> points;
     };
+
+    uint32_t newNumber(const RowKey& key);
+
     std::vector<RowKey> keys_;
     std::vector<Thread> threads_;
 };
@@ -87,6 +99,9 @@ class Pyramid {
     struct Row {
         Bar pending{};
         bool isPending = false;
+        // Of the cell that the pending bar begins in.
+        Nanoseconds cellBegin = 0;
+        Nanoseconds cellEnd = 0;
         std::vector<Bar> bars;
     };
     struct Level {

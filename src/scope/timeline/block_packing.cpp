@@ -17,7 +17,7 @@ std::unique_ptr<RecordBlock> BlockPacking::fresh() {
 void BlockPacking::take(std::unique_ptr<RecordBlock> block) {
     // What is given to a thread has to be copyable.
     worker_.give([this, shared = std::make_shared<std::unique_ptr<RecordBlock>>(std::move(block))] {
-        chunks_.push_back(asPageText(deflated(packed(**shared), Deflating::quick)));
+        chunks_.push_back(asPageText(deflated(packed(**shared))));
         (*shared)->clear();
         const std::lock_guard lock(mutex_);
         unused_.push_back(std::move(*shared));

@@ -28,12 +28,16 @@ class Columns {
   public:
     static constexpr uint64_t kFirstLength = 248;  // a head from here on is a length, 1 to 8
 
-    void put(uint64_t number) {
-        if (number < kFirstLength) {
-            heads_.push_back(static_cast<char>(number));
-        } else {
-            putLong(number);
-        }
+    void put(uint64_t number) { heads_.push_back(headOf(number)); }
+
+    // Of many: numberAt(0), numberAt(1), and so on.
+    template <class NumberAt>
+    void putAll(size_t count, NumberAt numberAt) {
+        const size_t begin = heads_.size();
+        heads_.resize(begin + count);
+        // A pointer of its own, as bytes that are written through the vector's could be its own.
+        char* head = heads_.data() + begin;
+        for (size_t i = 0; i < count; ++i) *head++ = headOf(numberAt(i));
     }
 
     // Heads and planes, each after its length.
@@ -43,18 +47,19 @@ class Columns {
     std::string below(const std::string& heading) const;
 
   private:
-    void putLong(uint64_t number);
+    // Puts the bytes of a number that is not its own head.
+    char headOf(uint64_t number) {
+        return number < kFirstLength ? static_cast<char>(number) : putLong(number);
+    }
+    char putLong(uint64_t number);
 
     // Bytes are added to these faster than to strings.
     std::vector<char> heads_;
     std::array<std::vector<char>, 8> planes_;
 };
 
-// Quick looks for bytes that repeat alone, which costs columns 5 %.
-enum class Deflating : uint8_t { quick, well };
-
 // Deflated, with zlib's head and sum around it.
-std::string deflated(const std::string& bytes, Deflating how);
+std::string deflated(const std::string& bytes);
 
 // Bytes as characters of a page whose charset is ISO-8859-15: those that HTML would change, and
 // those that would make the browser take two bytes a character, stand after "=", 64 higher.

@@ -2,6 +2,8 @@
 
 #include "scope/timeline/cycles.h"
 
+#include <utility>
+
 #include "scope/timeline/columns.h"
 
 namespace sonaprobe::scope::timeline {
@@ -21,11 +23,9 @@ std::string packedCycles(const IoTrace& trace, const Survey& survey, const SlotN
         // One column after the other, each number after the cycle before.
         const auto forEach = [&](const auto& numberOf) {
             const IoCycle none;
-            const IoCycle* before = &none;
-            for (const IoCycle* const cycle : shown) {
-                columns.put(numberOf(*cycle, *before));
-                before = cycle;
-            }
+            columns.putAll(shown.size(), [&, before = &none](size_t i) mutable {
+                return numberOf(*shown[i], *std::exchange(before, shown[i]));
+            });
         };
         forEach([](const IoCycle& cycle, const IoCycle& before) {
             return zigzag(cycle.begin - before.begin);
@@ -42,12 +42,10 @@ std::string packedCycles(const IoTrace& trace, const Survey& survey, const SlotN
         forEach([](const IoCycle& cycle, const IoCycle&) {
             return uint64_t{cycle.overloaded ? 1U : 0U};
         });
-        uint64_t before = 0;
-        for (const IoCycle* const cycle : shown) {
-            const uint64_t record = records.placeNear(cycle->beginSlot);
-            columns.put(record - before);
-            before = record;
-        }
+        columns.putAll(shown.size(), [&, before = uint64_t{0}](size_t i) mutable {
+            const uint64_t record = records.placeNear(shown[i]->beginSlot);
+            return record - std::exchange(before, record);
+        });
     }
     return columns.below(heading);
 }

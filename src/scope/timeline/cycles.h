@@ -4,6 +4,7 @@
 
 #include <string>
 
+#include "analysis/io_cycles.h"
 #include "analysis/slot_numbers.h"
 #include "scope/timeline/survey.h"
 

@@ -2,50 +2,40 @@
 
 #pragma once
 
-#include <span>
-#include <vector>
+#include <atomic>
 
 #include "analysis/dropout_causes.h"
 #include "scope/timeline/worker.h"
 
+namespace sonaprobe::scope {
+struct TraceOptions;
+}
+
 namespace sonaprobe::scope::timeline {
 
-// Observes in a thread of its own, some slots after those that are given.
+// Reads and observes in a thread of its own, from the first moment on: it takes about as long as
+// the other readings together, and waits for none of them.
 class IoObserving {
   public:
-    void take(std::span<const TraceRecord> slots) {
-        for (; slots.size() > kSlots; slots = slots.subspan(kSlots)) give(slots.first(kSlots));
-        give(slots);
+    // `trace` outlives this.
+    explicit IoObserving(const TraceOptions& trace) {
+        worker_.give([this, &trace] { observe(trace); });
     }
+    // The reading ends with its next slots.
+    ~IoObserving() { stopped_ = true; }
 
-    // After the last slots; the answer is found meanwhile.
-    void finish() {
-        finished_ = true;
-        worker_.give([this] { answer_ = judgeIo(observer_.finish()); });
-    }
-    bool isFinished() const { return finished_; }
-
-    // After finish(): waits for it.
+    // Waits for it. Throws a Failure where the trace could not be read.
     const IoAnswer& answer() {
         worker_.finish();
         return answer_;
     }
 
   private:
-    static constexpr size_t kMostWaiting = 16;
-    // At once: memory of that size is kept by the program for the next ones.
-    static constexpr size_t kSlots = 1024;
+    void observe(const TraceOptions& trace);
 
-    void give(std::span<const TraceRecord> slots) {
-        worker_.give([this, some = std::vector(slots.begin(), slots.end())] {
-            for (const TraceRecord& slot : some) observer_.take(slot);
-        });
-    }
-
-    bool finished_ = false;
-    IoObserver observer_;
+    std::atomic<bool> stopped_ = false;
     IoAnswer answer_;
-    Worker worker_{kMostWaiting};  // the last, as it uses the rest
+    Worker worker_{1};  // the last, as it uses the rest
 };
 
 }  // namespace sonaprobe::scope::timeline

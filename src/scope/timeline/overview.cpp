@@ -8,11 +8,16 @@
 namespace sonaprobe::scope::timeline {
 
 Overview::Overview(Nanoseconds begin, Nanoseconds end)
-    : begin_(begin), width_(saturated((Wide{end} - begin) / Wide{kBuckets}) + 1) {}
+    : begin_(begin),
+      width_(saturated((Wide{end} - begin) / Wide{kBuckets}) + 1),
+      latestBegin_(begin) {}
 
-size_t Overview::bucketOf(Nanoseconds time) const {
+size_t Overview::otherBucketOf(Nanoseconds time) {
     // Times of a page are bounded, so that nothing overflows.
-    return static_cast<size_t>(std::clamp<Nanoseconds>((time - begin_) / width_, 0, kBuckets - 1));
+    latest_ =
+        static_cast<size_t>(std::clamp<Nanoseconds>((time - begin_) / width_, 0, kBuckets - 1));
+    latestBegin_ = beginOf(latest_);
+    return latest_;
 }
 
 void Overview::addRecord(Nanoseconds time, bool failure, bool merged) {

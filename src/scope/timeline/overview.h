@@ -27,13 +27,21 @@ class Overview {
     Json toJson(size_t processors) const;
 
   private:
-    size_t bucketOf(Nanoseconds time) const;
+    size_t bucketOf(Nanoseconds time) {
+        // As a rule in the bucket of the one before, which takes no division.
+        const bool isNear =
+            static_cast<uint64_t>(time - latestBegin_) < static_cast<uint64_t>(width_);
+        return isNear ? latest_ : otherBucketOf(time);
+    }
+    size_t otherBucketOf(Nanoseconds time);
     Nanoseconds beginOf(size_t bucket) const {
         return begin_ + static_cast<Nanoseconds>(bucket) * width_;
     }
 
     Nanoseconds begin_;
     Nanoseconds width_;
+    size_t latest_ = 0;  // bucket
+    Nanoseconds latestBegin_;
     std::vector<uint64_t> records_ = std::vector<uint64_t>(kBuckets);
     std::vector<uint64_t> failures_ = std::vector<uint64_t>(kBuckets);
     std::vector<uint64_t> merged_ = std::vector<uint64_t>(kBuckets);

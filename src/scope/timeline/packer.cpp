@@ -28,11 +28,9 @@ constexpr uint64_t kNoBlock = UINT64_MAX;
 constexpr Nanoseconds kCellsOfBlock = 128;
 constexpr Nanoseconds kNarrowestScreen = 400;
 
-std::string chunkOf(const std::string& bytes) {
-    return asPageText(deflated(bytes, Deflating::well));
-}
+std::string chunkOf(const std::string& bytes) { return asPageText(deflated(bytes)); }
 
-class Packer final : public CallSink {
+class Packer {
   public:
     Packer(const Survey& survey, const Thinning& thinning, const CodeNames& names)
         : survey_(&survey),
@@ -45,6 +43,8 @@ class Packer final : public CallSink {
     PackedTrace finish(const std::string& title, IoObserving& io);
 
   private:
+    friend CallTrackerOf<Packer>;
+
     // An open call that is shown.
     struct Frame {
         LongBar call{};
@@ -57,6 +57,7 @@ class Packer final : public CallSink {
     struct Thread {
         std::vector<uint32_t> open;  // frames
         uint64_t seenInBlock = kNoBlock;
+        ThreadFacts facts;
     };
 
     static Nanoseconds span(const Survey& survey) {
@@ -72,22 +73,25 @@ class Packer final : public CallSink {
         return std::max(finest / thinning.stretch, Nanoseconds{1}) * thinning.stretch;
     }
 
-    uint32_t opened(const TraceRecord& record, const Call& call, const Call* parent) override;
-    void closed(const Call& call, const Call* parent, const Closing& closing) override;
-    void point(const TraceRecord& record, const Moment& moment) override;
-    void orphanEnd(const TraceRecord& record, const Moment& moment) override;
+    uint32_t opened(const TraceRecord& record, const Call& call, const Call* parent);
+    void closed(const Call& call, const Call* parent, const Closing& closing);
+    void point(const TraceRecord& record, const Moment& moment);
+    void orphanEnd(const TraceRecord& record, const Moment& moment);
 
-    Thread& threadOf(uint32_t number);
+    Thread& threadOf(uint32_t number) {
+        if (number >= threads_.size()) threads_.resize(number + 1);
+        return threads_[number];
+    }
     uint32_t symbolOn(uint32_t thread);
     void putPoint(const Moment& moment, uint8_t flags);
     void append(const TraceRecord& record, const Moment& moment);
     void anchor(const TraceRecord& record, Nanoseconds time);
     void putSegment(const TraceRecord& record);
-    void putSymbol(uint32_t thread);
+    uint32_t placeOf(uint32_t thread);
     uint64_t resets() const {
         return tracker_.clock().stepsBack() + tracker_.clock().divisorChanges();
     }
-    uint64_t recordNumber() const { return block_->firstRecord + block_->records.size(); }
+    uint64_t recordNumber() const { return block_->firstRecord + block_->records; }
     // Of a bar whose own record is merged, one that the page has.
     uint64_t recordOfBar() const {
         return recordNumber() - (merged_ && recordNumber() > 0 ? 1 : 0);
@@ -99,7 +103,7 @@ class Packer final : public CallSink {
 
     const Survey* survey_;
     const Thinning* thinning_;
-    CallTracker tracker_{*this};
+    CallTrackerOf<Packer> tracker_{*this};
     EventTables tables_;
     SlotNumbers numbers_;  // of the records
     Rows rows_;
@@ -109,7 +113,6 @@ class Packer final : public CallSink {
     std::vector<Frame> frames_;
     std::vector<uint32_t> unused_;
     std::vector<Thread> threads_;
-    std::vector<ThreadFacts> facts_;  // by thread
 
     // The record being taken.
     Event event_{};
@@ -134,14 +137,6 @@ class Packer final : public CallSink {
     Json blockFacts_ = Json::array();
 };
 
-Packer::Thread& Packer::threadOf(uint32_t number) {
-    if (number >= threads_.size()) {
-        threads_.resize(number + 1);
-        facts_.resize(number + 1);
-    }
-    return threads_[number];
-}
-
 // The symbol of the record being taken.
 uint32_t Packer::symbolOn(uint32_t thread) {
     if (symbolAfter_ == 0) symbolAfter_ = tables_.symbolOf(event_, thread) + 1;
@@ -165,8 +160,7 @@ void Packer::take(const TraceRecord& slot) {
     if (!shown_) return;
     const Moment shown{bounded(moment->time), moment->slot, moment->thread};
     overview_.addRecord(shown.time, failure_, merged_);
-    threadOf(shown.thread);
-    facts_[shown.thread].add(shown.time, slot.cpuid);
+    threadOf(shown.thread).facts.add(shown.time, slot.cpuid);
     if (!merged_) append(slot, shown);
 }
 
@@ -194,8 +188,7 @@ uint32_t Packer::opened(const TraceRecord&, const Call& call, const Call*) {
                           .event = tables_.symbol(symbolOn(call.thread)).event,
                           .flags = static_cast<uint8_t>(flags)}};
     thread.open.push_back(place);
-    ThreadFacts& facts = facts_[call.thread];
-    facts.depth = std::max(facts.depth, frame.depth + 1);
+    thread.facts.depth = std::max(thread.facts.depth, frame.depth + 1);
     return place;
 }
 
@@ -208,8 +201,7 @@ void Packer::closed(const Call& call, const Call*, const Closing& closing) {
     const bool reset = resets() != resetsBefore_;
     if (!reset && !frame.merged) ++closedNow_;
     if (reset && !std::exchange(resetNow_, true)) {
-        block_->deeds.push_back(
-            {static_cast<uint32_t>(block_->records.size()), Deed::kAll, closing.time});
+        block_->deeds.push_back({static_cast<uint32_t>(block_->records), Deed::kAll, closing.time});
     }
 
     Bar& bar = frame.call.bar;
@@ -225,7 +217,7 @@ void Packer::closed(const Call& call, const Call*, const Closing& closing) {
     const bool waits = (bar.flags & kWaiting) != 0;
     const bool inWaiting = parent != nullptr && (parent->call.bar.flags & kWaiting) != 0;
     if (!waits && (frame.depth == 0 || (frame.depth == 1 && inWaiting))) {
-        Nanoseconds& busy = facts_[call.thread].busy;
+        Nanoseconds& busy = thread.facts.busy;
         busy = saturated(Wide{busy} + length);
         overview_.addBusy(bar.begin, bar.end);
     }
@@ -276,18 +268,19 @@ void Packer::anchor(const TraceRecord& record, Nanoseconds time) {
 
 // Tells the page of a line that is new to it; one that goes on, by a moment near the record.
 void Packer::putSegment(const TraceRecord& record) {
-    if (!block_->records.empty() && !anchorIsNew_) return;
+    if (block_->records != 0 && !anchorIsNew_) return;
     anchorIsNew_ = false;
     const auto divisor = static_cast<int64_t>(anchor_.divisor);
     const auto microseconds = static_cast<int64_t>(record.timestamp - anchor_.tick) / divisor;
     block_->segments.push_back(
-        {.index = static_cast<uint32_t>(block_->records.size()),
+        {.index = static_cast<uint32_t>(block_->records),
          .tick = anchor_.tick + static_cast<uint64_t>(microseconds * divisor),
          .time = saturated(Wide{anchor_.time} + Wide{microseconds} * 1000),
          .divisor = anchor_.divisor});
 }
 
-void Packer::putSymbol(uint32_t threadNumber) {
+// The place of its symbol in the block.
+uint32_t Packer::placeOf(uint32_t threadNumber) {
     const uint32_t number = symbolOn(threadNumber);
     Symbol& symbol = tables_.symbol(number);
     ++symbol.records;
@@ -301,11 +294,11 @@ void Packer::putSymbol(uint32_t threadNumber) {
         place = (blockNumber_ + 1) << 32 | block_->symbols.size();
         block_->symbols.push_back({number, threadNumber, firstOfThread ? before : 0, symbol.words});
     }
-    block_->local.push_back(static_cast<uint32_t>(place));
+    return static_cast<uint32_t>(place);
 }
 
 void Packer::append(const TraceRecord& record, const Moment& moment) {
-    const auto index = static_cast<uint32_t>(block_->records.size());
+    const auto index = static_cast<uint32_t>(block_->records);
     if (index == 0) {
         block_->firstSlot = moment.slot;
         block_->least = block_->latest = moment.time;
@@ -315,19 +308,19 @@ void Packer::append(const TraceRecord& record, const Moment& moment) {
     slotsSeen_ = moment.slot + 1;
     numbers_.add(moment.slot);
     putSegment(record);
-    putSymbol(moment.thread);
+    const uint32_t place = placeOf(moment.thread);
     const uint32_t usual = qualifierOf(record.debugid) == Qualifier::end ? 1 : 0;
     if (closedNow_ != usual) block_->deeds.push_back({index, closedNow_, 0});
     if (failure_) block_->failures.push_back({index});
     block_->least = std::min(block_->least, moment.time);
     block_->latest = std::max(block_->latest, moment.time);
-    block_->records.push_back(record);
-    if (block_->records.size() == RecordBlock::kRecords) flush();
+    block_->add(record, place);
+    if (block_->records == RecordBlock::kRecords) flush();
 }
 
 // Hands the block on to be packed.
 void Packer::flush() {
-    if (block_->records.empty()) return;
+    if (block_->records == 0) return;
     blockFacts_.push_back(block_->firstRecord);
     blockFacts_.push_back(block_->least);
     blockFacts_.push_back(block_->latest);
@@ -346,6 +339,8 @@ PackedTrace Packer::finish(const std::string& title, IoObserving& io) {
     pyramid_.finish();
 
     PackedTrace trace;
+    Worker beside(1);  // the cycles are the largest chunk
+    beside.give([&] { trace.cycles = chunkOf(packedCycles(io.answer().io, *survey_, numbers_)); });
     Json resolutions = Json::array();
     for (size_t level = pyramid_.levels(); level-- > 0;) {
         resolutions.push_back(pyramid_.resolution(level));
@@ -354,11 +349,14 @@ PackedTrace Packer::finish(const std::string& title, IoObserving& io) {
     trace.longBars = chunkOf(longBars_.packed(rows_));
 
     const IoAnswer& answer = io.answer();
-    std::set<size_t> processors;  // that have records
-    for (const ThreadFacts& facts : facts_) {
-        for (size_t i = 0; i < facts.processors.size(); ++i) {
-            if (facts.processors[i] > 0) processors.insert(i);
+    std::vector<ThreadFacts> facts;  // by thread
+    std::set<size_t> processors;     // that have records
+    for (Thread& thread : threads_) {
+        thread.facts.id = tracker_.clock().threadId(static_cast<uint32_t>(facts.size()));
+        for (size_t i = 0; i < thread.facts.processors.size(); ++i) {
+            if (thread.facts.processors[i] > 0) processors.insert(i);
         }
+        facts.push_back(std::move(thread.facts));
     }
     Json head{{"format", kFormat},
               {"title", title},
@@ -368,32 +366,29 @@ PackedTrace Packer::finish(const std::string& title, IoObserving& io) {
     head["notes"] =
         notesOf(answer, recordNumber(), !survey_->shown.empty(), *thinning_, title, overview_);
     tables_.describe(head);
-    head["lanes"] = lanesOf(facts_, answer.io, tables_);
-    head["dropouts"] = dropoutsOf(answer, head["lanes"], numbers_, tables_.names());
+    head["lanes"] = lanesOf(facts, answer.io, tables_);
+    head["dropouts"] = dropoutsOf(answer, facts, head["lanes"], numbers_, tables_.names());
     head["processors"] = processors;
     head["overview"] = overview_.toJson(processors.empty() ? 0 : *processors.rbegin() + 1);
     head["blocks"] = std::move(blockFacts_);
     head["levels"] = std::move(resolutions);
-    trace.cycles = chunkOf(packedCycles(answer.io, *survey_, numbers_));
     trace.head = chunkOf(head.dump());
+    beside.finish();
     trace.blocks = packing_.finish();
     return trace;
 }
 
 }  // namespace
 
-PackedTrace pack(const TraceOptions& trace, const std::string& title, Survey& survey,
-                 const Thinning& thinning) {
+PackedTrace pack(const TraceOptions& trace, const std::string& title, const Survey& survey,
+                 const Thinning& thinning, IoObserving& io) {
     const CodeNames names = readCodeNames(trace.names);
     Packer packer(survey, thinning, names);
-    const bool observes = !survey.io.isFinished();
     Input input(trace);
     for (auto slots = input.next(); !slots.empty(); slots = input.next()) {
-        if (observes) survey.io.take(slots);
         for (const TraceRecord& slot : slots) packer.take(slot);
     }
-    if (observes) survey.io.finish();
-    return packer.finish(title, survey.io);
+    return packer.finish(title, io);
 }
 
 }  // namespace sonaprobe::scope::timeline

@@ -6,6 +6,7 @@
 #include <string>
 #include <vector>
 
+#include "scope/timeline/io_observing.h"
 #include "scope/timeline/survey.h"
 #include "scope/timeline/thinning.h"
 
@@ -21,7 +22,7 @@ struct PackedTrace {
 };
 
 // Memory grows with the page, threads and open calls, not with the trace. Throws a Failure.
-PackedTrace pack(const TraceOptions& trace, const std::string& title, Survey& survey,
-                 const Thinning& thinning);
+PackedTrace pack(const TraceOptions& trace, const std::string& title, const Survey& survey,
+                 const Thinning& thinning, IoObserving& io);
 
 }  // namespace sonaprobe::scope::timeline

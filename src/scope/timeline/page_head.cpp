@@ -64,7 +64,8 @@ void ThreadFacts::add(Nanoseconds time, uint32_t processor) {
 
 Json lanesOf(const std::vector<ThreadFacts>& threads, const IoTrace& io,
              const EventTables& tables) {
-    std::vector<uint8_t> isIo(io.threadIds.size());
+    // Of a file that grows, either reading may have seen more threads than the other.
+    std::vector<uint8_t> isIo(std::max(threads.size(), io.threadIds.size()));
     for (const IoThread& thread : io.threads) isIo[thread.thread] = 1;
     const std::vector<std::string> drivers = driversOf(threads.size(), tables);
     std::vector<uint32_t> order;
@@ -81,8 +82,8 @@ Json lanesOf(const std::vector<ThreadFacts>& threads, const IoTrace& io,
         lanes.push_back(
             {{"kind", isIo[thread] != 0 ? "io" : "thread"},
              {"thread", thread},
-             {"id", wordText(io.threadIds[thread])},
-             {"name", "thread " + shortWordText(io.threadIds[thread])},
+             {"id", wordText(facts.id)},
+             {"name", "thread " + shortWordText(facts.id)},
              {"depth", std::min(facts.depth, kDeepest + 1)},
              {"records", facts.records},
              {"busy", facts.busy},
@@ -94,11 +95,11 @@ Json lanesOf(const std::vector<ThreadFacts>& threads, const IoTrace& io,
     return lanes;
 }
 
-Json dropoutsOf(const IoAnswer& answer, const Json& lanes, const SlotNumbers& records,
-                const CodeNames& names) {
+Json dropoutsOf(const IoAnswer& answer, const std::vector<ThreadFacts>& threads, const Json& lanes,
+                const SlotNumbers& records, const CodeNames& names) {
     std::map<uint64_t, size_t> laneOf;  // by thread id
     for (size_t lane = 0; lane < lanes.size(); ++lane) {
-        laneOf[answer.io.threadIds[lanes[lane]["thread"].get<uint32_t>()]] = lane;
+        laneOf[threads[lanes[lane]["thread"].get<uint32_t>()].id] = lane;
     }
     Json list = Json::array();
     for (const Dropout& dropout : answer.dropouts) {

@@ -5,6 +5,7 @@
 #include <string>
 #include <vector>
 
+#include "analysis/dropout_causes.h"
 #include "analysis/slot_numbers.h"
 #include "scope/json.h"
 #include "scope/timeline/event_tables.h"
@@ -16,6 +17,7 @@ namespace sonaprobe::scope::timeline {
 
 // What there is to say of a thread, of its merged records too.
 struct ThreadFacts {
+    uint64_t id = 0;
     uint64_t records = 0;
     Nanoseconds begin = 0;
     Nanoseconds end = 0;
@@ -30,8 +32,8 @@ struct ThreadFacts {
 Json lanesOf(const std::vector<ThreadFacts>& threads, const IoTrace& io, const EventTables& tables);
 
 // `records` are the slots of the page's records.
-Json dropoutsOf(const IoAnswer& answer, const Json& lanes, const SlotNumbers& records,
-                const CodeNames& names);
+Json dropoutsOf(const IoAnswer& answer, const std::vector<ThreadFacts>& threads, const Json& lanes,
+                const SlotNumbers& records, const CodeNames& names);
 
 // What the page must say beforehand; it has so many records, of all or of a part. `title` is the
 // file's name.

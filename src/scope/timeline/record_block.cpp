@@ -5,8 +5,10 @@
 #include <algorithm>
 #include <array>
 #include <bit>
+#include <memory>
 #include <span>
 #include <tsl/robin_map.h>
+#include <utility>
 
 #include "scope/timeline/columns.h"
 
@@ -37,46 +39,49 @@ struct Column {
     std::span<const Half> ticks;
 };
 
-// Calls put() with each number to be stored.
-template <Coding kCoding, class Put>
-void codeBy(const Column& column, const Put& put) {
-    Half before = 0;
-    Half step = 0;
-    for (size_t i = 0; i < column.values.size(); ++i) {
-        const Half value = column.values[i];
-        const Half number = kCoding == Coding::afterTick ? value - column.ticks[i] : value;
+// Gives the numbers to be stored, one after the other: to be asked for each record in turn.
+template <Coding kCoding>
+auto codeBy(const Column& column) {
+    return [values = column.values.data(), ticks = column.ticks.data(), before = Half{0},
+            step = Half{0}](size_t i) mutable {
+        const Half number = kCoding == Coding::afterTick ? values[i] - ticks[i] : values[i];
         const Half base = kCoding == Coding::value   ? 0
                           : kCoding == Coding::slope ? before + step
                                                      : before;
-        put(zigzag(static_cast<int32_t>(number - base)));
         step = number - before;
         before = number;
+        return zigzag(static_cast<int32_t>(number - base));
+    };
+}
+
+// Calls take() with what gives the numbers.
+template <class Take>
+void code(const Column& column, Coding coding, const Take& take) {
+    switch (coding) {
+        case Coding::delta: return take(codeBy<Coding::delta>(column));
+        case Coding::slope: return take(codeBy<Coding::slope>(column));
+        case Coding::afterTick: return take(codeBy<Coding::afterTick>(column));
+        default: return take(codeBy<Coding::value>(column));
     }
 }
 
-template <class Put>
-void code(const Column& column, Coding coding, const Put& put) {
-    switch (coding) {
-        case Coding::delta: return codeBy<Coding::delta>(column, put);
-        case Coding::slope: return codeBy<Coding::slope>(column, put);
-        case Coding::afterTick: return codeBy<Coding::afterTick>(column, put);
-        default: return codeBy<Coding::value>(column, put);
+// By how many bits a number has: what it takes, at a guess, once it is deflated.
+constexpr std::array<uint8_t, 33> kBits = [] {
+    std::array<uint8_t, 33> cost{};
+    for (size_t i = 1; i < cost.size(); ++i) {
+        cost[i] = static_cast<uint8_t>(i <= 8 ? i + 1 : i + 4);
     }
-}
+    cost[0] = 1;
+    return cost;
+}();
 
 // About how many bits the numbers take once they are deflated.
 uint64_t costOf(const Column& column, Coding coding) {
     uint64_t bits = 0;
-    code(column, coding, [&](uint32_t number) {
-        constexpr std::array<uint8_t, 33> kBits = [] {
-            std::array<uint8_t, 33> cost{};
-            for (size_t i = 1; i < cost.size(); ++i) {
-                cost[i] = static_cast<uint8_t>(i <= 8 ? i + 1 : i + 4);
-            }
-            cost[0] = 1;
-            return cost;
-        }();
-        bits += kBits[32U - static_cast<unsigned>(number == 0 ? 32 : __builtin_clz(number))];
+    code(column, coding, [&](auto numberAt) {
+        for (size_t i = 0; i < column.values.size(); ++i) {
+            bits += kBits[static_cast<size_t>(std::bit_width(numberAt(i)))];
+        }
     });
     return bits;
 }
@@ -99,7 +104,9 @@ class WordPacker {
 
     void pack(const Column& column) {
         const Half first = column.values.front();
-        if (std::ranges::all_of(column.values, [&](Half value) { return value == first; })) {
+        Half differing = 0;  // bits; all are looked at, which takes less than a branch for each
+        for (const Half value : column.values) differing |= value ^ first;
+        if (differing == 0) {
             choose(Coding::constant);
             putNumber(*heading_, first);
             return;
@@ -122,12 +129,14 @@ class WordPacker {
                 choose(Coding::dictionary);
                 putNumber(*heading_, dictionary.size());
                 for (const Half value : dictionary) putNumber(*heading_, value);
-                for (const Half value : column.values) columns_->put(places_.at(value));
+                columns_->putAll(column.values.size(),
+                                 [&](size_t i) { return places_.at(column.values[i]); });
                 return;
             }
         }
         choose(best);
-        code(column, best, [&](uint32_t number) { columns_->put(number); });
+        code(column, best,
+             [&](auto numberAt) { columns_->putAll(column.values.size(), numberAt); });
     }
 
   private:
@@ -146,27 +155,28 @@ void packSymbols(const RecordBlock& block, Columns& columns) {
     std::vector<uint32_t> afterTwo(kPairs, kNone);
     uint32_t before = 0;
     uint32_t twoBefore = 0;
-    for (const uint32_t local : block.local) {
+    columns.putAll(block.records, [&, locals = block.local.get()](size_t i) {
+        const uint32_t local = locals[i];
         uint32_t& byOne = afterOne[before];
         uint32_t& byTwo = afterTwo[(twoBefore * 40503 + before) % kPairs];
-        columns.put(byTwo == local ? 0 : byOne == local ? 1 : local + 2);
+        const uint32_t number = byTwo == local ? 0 : byOne == local ? 1 : local + 2;
         byOne = byTwo = local;
         twoBefore = before;
         before = local + 1;
-    }
+        return number;
+    });
 }
 
 void packTicks(const RecordBlock& block, Columns& columns) {
-    auto segment = block.segments.begin();
-    uint64_t before = 0;
-    for (size_t i = 0; i < block.records.size(); ++i) {
-        const uint64_t tick = block.records[i].timestamp;
-        if (segment != block.segments.end() && segment->index == i) {
-            before = segment->tick;
-            ++segment;
-        }
-        columns.put(zigzag(static_cast<int64_t>(tick - before)));
-        before = tick;
+    // A block begins with a segment.
+    for (size_t k = 0; k < block.segments.size(); ++k) {
+        const size_t begin = block.segments[k].index;
+        const size_t end =
+            k + 1 < block.segments.size() ? block.segments[k + 1].index : block.records;
+        columns.putAll(end - begin, [before = block.segments[k].tick,
+                                     ticks = block.ticks.get() + begin](size_t i) mutable {
+            return zigzag(static_cast<int64_t>(ticks[i] - std::exchange(before, ticks[i])));
+        });
     }
 }
 
@@ -178,53 +188,45 @@ void packProcessors(const RecordBlock& block, Columns& columns) {
         threadOf.push_back(threads.try_emplace(symbol.thread, threads.size()).first->second);
     }
     std::vector<uint32_t> lastOf(threads.size());
-    for (size_t i = 0; i < block.records.size(); ++i) {
+    columns.putAll(block.records, [&](size_t i) {
         uint32_t& last = lastOf[threadOf[block.local[i]]];
-        columns.put(zigzag(static_cast<int32_t>(block.records[i].cpuid - last)));
-        last = block.records[i].cpuid;
-    }
+        const uint32_t processor = block.processors[i];
+        return zigzag(static_cast<int32_t>(processor - std::exchange(last, processor)));
+    });
 }
 
 void packWords(const RecordBlock& block, std::string& heading, Columns& columns) {
     // The records of each symbol, in their order.
+    struct Entry {
+        RecordBlock::Words words;
+        Half tick;
+    };
     std::vector<uint32_t> begins(block.symbols.size() + 1);
-    for (const uint32_t local : block.local) ++begins[local + 1];
+    for (size_t i = 0; i < block.records; ++i) ++begins[block.local[i] + 1];
     for (size_t i = 1; i < begins.size(); ++i) begins[i] += begins[i - 1];
-    std::vector<uint32_t> order(block.local.size());
+    const auto entries = std::make_unique_for_overwrite<Entry[]>(block.records);
     std::vector<uint32_t> next = begins;
-    for (size_t i = 0; i < block.local.size(); ++i) {
-        order[next[block.local[i]]++] = static_cast<uint32_t>(i);
+    for (size_t i = 0; i < block.records; ++i) {
+        entries[next[block.local[i]]++] = {block.words[i], static_cast<Half>(block.ticks[i])};
     }
 
     WordPacker packer(heading, columns);
     std::vector<Half> ticks;
-    std::array<std::vector<Half>, 4> low;
-    std::array<std::vector<Half>, 4> high;
+    std::vector<Half> low;
+    std::vector<Half> high;
     for (size_t i = 0; i < block.symbols.size(); ++i) {
-        const std::span<const uint32_t> mine(order.data() + begins[i], begins[i + 1] - begins[i]);
-        const size_t count = mine.size();
-        const auto isKept = [&](size_t word) { return (block.symbols[i].words >> word & 1) != 0; };
+        const std::span mine(entries.get() + begins[i], begins[i + 1] - begins[i]);
         if (block.symbols[i].words == 0) continue;
-        ticks.resize(count);
-        for (size_t word = 0; word < low.size(); ++word) {
-            if (!isKept(word)) continue;
-            low[word].resize(count);
-            high[word].resize(count);
-        }
-        for (size_t k = 0; k < count; ++k) {
-            const TraceRecord& record = block.records[mine[k]];
-            const std::array words = {record.arg1, record.arg2, record.arg3, record.arg4};
-            ticks[k] = static_cast<Half>(record.timestamp);
-            for (size_t word = 0; word < words.size(); ++word) {
-                if (!isKept(word)) continue;
-                low[word][k] = static_cast<Half>(words[word]);
-                high[word][k] = static_cast<Half>(words[word] >> 32);
+        for (std::vector<Half>* const column : {&ticks, &low, &high}) column->resize(mine.size());
+        for (size_t k = 0; k < mine.size(); ++k) ticks[k] = mine[k].tick;
+        for (size_t word = 0; word < RecordBlock::Words().size(); ++word) {
+            if ((block.symbols[i].words >> word & 1) == 0) continue;
+            for (size_t k = 0; k < mine.size(); ++k) {
+                low[k] = static_cast<Half>(mine[k].words[word]);
+                high[k] = static_cast<Half>(mine[k].words[word] >> 32);
             }
-        }
-        for (size_t word = 0; word < low.size(); ++word) {
-            if (!isKept(word)) continue;
-            packer.pack({low[word], ticks});
-            packer.pack({high[word], ticks});
+            packer.pack({low, ticks});
+            packer.pack({high, ticks});
         }
     }
 }
@@ -246,8 +248,7 @@ void putList(std::string& heading, const std::vector<Entry>& entries, const Put&
 void RecordBlock::clear() {
     firstRecord = firstSlot = 0;
     least = latest = 0;
-    records.clear();
-    local.clear();
+    records = 0;
     symbols.clear();
     segments.clear();
     deeds.clear();
@@ -257,7 +258,7 @@ void RecordBlock::clear() {
 
 std::string packed(const RecordBlock& block) {
     std::string heading;
-    putNumber(heading, block.records.size());
+    putNumber(heading, block.records);
     putNumber(heading, block.firstSlot);
     putNumber(heading, block.symbols.size());
     for (const LocalSymbol& symbol : block.symbols) {

@@ -3,7 +3,9 @@
 
 #pragma once
 
+#include <array>
 #include <cstdint>
+#include <memory>
 #include <string>
 #include <vector>
 
@@ -50,20 +52,40 @@ struct LocalSymbol {
     uint8_t words = 0;   // bit n: arg n + 1 is kept
 };
 
+// What records have, each part apart from the others, as the page has it.
 struct RecordBlock {
     static constexpr size_t kRecords = 65536;
+    using Words = std::array<uint64_t, 4>;
+
+    template <class Part>
+    static std::unique_ptr<Part[]> ofEach() {
+        return std::make_unique_for_overwrite<Part[]>(kRecords);
+    }
 
     uint64_t firstRecord = 0;
     uint64_t firstSlot = 0;
     Nanoseconds least = 0;
     Nanoseconds latest = 0;
-    std::vector<TraceRecord> records;
-    std::vector<uint32_t> local;  // by record: its place in `symbols`
+    // By record; touched only as far as there are records.
+    size_t records = 0;
+    std::unique_ptr<uint32_t[]> local = ofEach<uint32_t>();  // its place in `symbols`
+    std::unique_ptr<uint64_t[]> ticks = ofEach<uint64_t>();
+    std::unique_ptr<uint32_t[]> processors = ofEach<uint32_t>();
+    std::unique_ptr<Words[]> words = ofEach<Words>();
     std::vector<LocalSymbol> symbols;
     std::vector<Segment> segments;
     std::vector<Deed> deeds;
     std::vector<Failing> failures;
     std::vector<SlotGap> gaps;
+
+    // Less than kRecords are there.
+    void add(const TraceRecord& record, uint32_t place) {
+        local[records] = place;
+        ticks[records] = record.timestamp;
+        processors[records] = record.cpuid;
+        words[records] = {record.arg1, record.arg2, record.arg3, record.arg4};
+        ++records;
+    }
 
     // Keeps its memory.
     void clear();

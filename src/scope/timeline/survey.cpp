@@ -46,7 +46,8 @@ class ShownSlots final : public CallSink {
 
 }  // namespace
 
-void survey(const TraceOptions& trace, const Selection& selection, Survey& survey) {
+Survey survey(const TraceOptions& trace, const Selection& selection) {
+    Survey survey;
     Input input(trace);
     TraceClock clock;
     ShownSlots shown(survey.shown);
@@ -87,6 +88,7 @@ void survey(const TraceOptions& trace, const Selection& selection, Survey& surve
         longer += begun[bits + 1];
         survey.stretches[bits] = longer;
     }
+    return survey;
 }
 
 }  // namespace sonaprobe::scope::timeline

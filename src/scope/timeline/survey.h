@@ -6,7 +6,7 @@
 #include <vector>
 
 #include "analysis/selection.h"
-#include "scope/timeline/io_observing.h"
+#include "analysis/trace_clock.h"
 
 namespace sonaprobe::scope {
 struct TraceOptions;
@@ -23,12 +23,13 @@ struct Survey {
     std::vector<bool> shown{};
     // By n: how often a thread's record begins another stretch of 2^n ns, at their multiples.
     std::array<uint64_t, 64> stretches{};
-    IoObserving io{};  // by a later reading
 
-    bool shows(uint64_t slot) const { return shown.empty() || shown[slot]; }
+    bool shows(uint64_t slot) const {
+        return shown.empty() || (slot < shown.size() && shown[slot]);
+    }
 };
 
 // Throws a Failure where no record is selected.
-void survey(const TraceOptions& trace, const Selection& selection, Survey& survey);
+Survey survey(const TraceOptions& trace, const Selection& selection);
 
 }  // namespace sonaprobe::scope::timeline

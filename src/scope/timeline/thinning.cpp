@@ -26,8 +26,8 @@ constexpr uint64_t kRecordsOfStretch = 4;
 // Records that are kept because of dropouts.
 class NearDropouts {
   public:
-    NearDropouts(Survey& survey, uint64_t most) {
-        for (const Dropout& dropout : survey.io.answer().dropouts) {
+    NearDropouts(const Survey& survey, const IoAnswer& answer, uint64_t most) {
+        for (const Dropout& dropout : answer.dropouts) {
             times_.push_back(dropout.time);
             const std::vector<uint64_t>& slots = dropout.verdict.evidence;
             evidence_.insert(evidence_.end(), slots.begin(), slots.end());
@@ -243,19 +243,11 @@ Thinning thinnedBy(const TraceOptions& trace, const Survey& survey,
     return thinner.finish();
 }
 
-// Dropouts are to be known before any record is merged.
-void observe(const TraceOptions& trace, IoObserving& io) {
-    Input input(trace);
-    for (auto slots = input.next(); !slots.empty(); slots = input.next()) io.take(slots);
-    io.finish();
-}
-
 }  // namespace
 
-Thinning thinned(const TraceOptions& trace, Survey& survey, uint64_t most) {
+Thinning thinned(const TraceOptions& trace, const Survey& survey, IoObserving& io, uint64_t most) {
     if (survey.records <= most) return {};
-    observe(trace, survey.io);
-    const NearDropouts nearDropouts(survey, most);
+    const NearDropouts nearDropouts(survey, io.answer(), most);
     const Nanoseconds longest = (survey.end - survey.begin) / kLeastStretches;
     unsigned bits = 0;
     while (Nanoseconds{1} << bits < longest && survey.stretches[bits] > most / kRecordsOfStretch) {

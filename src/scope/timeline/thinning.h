@@ -5,6 +5,7 @@
 
 #include <vector>
 
+#include "scope/timeline/io_observing.h"
 #include "scope/timeline/survey.h"
 
 namespace sonaprobe::scope::timeline {
@@ -25,6 +26,6 @@ struct Thinning {
 // Nothing is merged where no more records are shown than `most`. Otherwise the trace is read, as a
 // rule once, with stretches as short as `most` allows; more records stay where longer ones would
 // leave nothing to be seen.
-Thinning thinned(const TraceOptions& trace, Survey& survey, uint64_t most);
+Thinning thinned(const TraceOptions& trace, const Survey& survey, IoObserving& io, uint64_t most);
 
 }  // namespace sonaprobe::scope::timeline
