@@ -208,17 +208,16 @@ void IoObserver::addTime(const Server& server, OwnerKey owner, Nanoseconds time)
 
 void IoObserver::endCycle(const TraceRecord& end, const Call& call, const Closing& closing) {
     Server& server = serverOf(call.thread);
-    IoCycle* const cycle = std::exchange(server.open, nullptr);
-    if (cycle != nullptr) {
-        cycle->finished = true;
-        cycle->end = bounded(closing.time);
-        cycle->endSlot = closing.slot;
-        addTime(server, kCycleItself, bounded(closing.selfOf(call)));
-    }
     tell(server, end, closing.time);
-    if (cycle == nullptr || !server.told) return;
-    cycle->tells = true;
-    cycle->told = *server.told;
+    IoCycle* const cycle = server.open;
+    if (cycle == nullptr) return;
+    cycle->finished = true;
+    cycle->end = bounded(closing.time);
+    cycle->endSlot = closing.slot;
+    addTime(server, kCycleItself, bounded(closing.selfOf(call)));
+    cycle->tells = server.told.has_value();
+    if (server.told) cycle->told = *server.told;
+    server.open = nullptr;
 }
 
 // What an end of a cycle says of the next one's time.

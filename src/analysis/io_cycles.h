@@ -70,7 +70,7 @@ struct IoCycle {
 
 // How much of its time a thread's cycles were an owner's, as often as it had some.
 struct OwnerTimes {
-    OwnerKey owner;
+    OwnerKey owner = 0;
     StableList<Nanoseconds> times{};
     StableList<uint32_t> cycles{};
 };

@@ -289,13 +289,17 @@ std::vector<TimedThread> timeThreads(IoTrace& trace) {
         const auto place = places.find(overload.thread);
         if (place == places.end()) continue;
         TimedThread& timed = threads[place->second];
+        timed.hasDropouts = true;
         if (overload.targetHost) *overload.targetHost -= timed.clockShift;
         findCycle(overload, timed.io->cycles);
         if (overload.cycle != kNoCycle) timed.io->cycles[overload.cycle].overloaded = true;
     }
-    for (TimedThread& timed : threads) learnUsual(timed);
     assignStamps(threads, places, stampsOf);
-    for (TimedThread& timed : threads) measureStamps(timed);
+    for (TimedThread& timed : threads) {
+        if (!timed.hasDropouts) continue;
+        learnUsual(timed);
+        measureStamps(timed);
+    }
     return threads;
 }
 

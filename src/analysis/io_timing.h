@@ -26,6 +26,9 @@ Nanoseconds timeOfFrames(double frames, double perFrame);
 struct TimedThread {
     IoThread* io = nullptr;
     Nanoseconds clockShift = 0;  // by which host times were moved; 0 where the clocks are one
+    bool hasDropouts = false;
+
+    // What dropouts are judged by; not known of a thread that has none.
     std::map<OwnerKey, Usual> usual;
     Usual any;  // for owners that no healthy cycle has: nothing, and the least reach
 
@@ -46,8 +49,10 @@ struct TimedThread {
     std::optional<Nanoseconds> timeOf(uint64_t sample, Nanoseconds before) const;
 
     std::vector<const Stamp*> stamps;  // of its device
-    Nanoseconds stampShift = 0;        // of the stamps after the cycles' line, in the median
-    Nanoseconds stampScatter = 0;      // around that, in the median
+
+    // Not known of a thread without dropouts either.
+    Nanoseconds stampShift = 0;    // of the stamps after the cycles' line, in the median
+    Nanoseconds stampScatter = 0;  // around that, in the median
 };
 
 // Times the cycles of all threads of a trace, which has to stay where it is.
