@@ -71,7 +71,7 @@ class CallTrackerOf {
 
     const TraceClock& clock() const { return clock_; }
     uint64_t slots() const { return slots_; }
-    size_t openCalls() const { return open_.size(); }
+    const OpenCalls& openCalls() const { return open_; }
 
   private:
     OpenCalls::Key keyOf(const TraceRecord& record) const {

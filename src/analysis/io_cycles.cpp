@@ -109,25 +109,17 @@ IoObserver::Server& IoObserver::serverOf(uint32_t thread) {
 
 // A host time on the trace's time scale, the two clocks taken for one.
 Nanoseconds IoObserver::hostTime(uint64_t word, uint64_t timestamp, Nanoseconds time) const {
-    return bounded(saturated(
-        Wide{time} + nanosecondsOf(word, timestamp, tracker_.clock().ticksPerMicrosecond())));
+    return bounded(saturated(Wide{time} + tracker_.clock().rate().between(timestamp, word)));
 }
 
 uint32_t IoObserver::opened(const TraceRecord& record, const Call& call, const Call*) {
-    if (openCalls_ == tags_.size()) {
-        tags_.push_back(static_cast<uint32_t>(openCalls_));
-        open_.emplace_back();
-    }
-    const uint32_t tag = tags_[openCalls_];
-    open_[tag].place = openCalls_++;
-    open_[tag].call = seenCallOf(call, call.start, call.startSlot, false);
     if (call.code == kIoThread) {
         // What the thread was told before it ended last time is over.
         serverOf(call.thread).told.reset();
         serverOf(call.thread).rate = record.arg2;
     }
     if (call.code == kIoCycle) beginCycle(record, call);
-    return tag;
+    return 0;
 }
 
 void IoObserver::beginCycle(const TraceRecord& record, const Call& call) {
@@ -161,19 +153,9 @@ void IoObserver::beginCycle(const TraceRecord& record, const Call& call) {
 }
 
 void IoObserver::closed(const Call& call, const Call*, const Closing& closing) {
-    OpenCall& opened = open_[call.tag];
     const bool finished = closing.how == CallEnd::finished;
     recentCalls_.push_back(seenCallOf(call, closing.time, closing.slot, finished));
-    for (const size_t overload : opened.scenes) {
-        std::vector<SeenCall>& calls = trace_.overloads[overload].scene.calls;
-        *std::ranges::lower_bound(calls, call.startSlot, {}, &SeenCall::startSlot) =
-            recentCalls_.back();
-    }
-    opened.scenes.clear();
-    const uint32_t last = tags_[--openCalls_];
-    open_[last].place = opened.place;
-    tags_[opened.place] = last;
-    tags_[openCalls_] = call.tag;
+    if (call.startSlot <= lastAwaited_) tellScenes(recentCalls_.back());
 
     if (call.code == kIoCycle) {
         if (finished) {
@@ -192,6 +174,16 @@ void IoObserver::closed(const Call& call, const Call*, const Closing& closing) {
     Server& server = servers_[call.thread];
     const OwnerKey owner = call.code == kClient ? clientKey(server.clients++) : callKey(call.code);
     addTime(server, owner, bounded(closing.selfOf(call)));
+}
+
+void IoObserver::tellScenes(const SeenCall& call) {
+    const auto awaited = awaited_.find(call.startSlot);
+    if (awaited == awaited_.end()) return;
+    for (const size_t overload : awaited->second) {
+        std::vector<SeenCall>& calls = trace_.overloads[overload].scene.calls;
+        *std::ranges::lower_bound(calls, call.startSlot, {}, &SeenCall::startSlot) = call;
+    }
+    awaited_.erase(awaited);
 }
 
 // Of the open cycle. The first four billion cycles tell what is usual.
@@ -266,8 +258,7 @@ void IoObserver::takeOverload(const TraceRecord& record, const Moment& moment) {
     if (record.arg4 != 0) {
         overload.targetHost = hostTime(record.arg4, record.timestamp, moment.time);
         if (record.arg2 > record.arg4) {
-            overload.overrun = bounded(
-                nanosecondsOf(record.arg2, record.arg4, tracker_.clock().ticksPerMicrosecond()));
+            overload.overrun = bounded(tracker_.clock().rate().between(record.arg4, record.arg2));
         }
     }
     const Nanoseconds period =
@@ -299,7 +290,7 @@ void IoObserver::completeScenes(bool all) {
 
 // Nothing where there is too much to search.
 std::optional<Scene> IoObserver::sceneFrom(size_t overload, Nanoseconds from, Nanoseconds to) {
-    if (searched_ > kMostSearched || openCalls_ > kMostCallsOfScene) return {};
+    if (searched_ > kMostSearched || tracker_.openCalls().size() > kMostCallsOfScene) return {};
     Scene scene;
     for (size_t i = recent_.size(); i-- > 0;) {
         const SeenRecord& record = recent_[i];
@@ -317,13 +308,14 @@ std::optional<Scene> IoObserver::sceneFrom(size_t overload, Nanoseconds from, Na
         if (from <= call.end && call.start <= to) scene.calls.push_back(call);
         if (scene.calls.size() > kMostCallsOfScene) return {};
     }
-    searched_ += openCalls_;
-    for (const uint32_t tag : std::span(tags_).first(openCalls_)) {
-        OpenCall& open = open_[tag];
-        if (open.call.start > to) continue;
-        open.scenes.push_back(overload);
-        scene.calls.push_back(open.call);
-    }
+    searched_ += tracker_.openCalls().size();
+    tracker_.openCalls().forEach([&](const Call& call) {
+        const SeenCall seen = seenCallOf(call, call.start, call.startSlot, false);
+        if (seen.start > to) return;
+        awaited_[seen.startSlot].push_back(overload);
+        lastAwaited_ = std::max(lastAwaited_, seen.startSlot);
+        scene.calls.push_back(seen);
+    });
     std::ranges::sort(scene.calls, {}, &SeenCall::startSlot);
     return scene;
 }

@@ -7,6 +7,7 @@
 #include <cstdint>
 #include <deque>
 #include <limits>
+#include <map>
 #include <optional>
 #include <span>
 #include <tsl/robin_map.h>
@@ -208,6 +209,7 @@ class IoObserver final : private CallSink {
     void tell(Server& server, const TraceRecord& end, Nanoseconds time);
     void takeOverload(const TraceRecord& record, const Moment& moment);
     void forget();
+    void tellScenes(const SeenCall& call);
     void completeScenes(bool all);
     std::optional<Scene> sceneFrom(size_t overload, Nanoseconds from, Nanoseconds to);
 
@@ -225,14 +227,9 @@ class IoObserver final : private CallSink {
     tsl::robin_map<OwnerOfThread, size_t, Hash> ownerPlaces_;  // in the owners of its thread
     SlidingWindow<SeenRecord> recent_;
     SlidingWindow<SeenCall> recentCalls_;  // in the order of their ends
-    struct OpenCall {
-        SeenCall call{};
-        size_t place = 0;              // in tags_
-        std::vector<size_t> scenes{};  // of these overloads, which have to be told of its end
-    };
-    std::vector<OpenCall> open_;  // by tag
-    std::vector<uint32_t> tags_;  // first those of open calls, then the free ones
-    size_t openCalls_ = 0;
+    // Overloads in whose scenes a call was open, by its first slot: they are told of its end.
+    std::map<uint64_t, std::vector<size_t>> awaited_;
+    uint64_t lastAwaited_ = 0;  // no call that began later is awaited
     struct Pending {
         size_t overload;
         Nanoseconds from;

@@ -96,6 +96,17 @@ class OpenCalls {
         return frame.call;
     }
 
+    // Each call, in no order.
+    template <class Visit>
+    void forEach(const Visit& visit) const {
+        for (const uint32_t thread : busy_) {
+            for (uint32_t number = threads_[thread].innermost; number != kNone;) {
+                visit(frames_[number].call);
+                number = frames_[number].parent;
+            }
+        }
+    }
+
     // Threads that have open calls, in no order.
     const std::vector<uint32_t>& busy() const { return busy_; }
 

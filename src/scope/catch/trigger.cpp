@@ -68,7 +68,7 @@ std::optional<std::string_view> Trigger::take(const TraceRecord& record) {
     ended_.length = -1;
     if (calls_) {
         calls_->take(record);
-        if (calls_->openCalls() > kMostOpen || calls_->clock().threads() > kMostThreads) {
+        if (calls_->openCalls().size() > kMostOpen || calls_->clock().threads() > kMostThreads) {
             beginAnew(ticksPerMicrosecond_);
         }
     }
