@@ -68,8 +68,8 @@ bool CallStatistics::isOutermost(const Call& call, uint32_t group) {
     const uint32_t depth = std::min(call.depth, kShallow);
     const auto around = std::span(shallow.groups).first(depth);
     const uint32_t bit = bitOf(group);
-    bool isInside = (shallow.bits[depth] & bit) != 0 &&
-                    std::ranges::find(around, group) != around.end();
+    bool isInside =
+        (shallow.bits[depth] & bit) != 0 && std::ranges::find(around, group) != around.end();
     if (depth < kShallow) {
         shallow.groups[depth] = group;
         shallow.bits[depth + 1] = shallow.bits[depth] | bit;
