@@ -12,6 +12,7 @@
 
 #include "analysis/call_tracker.h"
 #include "analysis/durations.h"
+#include "analysis/recently_found.h"
 
 namespace sonaprobe {
 
@@ -94,39 +95,21 @@ class CallStatistics {
         size_t operator()(uint64_t value) const { return keyedHash(value, 1); }
     };
 
-    // The group of a key, as long as no other key takes its place.
-    struct Recent {
-        GroupKey key;
-        uint32_t group = kNoGroup;
-    };
-    static constexpr uint32_t kNoGroup = 0xFFFFFFFF;
-    static constexpr unsigned kRecentBits = 8;
-
     // The groups of a thread's open calls by their depth; what lies deeper is counted by group.
     static constexpr uint32_t kShallow = 4;
     struct ShallowCalls {
         std::array<uint32_t, kShallow> groups{};
-        std::array<uint32_t, kShallow + 1> bits{};  // by depth: of the groups above, see bitOf()
+        std::array<uint32_t, kShallow + 1> bits{};  // by depth: bitOf() of the groups around it
     };
 
     // Where a group's bit is not set, no search is needed.
     static uint32_t bitOf(uint32_t group) { return 1U << group % 32; }
 
-    // Multiplied by an odd number, keys that differ in few bits differ in the highest ones.
-    static size_t placeOf(const GroupKey& key) {
-        const uint64_t folded =
-            key.object ^ uint64_t { key.thread } << 32 ^ uint64_t { key.cpu } << 32 ^ key.code;
-        return (folded * 0x9E3779B97F4A7C15U) >> (64 - kRecentBits);
-    }
-
     GroupKey keyOf(const TraceRecord& record, uint32_t thread);
     uint32_t numberOf(const TraceRecord& record, uint32_t thread) {
         const GroupKey key = keyOf(record, thread);
-        Recent& recent = recent_[placeOf(key)];
-        if (recent.group == kNoGroup || recent.key != key) [[unlikely]] {
-            recent = {key, numberOf(key)};
-        }
-        return recent.group;
+        const uint64_t place = uint64_t{key.thread ^ key.cpu} << 32;
+        return recent_.find(place ^ key.object ^ key.code, key, [&] { return numberOf(key); });
     }
     uint32_t numberOf(const GroupKey& key);
     uint32_t driverCodeOf(uint32_t code);
@@ -138,7 +121,7 @@ class CallStatistics {
     uint64_t finished_ = 0;
     std::vector<CallGroup> groups_;
     tsl::robin_map<GroupKey, uint32_t, KeyHash> groupByKey_;
-    std::vector<Recent> recent_{size_t{1} << kRecentBits};
+    RecentlyFound<GroupKey, uint32_t> recent_;         // groups by key
     std::map<std::string_view, uint32_t> firstCodes_;  // of each driver
     tsl::robin_map<uint32_t, uint32_t, ValueHash> driverCodes_;
     std::vector<ShallowCalls> shallow_;  // by thread

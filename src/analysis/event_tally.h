@@ -8,6 +8,7 @@
 #include <map>
 #include <vector>
 
+#include "analysis/recently_found.h"
 #include "events/event.h"
 #include "record/trace_record.h"
 
@@ -35,7 +36,7 @@ class EventTally {
     EventTally() : recent_(kRecent) {}
 
     void add(const TraceRecord& record) {
-        Recent& recent = recent_[placeOf(record.debugid)];
+        Recent& recent = recent_[placeByHighBits(record.debugid, kRecentBits)];
         if (recent.debugid != record.debugid) [[unlikely]]
             replace(recent, record.debugid);
         ++recent.records;
@@ -54,11 +55,6 @@ class EventTally {
         uint32_t debugid = 0;
         bool byArguments = true;  // the outcome is, which is counted for each record
     };
-
-    // Multiplied by an odd number, ids that differ in few bits differ in the highest ones.
-    static size_t placeOf(uint32_t debugid) {
-        return (debugid * 0x9E3779B1U) >> (32 - kRecentBits);
-    }
 
     static uint64_t& countOf(OutcomeCounts& counts, Outcome outcome);
     static void put(const Recent& recent, EventCounts& counts);

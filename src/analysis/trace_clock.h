@@ -3,13 +3,13 @@
 #pragma once
 
 #include <algorithm>
-#include <array>
 #include <cstdint>
 #include <limits>
 #include <tsl/robin_map.h>
 #include <vector>
 
 #include "analysis/keyed_hash.h"
+#include "analysis/recently_found.h"
 #include "analysis/tick_rate.h"
 #include "record/trace_record.h"
 
@@ -86,23 +86,8 @@ class TraceClock {
         size_t operator()(uint64_t id) const { return keyedHash(id, 0); }
     };
 
-    // A thread of which a record came lately, as long as no other one takes its place.
-    struct Recent {
-        uint64_t id = 0;
-        uint32_t thread = kNoThread;
-    };
-    static constexpr uint32_t kNoThread = 0xFFFFFFFF;
-    static constexpr unsigned kRecentBits = 8;
-
-    // Multiplied by an odd number, ids that differ in few bits differ in the highest ones.
-    static size_t placeOf(uint64_t id) { return (id * 0x9E3779B97F4A7C15U) >> (64 - kRecentBits); }
-
     uint32_t threadOf(uint64_t id) {
-        Recent& recent = recent_[placeOf(id)];
-        if (recent.id != id || recent.thread == kNoThread) [[unlikely]] {
-            recent = {id, searchThread(id)};
-        }
-        return recent.thread;
+        return recent_.find(id, id, [&] { return searchThread(id); });
     }
     Nanoseconds timeOf(uint64_t tick) {
         if (!anchored_) [[unlikely]]
@@ -124,7 +109,7 @@ class TraceClock {
     uint64_t stepsBack_ = 0;
     uint64_t divisorChanges_ = 0;
     uint64_t disordered_ = 0;
-    std::array<Recent, size_t{1} << kRecentBits> recent_{};
+    RecentlyFound<uint64_t, uint32_t> recent_;  // threads by id
     std::vector<Thread> threads_;
     tsl::robin_map<uint64_t, uint32_t, Hash> threadById_;
 };
