@@ -238,7 +238,7 @@ def make_inputs(bench):
                    stdout=subprocess.DEVNULL, env=os.environ | plugin)
     for name, options in (("trace.db", ("sqlite",)), ("calls.json", ("json", "--what", "calls")),
                           ("records.json", ("json",)), ("trace.speedscope.json", ("speedscope",))):
-        bench.output("export", bench.trace, "--to", *options, "-o", folder / name)
+        bench.output("export", bench.trace, "--to", *options, "-o", folder / name, "--force")
 
 
 def speedscope_nanoseconds(path):

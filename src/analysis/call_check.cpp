@@ -104,9 +104,9 @@ void CallCheck::beginCycle(const TraceRecord& start, const Call& call) {
         addSkip(cycle.sample - before->nextSample, *before, before->slot, call.startSlot);
         return;
     }
-    cycle.period = saturated(Wide{call.start} - before->start);
+    cycle.period = saturatedDifference(call.start, before->start);
     cycle.regular = before->regular + 1;
-    const Nanoseconds late = saturated(Wide{call.start} - before->end);
+    const Nanoseconds late = saturatedDifference(call.start, before->end);
     if (before->regular >= kLeastRegular && late > kLeastLate &&
         late / kLatePeriods > before->period) {
         add(before->slot, call.startSlot, MissingSign::clock, call.code);

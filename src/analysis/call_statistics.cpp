@@ -23,8 +23,6 @@ constexpr uint64_t nestingKey(uint32_t thread, uint32_t group) {
     return uint64_t{thread} << 32 | group;
 }
 
-void addTo(Nanoseconds& sum, Nanoseconds more) { sum = saturatedSum(sum, more); }
-
 }  // namespace
 
 Nanoseconds CallGroup::mean() const {

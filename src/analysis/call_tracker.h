@@ -119,7 +119,7 @@ class CallTrackerOf {
         const Call& call = open_.pop(thread);
         Call* const parent = open_.callAt(open_.innermostOf(thread));
         if (parent != nullptr) {
-            parent->inside = saturatedSum(parent->inside, closing.lengthOf(call));
+            addTo(parent->inside, closing.lengthOf(call));
         }
         sink_->closed(call, parent, closing);
     }

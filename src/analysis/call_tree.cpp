@@ -6,12 +6,6 @@
 
 namespace sonaprobe {
 
-namespace {
-
-void addTo(Nanoseconds& sum, Nanoseconds more) { sum = saturated(Wide{sum} + more); }
-
-}  // namespace
-
 void CallNode::add(const CallNode& other) {
     calls += other.calls;
     cutOff += other.cutOff;

@@ -25,7 +25,7 @@ std::vector<DropoutFinding> findingsOf(const std::vector<Dropout>& dropouts) {
         DropoutFinding& finding = findings[known->second];
         finding.dropouts.push_back(i);
         const Nanoseconds lacking = dropouts[i].lacking.value_or(0);
-        finding.lacking = saturated(Wide{finding.lacking} + lacking);
+        addTo(finding.lacking, lacking);
         finding.mostLacking = std::max(finding.mostLacking, lacking);
     }
     for (DropoutFinding& finding : findings) {

@@ -109,7 +109,7 @@ IoObserver::Server& IoObserver::serverOf(uint32_t thread) {
 
 // A host time on the trace's time scale, the two clocks taken for one.
 Nanoseconds IoObserver::hostTime(uint64_t word, uint64_t timestamp, Nanoseconds time) const {
-    return bounded(saturated(Wide{time} + tracker_.clock().rate().between(timestamp, word)));
+    return bounded(saturatedSum(time, tracker_.clock().rate().between(timestamp, word)));
 }
 
 uint32_t IoObserver::opened(const TraceRecord& record, const Call& call, const Call*) {

@@ -9,7 +9,6 @@
 #include <limits>
 #include <map>
 #include <optional>
-#include <span>
 #include <tsl/robin_map.h>
 #include <vector>
 

@@ -4,7 +4,6 @@
 
 #include <map>
 #include <optional>
-#include <span>
 #include <vector>
 
 #include "analysis/io_cycles.h"

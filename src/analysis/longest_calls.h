@@ -18,7 +18,7 @@ struct LongCall {
     TraceRecord end{};
     Nanoseconds shownStart = 0;  // the time that the user sees
 
-    Nanoseconds length() const { return saturated(Wide{endTime} - call.start); }
+    Nanoseconds length() const { return saturatedDifference(endTime, call.start); }
 };
 
 // Memory grows with the calls that are open at once and with the number that is kept.

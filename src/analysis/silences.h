@@ -23,7 +23,7 @@ class Silences {
     // The next record of the file; one that was taken already changes nothing.
     void take(uint64_t slot, Nanoseconds time) {
         if (slot == slot_) return;
-        const Nanoseconds length = time > latest_ ? saturated(Wide{time} - latest_) : 0;
+        const Nanoseconds length = time > latest_ ? saturatedDifference(time, latest_) : 0;
         latest_ = std::max(latest_, time);
         newest_[newestSize_] = {slot_, slot, length};
         newestSize_ += length >= kShortest ? 1 : 0;

@@ -25,6 +25,8 @@ inline Nanoseconds saturatedSum(Nanoseconds one, Nanoseconds other) {
     return __builtin_add_overflow(one, other, &sum) ? saturated(Wide{one} + other) : sum;
 }
 
+inline void addTo(Nanoseconds& sum, Nanoseconds more) { sum = saturatedSum(sum, more); }
+
 inline Nanoseconds saturatedDifference(Nanoseconds one, Nanoseconds other) {
     Nanoseconds rest = 0;
     return __builtin_sub_overflow(one, other, &rest) ? saturated(Wide{one} - other) : rest;

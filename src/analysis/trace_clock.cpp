@@ -2,6 +2,8 @@
 
 #include "analysis/trace_clock.h"
 
+#include <limits>
+
 namespace sonaprobe {
 
 bool TraceClock::takeDivisor(uint64_t ticksPerMicrosecond) {

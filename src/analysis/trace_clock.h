@@ -4,7 +4,6 @@
 
 #include <algorithm>
 #include <cstdint>
-#include <limits>
 #include <tsl/robin_map.h>
 #include <vector>
 

@@ -29,7 +29,7 @@ void TraceSample::take(Nanoseconds time) {
 // What began before the first selected record counts as if at it.
 Nanoseconds TraceSample::sinceBegin(Nanoseconds time) const {
     constexpr Nanoseconds kMost = std::numeric_limits<Nanoseconds>::max() / 2;
-    return std::clamp<Nanoseconds>(saturated(Wide{time} - first_), 0, kMost);
+    return std::clamp<Nanoseconds>(saturatedDifference(time, first_), 0, kMost);
 }
 
 EventSample& TraceSample::eventOf(uint32_t code) {
@@ -50,7 +50,7 @@ void TraceSample::addCall(const Call& call, const Closing& closing) {
     event.occurrences.add(sinceBegin(call.start));
     if (closing.how != CallEnd::finished) return;
     const Nanoseconds self = closing.selfOf(call);
-    event.self = saturated(Wide{event.self} + self);
+    addTo(event.self, self);
     if (event.finished++ % event.keptOneOf != 0) return;
     event.selfTimes.push_back(static_cast<uint64_t>(self));
     if (event.selfTimes.size() < kMostTimes) return;

@@ -60,7 +60,7 @@ class TraceSample {
     void addFailure(uint32_t code, Nanoseconds time);
 
     // From the earliest selected record to the latest.
-    Nanoseconds span() const { return saturated(Wide{last_} - first_); }
+    Nanoseconds span() const { return saturatedDifference(last_, first_); }
     uint64_t records() const { return records_; }
 
     const std::vector<EventSample>& events() const { return events_; }

@@ -34,12 +34,12 @@ class Search {
 
     // A slot with no record before it, from the head on, that is as late as this.
     uint64_t beginOf(Nanoseconds from) {
-        return narrowed(head(), saturated(Wide{from} - TraceClock::kMostDisorder)).first;
+        return narrowed(head(), saturatedDifference(from, TraceClock::kMostDisorder)).first;
     }
 
     // A slot with no record at it or after it that is earlier than this.
     uint64_t endOf(Nanoseconds to, uint64_t begin) {
-        return narrowed(begin, saturated(Wide{to} + TraceClock::kMostDisorder)).second;
+        return narrowed(begin, saturatedSum(to, TraceClock::kMostDisorder)).second;
     }
 
     uint64_t slots() const { return slots_; }

@@ -211,7 +211,7 @@ std::vector<Cell> StatisticsTable::sumsAfter(size_t printed) const {
     for (size_t i = 0; i < kColumns.size(); ++i) {
         Number sum;
         for (const StatisticsRow& row : std::span(rows_).subspan(printed)) {
-            if (row.numbers[i]) sum = saturated(Wide{sum.value_or(0)} + *row.numbers[i]);
+            if (row.numbers[i]) sum = saturatedSum(sum.value_or(0), *row.numbers[i]);
         }
         Cell& cell = cells.emplace_back(kColumns[i].sums ? cellOf(i, sum) : "");
         cell.style = {Tone::dim};

@@ -22,7 +22,7 @@ class TraceSummary {
     uint64_t records() const { return records_; }
 
     // From the earliest selected record to the latest.
-    Nanoseconds span() const { return saturated(Wide{last_} - first_); }
+    Nanoseconds span() const { return saturatedDifference(last_, first_); }
 
     // Adds "records", "span_ns", "ticks_per_microsecond" (of the last divisor), "assumed_divisor",
     // "steps_back" and "disordered" (of the whole trace).

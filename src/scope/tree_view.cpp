@@ -25,7 +25,7 @@ std::vector<Nanoseconds> weightsOf(const std::vector<CallNode>& nodes) {
         weights[i] = std::max(nodes[i].time, below[i]);
         if (nodes[i].parent == CallNode::kNone) continue;
         Nanoseconds& sum = below[nodes[i].parent];
-        sum = saturated(Wide{sum} + weights[i]);
+        addTo(sum, weights[i]);
     }
     return weights;
 }
@@ -88,7 +88,7 @@ TreeView::TreeView(const CallTree& tree, const TraceClock& clock, const CodeName
     const std::vector<bool> counts = countsOf(*nodes_);
     const Children children(*nodes_, weights);
     const std::span<const uint32_t> roots = children.of(CallNode::kNone);
-    for (const uint32_t root : roots) whole_ = saturated(Wide{whole_} + weights[root]);
+    for (const uint32_t root : roots) addTo(whole_, weights[root]);
 
     const Nanoseconds least =
         std::max(leastOfTop(*nodes_, weights, limits),
@@ -103,7 +103,7 @@ TreeView::TreeView(const CallTree& tree, const TraceClock& clock, const CodeName
             shown_.push_back(at);
         } else if (node.calls > 0) {
             ++hidden_;
-            hiddenSelf_ = saturated(Wide{hiddenSelf_} + node.self);
+            addTo(hiddenSelf_, node.self);
         }
         const auto below = children.of(at);
         waiting.insert(waiting.end(), below.begin(), below.end());

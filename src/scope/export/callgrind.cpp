@@ -25,7 +25,7 @@ struct Cost {
 
     void add(uint64_t moreCalls, Nanoseconds more) {
         calls += moreCalls;
-        time = saturated(Wide{time} + more);
+        addTo(time, more);
     }
 };
 
@@ -48,14 +48,14 @@ class Callgrind final : public TreeFormat {
         Nanoseconds whole = 0;
         for (size_t i = nodes().size(); i-- > 0;) {
             const CallNode& node = nodes()[i];
-            inclusive[i] = saturated(Wide{inclusive[i]} + node.self);
-            whole = saturated(Wide{whole} + node.self);
+            addTo(inclusive[i], node.self);
+            addTo(whole, node.self);
             Profile& profile = profiles[functions[i]];
-            profile.self = saturated(Wide{profile.self} + node.self);
+            addTo(profile.self, node.self);
             names.try_emplace(functions[i], functionName(node, functions[i], clock));
             if (node.parent == CallNode::kNone) continue;
             Nanoseconds& above = inclusive[node.parent];
-            above = saturated(Wide{above} + inclusive[i]);
+            addTo(above, inclusive[i]);
             profiles[functions[node.parent]].callees[functions[i]].add(node.calls, inclusive[i]);
         }
         put(profiles, names, whole);

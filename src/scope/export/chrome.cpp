@@ -33,7 +33,7 @@ class Chrome final : public Format {
             // What began before the period and is still open is far: its event is there.
             if (events_.hasDoubled()) events_.forEachBefore({periodEarliest_, 0}, putEvent());
             periodBegin_ = call.startSlot;
-            periodEarliest_ = saturated(Wide{call.start} - TraceClock::kMostDisorder);
+            periodEarliest_ = saturatedDifference(call.start, TraceClock::kMostDisorder);
         }
         return kNoNote;
     }
@@ -59,7 +59,7 @@ class Chrome final : public Format {
         char* at = putText(events_.cursor(), ",\n{\"ph\":\"X\"");
         at = putHead(at, call.thread, told.placedStart, words_.namesOf(call.code));
         at = putText(at, R"(,"dur":)");
-        at = putMicroseconds(at, saturated(Wide{told.placedEnd} - told.placedStart));
+        at = putMicroseconds(at, saturatedDifference(told.placedEnd, told.placedStart));
         if (tellsFailure(told)) at = putText(at, kFailureColor);
         at = putText(at, R"(,"args":{"slot":)");
         at = putUnsigned(at, call.startSlot);

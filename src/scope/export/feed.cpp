@@ -27,7 +27,7 @@ class StrictMoments {
         const Nanoseconds moment = std::max(time, earliest_[thread]);
         constexpr int kExact = 50;  // bits of whole nanoseconds that microseconds can tell apart
         const Nanoseconds step = 1 + (moment < 0 ? -(moment >> kExact) : moment >> kExact);
-        earliest_[thread] = saturated(Wide{moment} + step);
+        earliest_[thread] = saturatedSum(moment, step);
         return moment;
     }
 

@@ -61,7 +61,7 @@ class Packer {
     };
 
     static Nanoseconds span(const Survey& survey) {
-        return saturated(Wide{survey.end} - survey.begin);
+        return saturatedDifference(survey.end, survey.begin);
     }
     static Nanoseconds finestOf(const Survey& survey, const Thinning& thinning) {
         const uint64_t records = thinning.merged == 0 ? survey.records : thinning.kept;
@@ -210,15 +210,15 @@ void Packer::closed(const Call& call, const Call*, const Closing& closing) {
     if (closing.how == CallEnd::unfinished) bar.flags |= kUnfinished;
     if (closing.how == CallEnd::finished && failure_) bar.flags |= kFailure;
     const Nanoseconds length = bar.end - bar.begin;
-    frame.call.self = saturated(Wide{length} - frame.call.self);
+    frame.call.self = saturatedDifference(length, frame.call.self);
     Frame* const parent = thread.open.empty() ? nullptr : &frames_[thread.open.back()];
-    if (parent != nullptr) parent->call.self = saturated(Wide{parent->call.self} + length);
+    if (parent != nullptr) addTo(parent->call.self, length);
 
     const bool waits = (bar.flags & kWaiting) != 0;
     const bool inWaiting = parent != nullptr && (parent->call.bar.flags & kWaiting) != 0;
     if (!waits && (frame.depth == 0 || (frame.depth == 1 && inWaiting))) {
         Nanoseconds& busy = thread.facts.busy;
-        busy = saturated(Wide{busy} + length);
+        addTo(busy, length);
         overview_.addBusy(bar.begin, bar.end);
     }
     if (!isInMerged(thread)) pyramid_.add(frame.row, bar);

@@ -67,7 +67,7 @@ class Thinner final : public CallSink {
         const uint64_t number = tracker_.slots();
         shown_ = kindOf(slot) == SlotKind::record && survey_->shows(number);
         if (shown_) {
-            isFailing_ = isFailure(decode(slot));
+            isFailing_ = isFailure(slot);
             ++thinning_.kept;
         }
         tracker_.take(slot);
