@@ -53,8 +53,6 @@ void forgetBefore(Nanoseconds from, SlidingWindow<T>& window, Nanoseconds T::*ti
 
 }  // namespace
 
-IoObserver::IoObserver() : tracker_(*this) {}
-
 void IoObserver::take(const TraceRecord& slot) {
     orphan_ = false;
     const Moment* const moment = tracker_.take(slot);

@@ -170,16 +170,16 @@ struct IoTrace {
 };
 
 // Takes the slots of a file one by one. Memory grows with cycles and dropouts.
-class IoObserver final : private CallSink {
+class IoObserver {
   public:
-    IoObserver();
+    IoObserver() : tracker_(*this) {}
     void take(const TraceRecord& slot);
 
     // After the last slot.
     IoTrace finish();
 
   private:
-    static constexpr uint32_t kNoTag = 0xFFFFFFFF;
+    friend CallTrackerOf<IoObserver>;
 
     // What is known of a thread so far.
     struct Server {
@@ -192,10 +192,10 @@ class IoObserver final : private CallSink {
         uint64_t rate = 0;
     };
 
-    uint32_t opened(const TraceRecord& record, const Call& call, const Call* parent) override;
-    void closed(const Call& call, const Call* parent, const Closing& closing) override;
-    void point(const TraceRecord& record, const Moment& moment) override;
-    void orphanEnd(const TraceRecord& record, const Moment& moment) override;
+    uint32_t opened(const TraceRecord& record, const Call& call, const Call* parent);
+    void closed(const Call& call, const Call* parent, const Closing& closing);
+    void point(const TraceRecord& record, const Moment& moment);
+    void orphanEnd(const TraceRecord& record, const Moment& moment);
 
     Server& serverOf(uint32_t thread);
     IoCycle* openCycle(uint32_t thread) {
@@ -212,7 +212,7 @@ class IoObserver final : private CallSink {
     void completeScenes(bool all);
     std::optional<Scene> sceneFrom(size_t overload, Nanoseconds from, Nanoseconds to);
 
-    CallTracker tracker_;
+    CallTrackerOf<IoObserver> tracker_;
     IoTrace trace_;
     std::vector<Server> servers_;  // by thread
     struct OwnerOfThread {
