@@ -3,11 +3,10 @@
 #include "analysis/call_statistics.h"
 
 #include <algorithm>
+#include <array>
 #include <span>
 
-#include "analysis/class_names.h"
 #include "analysis/event_names.h"
-#include "analysis/event_traits.h"
 
 namespace sonaprobe {
 
@@ -29,17 +28,25 @@ Nanoseconds CallGroup::mean() const {
     return finished() == 0 ? 0 : static_cast<Nanoseconds>(total / Wide{finished()});
 }
 
-GroupKey CallStatistics::keyOf(const TraceRecord& record, uint32_t thread) {
-    const uint32_t code = codeOf(record.debugid);
+void CallGroup::tellPercentiles() {
+    if (finished() == 0) return;
+    const auto percentiles = durations.percentiles(std::array{50U, 90U, 99U});
+    p50 = percentiles[0];
+    p90 = percentiles[1];
+    p99 = percentiles[2];
+}
+
+GroupKey CallStatistics::keyOf(const Identity& identity) const {
+    const auto low = static_cast<uint32_t>(identity.word);
     switch (by_) {
-        case GroupBy::event: return {.code = code};
-        case GroupBy::driver: return {.code = driverCodeOf(code)};
-        case GroupBy::recordClass: return {.code = classOf(code)};
-        case GroupBy::thread: return {.thread = thread};
-        case GroupBy::cpu: return {.cpu = record.cpuid};
-        case GroupBy::object:
-            return {.object = objectOf(record), .hasObject = hasObject(record.debugid)};
-        case GroupBy::threadAndEvent: return {.code = code, .thread = thread};
+        case GroupBy::event:
+        case GroupBy::driver:
+        case GroupBy::recordClass: return {.code = low};
+        case GroupBy::thread: return {.thread = low};
+        case GroupBy::cpu: return {.cpu = low};
+        case GroupBy::object: return {.object = identity.word, .hasObject = identity.isObject};
+        case GroupBy::threadAndEvent:
+            return {.code = low, .thread = static_cast<uint32_t>(identity.word >> 32)};
     }
     return {};
 }
@@ -50,10 +57,11 @@ uint32_t CallStatistics::driverCodeOf(uint32_t code) {
     return known->second;
 }
 
-uint32_t CallStatistics::numberOf(const GroupKey& key) {
-    const auto [found, isNew] = groupByKey_.try_emplace(key, static_cast<uint32_t>(groups_.size()));
+uint32_t CallStatistics::searchGroup(const Identity& identity) {
+    const auto [found, isNew] =
+        groupByIdentity_.try_emplace(identity, static_cast<uint32_t>(groups_.size()));
     if (isNew) {
-        groups_.emplace_back().key = key;
+        groups_.emplace_back().key = keyOf(identity);
         if (by_ == GroupBy::thread) groups_.back().busy = 0;
     }
     return found->second;

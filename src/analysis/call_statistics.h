@@ -11,7 +11,9 @@
 #include <vector>
 
 #include "analysis/call_tracker.h"
+#include "analysis/class_names.h"
 #include "analysis/durations.h"
+#include "analysis/event_traits.h"
 #include "analysis/recently_found.h"
 
 namespace sonaprobe {
@@ -55,6 +57,12 @@ struct CallGroup {
     // Whether nothing of the group is selected.
     bool isEmpty() const { return calls + points + orphanEnds + failures == 0; }
     Nanoseconds mean() const;  // rounded down; 0 of none
+
+    // To be called once all calls are counted: percentiles take a look at each of them.
+    void tellPercentiles();
+    Nanoseconds p50 = 0;
+    Nanoseconds p90 = 0;
+    Nanoseconds p99 = 0;
 };
 
 // What of a trace is counted: the caller, a CallSink, says of each record whether it is selected. A
@@ -85,10 +93,16 @@ class CallStatistics {
     bool isSketch() const;
 
   private:
-    struct KeyHash {
-        size_t operator()(const GroupKey& key) const {
-            return keyedHash(key.object ^ uint64_t{key.cpu} << 32,
-                             uint64_t{key.thread} << 32 | key.code | (key.hasObject ? 1 : 0));
+    // What tells groups apart, a key in short.
+    struct Identity {
+        uint64_t word;
+        bool isObject = false;
+
+        bool operator==(const Identity&) const = default;
+    };
+    struct IdentityHash {
+        size_t operator()(const Identity& identity) const {
+            return keyedHash(identity.word, identity.isObject ? 1 : 0);
         }
     };
     struct ValueHash {
@@ -105,13 +119,25 @@ class CallStatistics {
     // Where a group's bit is not set, no search is needed.
     static uint32_t bitOf(uint32_t group) { return 1U << group % 32; }
 
-    GroupKey keyOf(const TraceRecord& record, uint32_t thread);
-    uint32_t numberOf(const TraceRecord& record, uint32_t thread) {
-        const GroupKey key = keyOf(record, thread);
-        const uint64_t place = uint64_t{key.thread ^ key.cpu} << 32;
-        return recent_.find(place ^ key.object ^ key.code, key, [&] { return numberOf(key); });
+    Identity identityOf(const TraceRecord& record, uint32_t thread) {
+        const uint32_t code = codeOf(record.debugid);
+        switch (by_) {
+            case GroupBy::event: return {code};
+            case GroupBy::driver: return {driverCodeOf(code)};
+            case GroupBy::recordClass: return {classOf(code)};
+            case GroupBy::thread: return {thread};
+            case GroupBy::cpu: return {record.cpuid};
+            case GroupBy::object: return {objectOf(record), hasObject(record.debugid)};
+            case GroupBy::threadAndEvent: return {uint64_t{thread} << 32 | code};
+        }
+        return {};
     }
-    uint32_t numberOf(const GroupKey& key);
+    uint32_t numberOf(const TraceRecord& record, uint32_t thread) {
+        const Identity identity = identityOf(record, thread);
+        return recent_.find(identity.word, identity, [&] { return searchGroup(identity); });
+    }
+    uint32_t searchGroup(const Identity& identity);
+    GroupKey keyOf(const Identity& identity) const;
     uint32_t driverCodeOf(uint32_t code);
     bool isOutermost(const Call& call, uint32_t group);
     void keepRoom(CallGroup& group);
@@ -120,8 +146,8 @@ class CallStatistics {
     uint64_t exactCalls_;
     uint64_t finished_ = 0;
     std::vector<CallGroup> groups_;
-    tsl::robin_map<GroupKey, uint32_t, KeyHash> groupByKey_;
-    RecentlyFound<GroupKey, uint32_t> recent_;         // groups by key
+    tsl::robin_map<Identity, uint32_t, IdentityHash> groupByIdentity_;
+    RecentlyFound<Identity, uint32_t, 9> recent_;      // groups
     std::map<std::string_view, uint32_t> firstCodes_;  // of each driver
     tsl::robin_map<uint32_t, uint32_t, ValueHash> driverCodes_;
     std::vector<ShallowCalls> shallow_;  // by thread

@@ -3,6 +3,7 @@
 #include "analysis/dropout_findings.h"
 
 #include <algorithm>
+#include <array>
 #include <map>
 #include <tuple>
 
@@ -67,8 +68,9 @@ std::vector<IoSummary> summariesOf(const std::vector<TimedThread>& threads) {
         });
         if (summary.healthy == 0) continue;
         summary.budget = medianOf(std::move(budgets));
-        summary.p50 = lengths.percentile(50);
-        summary.p99 = lengths.percentile(99);
+        const auto percentiles = lengths.percentiles(std::array{50U, 99U});
+        summary.p50 = percentiles[0];
+        summary.p99 = percentiles[1];
         summary.longest = lengths.max();
     }
     return summaries;

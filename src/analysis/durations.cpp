@@ -21,38 +21,57 @@ DurationSketch::Size DurationSketch::atRank(uint64_t rank) const {
     return size;
 }
 
-void Durations::bringSketchUpToDate() {
-    if (sketch_ == nullptr) sketch_ = std::make_unique<DurationSketch>();
-    for (; sketched_ < lengths_.size(); ++sketched_) sketch_->add(lengths_[sketched_]);
+DurationSketch Durations::sketchOfLengths() const {
+    DurationSketch sketch;
+    forEachLength([&](uint64_t length) { sketch.add(length); });
+    return sketch;
 }
 
 void Durations::forgetLengths() {
-    bringSketchUpToDate();
-    lengths_ = {};
-    isSketch_ = true;
+    sketch_ = std::make_unique<DurationSketch>(sketchOfLengths());
+    short_ = {};
+    long_ = {};
 }
 
-// Sorts lengths of about the same size, of few all.
-uint64_t Durations::atRank(uint64_t rank) {
-    DurationSketch::Size size{.least = 0, .most = static_cast<uint64_t>(max_), .shorter = 0};
-    if (lengths_.size() >= kMany) {
-        bringSketchUpToDate();
-        size = sketch_->atRank(rank);
+// Of many lengths it sorts those alone that have about the right size.
+std::vector<Nanoseconds> Durations::percentiles(std::span<const unsigned> percents) const {
+    const bool areMany = !isSketch() && count_ >= kMany;
+    const DurationSketch sketch = areMany ? sketchOfLengths() : DurationSketch();
+    struct Sought {
+        uint64_t rank;
+        DurationSketch::Size size;
+        std::vector<uint64_t> alike;
+    };
+    std::vector<Sought> all;
+    for (const unsigned percent : percents) {
+        // Written so that it holds for counts that a hundredfold would overflow.
+        const uint64_t rank = count_ / 100 * percent + (count_ % 100 * percent + 99) / 100;
+        DurationSketch::Size size{.least = 0, .most = static_cast<uint64_t>(max_), .shorter = 0};
+        if (areMany) size = sketch.atRank(rank);
+        if (isSketch()) size = sketch_->atRank(rank);
+        all.push_back({rank, size, {}});
     }
-    std::vector<uint64_t> alike;
-    lengths_.forEach([&](uint64_t length) {
-        if (size.holds(length)) alike.push_back(length);
+    // Sizes that differ have no length in common: each is kept once, with the first.
+    const auto firstWith = [&](uint64_t length) {
+        return std::ranges::find_if(all, [&](const auto& one) { return one.size.holds(length); });
+    };
+    forEachLength([&](uint64_t length) {
+        const auto first = firstWith(length);
+        if (first != all.end()) first->alike.push_back(length);
     });
-    const auto place = alike.begin() + static_cast<std::ptrdiff_t>(rank - size.shorter - 1);
-    std::ranges::nth_element(alike, place);
-    return *place;
-}
-
-Nanoseconds Durations::percentile(unsigned percent) {
-    // Written so that it holds for counts that a hundredfold would overflow.
-    const uint64_t rank = count_ / 100 * percent + (count_ % 100 * percent + 99) / 100;
-    if (isSketch_) return std::min(max_, static_cast<Nanoseconds>(sketch_->atRank(rank).middle()));
-    return static_cast<Nanoseconds>(atRank(rank));
+    std::vector<Nanoseconds> told;
+    for (const Sought& sought : all) {
+        uint64_t length = sought.size.middle();
+        if (!isSketch()) {
+            std::vector<uint64_t>& alike = firstWith(sought.size.least)->alike;
+            const auto place =
+                alike.begin() + static_cast<std::ptrdiff_t>(sought.rank - sought.size.shorter - 1);
+            std::ranges::nth_element(alike, place);
+            length = *place;
+        }
+        told.push_back(std::min(max_, static_cast<Nanoseconds>(length)));
+    }
+    return told;
 }
 
 }  // namespace sonaprobe

@@ -5,7 +5,9 @@
 #include <algorithm>
 #include <bit>
 #include <cstdint>
+#include <limits>
 #include <memory>
+#include <span>
 #include <vector>
 
 #include "analysis/stable_list.h"
@@ -23,8 +25,7 @@ class DurationSketch {
     // A length told by a sketch is off by no more than this share of itself.
     static constexpr double kError = 1.0 / (2.0 * kSteps);
 
-    // What a sketch takes where every size occurs, as a number of lengths.
-    static constexpr uint64_t kMostRoom = kSteps * (64 - kStepBits);
+    static constexpr uint64_t kMostSizes = kSteps * (64 - kStepBits);
 
     void add(uint64_t length) {
         const size_t place = placeOf(length);
@@ -61,41 +62,50 @@ class Durations {
   public:
     void add(Nanoseconds length) {
         const auto positive = static_cast<uint64_t>(length);
-        if (isSketch_) {
+        if (sketch_ != nullptr) {
             sketch_->add(positive);
+        } else if (positive <= kMostShort) {
+            short_.push_back(static_cast<uint32_t>(positive));
         } else {
-            lengths_.push_back(positive);
+            long_.push_back(positive);
         }
         ++count_;
         max_ = std::max(max_, length);
     }
 
-    // Keeps counts by size instead of every length from where they are smaller.
+    // Keeps counts by size instead of every length from where they are fewer.
     void becomeSketch() {
-        if (!isSketch_ && lengths_.size() >= DurationSketch::kMostRoom) forgetLengths();
+        if (!isSketch() && count_ >= DurationSketch::kMostSizes) forgetLengths();
     }
 
     uint64_t count() const { return count_; }
     Nanoseconds max() const { return max_; }
 
-    // Nearest rank: the shortest length that at least this share of all does not exceed. There is
-    // at least one.
-    Nanoseconds percentile(unsigned percent);
+    // By nearest rank: the shortest length that at least this share of all does not exceed, for
+    // each of the percents. There is at least one length.
+    std::vector<Nanoseconds> percentiles(std::span<const unsigned> percents) const;
+    Nanoseconds percentile(unsigned percent) const { return percentiles({&percent, 1}).front(); }
 
-    bool isSketch() const { return isSketch_; }
+    bool isSketch() const { return sketch_ != nullptr; }
 
   private:
+    static constexpr uint64_t kMostShort = std::numeric_limits<uint32_t>::max();
+
     // So many are looked through by size before any are sorted.
-    static constexpr size_t kMany = 4096;
+    static constexpr uint64_t kMany = 4096;
 
+    template <class Visit>
+    void forEachLength(const Visit& visit) const {
+        short_.forEach(visit);
+        long_.forEach(visit);
+    }
+    DurationSketch sketchOfLengths() const;
     void forgetLengths();
-    void bringSketchUpToDate();
-    uint64_t atRank(uint64_t rank);
 
-    StableList<uint64_t> lengths_;  // none where they are in the sketch alone
+    // Lengths in 4 bytes, and the few that need 8; none where there is a sketch.
+    StableList<uint32_t> short_;
+    StableList<uint64_t> long_;
     std::unique_ptr<DurationSketch> sketch_;
-    size_t sketched_ = 0;  // so many of lengths_
-    bool isSketch_ = false;
     uint64_t count_ = 0;
     Nanoseconds max_ = 0;
 };

@@ -21,7 +21,7 @@ bool isPoint(uint32_t debugid) {
 
 EventCounts EventTally::counts() const {
     EventCounts counts = counts_;
-    for (const Recent& recent : recent_) put(recent, counts);
+    recent_.forEach([&](uint32_t debugid, const Common& common) { put(debugid, common, counts); });
     return counts;
 }
 
@@ -34,19 +34,17 @@ uint64_t& EventTally::countOf(OutcomeCounts& counts, Outcome outcome) {
     }
 }
 
-void EventTally::put(const Recent& recent, EventCounts& counts) {
-    if (recent.records == 0) return;
-    counts.recordsOfClass[classOf(recent.debugid)] += recent.records;
-    if (isPoint(recent.debugid)) counts.points += recent.records;
-    if (recent.byArguments) return;
+void EventTally::put(uint32_t debugid, const Common& common, EventCounts& counts) {
+    counts.recordsOfClass[classOf(debugid)] += common.records;
+    if (isPoint(debugid)) counts.points += common.records;
+    if (common.byArguments) return;
     TraceRecord example{};
-    example.debugid = recent.debugid;
-    countOf(counts.outcomes, decode(example).outcome) += recent.records;
+    example.debugid = debugid;
+    countOf(counts.outcomes, decode(example).outcome) += common.records;
 }
 
-void EventTally::replace(Recent& recent, uint32_t debugid) {
-    put(recent, counts_);
-    recent = {.debugid = debugid, .byArguments = outcomeHangsOnArguments(debugid)};
+EventTally::Common EventTally::commonOf(uint32_t debugid) {
+    return {.byArguments = outcomeHangsOnArguments(debugid)};
 }
 
 }  // namespace sonaprobe

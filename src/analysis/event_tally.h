@@ -2,10 +2,8 @@
 
 #pragma once
 
-#include <cstddef>
 #include <cstdint>
 #include <map>
-#include <vector>
 
 #include "analysis/recently_found.h"
 #include "events/event.h"
@@ -32,35 +30,29 @@ struct EventCounts {
 // Debug ids are few, and what they have in common is looked up once for many records.
 class EventTally {
   public:
-    EventTally() : recent_(kRecent) {}
-
     void add(const TraceRecord& record) {
-        Recent& recent = recent_[placeByHighBits(record.debugid, kRecentBits)];
-        if (recent.debugid != record.debugid) [[unlikely]]
-            replace(recent, record.debugid);
-        ++recent.records;
-        if (recent.byArguments) ++countOf(counts_.outcomes, decode(record).outcome);
+        Common& common = recent_.find(
+            record.debugid, record.debugid, [&] { return commonOf(record.debugid); },
+            [this](uint32_t debugid, const Common& other) { put(debugid, other, counts_); });
+        ++common.records;
+        if (common.byArguments) ++countOf(counts_.outcomes, decode(record).outcome);
     }
 
     EventCounts counts() const;
 
   private:
-    static constexpr unsigned kRecentBits = 10;
-    static constexpr size_t kRecent = size_t{1} << kRecentBits;
-
-    // Records of a debug id, as long as no other one takes its place.
-    struct Recent {
+    // What records of a debug id have in common.
+    struct Common {
         uint64_t records = 0;
-        uint32_t debugid = 0;
-        bool byArguments = true;  // the outcome is, which is counted for each record
+        bool byArguments = false;  // the outcome is, which is counted for each record
     };
 
+    static Common commonOf(uint32_t debugid);
     static uint64_t& countOf(OutcomeCounts& counts, Outcome outcome);
-    static void put(const Recent& recent, EventCounts& counts);
-    void replace(Recent& recent, uint32_t debugid);
+    static void put(uint32_t debugid, const Common& common, EventCounts& counts);
 
     EventCounts counts_;  // but those of
-    std::vector<Recent> recent_;
+    RecentlyFound<uint32_t, Common, 10> recent_;
 };
 
 }  // namespace sonaprobe

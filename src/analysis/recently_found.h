@@ -4,38 +4,60 @@
 
 #include <cstddef>
 #include <cstdint>
+#include <utility>
 #include <vector>
 
 namespace sonaprobe {
 
-// Multiplied by an odd number, words that differ in few bits differ in the highest ones.
-inline size_t placeByHighBits(uint64_t word, unsigned bits) {
-    return (word * 0x9E3779B97F4A7C15U) >> (64 - bits);
-}
-
 // A file can be made whose keys all have one place, and costs a search each then, no more.
-template <class Key, class Value>
+// Keeps 2^(Bits + 1) of them.
+template <class Key, class Value, unsigned Bits>
 class RecentlyFound {
   public:
     // The key's value, by search() unless it is known; `word` is made of all that tells keys apart.
+    // What makes room for it is given to leaves(key, value).
+    template <class Search, class Leaves>
+    Value& find(uint64_t word, const Key& key, const Search& search, const Leaves& leaves) {
+        // Multiplied by an odd number, words that differ in few bits differ in the highest ones.
+        Place& place = places_[(word * 0x9E3779B97F4A7C15U) >> (64 - Bits)];
+        if (place.later.is(key)) return place.later.value;
+        if (place.earlier.is(key)) return place.earlier.value;
+        if (place.earlier.isKnown) leaves(place.earlier.key, place.earlier.value);
+        place.earlier = std::exchange(place.later, {key, true, search()});
+        return place.later.value;
+    }
+
     template <class Search>
-    const Value& find(uint64_t word, const Key& key, const Search& search) {
-        Entry& entry = entries_[placeByHighBits(word, kBits)];
-        if (!entry.isKnown || entry.key != key) [[unlikely]]
-            entry = {key, search(), true};
-        return entry.value;
+    Value& find(uint64_t word, const Key& key, const Search& search) {
+        return find(word, key, search, [](const Key&, const Value&) {});
+    }
+
+    // Calls visit(key, value) for all that is known.
+    template <class Visit>
+    void forEach(const Visit& visit) const {
+        for (const Place& place : places_) {
+            for (const Entry* entry : {&place.later, &place.earlier}) {
+                if (entry->isKnown) visit(entry->key, entry->value);
+            }
+        }
     }
 
   private:
-    static constexpr unsigned kBits = 8;
-
     struct Entry {
         Key key{};
-        Value value{};
         bool isKnown = false;
+        Value value{};
+
+        bool is(const Key& other) const { return isKnown && key == other; }
     };
 
-    std::vector<Entry> entries_{size_t{1} << kBits};
+    // Two keys that often come in turn may well share a place.
+    struct Place {
+        Entry later;
+        Entry earlier;
+    };
+
+    std::vector<Place> places_{size_t{1} << Bits};
 };
 
 }  // namespace sonaprobe

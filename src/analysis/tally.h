@@ -2,49 +2,30 @@
 
 #pragma once
 
-#include <array>
-#include <cstddef>
 #include <cstdint>
 #include <map>
-#include <utility>
+
+#include "analysis/recently_found.h"
 
 namespace sonaprobe {
 
 class Tally {
   public:
-    Tally() = default;
-    Tally(const Tally&) = delete;
-    Tally& operator=(const Tally&) = delete;
-
     void add(uint32_t key) {
-        Recent& recent = recent_[(key ^ key >> 10) % kRecent];
-        if (recent.key != key) [[unlikely]]
-            replace(recent, key);
-        ++recent.count;
+        ++recent_.find(
+            key, key, [] { return uint64_t{0}; },
+            [this](uint32_t other, uint64_t count) { counts_[other] += count; });
     }
 
     std::map<uint32_t, uint64_t> counts() const {
         std::map<uint32_t, uint64_t> all = counts_;
-        for (const Recent& recent : recent_) put(recent, all);
+        recent_.forEach([&](uint32_t key, uint64_t count) { all[key] += count; });
         return all;
     }
 
   private:
-    static constexpr size_t kRecent = 64;
-
-    struct Recent {
-        uint32_t key = 0;
-        uint64_t count = 0;
-    };
-
-    static void put(const Recent& recent, std::map<uint32_t, uint64_t>& counts) {
-        if (recent.count > 0) counts[recent.key] += recent.count;
-    }
-
-    void replace(Recent& recent, uint32_t key) { put(std::exchange(recent, {key, 0}), counts_); }
-
-    std::map<uint32_t, uint64_t> counts_;   // but those of
-    std::array<Recent, kRecent> recent_{};  // keys that came last, which need no search
+    std::map<uint32_t, uint64_t> counts_;  // but those of
+    RecentlyFound<uint32_t, uint64_t, 6> recent_;
 };
 
 }  // namespace sonaprobe

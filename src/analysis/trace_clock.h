@@ -108,7 +108,7 @@ class TraceClock {
     uint64_t stepsBack_ = 0;
     uint64_t divisorChanges_ = 0;
     uint64_t disordered_ = 0;
-    RecentlyFound<uint64_t, uint32_t> recent_;  // threads by id
+    RecentlyFound<uint64_t, uint32_t, 8> recent_;  // threads by id
     std::vector<Thread> threads_;
     tsl::robin_map<uint64_t, uint32_t, Hash> threadById_;
 };

@@ -24,49 +24,54 @@ Number ofFinished(const CallGroup& group, Value value) {
     return group.finished() == 0 ? Number() : Number(static_cast<int64_t>(value()));
 }
 
-template <unsigned kPercent>
-Number percentile(CallGroup& group) {
-    return ofFinished(group, [&] { return group.durations.percentile(kPercent); });
-}
-
 // In the order in which tables have them; those that are shown from the largest width are the first
 // to go where names need the room.
 constexpr std::array kColumns{
     StatisticsColumn{"self", "self", Measure::duration, 0,
-                     [](CallGroup& g) { return ofFinished(g, [&] { return g.self; }); }, true},
+                     [](const CallGroup& g) { return ofFinished(g, [&] { return g.self; }); },
+                     true},
     StatisticsColumn{"share", "share", Measure::share, 0,
-                     [](CallGroup& g) { return ofFinished(g, [&] { return g.self; }); }, true},
-    StatisticsColumn{"total", "total", Measure::duration, 78,
-                     [](CallGroup& g) { return ofFinished(g, [&] { return saturated(g.total); }); },
+                     [](const CallGroup& g) { return ofFinished(g, [&] { return g.self; }); },
                      true},
+    StatisticsColumn{
+        "total", "total", Measure::duration, 78,
+        [](const CallGroup& g) { return ofFinished(g, [&] { return saturated(g.total); }); }, true},
     StatisticsColumn{"outermost", "outermost", Measure::duration, 120,
-                     [](CallGroup& g) { return ofFinished(g, [&] { return g.outermost; }); }, true},
-    StatisticsColumn{"busy", "busy", Measure::duration, 130, [](CallGroup& g) { return g.busy; },
+                     [](const CallGroup& g) { return ofFinished(g, [&] { return g.outermost; }); },
                      true},
+    StatisticsColumn{"busy", "busy", Measure::duration, 130,
+                     [](const CallGroup& g) { return g.busy; }, true},
     StatisticsColumn{"calls", "calls", Measure::count, 0,
-                     [](CallGroup& g) -> Number { return count(g.calls); }, true},
+                     [](const CallGroup& g) -> Number { return count(g.calls); }, true},
     StatisticsColumn{"mean", "mean", Measure::duration, 110,
-                     [](CallGroup& g) { return ofFinished(g, [&] { return g.mean(); }); }, false},
-    StatisticsColumn{"p50", "p50", Measure::duration, 80, percentile<50>, false},
-    StatisticsColumn{"p90", "p90", Measure::duration, 104, percentile<90>, false},
-    StatisticsColumn{"p99", "p99", Measure::duration, 92, percentile<99>, false},
-    StatisticsColumn{"max", "max", Measure::duration, 79,
-                     [](CallGroup& g) { return ofFinished(g, [&] { return g.durations.max(); }); },
+                     [](const CallGroup& g) { return ofFinished(g, [&] { return g.mean(); }); },
                      false},
+    StatisticsColumn{"p50", "p50", Measure::duration, 80,
+                     [](const CallGroup& g) { return ofFinished(g, [&] { return g.p50; }); },
+                     false},
+    StatisticsColumn{"p90", "p90", Measure::duration, 104,
+                     [](const CallGroup& g) { return ofFinished(g, [&] { return g.p90; }); },
+                     false},
+    StatisticsColumn{"p99", "p99", Measure::duration, 92,
+                     [](const CallGroup& g) { return ofFinished(g, [&] { return g.p99; }); },
+                     false},
+    StatisticsColumn{
+        "max", "max", Measure::duration, 79,
+        [](const CallGroup& g) { return ofFinished(g, [&] { return g.durations.max(); }); }, false},
     StatisticsColumn{"failures", "failed", Measure::failures, 77,
-                     [](CallGroup& g) -> Number { return count(g.failures); }, true},
+                     [](const CallGroup& g) -> Number { return count(g.failures); }, true},
     StatisticsColumn{"cut-off", "cut off", Measure::count, 112,
-                     [](CallGroup& g) -> Number { return count(g.cutOff); }, true},
+                     [](const CallGroup& g) -> Number { return count(g.cutOff); }, true},
     StatisticsColumn{"unfinished", "unfinished", Measure::count, 114,
-                     [](CallGroup& g) -> Number { return count(g.unfinished); }, true},
+                     [](const CallGroup& g) -> Number { return count(g.unfinished); }, true},
     StatisticsColumn{"points", "points", Measure::count, 100,
-                     [](CallGroup& g) -> Number { return count(g.points); }, true},
+                     [](const CallGroup& g) -> Number { return count(g.points); }, true},
     StatisticsColumn{"orphan-ends", "orphan ends", Measure::count, 116,
-                     [](CallGroup& g) -> Number { return count(g.orphanEnds); }, true},
+                     [](const CallGroup& g) -> Number { return count(g.orphanEnds); }, true},
     StatisticsColumn{"cut-off-self", "cut off self", Measure::duration, 150,
-                     [](CallGroup& g) -> Number { return g.cutOffSelf; }, true},
+                     [](const CallGroup& g) -> Number { return g.cutOffSelf; }, true},
     StatisticsColumn{"unfinished-self", "unfinished self", Measure::duration, 150,
-                     [](CallGroup& g) -> Number { return g.unfinishedSelf; }, true},
+                     [](const CallGroup& g) -> Number { return g.unfinishedSelf; }, true},
 };
 
 std::string objectText(const GroupKey& key) {
@@ -105,6 +110,7 @@ StatisticsTable::StatisticsTable(CallStatistics& statistics, GroupBy by, const T
         StatisticsRow& row = rows_.emplace_back();
         row.key = group.key;
         row.finished = group.finished();
+        group.tellPercentiles();
         busy_ += Wide{group.self} + group.cutOffSelf + group.unfinishedSelf;
         for (const StatisticsColumn& column : kColumns) {
             row.numbers.push_back(column.numberOf(group));

@@ -28,9 +28,9 @@ struct StatisticsColumn {
     const char* name;  // for --sort, and with "_ns" after durations in JSON
     const char* head;
     Measure measure;
-    unsigned shownFrom;                                    // terminal columns
-    std::optional<int64_t> (*numberOf)(CallGroup& group);  // of a share, the part
-    bool sums;                                             // a sum over groups means something
+    unsigned shownFrom;                                          // terminal columns
+    std::optional<int64_t> (*numberOf)(const CallGroup& group);  // of a share, the part
+    bool sums;  // a sum over groups means something
 };
 
 std::span<const StatisticsColumn> statisticsColumns();

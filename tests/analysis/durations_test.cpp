@@ -3,6 +3,7 @@
 #include "analysis/durations.h"
 
 #include <algorithm>
+#include <array>
 #include <gtest/gtest.h>
 #include <random>
 
@@ -33,9 +34,10 @@ TEST(Durations, PercentilesAreExact) {
         const std::vector<Nanoseconds> lengths = randomLengths(count);
         Durations durations;
         for (const Nanoseconds length : lengths) durations.add(length);
-        for (const unsigned percent : {50U, 90U, 99U, 100U, 10U, 50U}) {
-            EXPECT_EQ(durations.percentile(percent), nearestRank(lengths, percent)) << count;
-        }
+        const std::array percents{50U, 90U, 99U, 100U, 10U, 50U};
+        std::vector<Nanoseconds> expected;
+        for (const unsigned percent : percents) expected.push_back(nearestRank(lengths, percent));
+        EXPECT_EQ(durations.percentiles(percents), expected) << count;
     }
 }
 
@@ -70,13 +72,13 @@ TEST(Durations, ASketchKeepsItsError) {
 
 TEST(Durations, FewLengthsAreKeptAsTheyAre) {
     Durations durations;
-    for (uint64_t i = 1; i < DurationSketch::kMostRoom; ++i) durations.add(1000);
+    for (uint64_t i = 1; i < DurationSketch::kMostSizes; ++i) durations.add(1000);
     durations.becomeSketch();
     EXPECT_FALSE(durations.isSketch());
 }
 
 TEST(CallStatistics, LargeGroupsBecomeSketchesBeyondTheExactCalls) {
-    constexpr uint64_t kExact = 2 * DurationSketch::kMostRoom;
+    constexpr uint64_t kExact = 2 * DurationSketch::kMostSizes;
     CallStatistics statistics(GroupBy::event, kExact);
     const auto add = [&](uint64_t calls) {
         for (uint64_t i = 0; i < calls; ++i) {
