@@ -134,7 +134,8 @@ class CallStatistics {
     }
     uint32_t numberOf(const TraceRecord& record, uint32_t thread) {
         const Identity identity = identityOf(record, thread);
-        return recent_.find(identity.word, identity, [&] { return searchGroup(identity); });
+        return recent_.find(identity.word, identity,
+                            [this, identity] { return searchGroup(identity); });
     }
     uint32_t searchGroup(const Identity& identity);
     GroupKey keyOf(const Identity& identity) const;

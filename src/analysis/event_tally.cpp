@@ -43,6 +43,10 @@ void EventTally::put(uint32_t debugid, const Common& common, EventCounts& counts
     countOf(counts.outcomes, decode(example).outcome) += common.records;
 }
 
+void EventTally::countByArguments(const TraceRecord& record) {
+    ++countOf(counts_.outcomes, decode(record).outcome);
+}
+
 EventTally::Common EventTally::commonOf(uint32_t debugid) {
     return {.byArguments = outcomeHangsOnArguments(debugid)};
 }

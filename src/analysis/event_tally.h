@@ -31,11 +31,12 @@ struct EventCounts {
 class EventTally {
   public:
     void add(const TraceRecord& record) {
+        const uint32_t debugid = record.debugid;
         Common& common = recent_.find(
-            record.debugid, record.debugid, [&] { return commonOf(record.debugid); },
-            [this](uint32_t debugid, const Common& other) { put(debugid, other, counts_); });
+            debugid, debugid, [debugid] { return commonOf(debugid); },
+            [this](uint32_t other, const Common& old) { put(other, old, counts_); });
         ++common.records;
-        if (common.byArguments) ++countOf(counts_.outcomes, decode(record).outcome);
+        if (common.byArguments) countByArguments(record);
     }
 
     EventCounts counts() const;
@@ -48,6 +49,7 @@ class EventTally {
     };
 
     static Common commonOf(uint32_t debugid);
+    void countByArguments(const TraceRecord& record);
     static uint64_t& countOf(OutcomeCounts& counts, Outcome outcome);
     static void put(uint32_t debugid, const Common& common, EventCounts& counts);
 

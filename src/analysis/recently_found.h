@@ -17,18 +17,16 @@ class RecentlyFound {
     // The key's value, by search() unless it is known; `word` is made of all that tells keys apart.
     // What makes room for it is given to leaves(key, value).
     template <class Search, class Leaves>
-    Value& find(uint64_t word, const Key& key, const Search& search, const Leaves& leaves) {
+    Value& find(uint64_t word, Key key, Search search, Leaves leaves) {
         // Multiplied by an odd number, words that differ in few bits differ in the highest ones.
         Place& place = places_[(word * 0x9E3779B97F4A7C15U) >> (64 - Bits)];
         if (place.later.is(key)) return place.later.value;
         if (place.earlier.is(key)) return place.earlier.value;
-        if (place.earlier.isKnown) leaves(place.earlier.key, place.earlier.value);
-        place.earlier = std::exchange(place.later, {key, true, search()});
-        return place.later.value;
+        return enter(place, key, search, leaves);
     }
 
     template <class Search>
-    Value& find(uint64_t word, const Key& key, const Search& search) {
+    Value& find(uint64_t word, Key key, Search search) {
         return find(word, key, search, [](const Key&, const Value&) {});
     }
 
@@ -56,6 +54,14 @@ class RecentlyFound {
         Entry later;
         Entry earlier;
     };
+
+    // A function of its own, so that those who mostly find keep no registers for it.
+    template <class Search, class Leaves>
+    [[gnu::noinline]] static Value& enter(Place& place, Key key, Search search, Leaves leaves) {
+        if (place.earlier.isKnown) leaves(place.earlier.key, place.earlier.value);
+        place.earlier = std::exchange(place.later, {key, true, search()});
+        return place.later.value;
+    }
 
     std::vector<Place> places_{size_t{1} << Bits};
 };

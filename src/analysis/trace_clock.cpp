@@ -2,6 +2,7 @@
 
 #include "analysis/trace_clock.h"
 
+#include <algorithm>
 #include <limits>
 
 namespace sonaprobe {
@@ -30,15 +31,21 @@ void TraceClock::anchorAt(uint64_t tick) {
 }
 
 // A record earlier than the latest: it comes late, or the clock stepped back.
-void TraceClock::takeEarlier(Reading& reading, uint64_t tick, Nanoseconds lastOfThread) {
-    if (reading.time >= lastOfThread && reading.time >= latest_ - kMostDisorder) {
+TraceClock::Reading TraceClock::readEarlier(const TraceRecord& record, Nanoseconds time,
+                                            uint32_t thread) {
+    Reading reading{time, thread, false, latest_};
+    Nanoseconds& last = threads_[thread].last;
+    if (time >= last && time >= latest_ - kMostDisorder) {
         ++disordered_;
-        return;
+    } else {
+        ++stepsBack_;
+        anchored_ = false;
+        reading.restarted = true;
+        reading.time = timeOf(record.timestamp);
     }
-    ++stepsBack_;
-    anchored_ = false;
-    reading.restarted = true;
-    reading.time = timeOf(tick);
+    last = reading.time;
+    latest_ = std::max(latest_, reading.time);
+    return reading;
 }
 
 }  // namespace sonaprobe

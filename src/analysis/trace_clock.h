@@ -2,9 +2,9 @@
 
 #pragma once
 
-#include <algorithm>
 #include <cstdint>
 #include <tsl/robin_map.h>
+#include <utility>
 #include <vector>
 
 #include "analysis/keyed_hash.h"
@@ -32,16 +32,12 @@ class TraceClock {
     // The next record of the file. Records of other threads may be somewhat out of order.
     Reading read(const TraceRecord& record) {
         if (!divisorKnown_) assumedDivisor_ = true;
-        Reading reading{.time = timeOf(record.timestamp),
-                        .thread = threadOf(record.arg5),
-                        .restarted = false,
-                        .latestBefore = latest_};
-        Nanoseconds& last = threads_[reading.thread].last;
-        if (reading.time < latest_) [[unlikely]]
-            takeEarlier(reading, record.timestamp, last);
-        last = reading.time;
-        latest_ = std::max(latest_, reading.time);
-        return reading;
+        const Nanoseconds time = timeOf(record.timestamp);
+        const uint32_t thread = threadOf(record.arg5);
+        if (time < latest_) [[unlikely]]
+            return readEarlier(record, time, thread);
+        threads_[thread].last = time;
+        return {time, thread, false, std::exchange(latest_, time)};
     }
 
     // The trace clock's own time of a record just read.
@@ -86,7 +82,7 @@ class TraceClock {
     };
 
     uint32_t threadOf(uint64_t id) {
-        return recent_.find(id, id, [&] { return searchThread(id); });
+        return recent_.find(id, id, [this, id] { return searchThread(id); });
     }
     Nanoseconds timeOf(uint64_t tick) {
         if (!anchored_) [[unlikely]]
@@ -96,7 +92,7 @@ class TraceClock {
 
     uint32_t searchThread(uint64_t id);
     void anchorAt(uint64_t tick);
-    void takeEarlier(Reading& reading, uint64_t tick, Nanoseconds lastOfThread);
+    Reading readEarlier(const TraceRecord& record, Nanoseconds time, uint32_t thread);
 
     TickRate rate_{kAssumedDivisor};
     bool divisorKnown_ = false;

@@ -28,31 +28,36 @@ void TraceReport::take(const Found& found) {
             calls_ ? calls_->take(found.slot, slot)
                    : void(clock_.takeDivisor(found.slot.timestamp));
             break;
-        case Found::What::record: takeRecord(found.slot, slot); break;
+        case Found::What::record: take({&found.slot, 1}, slot); break;
         default: break;
     }
 }
 
 void TraceReport::take(const RecordRun& run) {
     slots_.take(run);
-    uint64_t slot = run.firstSlot;
-    for (const TraceRecord& record : run.records) takeRecord(record, slot++);
+    take(run.records, run.firstSlot);
 }
 
-void TraceReport::takeRecord(const TraceRecord& record, uint64_t slot) {
-    calls_ ? calls_->take(record, slot) : void(clock_.read(record));
-    if (isFirst_) begin_ = clock().kernelTime(record);
-    isFirst_ = false;
-    if (clock().stepsBack() != stepsBack_) {
-        stepsBack_ = clock().stepsBack();
-        const Nanoseconds back = clock().rate().between(record.timestamp, latestTick_);
-        slots_.findings().add(
-            {.kind = FindingKind::stepBack, .slot = slot, .lastSlot = slot, .back = back});
-        latestTick_ = record.timestamp;
+void TraceReport::take(std::span<const TraceRecord> records, uint64_t slot) {
+    for (const TraceRecord& record : records) {
+        calls_ ? calls_->take(record, slot) : void(clock_.read(record));
+        if (isFirst_) begin_ = clock().kernelTime(record);
+        isFirst_ = false;
+        if (clock().stepsBack() != stepsBack_) [[unlikely]]
+            takeStepBack(record, slot);
+        latestTick_ = std::max(latestTick_, record.timestamp);
+        processors_.add(record.cpuid);
+        events_.add(record);
+        ++slot;
     }
-    latestTick_ = std::max(latestTick_, record.timestamp);
-    processors_.add(record.cpuid);
-    events_.add(record);
+}
+
+void TraceReport::takeStepBack(const TraceRecord& record, uint64_t slot) {
+    stepsBack_ = clock().stepsBack();
+    const Nanoseconds back = clock().rate().between(record.timestamp, latestTick_);
+    slots_.findings().add(
+        {.kind = FindingKind::stepBack, .slot = slot, .lastSlot = slot, .back = back});
+    latestTick_ = record.timestamp;
 }
 
 void TraceReport::finish() {

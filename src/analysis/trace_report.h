@@ -5,6 +5,7 @@
 #include <cstdint>
 #include <map>
 #include <optional>
+#include <span>
 
 #include "analysis/call_check.h"
 #include "analysis/event_tally.h"
@@ -42,7 +43,8 @@ class TraceReport {
     const CallCounts* calls() const { return calls_ ? &calls_->counts() : nullptr; }
 
   private:
-    void takeRecord(const TraceRecord& record, uint64_t slot);
+    void take(std::span<const TraceRecord> records, uint64_t slot);
+    void takeStepBack(const TraceRecord& record, uint64_t slot);
 
     SlotCheck slots_;
     std::optional<CallCheck> calls_;
