@@ -2,13 +2,14 @@
 """Measures sonascope's commands, and beside them the programs that one would use instead, each on its
 own best input of the same events; prints tables of docs/performance.md.
 
-usage: scope.py BUILD_DIR FOLDER [--records N] [--rounds N] [--alone | --before BUILD_DIR]
+usage: scope.py BUILD_DIR FOLDER [--records N] [--rounds N]
+                [--alone | --beside WORDS | --before BUILD_DIR]
        scope.py BUILD_DIR FOLDER --growth N...
 
-FOLDER is on a memory file system. With --alone, sonascope's own table is all. With --before:
-its commands in turn with those of an older build. With --growth: time and memory of each command for
-traces of so many records. Times are processor time but for a browser's; runs to be compared stand next
-to each other.
+FOLDER is empty, on a memory file system. With --alone, sonascope's own table is all; with --beside, the
+rows of other programs that have these words. With --before: its commands in turn with those of an older
+build. With --growth: time and memory of each command for traces of so many records. Times are processor
+time but for a browser's; runs to be compared stand next to each other.
 """
 
 import argparse
@@ -20,7 +21,7 @@ import shutil
 import statistics
 import subprocess
 import time
-from dataclasses import dataclass, field
+from dataclasses import dataclass
 
 from measure import verdict
 
@@ -48,7 +49,6 @@ class Neighbour:
     command: tuple
     instead: tuple
     least: float | None = None  # times as fast
-    needs: tuple = field(default=())
 
 
 WORKS = (
@@ -93,12 +93,25 @@ NEIGHBOURS = (
     Neighbour("jq, all values, JSON", ("jq", "-c", ".values", "FOLDER/records.json"),
               ("export", "TRACE", "--to", "json", "--jobs", "1")),
 )
+SPEEDSCOPE = "speedscope opening its own format, by the clock"
+# What the neighbours read: the same events in the forms that they like best.
+INPUTS = {
+    "FOLDER/ctf": ("babeltrace2", "TRACE", "-o", "ctf", "-w", "FOLDER/ctf"),
+    "FOLDER/trace.db": ("sonascope", "export", "TRACE", "--to", "sqlite", "-o", "FOLDER/trace.db"),
+    "FOLDER/calls.json": ("sonascope", "export", "TRACE", "--to", "json", "--what", "calls",
+                          "-o", "FOLDER/calls.json"),
+    "FOLDER/records.json": ("sonascope", "export", "TRACE", "--to", "json",
+                            "-o", "FOLDER/records.json"),
+    "FOLDER/trace.speedscope.json": ("sonascope", "export", "TRACE", "--to", "speedscope",
+                                     "-o", "FOLDER/trace.speedscope.json"),
+}
 
 
 class Bench:
     """The programs, a trace, and the ways to run one over the other."""
 
     def __init__(self, build, folder, records):
+        self.made = set()  # of INPUTS
         self.build = build
         self.folder = folder
         self.records = records
@@ -138,15 +151,21 @@ class Bench:
         """Nanoseconds a record: of processor time, and by the clock."""
         shutil.rmtree(self.folder / "new", ignore_errors=True)
         command = list(self.filled(command))
+        plugin = str(self.build / "plugins/babeltrace2")
         begin = time.perf_counter_ns()
         process = subprocess.Popen(command, stdout=subprocess.DEVNULL,
-                                   env=os.environ | {"TZ": "UTC"})
+                                   env=os.environ | {"TZ": "UTC", "BABELTRACE_PLUGIN_PATH": plugin})
         _, status, usage = os.wait4(process.pid, 0)
         clock = time.perf_counter_ns() - begin
         process.returncode = os.waitstatus_to_exitcode(status)
         if process.returncode not in (0, 1):  # 1 is an answer: there are findings
             raise SystemExit(f"{' '.join(command)}: status {process.returncode}")
         return (usage.ru_utime + usage.ru_stime) * 1e9 / self.records, clock / self.records
+
+    def make_inputs_of(self, command):
+        for name in INPUTS.keys() & set(command) - self.made:
+            self.run(INPUTS[name])
+            self.made.add(name)
 
     def together(self, *commands):
         """Nanoseconds a record until the last of several that begin together has ended."""
@@ -230,17 +249,6 @@ def print_twice(bench, rounds):
           f"{statistics.median(ratios):.2f} times as much as one.", flush=True)
 
 
-def make_inputs(bench):
-    """The same events in the forms that the neighbours like best."""
-    folder = bench.folder
-    plugin = {"BABELTRACE_PLUGIN_PATH": str(bench.build / "plugins/babeltrace2")}
-    subprocess.run(["babeltrace2", bench.trace, "-o", "ctf", "-w", folder / "ctf"], check=True,
-                   stdout=subprocess.DEVNULL, env=os.environ | plugin)
-    for name, options in (("trace.db", ("sqlite",)), ("calls.json", ("json", "--what", "calls")),
-                          ("records.json", ("json",)), ("trace.speedscope.json", ("speedscope",))):
-        bench.output("export", bench.trace, "--to", *options, "-o", folder / name, "--force")
-
-
 def speedscope_nanoseconds(path):
     """From the file's choice to its picture, in a browser that is already open."""
     told = subprocess.run(["node", HERE / "speedscope.mjs", path], check=True, text=True,
@@ -248,9 +256,9 @@ def speedscope_nanoseconds(path):
     return float(told.stdout) * 1e6
 
 
-def print_neighbours(bench, rounds):
+def print_neighbours(bench, rounds, which):
+    """Those whose title has the words of `which`."""
     print("\n| instead | ns a record | sonascope | ns a record | times as fast |\n|---|---|---|---|---|")
-    make_inputs(bench)
 
     def show(title, pairs, instead, least=None):
         other, own = (statistics.median(times) for times in zip(*pairs))
@@ -259,13 +267,19 @@ def print_neighbours(bench, rounds):
         print(f"| {title} | {other:.0f} | `{instead}` | {own:.0f} | {ratio:.1f}{goal} |", flush=True)
 
     for neighbour in NEIGHBOURS:
+        if which not in neighbour.title:
+            continue
+        bench.make_inputs_of(neighbour.command)
         pairs = [(bench.run(neighbour.command)[0], bench.scope(neighbour.instead)[0])
                  for _ in range(rounds)]
         show(neighbour.title, pairs, neighbour.instead[0], neighbour.least)
+    if which not in SPEEDSCOPE:
+        return
+    bench.make_inputs_of(("FOLDER/trace.speedscope.json",))
     path = bench.folder / "trace.speedscope.json"
     pairs = [(speedscope_nanoseconds(path) / bench.records, bench.scope(("tree", "TRACE"))[1])
              for _ in range(rounds)]
-    show("speedscope opening its own format, by the clock", pairs, "tree")
+    show(SPEEDSCOPE, pairs, "tree")
 
 
 def print_growth(build, folder, counts):
@@ -294,12 +308,16 @@ def main():
     parser.add_argument("--rounds", type=int, default=7)
     parser.add_argument("--growth", type=int, nargs="+", metavar="N")
     parser.add_argument("--alone", action="store_true")
+    parser.add_argument("--beside", metavar="WORDS")
     parser.add_argument("--before", type=pathlib.Path, metavar="BUILD_DIR")
     arguments = parser.parse_args()
     if arguments.growth:
         print_growth(arguments.build, arguments.folder, arguments.growth)
         return
     bench = Bench(arguments.build, arguments.folder, arguments.records)
+    if arguments.beside:
+        print_neighbours(bench, arguments.rounds, arguments.beside)
+        return
     if arguments.before:
         print_pairs(bench, arguments.before, arguments.rounds)
         return
@@ -307,7 +325,7 @@ def main():
     if arguments.alone:
         return
     print_twice(bench, arguments.rounds)
-    print_neighbours(bench, arguments.rounds)
+    print_neighbours(bench, arguments.rounds, "")
 
 
 if __name__ == "__main__":
