@@ -139,7 +139,7 @@ void CallCheck::addSkip(uint64_t samples, const Cycle& cycle, uint64_t after, ui
     const uint64_t buffers = samples / cycle.buffer;
     if (buffers > kMostBuffers) return;
     const Silence* const silence = silences_.longestSince(after);
-    const Nanoseconds least = static_cast<Nanoseconds>(buffers - 1) * cycle.period;
+    const Wide least = Wide{buffers - 1} * cycle.period;
     if (buffers > 1 && cycle.period > 0 && silence != nullptr && silence->length >= least) {
         after = silence->after;
         before = silence->before;

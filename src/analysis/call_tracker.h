@@ -26,7 +26,7 @@ class CallSink {
     virtual void orphanEnd(const TraceRecord& record, const Moment& moment) = 0;
 };
 
-// A Sink is CallSink, or a class with its functions whose calls the compiler is to know. Memory
+// A Sink is CallSink, or any class with its functions, which the compiler can then inline. Memory
 // grows with the calls that are open at once and with threads. A record takes the same time
 // whatever is open.
 template <class Sink>

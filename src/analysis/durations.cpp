@@ -2,8 +2,6 @@
 
 #include "analysis/durations.h"
 
-#include <algorithm>
-
 namespace sonaprobe {
 
 void DurationSketch::makeRoomAt(size_t place) { counts_.resize((place / kSteps + 1) * kSteps); }

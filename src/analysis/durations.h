@@ -73,7 +73,7 @@ class Durations {
         max_ = std::max(max_, length);
     }
 
-    // Keeps counts by size instead of every length from where they are fewer.
+    // Keeps counts by size instead of every length, unless there are more sizes than lengths.
     void becomeSketch() {
         if (!isSketch() && count_ >= DurationSketch::kMostSizes) forgetLengths();
     }

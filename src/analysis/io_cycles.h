@@ -169,7 +169,8 @@ struct IoTrace {
     bool assumedDivisor = false;
 };
 
-// Takes the slots of a file one by one. Memory grows with cycles and dropouts.
+// Takes the slots of a file one by one. Memory grows with cycles, the calls in them, and
+// dropouts.
 class IoObserver {
   public:
     IoObserver() : tracker_(*this) {}
@@ -184,7 +185,7 @@ class IoObserver {
     // What is known of a thread so far.
     struct Server {
         size_t io = SIZE_MAX;     // in trace_.threads
-        IoCycle* open = nullptr;  // the last of its cycles
+        IoCycle* open = nullptr;  // the last of its cycles, if that is open
         uint32_t clients = 0;     // of the open cycle, so far
         std::optional<SampleTime> told;
         uint64_t scale = 0;      // see scale_

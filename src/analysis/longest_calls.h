@@ -24,7 +24,7 @@ struct LongCall {
 // Memory grows with the calls that are open at once and with the number that is kept.
 class LongestCalls {
   public:
-    // At least one is kept.
+    // So many are kept, not 0.
     explicit LongestCalls(size_t kept) : kept_(kept) {}
 
     // For CallSink, all calls.

@@ -1,5 +1,6 @@
-// A list that grows at its end and moves no item, in pieces of memory that are each twice as long
-// as the one before: what is not used yet takes no memory, and nothing is copied.
+// A list that grows at its end and moves no item, not even where the list itself is moved. Its
+// pieces of memory are each twice as long as the one before: what is not used yet takes no memory,
+// and nothing is copied. A list that was moved from is not used again.
 
 #pragma once
 

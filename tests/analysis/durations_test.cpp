@@ -36,6 +36,7 @@ TEST(Durations, PercentilesAreExact) {
         for (const Nanoseconds length : lengths) durations.add(length);
         const std::array percents{50U, 90U, 99U, 100U, 10U, 50U};
         std::vector<Nanoseconds> expected;
+        expected.reserve(percents.size());
         for (const unsigned percent : percents) expected.push_back(nearestRank(lengths, percent));
         EXPECT_EQ(durations.percentiles(percents), expected) << count;
     }

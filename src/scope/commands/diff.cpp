@@ -4,6 +4,7 @@
 #include <memory>
 
 #include "analysis/difference.h"
+#include "analysis/event_traits.h"
 #include "scope/command.h"
 #include "scope/escape.h"
 #include "scope/event_text.h"

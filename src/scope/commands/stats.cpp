@@ -2,6 +2,7 @@
 
 #include <memory>
 
+#include "analysis/event_traits.h"
 #include "scope/call_report.h"
 #include "scope/command.h"
 #include "scope/record_filter.h"

@@ -21,7 +21,7 @@ class IoObserving {
     explicit IoObserving(const TraceOptions& trace) {
         worker_.give([this, &trace] { observe(trace); });
     }
-    // The reading ends with its next slots.
+    // The reading ends with its next slots; what is made of it is waited for.
     ~IoObserving() { stopped_ = true; }
 
     // Waits for it. Throws a Failure where the trace could not be read.

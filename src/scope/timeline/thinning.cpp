@@ -5,7 +5,7 @@
 #include <algorithm>
 #include <tsl/robin_map.h>
 
-#include "events/event.h"
+#include "analysis/event_traits.h"
 #include "scope/records.h"
 #include "scope/timeline/bars.h"
 

@@ -20,7 +20,8 @@ struct Thinning {
     uint64_t kept = 0;
     std::vector<bool> isMerged{};  // by slot; empty where all are kept
 
-    bool merges(uint64_t slot) const { return !isMerged.empty() && isMerged[slot]; }
+    // Slots that came since the trace was looked at are kept.
+    bool merges(uint64_t slot) const { return slot < isMerged.size() && isMerged[slot]; }
 };
 
 // Nothing is merged where no more records are shown than `most`. Otherwise the trace is read, as a
