@@ -11,7 +11,7 @@ TEST(Thinning, RecordsThatAFileGrewByMeanwhileAreKept) {
     const Thinning thinning{.isMerged = {false, true}};
     EXPECT_FALSE(thinning.merges(0));
     EXPECT_TRUE(thinning.merges(1));
-    EXPECT_FALSE(thinning.merges(2));
+    EXPECT_FALSE(thinning.merges(128));
     EXPECT_FALSE(Thinning{}.merges(0));
 }
 
