@@ -28,8 +28,6 @@ struct GroupKey {
     uint32_t thread = 0;  // the clock's number
     uint32_t cpu = 0;
     bool hasObject = false;
-
-    bool operator==(const GroupKey&) const = default;
 };
 
 struct CallGroup {

@@ -9,14 +9,14 @@
 
 namespace sonaprobe {
 
-// A file can be made whose keys all have one place, and costs a search each then, no more.
-// Keeps 2^(Bits + 1) of them.
+// Keeps 2^(Bits + 1) keys. A file can be made whose keys all have one place, and costs a search
+// each then, no more.
 template <class Key, class Value, unsigned Bits>
 class RecentlyFound {
   public:
     // The key's value, by search() unless it is known; `word` is made of all that tells keys apart.
-    // What makes room for it is given to leaves(key, value). The reference holds until
-    // the next find().
+    // What makes room for it is given to leaves(key, value). The reference holds until the
+    // next find().
     template <class Search, class Leaves>
     Value& find(uint64_t word, Key key, Search search, Leaves leaves) {
         // Multiplied by an odd number, words that differ in few bits differ in the highest ones.

@@ -11,7 +11,7 @@ namespace {
 
 constexpr uint64_t kBuffer = 512;  // samples
 
-// A thread's cycles, a tick a nanosecond, with a record of another thread after each.
+// A thread's cycles, a tick a nanosecond, with a record of a driver after each.
 class Cycles {
   public:
     void add(uint64_t start, uint64_t sample) {
