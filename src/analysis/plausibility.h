@@ -19,11 +19,12 @@ constexpr ByteOrder otherThan(ByteOrder order) {
 // The slot in the 64 bytes from `at` on, which need no alignment.
 TraceRecord slotAt(const std::byte* at, ByteOrder order);
 
-// Whether one record may follow the other in a whole file, by their time stamps: up to some 8
-// seconds back and an hour on at 1000 ticks a microsecond, longer at slower clocks.
+// How far a record's time stamp may be from the one before it in a whole file, in ticks: an hour on
+// and some 8 seconds back at 1000 ticks a microsecond, more at slower clocks.
+constexpr uint64_t kFarOn = uint64_t{1} << 42;
+constexpr uint64_t kFarBack = uint64_t{1} << 33;
+
 constexpr bool isNear(uint64_t earlier, uint64_t later) {
-    constexpr uint64_t kFarOn = uint64_t{1} << 42;    // ticks
-    constexpr uint64_t kFarBack = uint64_t{1} << 33;  // ticks
     return later >= earlier ? later - earlier <= kFarOn : earlier - later <= kFarBack;
 }
 
@@ -40,8 +41,11 @@ class Plausibility {
     }
 
     // Whether nothing speaks against a record, in whatever file.
-    static bool isOrdinary(const TraceRecord& slot) {
-        return isOfDrivers(slot.debugid) && slot.reserved == 0 && slot.cpuid < kManyProcessors;
+    static bool isOrdinary(const TraceRecord& slot) { return oddBits(slot) == 0; }
+
+    // 0 of an ordinary record. Those of many records may be put together, and looked at once.
+    static uint64_t oddBits(const TraceRecord& slot) {
+        return slot.reserved | slot.cpuid / kManyProcessors | oddClassBits(slot.debugid);
     }
 
     // Whether the class word is one that drivers and audio server use, or frequent in this file.
@@ -68,9 +72,12 @@ class Plausibility {
     static constexpr uint32_t kManyProcessors = 256;
 
     // Whether the class word is one that drivers and audio server use.
-    static constexpr bool isOfDrivers(uint32_t debugid) {
+    static constexpr bool isOfDrivers(uint32_t debugid) { return oddClassBits(debugid) == 0; }
+
+    // 0 for those class words alone.
+    static constexpr uint32_t oddClassBits(uint32_t debugid) {
         const uint32_t word = classWordOf(debugid);
-        return word == kAudioClassWord || word == classWordOf(kAudioServerKey);
+        return (word ^ kAudioClassWord) * (word ^ classWordOf(kAudioServerKey));
     }
 
     unsigned doubtsOfOdd(const TraceRecord& slot) const;

@@ -16,6 +16,8 @@ constexpr size_t kUnknownRun = 8;        // slots
 constexpr size_t kLeastUnknownRun = 4;   // at the end of the file
 constexpr size_t kSearched = 2 * kSlot;  // bytes from an odd slot on
 constexpr size_t kLookAhead = kSearched + kUnknownRun * kSlot;
+constexpr size_t kGroup = 16;                          // records that are looked at together
+constexpr size_t kOneByOne = 64;                       // records, before groups are tried again
 constexpr uint64_t kMostDisorder = uint64_t{1} << 24;  // ticks: beyond, the clock has gone back
 
 bool isRecord(const TraceRecord& slot) { return kindOf(slot) == SlotKind::record; }
@@ -27,6 +29,23 @@ Found::What whatIs(const TraceRecord& slot) {
         case SlotKind::empty: return Found::What::empty;
         default: return Found::What::record;
     }
+}
+
+// How many of the first records, in whole groups, are ordinary and follow each other in time, none
+// far from the one before. `before` is a time stamp.
+size_t ordinaryInOrder(std::span<const TraceRecord> records, uint64_t before) {
+    size_t count = 0;
+    for (; records.size() - count >= kGroup; count += kGroup) {
+        uint64_t oddBits = 0;
+        for (const TraceRecord& record : records.subspan(count, kGroup)) {
+            oddBits |= Plausibility::oddBits(record);
+            oddBits |= (record.timestamp - before) / kFarOn;
+            oddBits |= static_cast<uint64_t>(record.timestamp < before);
+            before = record.timestamp;
+        }
+        if (oddBits != 0) break;
+    }
+    return count;
 }
 
 }  // namespace
@@ -56,19 +75,24 @@ RecordRun SlotFinder::plainRecords() {
     if (damageBegin_ || isBegin_ || afterEmpty_ || !last_ || order_ != ByteOrder::own) return {};
     const std::byte* const here = buffer_.data() + at_;
     if (reinterpret_cast<uintptr_t>(here) % alignof(TraceRecord) != 0) return {};
-    const RecordRun all{(bytesBefore_ + at_) / kSlot,
-                        {reinterpret_cast<const TraceRecord*>(here), left() / kSlot}};
-    size_t count = 0;
-    for (const TraceRecord& slot : all.records) {
-        if (!Plausibility::isOrdinary(slot) || !isNear(*last_, slot.timestamp)) break;
-        takeTime(slot.timestamp);
-        ++count;
+    const std::span all(reinterpret_cast<const TraceRecord*>(here), left() / kSlot);
+    size_t count = ordinaryInOrder(all, latest_);
+    const bool inOrder = count > 0;
+    if (inOrder) {
+        last_ = latest_ = all[count - 1].timestamp;
+    } else {
+        for (const TraceRecord& slot : all.first(std::min(all.size(), kOneByOne))) {
+            if (!Plausibility::isOrdinary(slot) || !isNear(*last_, slot.timestamp)) break;
+            takeTime(slot.timestamp);
+            ++count;
+        }
     }
+    const RecordRun run{(bytesBefore_ + at_) / kSlot, all.first(count), inOrder};
     plausibility_.learnOrdinary(count);
     slots_ += count;
     certainSlots_ += count;
     at_ += count * kSlot;
-    return {all.firstSlot, all.records.first(count)};
+    return run;
 }
 
 bool SlotFinder::isTrace() const {

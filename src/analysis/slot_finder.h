@@ -32,6 +32,7 @@ struct Found {
 struct RecordRun {
     uint64_t firstSlot;  // number
     std::span<const TraceRecord> records;
+    bool inOrder;  // each as late as the one before or later
 };
 
 // Slots are taken as they follow each other, 64 bytes apart. Where 64 bytes are no slot, the next

@@ -44,6 +44,10 @@ class TraceReport {
 
   private:
     void take(std::span<const TraceRecord> records, uint64_t slot);
+    void count(const TraceRecord& record) {
+        processors_.add(record.cpuid);
+        events_.add(record);
+    }
     void takeStepBack(const TraceRecord& record, uint64_t slot);
 
     SlotCheck slots_;
