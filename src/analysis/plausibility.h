@@ -74,7 +74,7 @@ class Plausibility {
     // Whether the class word is one that drivers and audio server use.
     static constexpr bool isOfDrivers(uint32_t debugid) { return oddClassBits(debugid) == 0; }
 
-    // 0 for those class words alone.
+    // 0 for those class words alone; of words of 16 bits no product is too large.
     static constexpr uint32_t oddClassBits(uint32_t debugid) {
         const uint32_t word = classWordOf(debugid);
         return (word ^ kAudioClassWord) * (word ^ classWordOf(kAudioServerKey));

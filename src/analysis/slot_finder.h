@@ -52,8 +52,9 @@ class SlotFinder {
     // The next thing in the file; nothing when more bytes are needed, and for ever after the last.
     std::optional<Found> next();
 
-    // Instead of next(), which has to look where this gives none: the records that follow here
-    // without any doubt, in place. They hold until room() or feed().
+    // Instead of next(), which has to look where this gives none: records that follow here
+    // without any doubt, in place; where there are many, the first of them. They hold until room()
+    // or feed().
     RecordRun plainRecords();
 
     // After the end: whether the file is a trace, rather than something else in which by chance a

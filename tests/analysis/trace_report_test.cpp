@@ -22,7 +22,7 @@ std::vector<TraceRecord> makeTrace(Random& random) {
         std::vector<TraceRecord> part =
             soundTrace(random, codes, random.below(400), random.oneIn(3));
         if (random.oneIn(2)) part[0].timestamp = 1 + random.below(3000);
-        // Between two parts: anything, the same clock going on, or one that wraps.
+        // It begins near the end of the part before, or far from it.
         if (!all.empty() && random.oneIn(2)) {
             const uint64_t shift = all.back().timestamp - part.back().timestamp / 2;
             for (size_t n = 1; n < part.size(); ++n) part[n].timestamp += shift;
@@ -65,6 +65,13 @@ void expectSame(const TraceReport& one, const TraceReport& other) {
     EXPECT_EQ(one.recordsOfProcessor(), other.recordsOfProcessor());
     EXPECT_EQ(one.events().recordsOfClass, other.events().recordsOfClass);
     EXPECT_EQ(one.events().points, other.events().points);
+    EXPECT_EQ(one.events().outcomes.printed, other.events().outcomes.printed);
+    ASSERT_EQ(one.calls() == nullptr, other.calls() == nullptr);
+    if (one.calls() != nullptr) {
+        EXPECT_EQ(one.calls()->opened, other.calls()->opened);
+        EXPECT_EQ(one.calls()->finished, other.calls()->finished);
+        EXPECT_EQ(one.calls()->cutOff, other.calls()->cutOff);
+    }
     const std::vector<Finding> findings = one.findings().all();
     const std::vector<Finding> otherFindings = other.findings().all();
     ASSERT_EQ(findings.size(), otherFindings.size());
